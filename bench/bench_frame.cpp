@@ -1,0 +1,9 @@
+// Cost of a call through the public forwarding entry versus a direct call.
+#include <benchmark/benchmark.h>
+
+#include "frame/variants.h"
+
+static void BM_GetLibVersion_Direct(benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(zeps::u8::zepscGetLibVersion());
+}
+BENCHMARK(BM_GetLibVersion_Direct);

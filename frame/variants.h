@@ -1,0 +1,19 @@
+// Declarations of both processor builds of every export, generated from the
+// export list. Used by the dispatch table and by internal tests, which call
+// zeps::u8::<name> and zeps::n8::<name> directly.
+#pragma once
+
+#include "zepsc.h"
+
+namespace zeps {
+namespace u8 {
+#define ZEPS_FN(ret, name, params) ret name params;
+#include "zepsc_exports.inc"
+#undef ZEPS_FN
+}  // namespace u8
+namespace n8 {
+#define ZEPS_FN(ret, name, params) ret name params;
+#include "zepsc_exports.inc"
+#undef ZEPS_FN
+}  // namespace n8
+}  // namespace zeps
