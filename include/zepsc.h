@@ -151,6 +151,48 @@ typedef struct ZepLibraryVersion {
 ZEPSAPI const ZepLibraryVersion* zepscGetLibVersion(void);
 /** @} */
 
+/** @defgroup common Common primitives
+ *  Dot products, autocorrelation, scaling and vector arithmetic shared by the codec families.
+ *  @{ */
+/* ---- common: declarations go here ---- */
+/** @} */
+
+/** @defgroup g729_lp G.729 LP analysis and LSP quantisation
+ *  High-pass pre-processing, windowed autocorrelation, lag window, Levinson-Durbin, LP/LSP/LSF conversions, LSF quantisation and decoding (ITU-T G.729 and Annexes A, B, E).
+ *  @{ */
+/* ---- g729_lp: declarations go here ---- */
+/** @} */
+
+/** @defgroup g729_pitch G.729 pitch analysis and adaptive codebook
+ *  Open-loop pitch, closed-loop fractional pitch search, adaptive-vector decoding and gain (ITU-T G.729 and Annexes A, D).
+ *  @{ */
+/* ---- g729_pitch: declarations go here ---- */
+/** @} */
+
+/** @defgroup amr_vad GSM-AMR voice activity detection
+ *  VAD options 1 and 2, open-loop pitch searches, pre-emphasis and the VAD option 2 FFT (3GPP TS 26.073/26.094).
+ *  @{ */
+/* ---- amr_vad: declarations go here ---- */
+/** @} */
+
+/** @defgroup amr_dtx GSM-AMR DTX
+ *  DTX history buffers, the DTX handler, SID parameters and the LSP quantiser (3GPP TS 26.073/26.093).
+ *  @{ */
+/* ---- amr_dtx: declarations go here ---- */
+/** @} */
+
+/** @defgroup g726 G.726 ADPCM
+ *  The G.726 coder at 16, 24, 32 and 40 kbit/s (ITU-T G.726).
+ *  @{ */
+/* ---- g726: declarations go here ---- */
+/** @} */
+
+/** @defgroup ec Echo-canceller sub-band filter bank
+ *  Sub-band analysis and synthesis, 16-bit and float.
+ *  @{ */
+/* ---- ec: declarations go here ---- */
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif
