@@ -104,6 +104,7 @@ enum ZepStatusCode {
  *  One library-wide enumeration of speech rates; a stage that depends on the
  *  bit rate takes one of these as a 32-bit code.
  *  @{ */
+/** Rate codes accepted by the rate-dependent stages. */
 enum ZepRateCode {
     zepRateGSMAMR_475 = 0,  /**< GSM-AMR 4.75 kbit/s */
     zepRateGSMAMR_515 = 1,  /**< GSM-AMR 5.15 kbit/s */
