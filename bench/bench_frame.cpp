@@ -1,4 +1,5 @@
-// Cost of a call through the public forwarding entry versus a direct call.
+// Cost of a call through the public forwarding entry versus a direct call of
+// the same build's implementation.
 #include <benchmark/benchmark.h>
 
 #include "frame/variants.h"
@@ -7,3 +8,8 @@ static void BM_GetLibVersion_Direct(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(zeps::u8::zepscGetLibVersion());
 }
 BENCHMARK(BM_GetLibVersion_Direct);
+
+static void BM_GetLibVersion_ThroughEntry(benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(zepscGetLibVersion());
+}
+BENCHMARK(BM_GetLibVersion_ThroughEntry);
