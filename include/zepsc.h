@@ -155,6 +155,38 @@ ZEPSAPI const ZepLibraryVersion* zepscGetLibVersion(void);
  *  Dot products, autocorrelation, scaling and vector arithmetic shared by the codec families.
  *  @{ */
 /* ---- common: declarations go here ---- */
+/**
+ * Dot product with the doubling of the ITU basic operator L_mac, as the
+ * G.729 Annex A routines accumulate it: the exact 64-bit sum of
+ * pSrc1[i] * pSrc2[i] is doubled and clamped once to the 32-bit range.
+ * @param pDp receives the (clamped) result.
+ * Checks: pSrc1, pSrc2, pDp null -> zepStsNullPtrErr; len < 1 -> zepStsSizeErr.
+ * @return zepStsOverflow with the clamped value written (0x7FFFFFFF or
+ *         0x80000000) when the doubled sum left the 32-bit range, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDotProd_G729A_16s32s(const Zep16s* pSrc1, const Zep16s* pSrc2, int len, Zep32s* pDp);
+
+/**
+ * Autocorrelation normalised by its energy (G.729 style): r[k] = 2 * sum
+ * pSrc[n] * pSrc[n+k] over the len input samples (samples beyond the end
+ * count as zero), for k = 0..lenDst-1; *pNorm = norm_l(r[0]) and every lag
+ * is shifted left by it (r[0] = 0 gives zeros and a shift of 0).
+ * Checks: pSrc, pDst, pNorm null -> zepStsNullPtrErr; len < 1 or lenDst < 1
+ * -> zepStsBadArgErr (in that order).
+ * @return zepStsOverflow with nothing written when r[0] exceeds 0x3FFFFFFF,
+ *         so that the caller can scale its input down and call again.
+ */
+ZEPSAPI ZepStatus zepsAutoCorr_NormE_16s32s(const Zep16s* pSrc, int len, Zep32s* pDst, int lenDst, int* pNorm);
+
+/**
+ * Weighted sum of two vectors without rounding: pDst[i] = saturate16(
+ * ((pSrc1[i] * val1) >> val1ScaleFactor) + ((pSrc2[i] * val2) >> val2ScaleFactor)),
+ * each 32-bit product shifted arithmetically (toward minus infinity) on its own.
+ * Checks: pSrc1, pSrc2, pDst null -> zepStsNullPtrErr; len < 1 ->
+ * zepStsSizeErr; val1ScaleFactor < 0, then val2ScaleFactor < 0 -> zepStsScaleRangeErr.
+ */
+ZEPSAPI ZepStatus zepsInterpolateC_NR_16s(const Zep16s* pSrc1, Zep16s val1, int val1ScaleFactor, const Zep16s* pSrc2,
+                                          Zep16s val2, int val2ScaleFactor, Zep16s* pDst, int len);
 /** @} */
 
 /** @defgroup g729_lp G.729 LP analysis and LSP quantisation
