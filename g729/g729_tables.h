@@ -24,3 +24,16 @@ extern const std::int16_t fg_sum_inv[2][10];   ///< 1 / fg_sum per mode, Q12
 extern const std::int16_t freq_prev_reset[10]; ///< MA memory reset row, Q13
 
 }  // namespace zeps
+
+/// Floating-point tables of the G.729 Annex C reference (same names).
+namespace zeps::g729f {
+
+extern const float lspcb1[128][10];  ///< first-stage LSF codebook, radians
+extern const float lspcb2[32][10];   ///< second-stage LSF codebook, radians
+extern const float fg[2][4][10];     ///< MA predictor coefficients
+extern const float fg_sum[2][10];    ///< 1 - sum of fg per mode
+extern const float fg_sum_inv[2][10];///< 1 / fg_sum per mode
+extern const float grid[61];         ///< root-search cosine grid, base codec
+extern const float grid_a[51];       ///< root-search cosine grid, Annex A
+
+}  // namespace zeps::g729f

@@ -363,6 +363,68 @@ ZEPSAPI ZepStatus zepsLSFDecodeErased_G729_16s(Zep16s maMode, Zep16s* pPrevFreq,
  * Checks: any null -> zepStsNullPtrErr; len < 1 -> zepStsSizeErr.
  */
 ZEPSAPI ZepStatus zepsInterpolate_G729_16s(const Zep16s* pSrc1, const Zep16s* pSrc2, Zep16s* pDst, int len);
+
+/**
+ * Levinson-Durbin recursion in single precision, following the G.729 Annex C
+ * routine levinson (generalised to orders 1..30).
+ * @param pSrcAutoCorr order+1 autocorrelations (lag-windowed).
+ * @param pDstLPC order+1 LP coefficients, pDstLPC[0] = 1.
+ * @param pDstRC order reflection coefficients.
+ * @param pResultResidualEnergy final prediction error (floored at 0.001
+ *        whenever it drops to zero or below, as Annex C does).
+ * Checks: any null -> zepStsNullPtrErr; order < 1 or > 30 -> zepStsRangeErr.
+ * Returns zepStsOverflow with nothing written when pSrcAutoCorr[0] is not
+ * positive (Annex C's autocorrelation never delivers that) or when the
+ * recursion leaves the float range (inf/NaN); decisions taken here so that no
+ * non-finite value is ever written.
+ */
+ZEPSAPI ZepStatus zepsLevinsonDurbin_G729_32f(const Zep32f* pSrcAutoCorr, int order, Zep32f* pDstLPC, Zep32f* pDstRC,
+                                              Zep32f* pResultResidualEnergy);
+
+/**
+ * LP coefficients (11, a[0] = 1) to LSPs (10, cosines), following the G.729
+ * Annex C routine az_lsp: 60 grid intervals, 4 bisections, linear
+ * interpolation; the search resumes in the interval of the last root (where
+ * the two end values are equal the root is the lower end, as in the
+ * fixed-point Az_lsp, instead of Annex C's 0/0). If
+ * fewer than 10 roots are found, pPrevLSP is copied to pLSP (as the 16-bit
+ * routines do), status zepStsNoErr.
+ * Checks: any null -> zepStsNullPtrErr.
+ */
+ZEPSAPI ZepStatus zepsLPCToLSP_G729_32f(const Zep32f* pLPC, const Zep32f* pPrevLSP, Zep32f* pLSP);
+
+/** As zepsLPCToLSP_G729_32f with the Annex A float az_lsp: 50 grid intervals, 2 bisections. */
+ZEPSAPI ZepStatus zepsLPCToLSP_G729A_32f(const Zep32f* pLPC, const Zep32f* pPrevLSP, Zep32f* pLSP);
+
+/**
+ * LSPs (10) to LP coefficients (11, a[0] = 1), following the G.729 Annex C
+ * routines lsp_az and get_lsp_pol (factor -2.0 times each LSP).
+ * Checks: either null -> zepStsNullPtrErr.
+ */
+ZEPSAPI ZepStatus zepsLSPToLPC_G729_32f(const Zep32f* pLSP, Zep32f* pLPC);
+
+/**
+ * LSF decoder for a good frame in single precision, following the G.729
+ * Annex C routine lsp_get_quant with its float tables (LSFs in radians).
+ * @param pIdx {mode, L1, L2, L3} as for zepsLSFDecode_G729_16s.
+ * @param pPrevFreq MA memory, 4 rows of 10, newest first (reset rows are
+ *        pi * (j + 1) / 11); updated.
+ * @param pQLSF 10 decoded LSFs in radians.
+ * Checks: any null -> zepStsNullPtrErr; pIdx[0] not 0 or 1 -> zepStsOutOfRangeErr.
+ * Returns zepStsLSFLowClamped / zepStsLSFHighClamped / zepStsLSFLowHighClamped
+ * when lsp_stability raised the first LSF to 0.005 / lowered the last to
+ * 3.135 / both, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLSFDecode_G729_32f(const Zep16s* pIdx, Zep32f* pPrevFreq, Zep32f* pQLSF);
+
+/**
+ * Erased-frame LSF decoder in single precision (the erased branch of the
+ * Annex C lsp_iqua_cs): lsp_prev_extract of pLSF (last good LSFs, radians,
+ * read only) under maMode, then lsp_prev_update of pPrevFreq.
+ * Checks: pPrevFreq or pLSF null -> zepStsNullPtrErr; maMode not 0 or 1 ->
+ * zepStsOutOfRangeErr.
+ */
+ZEPSAPI ZepStatus zepsLSFDecodeErased_G729_32f(int maMode, Zep32f* pPrevFreq, const Zep32f* pLSF);
 /** @} */
 
 /** @defgroup g729_pitch G.729 pitch analysis and adaptive codebook

@@ -61,6 +61,12 @@ const std::vector<ArgCase>& arg_cases() {
         {"LSPQuant", 4, 0, {}, [](void* const* p, int) { return u8::zepsLSPQuant_G729_16s(at<Zep16s>(p, 0), at<Zep16s>(p, 1), at<Zep16s>(p, 2), at<Zep16s>(p, 3)); }},
         {"LSFDecode", 3, 0, {}, [](void* const* p, int) { return u8::zepsLSFDecode_G729_16s(at<Zep16s>(p, 0), at<Zep16s>(p, 1), at<Zep16s>(p, 2)); }},
         {"LSFDecodeErased", 2, 1, {{2, -11}, {-1, -11}}, [](void* const* p, int a) { return u8::zepsLSFDecodeErased_G729_16s(static_cast<Zep16s>(a), at<Zep16s>(p, 0), at<Zep16s>(p, 1)); }},
+        {"LevinsonDurbin_32f", 4, 10, {{0, -7}, {31, -7}}, [](void* const* p, int a) { return u8::zepsLevinsonDurbin_G729_32f(at<Zep32f>(p, 0), a, at<Zep32f>(p, 1), at<Zep32f>(p, 2), at<Zep32f>(p, 3)); }},
+        {"LPCToLSP_32f", 3, 0, {}, [](void* const* p, int) { return u8::zepsLPCToLSP_G729_32f(at<Zep32f>(p, 0), at<Zep32f>(p, 1), at<Zep32f>(p, 2)); }},
+        {"LPCToLSP_A_32f", 3, 0, {}, [](void* const* p, int) { return u8::zepsLPCToLSP_G729A_32f(at<Zep32f>(p, 0), at<Zep32f>(p, 1), at<Zep32f>(p, 2)); }},
+        {"LSPToLPC_32f", 2, 0, {}, [](void* const* p, int) { return u8::zepsLSPToLPC_G729_32f(at<Zep32f>(p, 0), at<Zep32f>(p, 1)); }},
+        {"LSFDecode_32f", 3, 0, {}, [](void* const* p, int) { return u8::zepsLSFDecode_G729_32f(at<Zep16s>(p, 0), at<Zep32f>(p, 1), at<Zep32f>(p, 2)); }},
+        {"LSFDecodeErased_32f", 2, 0, {{2, -11}, {-1, -11}}, [](void* const* p, int a) { return u8::zepsLSFDecodeErased_G729_32f(a, at<Zep32f>(p, 0), at<Zep32f>(p, 1)); }},
         {"Interpolate", 3, 10, {{0, -6}}, [](void* const* p, int a) { return u8::zepsInterpolate_G729_16s(at<Zep16s>(p, 0), at<Zep16s>(p, 1), at<Zep16s>(p, 2), a); }},
     };
     return cases;
