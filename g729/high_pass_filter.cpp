@@ -1,0 +1,77 @@
+// G.729 input/output high-pass filter (G.729 3.1 Pre_Process, 4.2.5
+// Post_Process): second-order pole/zero filter, coefficients in Q12 (140 Hz
+// pre-filter) or Q13 (100 Hz post-filter), output memories in double
+// precision (hi/lo), samples Q0.
+#include <cstring>
+
+#include "common/args.h"
+#include "common/basic_op.h"
+#include "common/exports.h"
+
+ZEPS_BEGIN_VARIANT
+namespace {
+
+/// The 24-byte state: y[n-1], y[n-2] (32-bit, as L_Extract leaves them),
+/// x[n-1], x[n-2], then b0, b1, b2, a0, a1, a2.
+struct HighPassState {
+    Word32 y1, y2;
+    Word16 x1, x2;
+    Word16 coef[6];
+};
+static_assert(sizeof(HighPassState) == 24);
+
+/// One output memory times a coefficient (Mpy_32_16 on its hi/lo split).
+inline Word32 memory_term(Word32 y, Word16 a) {
+    const DPF d = L_Extract(y);
+    return Mpy_32_16(d.hi, d.lo, a);
+}
+
+}  // namespace
+
+ZepStatus zepsHighPassFilterSize_G729(Zep32s* pSize) {
+    if (any_null(pSize)) return zepStsNullPtrErr;
+    *pSize = static_cast<Zep32s>(sizeof(HighPassState));
+    return zepStsNoErr;
+}
+
+ZepStatus zepsHighPassFilterInit_G729(const Zep16s* pCoeffs, Zep8u* pState) {
+    if (any_null(pCoeffs, pState)) return zepStsNullPtrErr;
+    HighPassState st{};
+    std::memcpy(st.coef, pCoeffs, sizeof st.coef);
+    std::memcpy(pState, &st, sizeof st);
+    return zepStsNoErr;
+}
+
+ZepStatus zepsHighPassFilter_G729_16s_ISfs(Zep16s* pSrcDst, int len, int scaleFactor, Zep8u* pState) {
+    if (any_null(pSrcDst, pState)) return zepStsNullPtrErr;
+    if (len < 1) return zepStsSizeErr;
+    if (scaleFactor != 12 && scaleFactor != 13) return zepStsScaleRangeErr;
+    HighPassState st;
+    std::memcpy(&st, pState, sizeof st);
+    const Word16 b0 = st.coef[0], b1 = st.coef[1], b2 = st.coef[2], a1 = st.coef[4], a2 = st.coef[5];
+    const Word16 shift = static_cast<Word16>(15 - scaleFactor);
+    // x[n-1], x[n-2] and y[n-1], y[n-2] on entry to each sample.
+    Word16 xm1 = st.x1, xm2 = st.x2;
+    Word32 y1 = st.y1, y2 = st.y2;
+    for (int i = 0; i < len; ++i) {
+        const Word16 xn = pSrcDst[i];
+        Word32 acc = L_add(memory_term(y1, a1), memory_term(y2, a2));
+        acc = L_mac(acc, xn, b0);
+        acc = L_mac(acc, xm1, b1);
+        acc = L_mac(acc, xm2, b2);
+        acc = L_shl(acc, shift);
+        pSrcDst[i] = round_fx(acc);
+        y2 = y1;
+        y1 = acc;
+        xm2 = xm1;
+        xm1 = xn;
+    }
+    st.y1 = y1;
+    st.y2 = y2;
+    st.x1 = xm1;
+    st.x2 = xm2;
+    std::memcpy(pState, &st, sizeof st);
+    return zepStsNoErr;
+}
+
+ZEPS_END_VARIANT

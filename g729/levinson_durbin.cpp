@@ -1,0 +1,97 @@
+// G.729 Levinson-Durbin recursion in double precision (3.2.2, Levinson; the
+// residual energy output of Annex B), generalised to orders 1..30.
+// Autocorrelations Q31 (hi/lo), reflection coefficients Q31 -> Q15 output,
+// LP coefficients Q27 internally -> Q12 output.
+#include "common/args.h"
+#include "common/basic_op.h"
+#include "common/exports.h"
+
+ZEPS_BEGIN_VARIANT
+namespace {
+
+constexpr int kMaxOrder = 30;
+
+/// 1 - K^2 of a reflection coefficient K in hi/lo (Q31).
+inline DPF one_minus_square(Word16 kh, Word16 kl) {
+    Word32 t = L_abs(Mpy_32(kh, kl, kh, kl));
+    return L_Extract(L_sub(MAX_32, t));
+}
+
+/// The recursion; false (nothing written) when unstable.
+bool levinson(const Zep32s* r, int order, Zep16s* lpc, Zep16s* rc, int rcCount, Zep16s* err) {
+    Word16 Rh[kMaxOrder + 1], Rl[kMaxOrder + 1];
+    for (int i = 0; i <= order; ++i) L_Extract(r[i], Rh[i], Rl[i]);
+    Word16 Ah[kMaxOrder + 1], Al[kMaxOrder + 1], Anh[kMaxOrder + 1], Anl[kMaxOrder + 1];
+    Word16 k_out[kMaxOrder];
+
+    // K = A[1] = -R[1] / R[0]
+    Word32 t1 = L_Comp(Rh[1], Rl[1]);
+    Word32 t0 = Div_32(L_abs(t1), Rh[0], Rl[0]);
+    if (t1 > 0) t0 = L_negate(t0);
+    Word16 Kh, Kl;
+    L_Extract(t0, Kh, Kl);
+    if (abs_s(Kh) > 32750) return false;
+    k_out[0] = Kh;
+    L_Extract(L_shr(t0, 4), Ah[1], Al[1]);
+    // Alpha = R[0] * (1 - K^2), normalised
+    DPF f = one_minus_square(Kh, Kl);
+    t0 = Mpy_32(Rh[0], Rl[0], f.hi, f.lo);
+    Word16 alp_exp = norm_l(t0);
+    Word16 alp_h, alp_l;
+    L_Extract(L_shl(t0, alp_exp), alp_h, alp_l);
+
+    for (int i = 2; i <= order; ++i) {
+        t0 = 0;
+        for (int j = 1; j < i; ++j) t0 = L_add(t0, Mpy_32(Rh[j], Rl[j], Ah[i - j], Al[i - j]));
+        t0 = L_shl(t0, 4);
+        t0 = L_add(t0, L_Comp(Rh[i], Rl[i]));
+        Word32 t2 = Div_32(L_abs(t0), alp_h, alp_l);
+        if (t0 > 0) t2 = L_negate(t2);
+        t2 = L_shl(t2, alp_exp);
+        L_Extract(t2, Kh, Kl);
+        if (abs_s(Kh) > 32750) return false;
+        k_out[i - 1] = Kh;
+        for (int j = 1; j < i; ++j) {
+            t0 = L_add(Mpy_32(Kh, Kl, Ah[i - j], Al[i - j]), L_Comp(Ah[j], Al[j]));
+            L_Extract(t0, Anh[j], Anl[j]);
+        }
+        L_Extract(L_shr(t2, 4), Anh[i], Anl[i]);
+        f = one_minus_square(Kh, Kl);
+        t0 = Mpy_32(alp_h, alp_l, f.hi, f.lo);
+        const Word16 n = norm_l(t0);
+        L_Extract(L_shl(t0, n), alp_h, alp_l);
+        alp_exp = add(alp_exp, n);
+        for (int j = 1; j <= i; ++j) {
+            Ah[j] = Anh[j];
+            Al[j] = Anl[j];
+        }
+    }
+    lpc[0] = 4096;
+    for (int i = 1; i <= order; ++i) lpc[i] = round_fx(L_shl(L_Comp(Ah[i], Al[i]), 1));
+    for (int i = 0; i < rcCount; ++i) rc[i] = k_out[i];
+    *err = shr(alp_h, alp_exp);
+    return true;
+}
+
+ZepStatus levinson_checked(const Zep32s* r, int order, Zep16s* lpc, Zep16s* rc, int rcCount, Zep16s* err) {
+    if (L_abs(r[0]) < 65536) return zepStsOverflow;
+    return levinson(r, order, lpc, rc, rcCount, err) ? zepStsNoErr : zepStsOverflow;
+}
+
+}  // namespace
+
+ZepStatus zepsLevinsonDurbin_G729_32s16s(const Zep32s* pSrcAutoCorr, int order, Zep16s* pDstLPC, Zep16s* pDstRC,
+                                         Zep16s* pResultResidualEnergy) {
+    if (any_null(pSrcAutoCorr, pDstLPC, pDstRC, pResultResidualEnergy)) return zepStsNullPtrErr;
+    if (order < 1 || order > kMaxOrder) return zepStsRangeErr;
+    return levinson_checked(pSrcAutoCorr, order, pDstLPC, pDstRC, order, pResultResidualEnergy);
+}
+
+ZepStatus zepsLevinsonDurbin_G729B(const Zep32s* pSrcAutoCorr, Zep16s* pDstLPC, Zep16s* pDstRC,
+                                   Zep16s* pResultResidualEnergy) {
+    if (any_null(pDstRC)) return zepStsNullPtrErr;
+    if (any_null(pSrcAutoCorr, pDstLPC, pResultResidualEnergy)) return zepStsNullPtrErr;
+    return levinson_checked(pSrcAutoCorr, 10, pDstLPC, pDstRC, 2, pResultResidualEnergy);
+}
+
+ZEPS_END_VARIANT

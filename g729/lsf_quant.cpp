@@ -1,0 +1,110 @@
+// G.729 LSF quantiser (3.2.4, Lsp_qua_cs: Get_wegt, Relspwed, Lsp_get_quant)
+// and the LSP quantiser around it (Qua_lsp). Two-stage split VQ with
+// fourth-order MA prediction in two modes; LSFs Q13, weights normalised Q11,
+// distortions Q26/Q27.
+#include "common/args.h"
+#include "common/basic_op.h"
+#include "common/exports.h"
+#include "g729/lsf_codebook.h"
+#include "g729/lsf_lsp.h"
+#include "g729/lsf_search.h"
+
+ZEPS_BEGIN_VARIANT
+namespace {
+
+constexpr Word16 kPi04 = 1029;     // pi * 0.04 in Q13
+constexpr Word16 kPi92 = 23677;    // pi * 0.92 in Q13
+constexpr Word16 kConst10 = 20480; // 10.0 in Q11
+constexpr Word16 kConst12 = 19661; // 1.2 in Q14
+
+/// Get_wegt: weighting coefficients from the LSF distances, normalised.
+void get_weights(const Word16* lsf, Word16* w) {
+    Word16 buf[kLpcOrder];
+    buf[0] = sub(lsf[1], kPi04 + 8192);
+    for (int i = 1; i < kLpcOrder - 1; ++i) buf[i] = sub(sub(lsf[i + 1], lsf[i - 1]), 8192);
+    buf[kLpcOrder - 1] = sub(kPi92 - 8192, lsf[kLpcOrder - 2]);
+    for (int i = 0; i < kLpcOrder; ++i) {
+        if (buf[i] > 0) {
+            w[i] = 2048;
+        } else {
+            Word16 tmp = extract_h(L_shl(L_mult(buf[i], buf[i]), 2));
+            tmp = extract_h(L_shl(L_mult(tmp, kConst10), 2));
+            w[i] = add(tmp, 2048);
+        }
+    }
+    w[4] = extract_h(L_shl(L_mult(w[4], kConst12), 1));
+    w[5] = extract_h(L_shl(L_mult(w[5], kConst12), 1));
+    Word16 wmax = 0;
+    for (int i = 0; i < kLpcOrder; ++i)
+        if (w[i] > wmax) wmax = w[i];
+    const Word16 sft = norm_s(wmax);
+    for (int i = 0; i < kLpcOrder; ++i) w[i] = shl(w[i], sft);
+}
+
+/// Lsp_get_tdist: weighted distortion of a candidate against the target.
+Word32 total_distortion(const Word16* w, const Word16* cand, const Word16* target, int mode) {
+    Word32 d = 0;
+    for (int j = 0; j < kLpcOrder; ++j) {
+        const Word16 tmp = mult(sub(cand[j], target[j]), fg_sum[mode][j]);
+        const Word16 tmp2 = extract_h(L_shl(L_mult(w[j], tmp), 4));
+        d = L_mac(d, tmp2, tmp);
+    }
+    return d;
+}
+
+struct ModeChoice {
+    int l1, l2, l3;
+    Word32 dist;
+};
+
+/// Relspwed for one MA mode.
+ModeChoice search_mode(const Word16* lsf, const Word16* w, const Word16* prev, int mode) {
+    Word16 target[kLpcOrder];
+    lsp_prev_extract(lsf, target, mode, prev);
+    ModeChoice c;
+    c.l1 = lsf_first_stage_search(target);
+    c.l2 = lsf_second_stage_search(target, lspcb1[c.l1], w, 0);
+    c.l3 = lsf_second_stage_search(target, lspcb1[c.l1], w, 5);
+    Word16 buf[kLpcOrder];
+    for (int j = 0; j < 5; ++j) buf[j] = add(lspcb1[c.l1][j], lspcb2[c.l2][j]);
+    for (int j = 5; j < kLpcOrder; ++j) buf[j] = add(lspcb1[c.l1][j], lspcb2[c.l3][j]);
+    lsp_expand(buf, kGap1, 1, kLpcOrder - 1);
+    lsp_expand(buf, kGap2, 1, kLpcOrder - 1);
+    c.dist = total_distortion(w, buf, target, mode);
+    return c;
+}
+
+/// The quantiser proper: indices {mode, L1, L2, L3} and the decoded LSFs.
+void quantize_lsf(const Word16* lsf, Word16* prev, Word16* qlsf, Word16* idx) {
+    Word16 w[kLpcOrder];
+    get_weights(lsf, w);
+    const ModeChoice m0 = search_mode(lsf, w, prev, 0);
+    const ModeChoice m1 = search_mode(lsf, w, prev, 1);
+    const int mode = L_sub(m1.dist, m0.dist) < 0 ? 1 : 0;
+    const ModeChoice& c = mode ? m1 : m0;
+    idx[0] = static_cast<Word16>(mode);
+    idx[1] = static_cast<Word16>(c.l1);
+    idx[2] = static_cast<Word16>(c.l2);
+    idx[3] = static_cast<Word16>(c.l3);
+    lsp_get_quant(mode, c.l1, c.l2, c.l3, prev, qlsf);
+}
+
+}  // namespace
+
+ZepStatus zepsLSFQuant_G729_16s(const Zep16s* pLSF, Zep16s* pPrevFreq, Zep16s* pQLSF, Zep16s* pIdx) {
+    if (any_null(pLSF, pPrevFreq, pQLSF, pIdx)) return zepStsNullPtrErr;
+    quantize_lsf(pLSF, pPrevFreq, pQLSF, pIdx);
+    return zepStsNoErr;
+}
+
+ZepStatus zepsLSPQuant_G729_16s(const Zep16s* pLSP, Zep16s* pPrevFreq, Zep16s* pQLSP, Zep16s* pIdx) {
+    if (any_null(pLSP, pPrevFreq, pQLSP, pIdx)) return zepStsNullPtrErr;
+    Word16 lsf[kLpcOrder], qlsf[kLpcOrder], idx[4];
+    lsp_to_lsf(pLSP, lsf, kLpcOrder);
+    quantize_lsf(lsf, pPrevFreq, qlsf, idx);
+    pIdx[0] = static_cast<Word16>((idx[0] << 7) | idx[1]);
+    pIdx[1] = static_cast<Word16>((idx[2] << 5) | idx[3]);
+    return lsf_to_lsp(qlsf, pQLSP, kLpcOrder) ? zepStsNoErr : zepStsNegativeLSFErr;
+}
+
+ZEPS_END_VARIANT
