@@ -18,11 +18,12 @@ using namespace g729p;
 
 /// Integer lag of t0_min..t0_max with the largest correlation; the first of
 /// equal values is kept (strict comparison, as Pitch_fr3_fast).
-Word16 integer_lag(const Word16* dn, const Word16* exc, const LagRange& r) {
+Word16 integer_lag(const Word16* dn, std::int64_t edn, const Word16* exc, const LagRange& r) {
     Word32 max = MIN_32;
     Word16 t0 = r.t_min;
     for (Word16 t = r.t_min; t <= r.t_max; ++t) {
-        const Word32 c = dot40(dn, exc - t);
+        Flag f = false;
+        const Word32 c = dot40_known(dn, exc - t, edn, energy64(exc - t, kSubfr), 0, f);
         if (c > max) {
             max = c;
             t0 = t;
@@ -33,20 +34,25 @@ Word16 integer_lag(const Word16* dn, const Word16* exc, const LagRange& r) {
 
 /// Fraction of the lag t0 among 0, -1, +1 (a later one wins only if strictly
 /// larger); the chosen vector is left in exc[0..39].
-Word16 fraction(const Word16* dn, Word16* exc, Word16 t0) {
+Word32 dot_dn(const Word16* dn, std::int64_t edn, const Word16* exc) {
+    Flag f = false;
+    return dot40_known(dn, exc, edn, energy64(exc, kSubfr), 0, f);
+}
+
+Word16 fraction(const Word16* dn, std::int64_t edn, Word16* exc, Word16 t0) {
     Word16 keep[kSubfr];
     std::memcpy(keep, exc, sizeof keep);
     Word16 frac = 0;
-    Word32 max = dot40(dn, exc);
+    Word32 max = dot_dn(dn, edn, exc);
     pred_lt_3(exc, t0, -1);
-    Word32 c = dot40(dn, exc);
+    Word32 c = dot_dn(dn, edn, exc);
     if (c > max) {
         max = c;
         frac = -1;
         std::memcpy(keep, exc, sizeof keep);
     }
     pred_lt_3(exc, t0, 1);
-    c = dot40(dn, exc);
+    c = dot_dn(dn, edn, exc);
     if (c > max)
         frac = 1;
     else
@@ -67,11 +73,12 @@ ZepStatus zepsAdaptiveCodebookSearch_G729A_16s(Zep16s valOpenDelay, const Zep16s
     Word16 dn[kSubfr];
     cor_h_x(pSrcImpulseResponse, pSrcAdptTarget, dn);
     const LagRange r = lag_range(valOpenDelay, subframe);
-    const Word16 t0 = integer_lag(dn, exc, r);
+    const std::int64_t edn = energy64(dn, kSubfr);
+    const Word16 t0 = integer_lag(dn, edn, exc, r);
 
     pred_lt_3(exc, t0, 0);
     Word16 frac = 0;
-    if (!(subframe == 0 && t0 > 84)) frac = fraction(dn, exc, t0);
+    if (!(subframe == 0 && t0 > 84)) frac = fraction(dn, edn, exc, t0);
 
     std::memcpy(pDstAdptVector, exc, kSubfr * sizeof(Word16));
     pDstDelay[0] = t0;
