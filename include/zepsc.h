@@ -432,6 +432,218 @@ ZEPSAPI ZepStatus zepsLSFDecodeErased_G729_32f(int maMode, Zep32f* pPrevFreq, co
  *  Open-loop pitch, closed-loop fractional pitch search, adaptive-vector decoding and gain (ITU-T G.729 and Annexes A, D).
  *  @{ */
 /* ---- g729_pitch: declarations go here ---- */
+/* Conventions of this group: the excitation buffer holds 154 past samples
+ * (PIT_MAX + 11) followed by the 40 samples of the current subframe, and the
+ * functions take a pointer to its start; a delay record is two values,
+ * integer lag then fraction in thirds (-1, 0, 1). Q formats: speech,
+ * excitation, targets and filtered vectors Q0, impulse response Q12, gains
+ * Q14. All 16-bit members reproduce the ITU-T G.729 fixed-point reference
+ * (v3.3, Annex A v1.1, Annex D) bit for bit. */
+
+/**
+ * Open-loop pitch lag of one frame (ITU-T G.729 3.4, Pitch_ol).
+ * @param pSrc     weighted speech of the 80-sample frame, Q0; pSrc[-143..-1]
+ *                 (the past weighted speech) are read too
+ * @param pBestLag the lag found, 20..143
+ * @return zepStsNullPtrErr if pSrc or pBestLag is null (in that order), else
+ *         zepStsNoErr. The signal is scaled as the reference does (down by 3
+ *         bits when its energy saturates, up by 3 when below 2^20).
+ */
+ZEPSAPI ZepStatus zepsOpenLoopPitchSearch_G729_16s(const Zep16s* pSrc, Zep16s* pBestLag);
+
+/**
+ * Open-loop pitch lag, Annex A fast search (Pitch_ol_fast): decimated
+ * correlations over 20..39, 40..79 and even lags 80..142 refined by +-1,
+ * multiples favoured. Arguments and checks as zepsOpenLoopPitchSearch_G729_16s.
+ */
+ZEPSAPI ZepStatus zepsOpenLoopPitchSearch_G729A_16s(const Zep16s* pSrc, Zep16s* pBestLag);
+
+/**
+ * Open-loop pitch lag in float, following the Annex A/C floating-point
+ * pitch_ol_fast (normalisation max / sqrt(energy + 0.01); ties keep the
+ * smaller lag).
+ * @param pSrc     weighted speech of the 80-sample frame; pSrc[-143..-1] are read
+ * @param pBestLag the lag found, 20..143
+ * @return zepStsNullPtrErr if either pointer is null (in argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsOpenLoopPitchSearch_G729A_32f(const Zep32f* pSrc, Zep32s* pBestLag);
+
+/**
+ * Closed-loop fractional pitch search of one subframe (ITU-T G.729 3.7,
+ * Pitch_fr3 with Norm_Corr and Interpol_3), then the adaptive vector
+ * (Pred_lt_3) built in the excitation buffer.
+ * Search range: subframe 0, t_min = max(20, valOpenDelay - 3), t_max = t_min + 6;
+ * subframe 1 (valOpenDelay = the first subframe's integer lag),
+ * t_min = max(20, valOpenDelay - 5), t_max = t_min + 9; t_max above 143 sets
+ * t_max = 143 and t_min = 137 / 134. A later integer lag with an equal
+ * correlation wins; in subframe 0 lags above 84 get fraction 0.
+ * @param valOpenDelay          open-loop lag (subframe 0) or first subframe's lag (subframe 1), 18..145
+ * @param pSrcAdptTarget        target vector, 40 samples, Q0
+ * @param pSrcImpulseResponse   impulse response of the weighted synthesis filter, 40 samples, Q12
+ * @param pSrcDstPrevExcitation excitation buffer (194 samples); its last 40 are
+ *                              read (the LPC residual, for lags below 40) and
+ *                              replaced by the adaptive vector
+ * @param pDstDelay             delay record: integer lag, fraction
+ * @param pDstAdptVector        adaptive vector, 40 samples
+ * @param subframe              0 or 1
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr
+ *         if valOpenDelay is outside 18..145 or subframe outside 0..1 (a
+ *         negative subframe is rejected too); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsAdaptiveCodebookSearch_G729_16s(Zep16s valOpenDelay, const Zep16s* pSrcAdptTarget,
+                                                      const Zep16s* pSrcImpulseResponse,
+                                                      Zep16s* pSrcDstPrevExcitation, Zep16s* pDstDelay,
+                                                      Zep16s* pDstAdptVector, Zep16s subframe);
+
+/**
+ * Annex A closed-loop pitch search (Pitch_fr3_fast), bit for bit: the
+ * integer lag maximises the correlation of the backward-filtered target
+ * (Cor_h_X) with the past excitation, the first of equal values kept; the
+ * fraction is chosen among 0, -1, +1 (in that order, a later one only if
+ * strictly larger) on the interpolated vectors; no fraction in subframe 0
+ * for lags above 84. Arguments, range rule and checks as
+ * zepsAdaptiveCodebookSearch_G729_16s.
+ */
+ZEPSAPI ZepStatus zepsAdaptiveCodebookSearch_G729A_16s(Zep16s valOpenDelay, const Zep16s* pSrcAdptTarget,
+                                                       const Zep16s* pSrcImpulseResponse,
+                                                       Zep16s* pSrcDstPrevExcitation, Zep16s* pDstDelay,
+                                                       Zep16s* pDstAdptVector, Zep16s subframe);
+
+/**
+ * Annex D (6.4 kbit/s) closed-loop pitch search, following the Annex D
+ * reference Pitch_fr3D: subframe 0 as the base member; in subframe 1, with
+ * m = t_max - 4, the integer lags m - 1 and m search fractions -2..2, lag
+ * m - 2 searches 0..2 (starting at 0), lag m + 1 searches -2..0, every other
+ * lag keeps fraction 0, so that the 4-bit lag code of Enc_lag3D carries
+ * every result. Arguments and checks as zepsAdaptiveCodebookSearch_G729_16s.
+ */
+ZEPSAPI ZepStatus zepsAdaptiveCodebookSearch_G729D_16s(Zep16s valOpenDelay, const Zep16s* pSrcAdptTarget,
+                                                       const Zep16s* pSrcImpulseResponse,
+                                                       Zep16s* pSrcDstPrevExcitation, Zep16s* pDstDelay,
+                                                       Zep16s* pDstAdptVector, Zep16s subframe);
+
+/**
+ * Adaptive-codebook vector from a delay record (ITU-T G.729 3.7.1, Pred_lt_3).
+ * Pred_lt_3 works in place: the vector is written to the current subframe
+ * of the buffer and copied to pDstAdptVector.
+ * @param pSrcDelay             delay record: lag 18..144, fraction -1..1
+ * @param pSrcDstPrevExcitation excitation buffer, 194 samples
+ * @param pDstAdptVector        adaptive vector, 40 samples
+ * @return zepStsNullPtrErr for a null pointer (argument order);
+ *         zepStsOutOfRangeErr for a lag or fraction out of range; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeAdaptiveVector_G729_16s(const Zep16s* pSrcDelay, Zep16s* pSrcDstPrevExcitation,
+                                                    Zep16s* pDstAdptVector);
+
+/**
+ * In-place form of zepsDecodeAdaptiveVector_G729_16s: the vector is written
+ * only into the current subframe of the excitation buffer. The argument
+ * order (delay record, buffer) follows the out-of-place member.
+ * @return zepStsNullPtrErr, zepStsOutOfRangeErr or zepStsNoErr as that member.
+ */
+ZEPSAPI ZepStatus zepsDecodeAdaptiveVector_G729_16s_I(const Zep16s* pSrcDelay, Zep16s* pSrcDstPrevExcitation);
+
+/**
+ * Float in-place adaptive vector (Annex A/C floating-point pred_lt_3, float
+ * inter_3l filter). The delay record is two 32-bit values (lag, fraction),
+ * matching the 32-bit lag of zepsOpenLoopPitchSearch_G729A_32f.
+ * @param pSrcDelay             lag 18..144, fraction -1..1
+ * @param pSrcDstPrevExcitation float excitation buffer, 194 samples; samples 154..193 are written
+ * @return zepStsNullPtrErr (argument order), zepStsOutOfRangeErr, or zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeAdaptiveVector_G729_32f_I(const Zep32s* pSrcDelay, Zep32f* pSrcDstPrevExcitation);
+
+/**
+ * Adaptive-codebook gain (ITU-T G.729 3.7.3): the adaptive vector convolved
+ * with the impulse response (Convolve, Q12, 40 samples) and the gain
+ * <x,y>/<y,y> of G_pitch in Q14: 0 when the correlation is not positive,
+ * at most 19661 (1.2). The value is G_pitch's, before any GPCLIP taming.
+ * @param pSrcAdptTarget      target, 40 samples
+ * @param pSrcImpulseResponse impulse response, 40 samples, Q12
+ * @param pSrcAdptVector      adaptive vector, 40 samples
+ * @param pDstFltAdptVector   filtered adaptive vector, 40 samples
+ * @param pResultAdptGain     gain, Q14
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsAdaptiveCodebookGain_G729_16s(const Zep16s* pSrcAdptTarget,
+                                                    const Zep16s* pSrcImpulseResponse,
+                                                    const Zep16s* pSrcAdptVector, Zep16s* pDstFltAdptVector,
+                                                    Zep16s* pResultAdptGain);
+
+/**
+ * Annex A adaptive-codebook gain (Annex A G_pitch). Takes the impulse
+ * response like the base member and filters the vector by convolution with
+ * it (the Annex A encoder itself filters with Syn_filt). Arguments and checks as
+ * zepsAdaptiveCodebookGain_G729_16s.
+ */
+ZEPSAPI ZepStatus zepsAdaptiveCodebookGain_G729A_16s(const Zep16s* pSrcAdptTarget,
+                                                     const Zep16s* pSrcImpulseResponse,
+                                                     const Zep16s* pSrcAdptVector, Zep16s* pDstFltAdptVector,
+                                                     Zep16s* pResultAdptGain);
+
+/**
+ * Target of the fixed-codebook search (ITU-T G.729 3.8, Coder_ld8k):
+ * pDstAdptTarget[i] = sub(pSrcAdptTarget[i], extract_h(L_shl(L_mult(pFltAdptVector[i], gain), 1))),
+ * 40 samples.
+ * @param gain           pitch gain, Q14
+ * @param pFltAdptVector filtered adaptive vector (y1), Q0
+ * @param pSrcAdptTarget pitch target (xn), Q0
+ * @param pDstAdptTarget updated target (xn2), Q0; may equal pSrcAdptTarget
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsAdaptiveCodebookContribution_G729_16s(Zep16s gain, const Zep16s* pFltAdptVector,
+                                                            const Zep16s* pSrcAdptTarget,
+                                                            Zep16s* pDstAdptTarget);
+
+/**
+ * Float counterpart: pDstAdptTarget[i] = pSrcAdptTarget[i] - pFltAdptVector[i] * gain,
+ * 40 samples (Annex C float Coder_ld8a). Arguments and checks as the 16-bit member.
+ */
+ZEPSAPI ZepStatus zepsAdaptiveCodebookContribution_G729_32f(Zep32f gain, const Zep32f* pFltAdptVector,
+                                                            const Zep32f* pSrcAdptTarget,
+                                                            Zep32f* pDstAdptTarget);
+
+/**
+ * One step of the float closed-loop search's filtered-excitation update
+ * (Annex C norm_corr): with h = pSrc and e = val, the excitation sample at
+ * the next lag, pSrcDst[j] = pSrcDst[j-1] + e * h[j] for j = len-1 down to
+ * 1, then pSrcDst[0] = e.
+ * @param pSrc    impulse response, len values
+ * @param pSrcDst filtered excitation, len values, updated in place
+ * @param len     vector length, at least 1
+ * @param val     the new excitation sample
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsSizeErr
+ *         if len < 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsFilteredExcitation_G729_32f(const Zep32f* pSrc, Zep32f* pSrcDst, int len, Zep32f val);
+
+/**
+ * Weighted sum pDst[i] = pSrc1[i] * val1 + pSrc2[i] * val2 in float.
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsSizeErr
+ *         if len < 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsInterpolateC_G729_32f(const Zep32f* pSrc1, Zep32f val1, const Zep32f* pSrc2, Zep32f val2,
+                                            Zep32f* pDst, int len);
+
+/**
+ * Weighted sum in fixed point: each product pSrc[i] * val (16 x 16 -> 32
+ * bits, not doubled) is shifted right by scaleFactor separately with
+ * rounding (2^(scaleFactor-1) added first, rounding half up), the two terms
+ * are added and the sum saturated to 16 bits.
+ * @param scaleFactor 0..31 (products fit in 31 bits, so 31 is the last useful shift)
+ * @return zepStsNullPtrErr for a null pointer (argument order), then
+ *         zepStsScaleRangeErr if scaleFactor is outside 0..31, then
+ *         zepStsSizeErr if len < 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsInterpolateC_G729_16s_Sfs(const Zep16s* pSrc1, Zep16s val1, const Zep16s* pSrc2, Zep16s val2,
+                                                Zep16s* pDst, int len, int scaleFactor);
+
+/**
+ * As zepsInterpolateC_G729_16s_Sfs with truncation (arithmetic shift, toward
+ * minus infinity) instead of rounding. Same checks in the same order.
+ */
+ZEPSAPI ZepStatus zepsInterpolateC_NR_G729_16s_Sfs(const Zep16s* pSrc1, Zep16s val1, const Zep16s* pSrc2,
+                                                   Zep16s val2, Zep16s* pDst, int len, int scaleFactor);
 /** @} */
 
 /** @defgroup amr_vad GSM-AMR voice activity detection
