@@ -1,0 +1,294 @@
+// G.726 coder behaviour beyond the reference streams: block cutting, code
+// bits above the width, length and argument checks, both builds agreeing,
+// and the codes of an independent implementation (spandsp).
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/g726/g726_test_util.h"
+#include "tests/variant_check.h"
+#include "tests/vec_reader.h"
+
+#ifdef ZEPS_HAVE_SPANDSP
+#include <spandsp.h>
+#endif
+
+namespace zeps::test::g726 {
+namespace {
+
+constexpr int kEncSize = 88, kDecSize = 92;
+
+std::vector<std::int16_t> speech14(const char* file, std::size_t first, std::size_t n) {
+    const auto s = load_speech(file);
+    std::vector<std::int16_t> v(s.begin() + first, s.begin() + first + n);
+    for (auto& x : v) x = static_cast<std::int16_t>(x >> 2);
+    return v;
+}
+
+TEST(G726, ResultsDoNotDependOnBlockCutting) {
+    const auto pcm = speech14("loud.s16", 8000, 160);
+    for (const Coder& c : kBuilds) {
+        for (std::int32_t rate : kRates) {
+            Block whole, single;
+            ASSERT_EQ(c.enc_init(whole.enc(), rate), 0);
+            ASSERT_EQ(c.enc_init(single.enc(), rate), 0);
+            std::vector<std::uint8_t> a(160), b(160);
+            ASSERT_EQ(c.encode(whole.enc(), pcm.data(), a.data(), 160), 0);
+            for (int n = 0; n < 160; ++n) ASSERT_EQ(c.encode(single.enc(), &pcm[n], &b[n], 1), 0);
+            EXPECT_EQ(a, b) << rate;
+            EXPECT_EQ(whole.bytes, single.bytes) << rate;
+            for (std::int32_t law = 0; law < 3; ++law) {
+                Block dw, ds;
+                ASSERT_EQ(c.dec_init(dw.dec(), rate, law), 0);
+                ASSERT_EQ(c.dec_init(ds.dec(), rate, law), 0);
+                std::vector<std::int16_t> x(160), y(160);
+                ASSERT_EQ(c.decode(dw.dec(), a.data(), x.data(), 160), 0);
+                for (int n = 0; n < 160; ++n) ASSERT_EQ(c.decode(ds.dec(), &a[n], &y[n], 1), 0);
+                EXPECT_EQ(x, y) << rate << " law " << law;
+                EXPECT_EQ(dw.bytes, ds.bytes) << rate << " law " << law;
+            }
+        }
+    }
+}
+
+TEST(G726, DecoderIgnoresBitsAboveTheCodeWidth) {
+    Rng rng(726);
+    for (int r = 0; r < 4; ++r) {
+        std::vector<std::uint8_t> codes(2000), noisy(2000);
+        for (std::size_t k = 0; k < codes.size(); ++k) {
+            codes[k] = static_cast<std::uint8_t>(rng.uniform(0, (4 << r) - 1));
+            noisy[k] = static_cast<std::uint8_t>(codes[k] | (rng.uniform(0, 255) << (r + 2)));
+        }
+        for (std::int32_t law = 0; law < 3; ++law) {
+            Block a, b;
+            std::vector<std::int16_t> x(codes.size()), y(codes.size());
+            ASSERT_EQ(zeps::u8::zepsDecodeInit_G726_8u16s(a.dec(), kRates[r], law), 0);
+            ASSERT_EQ(zeps::u8::zepsDecodeInit_G726_8u16s(b.dec(), kRates[r], law), 0);
+            ASSERT_EQ(zeps::u8::zepsDecode_G726_8u16s(a.dec(), codes.data(), x.data(), 2000), 0);
+            ASSERT_EQ(zeps::u8::zepsDecode_G726_8u16s(b.dec(), noisy.data(), y.data(), 2000), 0);
+            EXPECT_EQ(x, y);
+            EXPECT_EQ(a.bytes, b.bytes);
+        }
+    }
+}
+
+TEST(G726, EncoderClampsInputToFourteenBits) {
+    Rng rng(14);
+    std::vector<std::int16_t> wide(3000), clamped(3000);
+    for (std::size_t k = 0; k < wide.size(); ++k) {
+        wide[k] = rng.s16();
+        clamped[k] = static_cast<std::int16_t>(std::clamp<int>(wide[k], -8192, 8191));
+    }
+    for (int r = 0; r < 4; ++r) {
+        const std::int32_t rate = kRates[r];
+        Block a, b;
+        std::vector<std::uint8_t> x(3000), y(3000);
+        ASSERT_EQ(zeps::u8::zepsEncodeInit_G726_16s8u(a.enc(), rate), 0);
+        ASSERT_EQ(zeps::u8::zepsEncodeInit_G726_16s8u(b.enc(), rate), 0);
+        ASSERT_EQ(zeps::u8::zepsEncode_G726_16s8u(a.enc(), wide.data(), x.data(), 3000), 0);
+        ASSERT_EQ(zeps::u8::zepsEncode_G726_16s8u(b.enc(), clamped.data(), y.data(), 3000), 0);
+        EXPECT_EQ(x, y);
+        const int top = (4 << r) - 1;
+        EXPECT_TRUE(std::all_of(x.begin(), x.end(), [&](std::uint8_t v) { return v <= top; }));
+    }
+}
+
+TEST(G726, LengthChecksLeaveEverythingUntouched) {
+    for (const Coder& c : kBuilds) {
+        Block e, d;
+        ASSERT_EQ(c.enc_init(e.enc(), 23), 0);
+        ASSERT_EQ(c.dec_init(d.dec(), 23, 1), 0);
+        const Block e0 = e, d0 = d;
+        const std::int16_t pcm[4] = {100, -200, 300, -400};
+        const std::uint8_t codes[4] = {1, 9, 7, 15};
+        std::uint8_t out8[4] = {0xC3, 0xC3, 0xC3, 0xC3};
+        std::int16_t out16[4] = {0x3C3C, 0x3C3C, 0x3C3C, 0x3C3C};
+        for (std::int32_t len : {-1, INT32_MIN}) {
+            EXPECT_EQ(c.encode(e.enc(), pcm, out8, len), zepStsNoErr);
+            EXPECT_EQ(c.decode(d.dec(), codes, out16, len), zepStsNoErr);
+        }
+        EXPECT_EQ(c.encode(e.enc(), pcm, out8, 0), zepStsSizeErr);
+        EXPECT_EQ(c.decode(d.dec(), codes, out16, 0), zepStsSizeErr);
+        EXPECT_EQ(e.bytes, e0.bytes);
+        EXPECT_EQ(d.bytes, d0.bytes);
+        EXPECT_TRUE(std::all_of(std::begin(out8), std::end(out8), [](std::uint8_t v) { return v == 0xC3; }));
+        EXPECT_TRUE(std::all_of(std::begin(out16), std::end(out16), [](std::int16_t v) { return v == 0x3C3C; }));
+    }
+}
+
+TEST(G726, ArgumentChecksInOrder) {
+    for (int b = 0; b < 2; ++b) {
+        const Coder& c = kBuilds[b];
+        Zep32s size = -1;
+        EXPECT_EQ((b ? zeps::n8::zepsEncodeGetStateSize_G726_16s8u : zeps::u8::zepsEncodeGetStateSize_G726_16s8u)(&size), 0);
+        EXPECT_EQ(size, kEncSize);
+        EXPECT_EQ((b ? zeps::n8::zepsDecodeGetStateSize_G726_8u16s : zeps::u8::zepsDecodeGetStateSize_G726_8u16s)(&size), 0);
+        EXPECT_EQ(size, kDecSize);
+        EXPECT_EQ(zeps::u8::zepsEncodeGetStateSize_G726_16s8u(nullptr), zepStsNullPtrErr);
+        EXPECT_EQ(zeps::u8::zepsDecodeGetStateSize_G726_8u16s(nullptr), zepStsNullPtrErr);
+
+        // Init: pointer, then rate, then law; a failed init writes nothing.
+        Block st;
+        const Block fresh = st;
+        EXPECT_EQ(c.enc_init(nullptr, 99), zepStsNullPtrErr);
+        EXPECT_EQ(c.dec_init(nullptr, 99, 9), zepStsNullPtrErr);
+        for (std::int32_t rate : {-1, 0, 16, 18, 20, 21, 25, 40, INT32_MIN}) {
+            EXPECT_EQ(c.enc_init(st.enc(), rate), zepStsRangeErr) << rate;
+            EXPECT_EQ(c.dec_init(st.dec(), rate, 3), zepStsRangeErr) << rate;
+            EXPECT_EQ(c.dec_init(st.dec(), rate, 0), zepStsRangeErr) << rate;
+        }
+        for (std::int32_t law : {-1, 3, INT32_MAX}) EXPECT_EQ(c.dec_init(st.dec(), 23, law), zepStsRangeErr);
+        EXPECT_EQ(st.bytes, fresh.bytes);
+
+        // Init writes exactly its block, and all of it.
+        Block zeros, ones;
+        std::fill(zeros.bytes.begin(), zeros.bytes.end(), 0x00);
+        std::fill(ones.bytes.begin(), ones.bytes.end(), 0xFF);
+        ASSERT_EQ(c.enc_init(zeros.enc(), 24), 0);
+        ASSERT_EQ(c.enc_init(ones.enc(), 24), 0);
+        EXPECT_TRUE(std::equal(zeros.bytes.begin(), zeros.bytes.begin() + kEncSize, ones.bytes.begin()));
+        EXPECT_EQ(ones.bytes[kEncSize], 0xFF);
+        ASSERT_EQ(c.dec_init(zeros.dec(), 24, 2), 0);
+        ASSERT_EQ(c.dec_init(ones.dec(), 24, 2), 0);
+        EXPECT_TRUE(std::equal(zeros.bytes.begin(), zeros.bytes.begin() + kDecSize, ones.bytes.begin()));
+        EXPECT_EQ(ones.bytes[kDecSize], 0xFF);
+
+        // Coding calls: pointers in argument order before the length.
+        ASSERT_EQ(c.enc_init(st.enc(), 22), 0);
+        ASSERT_EQ(c.dec_init(st.dec(), 22, 0), 0);
+        std::int16_t pcm[2] = {0, 0};
+        std::uint8_t codes[2] = {0, 0};
+        EXPECT_EQ(c.encode(nullptr, nullptr, nullptr, 0), zepStsNullPtrErr);
+        EXPECT_EQ(c.encode(st.enc(), nullptr, codes, 0), zepStsNullPtrErr);
+        EXPECT_EQ(c.encode(st.enc(), pcm, nullptr, -1), zepStsNullPtrErr);
+        EXPECT_EQ(c.decode(nullptr, codes, pcm, 0), zepStsNullPtrErr);
+        EXPECT_EQ(c.decode(st.dec(), nullptr, pcm, 0), zepStsNullPtrErr);
+        EXPECT_EQ(c.decode(st.dec(), codes, nullptr, -1), zepStsNullPtrErr);
+    }
+}
+
+#ifdef ZEPS_HAVE_SPANDSP
+// spandsp takes full-scale 16-bit input and drops the two low bits itself;
+// its codes must equal ours for the same 14-bit input, and its G.711 outputs
+// (synchronous coding adjustment included) must equal our law 0/1 outputs.
+TEST(G726, SameCodesAsSpandsp) {
+    const int kBitRates[4] = {16000, 24000, 32000, 40000};
+    for (const char* file : {"male.s16", "female.s16", "loud.s16", "noisy.s16", "tones.s16", "quiet.s16"}) {
+        const auto s16 = load_speech(file);
+        std::vector<std::int16_t> s14(s16.size());
+        for (std::size_t k = 0; k < s16.size(); ++k) s14[k] = static_cast<std::int16_t>(s16[k] >> 2);
+        const int n = static_cast<int>(s16.size());
+        for (int r = 0; r < 4; ++r) {
+            SCOPED_TRACE(file);
+            g726_state_t* peer = g726_init(nullptr, kBitRates[r], G726_ENCODING_LINEAR, G726_PACKING_NONE);
+            ASSERT_NE(peer, nullptr);
+            std::vector<std::uint8_t> want(s16.size()), got(s16.size());
+            g726_encode(peer, want.data(), s16.data(), n);
+            g726_free(peer);
+            Block st;
+            ASSERT_EQ(zeps::u8::zepsEncodeInit_G726_16s8u(st.enc(), kRates[r]), 0);
+            ASSERT_EQ(zeps::u8::zepsEncode_G726_16s8u(st.enc(), s14.data(), got.data(), n), 0);
+            ASSERT_EQ(got, want) << kBitRates[r];
+
+            for (int law = 0; law < 2; ++law) {
+                peer = g726_init(nullptr, kBitRates[r], law == 0 ? G726_ENCODING_ULAW : G726_ENCODING_ALAW,
+                                 G726_PACKING_NONE);
+                std::vector<std::uint8_t> pcm(s16.size() * 2);
+                const int m = g726_decode(peer, reinterpret_cast<std::int16_t*>(pcm.data()), got.data(), n);
+                g726_free(peer);
+                ASSERT_EQ(m, n);
+                std::vector<std::int16_t> ours(s16.size());
+                ASSERT_EQ(zeps::u8::zepsDecodeInit_G726_8u16s(st.dec(), kRates[r], law), 0);
+                ASSERT_EQ(zeps::u8::zepsDecode_G726_8u16s(st.dec(), got.data(), ours.data(), n), 0);
+                for (int k = 0; k < n; ++k) ASSERT_EQ(ours[k], pcm[k]) << "law " << law << " sample " << k;
+            }
+        }
+    }
+}
+#endif
+
+// ---- both builds
+
+std::vector<std::uint8_t> noisy_block(Rng& rng) {
+    std::vector<std::uint8_t> v(128);
+    for (auto& x : v) x = static_cast<std::uint8_t>(rng.next());
+    return v;
+}
+std::int32_t some_rate(Rng& rng) {
+    return rng.chance(6) ? static_cast<std::int32_t>(rng.uniform(-2, 30)) : kRates[rng.uniform(0, 3)];
+}
+std::int32_t some_len(Rng& rng) { return rng.chance(8) ? static_cast<std::int32_t>(rng.uniform(-2, 0)) : static_cast<std::int32_t>(rng.uniform(1, 400)); }
+
+}  // namespace
+}  // namespace zeps::test::g726
+
+using zeps::test::g726::noisy_block;
+using zeps::test::g726::some_len;
+using zeps::test::g726::some_rate;
+
+ZEPS_VARIANT_CHECK(zepsEncodeGetStateSize_G726_16s8u) {
+    Zep32s a = 0, b = 0;
+    EXPECT_EQ(zeps::u8::zepsEncodeGetStateSize_G726_16s8u(&a), zeps::n8::zepsEncodeGetStateSize_G726_16s8u(&b));
+    EXPECT_EQ(a, b);
+    EXPECT_EQ(zeps::u8::zepsEncodeGetStateSize_G726_16s8u(nullptr), zeps::n8::zepsEncodeGetStateSize_G726_16s8u(nullptr));
+}
+
+ZEPS_VARIANT_CHECK(zepsDecodeGetStateSize_G726_8u16s) {
+    Zep32s a = 0, b = 0;
+    EXPECT_EQ(zeps::u8::zepsDecodeGetStateSize_G726_8u16s(&a), zeps::n8::zepsDecodeGetStateSize_G726_8u16s(&b));
+    EXPECT_EQ(a, b);
+    EXPECT_EQ(zeps::u8::zepsDecodeGetStateSize_G726_8u16s(nullptr), zeps::n8::zepsDecodeGetStateSize_G726_8u16s(nullptr));
+}
+
+ZEPS_VARIANT_CHECK(zepsEncodeInit_G726_16s8u) {
+    auto a = noisy_block(rng), b = a;
+    const std::int32_t rate = some_rate(rng);
+    EXPECT_EQ(zeps::u8::zepsEncodeInit_G726_16s8u(reinterpret_cast<ZepG726EncodeState*>(a.data()), rate),
+              zeps::n8::zepsEncodeInit_G726_16s8u(reinterpret_cast<ZepG726EncodeState*>(b.data()), rate));
+    EXPECT_TRUE(zeps::test::same_bytes(a, b));
+}
+
+ZEPS_VARIANT_CHECK(zepsDecodeInit_G726_8u16s) {
+    auto a = noisy_block(rng), b = a;
+    const std::int32_t rate = some_rate(rng);
+    const std::int32_t law = static_cast<std::int32_t>(rng.chance(6) ? rng.uniform(-2, 5) : rng.uniform(0, 2));
+    EXPECT_EQ(zeps::u8::zepsDecodeInit_G726_8u16s(reinterpret_cast<ZepG726DecodeState*>(a.data()), rate, law),
+              zeps::n8::zepsDecodeInit_G726_8u16s(reinterpret_cast<ZepG726DecodeState*>(b.data()), rate, law));
+    EXPECT_TRUE(zeps::test::same_bytes(a, b));
+}
+
+ZEPS_VARIANT_CHECK(zepsEncode_G726_16s8u) {
+    std::vector<std::uint8_t> st(128);
+    ASSERT_EQ(zeps::u8::zepsEncodeInit_G726_16s8u(reinterpret_cast<ZepG726EncodeState*>(st.data()),
+                                                  zeps::test::g726::kRates[rng.uniform(0, 3)]),
+              0);
+    // Warm the state up on speech-like input so the check starts mid-stream.
+    auto sa = st, sb = st;
+    std::vector<std::int16_t> src = rng.vec<std::int16_t>(400);
+    const int scale = static_cast<int>(rng.uniform(0, 4));
+    if (scale) for (auto& x : src) x = static_cast<std::int16_t>(x >> (2 * scale));
+    const std::int32_t len = some_len(rng);
+    std::vector<std::uint8_t> da(400, 0xEE), db(400, 0xEE);
+    EXPECT_EQ(zeps::u8::zepsEncode_G726_16s8u(reinterpret_cast<ZepG726EncodeState*>(sa.data()), src.data(), da.data(), len),
+              zeps::n8::zepsEncode_G726_16s8u(reinterpret_cast<ZepG726EncodeState*>(sb.data()), src.data(), db.data(), len));
+    EXPECT_TRUE(zeps::test::same_bytes(da, db));
+    EXPECT_TRUE(zeps::test::same_bytes(sa, sb));
+}
+
+ZEPS_VARIANT_CHECK(zepsDecode_G726_8u16s) {
+    std::vector<std::uint8_t> st(128);
+    ASSERT_EQ(zeps::u8::zepsDecodeInit_G726_8u16s(reinterpret_cast<ZepG726DecodeState*>(st.data()),
+                                                  zeps::test::g726::kRates[rng.uniform(0, 3)],
+                                                  static_cast<std::int32_t>(rng.uniform(0, 2))),
+              0);
+    auto sa = st, sb = st;
+    std::vector<std::uint8_t> src(400);
+    const int width = static_cast<int>(rng.uniform(1, 8));
+    for (auto& x : src) x = static_cast<std::uint8_t>(rng.next() & ((1u << width) - 1));
+    const std::int32_t len = some_len(rng);
+    std::vector<std::int16_t> da(400, 0x5EE5), db(400, 0x5EE5);
+    EXPECT_EQ(zeps::u8::zepsDecode_G726_8u16s(reinterpret_cast<ZepG726DecodeState*>(sa.data()), src.data(), da.data(), len),
+              zeps::n8::zepsDecode_G726_8u16s(reinterpret_cast<ZepG726DecodeState*>(sb.data()), src.data(), db.data(), len));
+    EXPECT_TRUE(zeps::test::same_bytes(da, db));
+    EXPECT_TRUE(zeps::test::same_bytes(sa, sb));
+}
