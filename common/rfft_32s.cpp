@@ -1,0 +1,284 @@
+// 32-bit fixed-point real FFT with scale factor, N = 2^order, order 1..16
+// (see common/rfft.h).
+//
+// Block floating point: the input is normalised by a common exponent to 28
+// (forward) or 26 (inverse) significant bits, and before each complex stage
+// the block is shifted right, with rounding, just as far as needed for that
+// stage not to overflow 32 bits. The complex butterflies add in 32 bits and
+// multiply by Q30 twiddles with 64-bit products rounded to nearest; the
+// split step keeps its products at full precision. The result is finally
+// shifted by the accumulated exponent and the scale factor (plus the
+// inverse's 2^-order) with rounding to nearest, ties up, and saturated to
+// 32 bits.
+//
+// Description block: RfftSpec32s header (8 bytes), then Q30 twiddles
+// W_M^t = exp(-2 pi i t / M), t < M (re[M], im[M]), split twiddles W_N^k,
+// k <= M/2 (re[M/2+1], im[M/2+1]), and the bit-reversal table (M entries).
+// Work buffer: split real and imaginary arrays, N values.
+#include <cstring>
+
+#include "common/rfft.h"
+#include "common/rfft_twiddle.h"
+
+ZEPS_BEGIN_VARIANT
+namespace {
+
+constexpr std::int32_t kMagic32s = 0x52463353;  // "RF3S"
+using i64 = std::int64_t;
+using i128 = __int128;
+
+struct Layout32s {
+    int M, m;
+    int wr, wi, pr, pi, rev, total;  // offsets in 32-bit units from the table start
+};
+
+Layout32s layout_32s(int order) {
+    Layout32s l{};
+    l.m = order - 1;
+    l.M = 1 << l.m;
+    l.wr = 0;
+    l.wi = l.wr + l.M;
+    l.pr = l.wi + l.M;
+    l.pi = l.pr + l.M / 2 + 1;
+    l.rev = l.pi + l.M / 2 + 1;
+    l.total = l.rev + l.M;
+    return l;
+}
+
+std::int32_t* tables(RfftSpec32s* s) {
+    return reinterpret_cast<std::int32_t*>(reinterpret_cast<std::uint8_t*>(s) + 8);
+}
+const std::int32_t* tables(const RfftSpec32s* s) {
+    return reinterpret_cast<const std::int32_t*>(reinterpret_cast<const std::uint8_t*>(s) + 8);
+}
+
+constexpr i64 kQ30 = i64{1} << 30;
+
+std::int32_t to_q30(double v) { return static_cast<std::int32_t>(std::llround(v * static_cast<double>(kQ30))); }
+
+/// (x * w) in Q30, rounded to nearest.
+inline std::int32_t mul_q30(i64 x_w_sum) { return static_cast<std::int32_t>((x_w_sum + (kQ30 >> 1)) >> 30); }
+
+/// v * 2^-s rounded to nearest (ties up) and saturated to 32 bits; s may be
+/// negative (left shift).
+std::int32_t round_shift_sat(i128 v, int s) {
+    if (s > 0) {
+        if (s > 120) return 0;
+        v = (v + (static_cast<i128>(1) << (s - 1))) >> s;
+    } else if (s < 0) {
+        if (v == 0) return 0;
+        if (s < -40) return v > 0 ? INT32_MAX : INT32_MIN;
+        v *= static_cast<i128>(1) << (-s);
+    }
+    if (v > INT32_MAX) return INT32_MAX;
+    if (v < INT32_MIN) return INT32_MIN;
+    return static_cast<std::int32_t>(v);
+}
+
+/// Number of significant bits of |v| (0 for 0, 32 for -2^31).
+int bit_length(std::uint32_t a) {
+    int b = 0;
+    while (a) ++b, a >>= 1;
+    return b;
+}
+std::uint32_t magnitude(std::int32_t v) {
+    return v < 0 ? 0u - static_cast<std::uint32_t>(v) : static_cast<std::uint32_t>(v);
+}
+
+/// x * 2^e for e >= 0 (fits by the choice of e), rounded x * 2^e for e < 0.
+inline std::int32_t normalise(std::int32_t x, int e) {
+    if (e >= 0) return static_cast<std::int32_t>(static_cast<i64>(x) * (i64{1} << e));
+    return static_cast<std::int32_t>((static_cast<i64>(x) + (i64{1} << (-e - 1))) >> (-e));
+}
+
+// ---------------------------------------------------------------- complex DIF
+// Same stage structure and butterflies as the float transform; the twiddle
+// W_{4s}^(p j) of a radix-4 stage of span s is W_M^(p j M / 4s).
+
+inline void cmul(i64 xr, i64 xi, i64 wr, i64 wi, std::int32_t& yr, std::int32_t& yi) {
+    yr = mul_q30(xr * wr - xi * wi);
+    yi = mul_q30(xr * wi + xi * wr);
+}
+
+void radix2(std::int32_t* re, std::int32_t* im, int h, const std::int32_t* wr, const std::int32_t* wi) {
+    for (int j = 0; j < h; ++j) {
+        const std::int32_t ar = re[j], ai = im[j], br = re[j + h], bi = im[j + h];
+        re[j] = ar + br;
+        im[j] = ai + bi;
+        cmul(ar - br, ai - bi, wr[j], wi[j], re[j + h], im[j + h]);
+    }
+}
+
+void radix4(std::int32_t* re, std::int32_t* im, int M, int s, const std::int32_t* wr, const std::int32_t* wi) {
+    const int step = M / (4 * s);
+    for (int g = 0; g < M; g += 4 * s) {
+        for (int j = 0; j < s; ++j) {
+            const int i0 = g + j, i1 = i0 + s, i2 = i0 + 2 * s, i3 = i0 + 3 * s;
+            const std::int32_t t0r = re[i0] + re[i2], t0i = im[i0] + im[i2];
+            const std::int32_t t1r = re[i0] - re[i2], t1i = im[i0] - im[i2];
+            const std::int32_t t2r = re[i1] + re[i3], t2i = im[i1] + im[i3];
+            const std::int32_t t3r = re[i1] - re[i3], t3i = im[i1] - im[i3];
+            re[i0] = t0r + t2r;
+            im[i0] = t0i + t2i;
+            if (j == 0) {
+                re[i1] = t0r - t2r, im[i1] = t0i - t2i;
+                re[i2] = t1r + t3i, im[i2] = t1i - t3r;
+                re[i3] = t1r - t3i, im[i3] = t1i + t3r;
+            } else {
+                const int t1 = j * step, t2 = 2 * t1, t3 = 3 * t1;
+                cmul(t0r - t2r, t0i - t2i, wr[t2], wi[t2], re[i1], im[i1]);
+                cmul(t1r + t3i, t1i - t3r, wr[t1], wi[t1], re[i2], im[i2]);
+                cmul(t1r - t3i, t1i + t3r, wr[t3], wi[t3], re[i3], im[i3]);
+            }
+        }
+    }
+}
+
+/// Block floating point: before a stage of growth `radix`, the block is
+/// shifted right (rounding to nearest) until its largest component has at
+/// most 29 (radix 2) or 28 (radix 4) significant bits, so that no butterfly
+/// can leave 32 bits. Returns the number of bits shifted out.
+int make_headroom(std::int32_t* re, std::int32_t* im, int M, int radix) {
+    std::uint32_t peak = 0;
+    for (int n = 0; n < M; ++n) peak |= magnitude(re[n]) | magnitude(im[n]);
+    const int s = bit_length(peak) - (radix == 2 ? 29 : 28);
+    if (s <= 0) return 0;
+    for (int n = 0; n < M; ++n) {
+        re[n] = normalise(re[n], -s);
+        im[n] = normalise(im[n], -s);
+    }
+    return s;
+}
+
+/// In-place DIF transform, bit-reversed output; returns the bits shifted out.
+int cfft_dif(std::int32_t* re, std::int32_t* im, const Layout32s& l, const std::int32_t* t) {
+    int shifted = 0;
+    int s = l.M;
+    if (l.m & 1) {
+        s = l.M / 2;
+        shifted += make_headroom(re, im, l.M, 2);
+        radix2(re, im, s, t + l.wr, t + l.wi);
+    }
+    for (s /= 4; s >= 1; s /= 4) {
+        shifted += make_headroom(re, im, l.M, 4);
+        radix4(re, im, l.M, s, t + l.wr, t + l.wi);
+    }
+    return shifted;
+}
+
+bool valid(const RfftSpec32s* s, int scaleFactor) {
+    return s->magic == kMagic32s && s->order >= kRfftMinOrder && s->order <= kRfftMaxOrder &&
+           scaleFactor >= -31 && scaleFactor <= 31;
+}
+
+}  // namespace
+
+bool rfft_get_size_32s(int order, int* pSpecSize, int* pWorkSize, int* pInitSize) {
+    if (order < kRfftMinOrder || order > kRfftMaxOrder) return false;
+    const Layout32s l = layout_32s(order);
+    *pSpecSize = 8 + 4 * l.total;
+    *pWorkSize = 4 * (2 * l.M);
+    *pInitSize = 0;
+    return true;
+}
+
+RfftSpec32s* rfft_init_32s(int order, std::uint8_t* pMem) {
+    if (order < kRfftMinOrder || order > kRfftMaxOrder) return nullptr;
+    const Layout32s l = layout_32s(order);
+    auto* spec = reinterpret_cast<RfftSpec32s*>(pMem);
+    spec->order = order;
+    spec->magic = kMagic32s;
+    std::int32_t* t = tables(spec);
+    for (int k = 0; k < l.M; ++k) {
+        const UnitRoot u = unit_root(k, l.M);
+        t[l.wr + k] = to_q30(u.c);
+        t[l.wi + k] = to_q30(-u.s);
+    }
+    for (int k = 0; k <= l.M / 2; ++k) {
+        const UnitRoot u = unit_root(k, 2 * l.M);
+        t[l.pr + k] = to_q30(u.c);
+        t[l.pi + k] = to_q30(-u.s);
+    }
+    for (int k = 0; k < l.M; ++k)
+        t[l.rev + k] = static_cast<std::int32_t>(bit_reverse(static_cast<std::uint32_t>(k), l.m));
+    return spec;
+}
+
+bool rfft_fwd_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, const RfftSpec32s* pSpec,
+                      std::uint8_t* pWork) {
+    if (!valid(pSpec, scaleFactor)) return false;
+    const Layout32s l = layout_32s(pSpec->order);
+    const std::int32_t* t = tables(pSpec);
+    const int M = l.M;
+    std::uint32_t peak = 0;
+    for (int n = 0; n < 2 * M; ++n) peak |= magnitude(pSrc[n]);
+    const int e = 28 - bit_length(peak);
+    auto* re = reinterpret_cast<std::int32_t*>(pWork);
+    std::int32_t* im = re + M;
+    for (int n = 0; n < M; ++n) {
+        re[n] = normalise(pSrc[2 * n], e);
+        im[n] = normalise(pSrc[2 * n + 1], e);
+    }
+    const int g = cfft_dif(re, im, l, t);
+    // 2 X[k] 2^(30+e) = 2^30 Fe' + W^k Fo', Fe' = Z[k] + conj Z[M-k],
+    // Fo' = -i (Z[k] - conj Z[M-k]); X[M-k] = conj(Fe' - W^k Fo') / 2.
+    const int shift = 31 + e - g + scaleFactor;
+    const std::int32_t* rev = t + l.rev;
+    const i64 r0 = re[0], i0 = im[0];
+    pDst[0] = round_shift_sat(static_cast<i128>(r0 + i0) * (i64{1} << 31), shift);
+    pDst[1] = 0;
+    pDst[2 * M] = round_shift_sat(static_cast<i128>(r0 - i0) * (i64{1} << 31), shift);
+    pDst[2 * M + 1] = 0;
+    for (int k = 1; k <= M / 2; ++k) {
+        const int pa = rev[k], pb = rev[M - k];
+        const i64 ar = re[pa], ai = im[pa], br = re[pb], bi = im[pb];
+        const i128 fer = static_cast<i128>(ar + br) * kQ30, fei = static_cast<i128>(ai - bi) * kQ30;
+        const i64 f_r = ai + bi, f_i = br - ar;
+        const i64 wr = t[l.pr + k], wi = t[l.pi + k];
+        const i128 tr = static_cast<i128>(wr * f_r) - wi * f_i, ti = static_cast<i128>(wr * f_i) + wi * f_r;
+        pDst[2 * k] = round_shift_sat(fer + tr, shift);
+        pDst[2 * k + 1] = round_shift_sat(fei + ti, shift);
+        pDst[2 * (M - k)] = round_shift_sat(fer - tr, shift);
+        pDst[2 * (M - k) + 1] = round_shift_sat(ti - fei, shift);
+    }
+    return true;
+}
+
+bool rfft_inv_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, const RfftSpec32s* pSpec,
+                      std::uint8_t* pWork) {
+    if (!valid(pSpec, scaleFactor)) return false;
+    const Layout32s l = layout_32s(pSpec->order);
+    const std::int32_t* t = tables(pSpec);
+    const int M = l.M;
+    // The imaginary parts of bins 0 and N/2 are not used.
+    std::uint32_t peak = magnitude(pSrc[0]) | magnitude(pSrc[2 * M]);
+    for (int n = 2; n < 2 * M; ++n) peak |= magnitude(pSrc[n]);
+    const int e = 26 - bit_length(peak);
+    auto* re = reinterpret_cast<std::int32_t*>(pWork);
+    std::int32_t* im = re + M;
+    const i64 x0 = normalise(pSrc[0], e), xm = normalise(pSrc[2 * M], e);
+    re[0] = static_cast<std::int32_t>(x0 + xm);
+    im[0] = static_cast<std::int32_t>(x0 - xm);
+    // Z[k] = Fe' + i Fo', Fe' = X[k] + conj X[M-k], Fo' = (X[k] - conj X[M-k]) conj W^k.
+    for (int k = 1; k <= M / 2; ++k) {
+        const i64 ar = normalise(pSrc[2 * k], e), ai = normalise(pSrc[2 * k + 1], e);
+        const i64 br = normalise(pSrc[2 * (M - k)], e), bi = normalise(pSrc[2 * (M - k) + 1], e);
+        const i64 fer = ar + br, fei = ai - bi, dr = ar - br, di = ai + bi;
+        const i64 wr = t[l.pr + k], wi = t[l.pi + k];
+        const i64 f_r = mul_q30(dr * wr + di * wi), f_i = mul_q30(di * wr - dr * wi);
+        re[k] = static_cast<std::int32_t>(fer - f_i);
+        im[k] = static_cast<std::int32_t>(fei + f_r);
+        re[M - k] = static_cast<std::int32_t>(fer + f_i);
+        im[M - k] = static_cast<std::int32_t>(f_r - fei);
+    }
+    const int g = cfft_dif(im, re, l, t);  // exchanged arrays: the conjugate transform
+    const int shift = e - g + pSpec->order + scaleFactor;
+    const std::int32_t* rev = t + l.rev;
+    for (int n = 0; n < M; ++n) {
+        pDst[2 * n] = round_shift_sat(re[rev[n]], shift);
+        pDst[2 * n + 1] = round_shift_sat(im[rev[n]], shift);
+    }
+    return true;
+}
+
+ZEPS_END_VARIANT

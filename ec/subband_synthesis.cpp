@@ -1,0 +1,53 @@
+// Sub-band synthesis, one frame: inverse real FFT (divided by N), delay-line
+// advance with zero fill, overlap-add of the periodically repeated block
+// through the time-reversed window, output of the F oldest samples.
+// 32-bit bins scaled by 2^-scaleFactor into 16-bit samples with a Q13
+// window, and float.
+#include <cstring>
+
+#include "common/args.h"
+#include "common/exports.h"
+#include "ec/subband_kernels.h"
+#include "ec/subband_state.h"
+
+ZEPS_BEGIN_VARIANT
+namespace {
+
+/// d[k] = d[k+F] for k < L-F, then d[L-F .. L-1] = 0.
+template <class T>
+void advance_delay(T* d, int L, int F) {
+    std::memmove(d, d + F, sizeof(T) * static_cast<std::size_t>(L - F));
+    std::memset(d + (L - F), 0, sizeof(T) * static_cast<std::size_t>(F));
+}
+
+}  // namespace
+
+ZepStatus zepsSubbandSynthesis_32fc32f(const Zep32fc* pSrc, Zep32f* pDst, Zep8u* pState, Zep8u* pBuf) {
+    if (any_null(pSrc, pDst, pState, pBuf)) return zepStsNullPtrErr;
+    auto* s = align16<SubbandState32f>(pState);
+    const int L = s->len, N = s->fftLen, F = s->frameSize;
+    auto* y = align16<float>(pBuf);
+    Zep8u* work = reinterpret_cast<Zep8u*>(y + N);
+    if (!rfft_inv_32f(reinterpret_cast<const float*>(pSrc), y, s->pSpec, work)) return zepStsErr;
+    advance_delay(s->pDelay, L, F);
+    subband_ola_32f(s->pDelay, s->pWindow, y, L, N);
+    std::memcpy(pDst, s->pDelay, sizeof(float) * static_cast<std::size_t>(F));
+    return zepStsNoErr;
+}
+
+ZepStatus zepsSubbandSynthesis_32sc16s_Sfs(const Zep32sc* pSrc, Zep16s* pDst, Zep8u* pState, int scaleFactor,
+                                           Zep8u* pBuf) {
+    if (any_null(pSrc, pDst, pState, pBuf)) return zepStsNullPtrErr;
+    auto* s = align16<SubbandState16s>(pState);
+    const int L = s->len, N = s->fftLen, F = s->frameSize;
+    auto* y = align16<Word32>(pBuf);
+    Zep8u* work = reinterpret_cast<Zep8u*>(y) + round16(4 * std::int64_t{N});
+    if (!rfft_inv_32s_sfs(reinterpret_cast<const Word32*>(pSrc), y, scaleFactor, s->pSpec, work))
+        return zepStsErr;
+    advance_delay(s->pDelay, L, F);
+    subband_ola_16s(s->pDelay, s->pWindow, y, L, N);
+    std::memcpy(pDst, s->pDelay, sizeof(Word16) * static_cast<std::size_t>(F));
+    return zepStsNoErr;
+}
+
+ZEPS_END_VARIANT
