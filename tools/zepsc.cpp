@@ -13,7 +13,12 @@ struct Command {
 };
 
 const Command kCommands[] = {
+    {"demo", "every family on a built-in speech clip, as a short report", zepsc_cli::cmd_demo},
     {"info", "version record, processor build chosen, CPU features seen", zepsc_cli::cmd_info},
+    {"g726", "G.726 encode or decode between WAV and code files", zepsc_cli::cmd_g726},
+    {"vad", "GSM-AMR VAD decisions and DTX frame types per frame", zepsc_cli::cmd_vad},
+    {"lpc", "G.729 LSP indices, quantised LSPs and pitch lag per frame", zepsc_cli::cmd_lpc},
+    {"subband", "sub-band analysis/synthesis round trip with SNR and delay", zepsc_cli::cmd_subband},
 };
 
 void usage(std::FILE* out) {
