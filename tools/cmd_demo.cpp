@@ -24,11 +24,11 @@ int cmd_demo(int argc, char** argv) {
     std::printf("zepsc demo: %s %s, build %.4s; clip 1.5 s (0.4 s noise, then speech)\n\n", v->name, v->version,
                 v->targetCpu);
 
-    std::printf("G.729 front end, frames 40..47 (10 ms each)\n  frame  L0 L1 L2 L3  pitch lag\n");
+    std::printf("G.729 front end, frames 56..63 (voiced speech, 10 ms each)\n  frame  L0 L1 L2 L3  pitch lag\n");
     G729FrontEnd fe;
     for (int f = 0; f < kDemoClipLength / 80; ++f) {
         const LpFrame r = fe.process(&clip[f * 80]);
-        if (f >= 40 && f < 48)
+        if (f >= 56 && f < 64)
             std::printf("  %5d  %d %3d %2d %2d  %3d\n", f, r.index[0] >> 7, r.index[0] & 127, r.index[1] >> 5,
                         r.index[1] & 31, r.lag);
     }
