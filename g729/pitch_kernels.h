@@ -224,7 +224,7 @@ inline void pred_lt_3(Word16* exc, Word16 T0, Word16 frac) {
     const __m128i round = _mm_set1_epi32(0x8000);
     for (int j = 0; j < kSubfr; j += 4) {
         const Word16* b = x0 + j - 9;
-        if (max_abs(b, 24) > 18000) {  // b[0..22] carry the taps of the block
+        if (any_abs_above(b, 24, 18000)) {  // b[0..22] carry the taps of the block
             for (int jj = j; jj < j + 4; ++jj) {
                 const Word16* x1 = x0 + jj;
                 Word32 s = 0;
