@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "frame/variants.h"
+#include "g729/pitch_kernels.h"
 
 namespace {
 
@@ -255,8 +256,45 @@ void BM_PitchFrame_G729_n8(benchmark::State& st) {
                &zeps::n8::zepsAdaptiveCodebookGain_G729_16s);
 }
 
+// Vectorised kernels against their plain reference loops (the baseline).
+namespace kr = zeps::ref::g729p;
+void BM_Kernel_PredLt3_Scalar(benchmark::State& st) {
+    V16 exc(speech().begin() + 5000, speech().begin() + 5194);
+    for (auto _ : st) {
+        kr::pred_lt_3_scalar(exc.data() + 154, 57, 1);
+        benchmark::DoNotOptimize(exc.data());
+    }
+}
+void BM_Kernel_PredLt3_Vector(benchmark::State& st) {
+    V16 exc(speech().begin() + 5000, speech().begin() + 5194);
+    for (auto _ : st) {
+        kr::pred_lt_3(exc.data() + 154, 57, 1);
+        benchmark::DoNotOptimize(exc.data());
+    }
+}
+void BM_Kernel_NormCorr_Scalar(benchmark::State& st) {
+    const Zep16s* e = speech().data() + 5154;
+    std::int16_t c[20];
+    for (auto _ : st) {
+        kr::norm_corr_scalar(e, e + 200, kH, 50, 63, c);
+        benchmark::DoNotOptimize(c);
+    }
+}
+void BM_Kernel_NormCorr_Vector(benchmark::State& st) {
+    const Zep16s* e = speech().data() + 5154;
+    std::int16_t c[20];
+    for (auto _ : st) {
+        kr::norm_corr(e, e + 200, kH, 50, 63, c);
+        benchmark::DoNotOptimize(c);
+    }
+}
+
 }  // namespace
 
+BENCHMARK(BM_Kernel_PredLt3_Scalar);
+BENCHMARK(BM_Kernel_PredLt3_Vector);
+BENCHMARK(BM_Kernel_NormCorr_Scalar);
+BENCHMARK(BM_Kernel_NormCorr_Vector);
 BENCHMARK(BM_OpenLoopPitchSearch_G729_16s);
 BENCHMARK(BM_OpenLoopPitchSearch_G729A_16s);
 BENCHMARK(BM_OpenLoopPitchSearch_G729A_32f);
