@@ -9,12 +9,14 @@
 // kernels, spandsp has no G.729), so there is no peer column.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <string>
 #include <vector>
 
 #include "frame/variants.h"
+#include "g729/pitch_kernels.h"
 
 namespace {
 
@@ -56,19 +58,28 @@ void open_loop(benchmark::State& st, Fn fn) {
     }
 }
 
+/// Open-loop lags of the benchmark frames (Annex A search), computed once.
+const V16& open_loop_lags() {
+    static const V16 lags = [] {
+        V16 v(kFrames);
+        for (int f = 0; f < kFrames; ++f) zeps::u8::zepsOpenLoopPitchSearch_G729A_16s(speech().data() + frame_start(f), &v[f]);
+        return v;
+    }();
+    return lags;
+}
+
+// The excitation buffer is refreshed inside the timed loop (a 388-byte copy,
+// a few ns): the search writes its adaptive vector into it.
 template <class Fn>
 void closed_loop(benchmark::State& st, Fn fn) {
     const V16& s = speech();
+    const V16& ol = open_loop_lags();
     V16 exc(194), d(2), v(40);
     int f = 0;
     for (auto _ : st) {
-        st.PauseTiming();
         const Zep16s* p = s.data() + frame_start(f) - 154;
-        exc.assign(p, p + 194);
-        Zep16s ol = 0;
-        zeps::u8::zepsOpenLoopPitchSearch_G729A_16s(s.data() + frame_start(f), &ol);
-        st.ResumeTiming();
-        fn(ol, s.data() + frame_start(f), kH, exc.data(), d.data(), v.data(), 0);
+        std::copy(p, p + 194, exc.begin());
+        fn(ol[f], s.data() + frame_start(f), kH, exc.data(), d.data(), v.data(), 0);
         benchmark::DoNotOptimize(v.data());
         f = (f + 1) % kFrames;
     }
@@ -99,10 +110,9 @@ void frame_path(benchmark::State& st, OL ol_fn, CL cl_fn, G g_fn) {
     V16 exc, d(2), v(40), y(40);
     Zep16s g = 0, ol = 0;
     int f = 0;
+    exc.resize(234);
     for (auto _ : st) {
-        st.PauseTiming();
-        exc = excs[f];
-        st.ResumeTiming();
+        std::copy(excs[f].begin(), excs[f].end(), exc.begin());  // a few ns, see closed_loop
         const Zep16s* sp = s.data() + frame_start(f);
         ol_fn(sp, &ol);
         cl_fn(ol, sp, kH, exc.data(), d.data(), v.data(), 0);
@@ -246,8 +256,45 @@ void BM_PitchFrame_G729_n8(benchmark::State& st) {
                &zeps::n8::zepsAdaptiveCodebookGain_G729_16s);
 }
 
+// Vectorised kernels against their plain reference loops (the baseline).
+namespace kr = zeps::ref::g729p;
+void BM_Kernel_PredLt3_Scalar(benchmark::State& st) {
+    V16 exc(speech().begin() + 5000, speech().begin() + 5194);
+    for (auto _ : st) {
+        kr::pred_lt_3_scalar(exc.data() + 154, 57, 1);
+        benchmark::DoNotOptimize(exc.data());
+    }
+}
+void BM_Kernel_PredLt3_Vector(benchmark::State& st) {
+    V16 exc(speech().begin() + 5000, speech().begin() + 5194);
+    for (auto _ : st) {
+        kr::pred_lt_3(exc.data() + 154, 57, 1);
+        benchmark::DoNotOptimize(exc.data());
+    }
+}
+void BM_Kernel_NormCorr_Scalar(benchmark::State& st) {
+    const Zep16s* e = speech().data() + 5154;
+    std::int16_t c[20];
+    for (auto _ : st) {
+        kr::norm_corr_scalar(e, e + 200, kH, 50, 63, c);
+        benchmark::DoNotOptimize(c);
+    }
+}
+void BM_Kernel_NormCorr_Vector(benchmark::State& st) {
+    const Zep16s* e = speech().data() + 5154;
+    std::int16_t c[20];
+    for (auto _ : st) {
+        kr::norm_corr(e, e + 200, kH, 50, 63, c);
+        benchmark::DoNotOptimize(c);
+    }
+}
+
 }  // namespace
 
+BENCHMARK(BM_Kernel_PredLt3_Scalar);
+BENCHMARK(BM_Kernel_PredLt3_Vector);
+BENCHMARK(BM_Kernel_NormCorr_Scalar);
+BENCHMARK(BM_Kernel_NormCorr_Vector);
 BENCHMARK(BM_OpenLoopPitchSearch_G729_16s);
 BENCHMARK(BM_OpenLoopPitchSearch_G729A_16s);
 BENCHMARK(BM_OpenLoopPitchSearch_G729A_32f);

@@ -8,6 +8,7 @@
 #include "common/args.h"
 #include "common/exports.h"
 #include "g729/pitch_kernels.h"
+#include "g729/pitch_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -29,19 +30,46 @@ void scale_signal_fast(const Word16* sig, Word16* scal) {
     }
 }
 
-inline Word32 corr2(const Word16* s, int lag) {
-    Word32 t = 0;
-    for (int j = 0; j < kFrame; j += 2) t = L_mac(t, s[j], s[j - lag]);
-    return t;
-}
+/// The scaled signal split by parity for the decimated search: ev[k] =
+/// scal[2k], od[k] = scal[2k+1] (scal[0] is pSrc[-143]), so the frame's even
+/// samples pSrc[2k] are od[71 + k] and pSrc[2k - lag] is od[71 + k - lag/2]
+/// for even lags and ev[71 + k - (lag-1)/2] for odd ones.
+struct Decimated {
+    alignas(16) Word16 ev[120] = {};
+    alignas(16) Word16 od[120] = {};
+    const Word16* s;  // the scaled frame, for the reference loops
+    bool fast;        // no correlation or energy can saturate
+
+    explicit Decimated(const Word16* scal) : s(scal + kPitMax) {
+        for (int k = 0; k < 112; ++k) ev[k] = scal[2 * k];
+        for (int k = 0; k < 111; ++k) od[k] = scal[2 * k + 1];
+        // 2 sum|x y| <= sum x^2 + sum y^2 <= 2 (energy of all samples).
+        fast = 2 * (energy64(ev, 112) + energy64(od, 112)) < MAX_32;
+    }
+    const Word16* frame() const { return od + 71; }
+    const Word16* delayed(int lag) const { return (lag & 1) ? ev + 71 - (lag - 1) / 2 : od + 71 - lag / 2; }
+
+    Word32 corr(int lag) const {
+        if (fast) return 2 * dot_lanes(frame(), delayed(lag), 40);
+        Word32 t = 0;
+        for (int j = 0; j < kFrame; j += 2) t = L_mac(t, s[j], s[j - lag]);
+        return t;
+    }
+    Word32 energy(int lag) const {  // 1 + doubled energy of the delayed even samples
+        if (fast) return static_cast<Word32>(1 + 2 * energy64(delayed(lag), 40));
+        Word32 en = 1;
+        for (int i = 0; i < kFrame; i += 2) en = L_mac(en, s[i - lag], s[i - lag]);
+        return en;
+    }
+};
 
 /// Strict maximum of the decimated correlation over lo..hi (step), first
 /// of equal values kept.
-Word16 best_lag(const Word16* s, int lo, int hi, int step, Word32& max) {
+Word16 best_lag(const Decimated& d, int lo, int hi, int step, Word32& max) {
     max = MIN_32;
     Word16 best = static_cast<Word16>(lo);
     for (int i = lo; i <= hi; i += step) {
-        const Word32 c = corr2(s, i);
+        const Word32 c = d.corr(i);
         if (c > max) {
             max = c;
             best = static_cast<Word16>(i);
@@ -51,12 +79,10 @@ Word16 best_lag(const Word16* s, int lo, int hi, int step, Word32& max) {
 }
 
 /// max / sqrt(1 + energy of every second delayed sample), as Pitch_ol_fast.
-Word16 normalise(const Word16* s, Word16 lag, Word32 max) {
-    Word32 en = 1;
-    for (int i = 0; i < kFrame; i += 2) en = L_mac(en, s[i - lag], s[i - lag]);
+Word16 normalise(const Decimated& d, Word16 lag, Word32 max) {
     Word16 max_h, max_l, en_h, en_l;
     L_Extract(max, max_h, max_l);
-    L_Extract(Inv_sqrt(en), en_h, en_l);
+    L_Extract(Inv_sqrt(d.energy(lag)), en_h, en_l);
     return extract_l(Mpy_32(max_h, max_l, en_h, en_l));
 }
 
@@ -66,7 +92,7 @@ ZepStatus zepsOpenLoopPitchSearch_G729A_16s(const Zep16s* pSrc, Zep16s* pBestLag
     if (any_null(pSrc, pBestLag)) return zepStsNullPtrErr;
     Word16 scaled[kSpan];
     scale_signal_fast(pSrc - kPitMax, scaled);
-    const Word16* s = scaled + kPitMax;
+    const Decimated s(scaled);
 
     Word32 m;
     Word16 T1 = best_lag(s, 20, 39, 1, m);
@@ -75,9 +101,9 @@ ZepStatus zepsOpenLoopPitchSearch_G729A_16s(const Zep16s* pSrc, Zep16s* pBestLag
     Word16 max2 = normalise(s, T2, m);
     Word16 T3 = best_lag(s, 80, 142, 2, m);
     const Word16 t3 = T3;
-    Word32 c = corr2(s, t3 + 1);
+    Word32 c = s.corr(t3 + 1);
     if (c > m) { m = c; T3 = static_cast<Word16>(t3 + 1); }
-    c = corr2(s, t3 - 1);
+    c = s.corr(t3 - 1);
     if (c > m) { m = c; T3 = static_cast<Word16>(t3 - 1); }
     const Word16 max3 = normalise(s, T3, m);
 

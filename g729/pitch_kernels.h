@@ -46,9 +46,9 @@ inline LagRange lag_range(Word16 delay, Word16 subframe) {
     return r;
 }
 
-/// Pred_lt_3: the adaptive vector of lag T0 and fraction frac (-1..1),
-/// interpolated from exc[-T0 - 10 ..] and written to exc[0..39] in place
-/// (lags below 40 read the samples already written).
+/// Pred_lt_3 (reference loop): the adaptive vector of lag T0 and fraction
+/// frac (-1..1), interpolated from exc[-T0 - 10 ..] and written to
+/// exc[0..39] in place (lags below 40 read the samples already written).
 inline void pred_lt_3_scalar(Word16* exc, Word16 T0, Word16 frac) {
     const Word16* x0 = exc - T0;
     Word16 f = negate(frac);
@@ -61,8 +61,6 @@ inline void pred_lt_3_scalar(Word16* exc, Word16 T0, Word16 frac) {
     for (int j = 0; j < kSubfr; ++j) {
         const Word16* x1 = x0++;
         const Word16* x2 = x0;
-        // 20 products of at most 2^15 * 29443 * 2 stay far from the 32-bit
-        // limits only for small signals; keep the reference's saturating sum.
         Word32 s = 0;
         for (int i = 0, k = 0; i < kPitchInter10; ++i, k += kPitchUpSamp) {
             s = L_mac(s, x1[-i], c1[k]);
@@ -224,7 +222,7 @@ inline void pred_lt_3(Word16* exc, Word16 T0, Word16 frac) {
     const __m128i round = _mm_set1_epi32(0x8000);
     for (int j = 0; j < kSubfr; j += 4) {
         const Word16* b = x0 + j - 9;
-        if (max_abs(b, 24) > 18000) {  // b[0..22] carry the taps of the block
+        if (any_abs_above(b, 24, 18000)) {  // b[0..22] carry the taps of the block
             for (int jj = j; jj < j + 4; ++jj) {
                 const Word16* x1 = x0 + jj;
                 Word32 s = 0;

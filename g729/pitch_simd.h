@@ -91,5 +91,17 @@ inline std::int32_t max_abs(const Word16* x, int n) {
     return m;
 }
 
+/// True when some of the n samples (n a multiple of 8) exceeds `limit` in
+/// magnitude.
+inline bool any_abs_above(const Word16* x, int n, Word16 limit) {
+    const __m128i hi = _mm_set1_epi16(limit), lo = _mm_set1_epi16(static_cast<Word16>(-limit));
+    __m128i out = _mm_setzero_si128();
+    for (int i = 0; i < n; i += 8) {
+        const __m128i v = load8(x + i);
+        out = _mm_or_si128(out, _mm_or_si128(_mm_cmpgt_epi16(v, hi), _mm_cmplt_epi16(v, lo)));
+    }
+    return _mm_movemask_epi8(out) != 0;
+}
+
 }  // namespace g729p
 ZEPS_END_VARIANT
