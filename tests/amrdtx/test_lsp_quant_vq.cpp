@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "amr/amr_dtx_tables.h"
+#include "amr/lsp_quant_lsf.h"
 #include "amr/lsp_quant_vq.h"
 #include "tests/variant_check.h"
 
@@ -53,6 +54,17 @@ TEST(AmrLspQuantVq, FastSearchesChooseTheReferenceRow) {
                            {tab::dico5_lsf_5, 4, tab::kDico5_5Size, 1, false}};
     for (const auto& b : books3) expect_same_choice<3>(b, rng, 400);
     for (const auto& b : books4) expect_same_choice<4>(b, rng, 400);
+}
+
+TEST(AmrLspQuantVq, LsfToLspStaysInsideTheCosineTable) {
+    // 16384 (4 kHz) gives the reference's table[64]; beyond it and below 0
+    // the conversion saturates instead of reading outside the table.
+    const std::int16_t lsf[10] = {16384, 20000, 32767, -5, -32768, 0, 256, 128, 16383, 8192};
+    std::int16_t lsp[10];
+    lsf_to_lsp(lsf, lsp);
+    const std::int16_t expected[10] = {-32768, -32768, -32768, 32767, 32767, 32767, 32729,
+                                       32748 /* 32767 + (-39 * 128 >> 8) */, -32768, 0};
+    for (int i = 0; i < 10; i++) EXPECT_EQ(lsp[i], expected[i]) << i;
 }
 
 }  // namespace
