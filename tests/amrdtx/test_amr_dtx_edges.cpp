@@ -38,7 +38,7 @@ TEST(AmrDtxEdges, HandlerCountersAndModeSwitch) {
 TEST(AmrDtxEdges, HistoryPointerWrapsAndLogEnergyScaling) {
     // Same frame through both buffers: the encoder halves the Q10 log
     // energy, the decoder does not; pointer 7 wraps to row 0.
-    for (const std::int16_t amp : {0, 1000, 32767}) {
+    for (const std::int16_t amp : {0, 1000, 32767, -32768}) {
         const V16 spch(160, amp), vec = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
         V16 e_ptr = {7}, e_hist = canaries(80), e_log = canaries(8);
         V16 d_ptr = {7}, d_hist = canaries(80), d_log = canaries(8);
@@ -51,11 +51,11 @@ TEST(AmrDtxEdges, HistoryPointerWrapsAndLogEnergyScaling) {
         EXPECT_EQ(d_hist, e_hist);
         EXPECT_EQ(V16(e_log.begin() + 1, e_log.end()), canaries(7));
         EXPECT_EQ(e_log[0], d_log[0] >> 1);
-        // 0: Log2(0) = 0 gives -8521; 32767: the energy saturates at 2^31 - 1.
+        // 0: Log2(0) = 0 gives -8521; +-full scale: the energy saturates at 2^31 - 1.
         if (amp == 0) {
             EXPECT_EQ(d_log[0], -8521);
         }
-        if (amp == 32767) {
+        if (amp == 32767 || amp == -32768) {
             EXPECT_EQ(d_log[0], 30 * 1024 + 1023 - 8521);
         }
     }
