@@ -4,6 +4,8 @@
 // 8521 = log2(160) in Q10 and the 32-bit energy from saturating L_mac.
 #pragma once
 
+#include <cstdint>
+
 #include "common/basic_op.h"
 #include "common/fixed_math.h"
 
@@ -15,8 +17,12 @@ inline constexpr int kHistSize = 8;   ///< DTX_HIST_SIZE
 
 /// Q10 log2 of the per-sample energy of one 160-sample frame.
 inline Word16 frame_log_energy(const Word16* speech) {
-    Word32 L_frame_en = 0;
-    for (int i = 0; i < kFrame; i++) L_frame_en = L_mac(L_frame_en, speech[i], speech[i]);
+    // The reference accumulates L_mac(x, x); every term is >= 0, so the
+    // saturating sum equals min(2 * sum of x^2, MAX_32) (a term of
+    // (-32768)^2 saturates alone and the whole sum with it).
+    std::int64_t sum = 0;
+    for (int i = 0; i < kFrame; i++) sum += std::int32_t{speech[i]} * speech[i];
+    const Word32 L_frame_en = sum >= 0x40000000 ? MAX_32 : static_cast<Word32>(2 * sum);
     Word16 log_en_e, log_en_m;
     Log2(L_frame_en, log_en_e, log_en_m);
     Word16 log_en = shl(log_en_e, 10);

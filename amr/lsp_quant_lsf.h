@@ -30,17 +30,24 @@ inline void lsp_to_lsf(const Word16* lsp, Word16* lsf) {
 }
 
 /// Lsf_lsp: normalised LSF to LSP by linear interpolation of the cosine
-/// table. The reference reads table[ind + 1] with ind = lsf >> 8 and so needs
-/// 0 <= lsf < 16384; ind is held to 0..63 here, which changes nothing in that
-/// range and keeps a stray LSF (possible only from a corrupt predictor state)
-/// inside the table.
+/// table, ind = lsf >> 8, offset = lsf & 255. The reference reads
+/// table[ind + 1] and so stays inside the table only for 0 <= lsf < 16384;
+/// at lsf = 16384 its offset is 0 and its result table[64] = -32768. Here an
+/// LSF of 16384 or more gives table[64] (interpolating from table[63] with a
+/// full step of 256) and a negative LSF gives table[0], so a stray LSF (from
+/// a corrupt predictor state or an LSP of exactly -1.0) never leaves the table.
 inline void lsf_to_lsp(const Word16* lsf, Word16* lsp) {
     using zeps::amr_dtx_tab::table;
     for (int i = 0; i < kM; i++) {
         Word16 ind = shr(lsf[i], 8);
-        if (ind < 0) ind = 0;
-        if (ind > 63) ind = 63;
-        const Word16 offset = static_cast<Word16>(lsf[i] & 0x00ff);
+        Word16 offset = static_cast<Word16>(lsf[i] & 0x00ff);
+        if (ind < 0) {
+            ind = 0;
+            offset = 0;
+        } else if (ind > 63) {
+            ind = 63;
+            offset = 256;
+        }
         const Word32 L_tmp = L_mult(sub(table[ind + 1], table[ind]), offset);
         lsp[i] = add(table[ind], extract_l(L_shr(L_tmp, 9)));
     }

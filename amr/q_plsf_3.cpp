@@ -6,6 +6,7 @@
 #include "amr/amr_dtx_tables.h"
 #include "amr/lsp_quant.h"
 #include "amr/lsp_quant_lsf.h"
+#include "amr/lsp_quant_vq.h"
 
 ZEPS_BEGIN_VARIANT
 namespace amr_dtx {
@@ -13,34 +14,15 @@ namespace {
 
 namespace tab = zeps::amr_dtx_tab;
 
-/// Weighted squared error of one codebook row against the residual.
-template <int N>
-Word32 weighted_distance(const Word16* r, const Word16* row, const Word16* wf) {
-    Word32 dist = 0;
-    for (int k = 0; k < N; k++) {
-        const Word16 temp = mult(wf[k], sub(r[k], row[k]));
-        dist = L_mac(dist, temp, temp);
-    }
-    return dist;
-}
-
 /// Vq_subvec3 / Vq_subvec4: nearest row of an N-wide codebook; `stride`
 /// rows apart (2 when only every second row is searched, the reference's
 /// use_half). Replaces r[] by the chosen row and returns its index.
 template <int N>
 Word16 vq_subvec(Word16* r, const Word16* dico, const Word16* wf, int dico_size, int stride) {
-    Word32 dist_min = MAX_32;
-    Word16 index = 0;
-    for (int i = 0; i < dico_size; i++) {
-        const Word32 dist = weighted_distance<N>(r, dico + i * N * stride, wf);
-        if (L_sub(dist, dist_min) < 0) {
-            dist_min = dist;
-            index = static_cast<Word16>(i);
-        }
-    }
+    const int index = vq_search<N>(r, dico, wf, dico_size, stride, false);
     const Word16* row = dico + index * N * stride;
     for (int k = 0; k < N; k++) r[k] = row[k];
-    return index;
+    return static_cast<Word16>(index);
 }
 
 /// Prediction lsf_p and residual lsf_r1 from the predictor memory.

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "amr/amr_dtx_tables.h"
+#include "amr/lsp_quant_vq.h"
 #include "frame/variants.h"
 
 namespace {
@@ -92,8 +94,26 @@ void lsp_quant(benchmark::State& state, Fn fn) {
 void BM_LSPQuant_u8(benchmark::State& st) { lsp_quant(st, zeps::u8::zepsLSPQuant_GSMAMR_16s); }
 void BM_LSPQuant_n8(benchmark::State& st) { lsp_quant(st, zeps::n8::zepsLSPQuant_GSMAMR_16s); }
 
+/// One codebook search of the LSP quantiser, SSSE3 scores against the plain
+/// scalar scores (the baseline): arg 3 = dico2_lsf_3 (512 x 3), 4 = dico3_lsf_3 (512 x 4).
+void vq_search_bench(benchmark::State& state, bool simd) {
+    const std::int16_t r[4] = {120, -340, 55, 410}, wf[4] = {9000, 14000, 11000, 12500};
+    int sink = 0;
+    for (auto _ : state) {
+        if (state.range(0) == 3)
+            sink += zeps::ref::amr_dtx::vq_search<3>(r, zeps::amr_dtx_tab::dico2_lsf_3, wf, 512, 1, false, simd);
+        else
+            sink += zeps::ref::amr_dtx::vq_search<4>(r, zeps::amr_dtx_tab::dico3_lsf_3, wf, 512, 1, false, simd);
+        benchmark::DoNotOptimize(sink);
+    }
+}
+void BM_LSPQuantSearch_ssse3(benchmark::State& st) { vq_search_bench(st, true); }
+void BM_LSPQuantSearch_scalar(benchmark::State& st) { vq_search_bench(st, false); }
+
 }  // namespace
 
+BENCHMARK(BM_LSPQuantSearch_ssse3)->Arg(3)->Arg(4);
+BENCHMARK(BM_LSPQuantSearch_scalar)->Arg(3)->Arg(4);
 BENCHMARK(BM_EncDTXBuffer_u8);
 BENCHMARK(BM_EncDTXBuffer_n8);
 BENCHMARK(BM_DecDTXBuffer_u8);

@@ -1046,9 +1046,11 @@ ZEPSAPI ZepStatus zepsEncDTXSID_GSMAMR_16s(const Zep16s* pLSPHistory, const Zep1
  *   that start vector's index (pred_init_i).
  * The quantised LSFs are spaced by at least 205 (Reorder_lsf) before the
  * conversion back to LSPs; the residual is stored as the new predictor
- * memory. Decision: Lsf_lsp's table index (lsf >> 8) is held to 0..63, which
- * is exact for every LSF below 16384 and keeps corrupt predictor memories
- * from addressing outside the cosine table.
+ * memory. Decision where the reference would read outside its cosine table
+ * (Lsf_lsp given a quantised LSF outside 0..16384, e.g. from a corrupt
+ * predictor memory): an LSF of 16384 or more converts to -32768 (the
+ * reference's value at exactly 16384), a negative one to 32767. The same
+ * conversion serves zepsEncDTXSID_GSMAMR_16s.
  *
  * Arguments follow the reference's order (state, input, output, indices),
  * with the rate code last.

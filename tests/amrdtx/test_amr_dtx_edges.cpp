@@ -38,7 +38,7 @@ TEST(AmrDtxEdges, HandlerCountersAndModeSwitch) {
 TEST(AmrDtxEdges, HistoryPointerWrapsAndLogEnergyScaling) {
     // Same frame through both buffers: the encoder halves the Q10 log
     // energy, the decoder does not; pointer 7 wraps to row 0.
-    for (const std::int16_t amp : {0, 1000, 32767}) {
+    for (const std::int16_t amp : {0, 1000, 32767, -32768}) {
         const V16 spch(160, amp), vec = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
         V16 e_ptr = {7}, e_hist = canaries(80), e_log = canaries(8);
         V16 d_ptr = {7}, d_hist = canaries(80), d_log = canaries(8);
@@ -51,11 +51,11 @@ TEST(AmrDtxEdges, HistoryPointerWrapsAndLogEnergyScaling) {
         EXPECT_EQ(d_hist, e_hist);
         EXPECT_EQ(V16(e_log.begin() + 1, e_log.end()), canaries(7));
         EXPECT_EQ(e_log[0], d_log[0] >> 1);
-        // 0: Log2(0) = 0 gives -8521; 32767: the energy saturates at 2^31 - 1.
+        // 0: Log2(0) = 0 gives -8521; +-full scale: the energy saturates at 2^31 - 1.
         if (amp == 0) {
             EXPECT_EQ(d_log[0], -8521);
         }
-        if (amp == 32767) {
+        if (amp == 32767 || amp == -32768) {
             EXPECT_EQ(d_log[0], 30 * 1024 + 1023 - 8521);
         }
     }
@@ -168,32 +168,28 @@ V16 random_lsp(zeps::test::Rng& rng, std::size_t n) {
     return v;
 }
 
-ZEPS_VARIANT_CHECK(zepsEncDTXBuffer_GSMAMR_16s) {
+/// Both history buffers: random frames, histories and pointers (a third of
+/// them outside 0..7), sometimes a null speech pointer.
+template <class Fn>
+void buffer_builds_agree(zeps::test::Rng& rng, Fn u8, Fn n8) {
     for (int t = 0; t < 200; t++) {
-        const V16 spch = rng.vec<std::int16_t>(160), lsp = rng.vec<std::int16_t>(10);
-        V16 a_ptr = {static_cast<std::int16_t>(t % 3 ? rng.uniform(0, 7) : rng.s16())};
-        V16 a_hist = rng.vec<std::int16_t>(80), a_log = rng.vec<std::int16_t>(8);
-        V16 b_ptr = a_ptr, b_hist = a_hist, b_log = a_log;
+        const V16 spch = rng.vec<std::int16_t>(160), vec = rng.vec<std::int16_t>(10);
+        std::vector<V16> a = {{static_cast<std::int16_t>(t % 3 ? rng.uniform(0, 7) : rng.s16())},
+                              rng.vec<std::int16_t>(80), rng.vec<std::int16_t>(8)};
+        std::vector<V16> b = a;
         const auto* s = rng.chance(10) ? nullptr : spch.data();
-        EXPECT_EQ(zeps::u8::zepsEncDTXBuffer_GSMAMR_16s(s, lsp.data(), a_ptr.data(), a_hist.data(), a_log.data()),
-                  zeps::n8::zepsEncDTXBuffer_GSMAMR_16s(s, lsp.data(), b_ptr.data(), b_hist.data(), b_log.data()));
-        EXPECT_TRUE(zeps::test::same_bytes(a_ptr, b_ptr) && zeps::test::same_bytes(a_hist, b_hist) &&
-                    zeps::test::same_bytes(a_log, b_log));
+        EXPECT_EQ(u8(s, vec.data(), a[0].data(), a[1].data(), a[2].data()),
+                  n8(s, vec.data(), b[0].data(), b[1].data(), b[2].data()));
+        for (int i = 0; i < 3; i++) EXPECT_TRUE(zeps::test::same_bytes(a[i], b[i]));
     }
 }
 
+ZEPS_VARIANT_CHECK(zepsEncDTXBuffer_GSMAMR_16s) {
+    buffer_builds_agree(rng, zeps::u8::zepsEncDTXBuffer_GSMAMR_16s, zeps::n8::zepsEncDTXBuffer_GSMAMR_16s);
+}
+
 ZEPS_VARIANT_CHECK(zepsDecDTXBuffer_GSMAMR_16s) {
-    for (int t = 0; t < 200; t++) {
-        const V16 spch = rng.vec<std::int16_t>(160), lsf = rng.vec<std::int16_t>(10);
-        V16 a_ptr = {static_cast<std::int16_t>(t % 3 ? rng.uniform(0, 7) : rng.s16())};
-        V16 a_hist = rng.vec<std::int16_t>(80), a_log = rng.vec<std::int16_t>(8);
-        V16 b_ptr = a_ptr, b_hist = a_hist, b_log = a_log;
-        const auto* s = rng.chance(10) ? nullptr : spch.data();
-        EXPECT_EQ(zeps::u8::zepsDecDTXBuffer_GSMAMR_16s(s, lsf.data(), a_ptr.data(), a_hist.data(), a_log.data()),
-                  zeps::n8::zepsDecDTXBuffer_GSMAMR_16s(s, lsf.data(), b_ptr.data(), b_hist.data(), b_log.data()));
-        EXPECT_TRUE(zeps::test::same_bytes(a_ptr, b_ptr) && zeps::test::same_bytes(a_hist, b_hist) &&
-                    zeps::test::same_bytes(a_log, b_log));
-    }
+    buffer_builds_agree(rng, zeps::u8::zepsDecDTXBuffer_GSMAMR_16s, zeps::n8::zepsDecDTXBuffer_GSMAMR_16s);
 }
 
 ZEPS_VARIANT_CHECK(zepsEncDTXHandler_GSMAMR_16s) {

@@ -2,10 +2,10 @@
 // wrote: Debian's opencore-amrnb encoder with DTX on (3GPP TS 26.073 lineage).
 //
 // What is compared, frame by frame, on shared/speech/noisy.s16 and tones.s16:
-//  1. SID energy: the 6-bit log_en_index of every SID_UPDATE frame that lies
-//     7 or more frames into a run of DTX frames (from then on the DTX handler
-//     has no hangover left, so the encoder computed fresh SID parameters in
-//     that very frame) must equal what zepsEncDTXBuffer_GSMAMR_16s (run on
+//  1. SID energy: the 6-bit log_en_index of every SID_UPDATE frame that is
+//     the 8th or a later frame of a run of DTX frames (by then the DTX
+//     handler has no hangover left, so the encoder computed fresh SID
+//     parameters in that very frame) must equal what zepsEncDTXBuffer_GSMAMR_16s (run on
 //     every frame of the 3GPP pre-processed speech) and zepsEncDTXSID_GSMAMR_16s
 //     produce from the last 8 frames.
 //  2. DTX decisions: the sequence of speech / DTX (SID or NO_DATA) frames

@@ -1,0 +1,181 @@
+// Codebook searches of the GSM-AMR LSP quantisers (3GPP TS 26.073
+// q_plsf_3.c Vq_subvec3/Vq_subvec4, q_plsf_5.c Vq_subvec/Vq_subvec_s).
+//
+// The reference scores a row by dist = sum of L_mac(temp, temp) with
+// temp = mult(wf, sub(r, d)) (residual r and row d in the LSF domain, weights
+// wf Q13) and keeps the first row with the smallest dist, dist_min starting
+// at MAX_32. Every term 2 temp^2 is >= 0, so the saturating sum equals
+// min(2 S, MAX_32) with S = sum of temp^2 computed exactly, and
+// "dist < dist_min" is "S < S_min" with S_min starting at 2^30. The searches
+// below score rows by S in 32-bit unsigned arithmetic (4 terms of at most
+// 32767^2 stay below 2^32), with SSSE3 or in plain scalar code; the *_ref
+// search keeps the reference's operators. Tests hold all three equal.
+#pragma once
+
+#include <tmmintrin.h>
+
+#include <cstdint>
+
+#include "common/basic_op.h"
+
+ZEPS_BEGIN_VARIANT
+namespace amr_dtx {
+
+/// mult(wf, x) for any 16-bit pair, exact: (wf * x) >> 15, saturated.
+inline std::int32_t vq_mult(std::int32_t wf, std::int32_t x) {
+    const std::int32_t t = (wf * x) >> 15;
+    return t > 32767 ? 32767 : t;
+}
+
+/// sub(r, d) (sign = +1) or add(r, d) (sign = -1), saturated to 16 bits.
+inline std::int32_t vq_diff(std::int32_t r, std::int32_t d, int sign) {
+    const std::int32_t x = sign > 0 ? r - d : r + d;
+    return x > 32767 ? 32767 : (x < -32768 ? -32768 : x);
+}
+
+/// Half the reference distance of one row, before saturation.
+template <int N>
+inline std::uint32_t vq_half_distance(const Word16* r, const Word16* row, const Word16* wf, int sign) {
+    std::uint32_t s = 0;
+    for (int k = 0; k < N; k++) {
+        const std::int32_t t = vq_mult(wf[k], vq_diff(r[k], row[k], sign));
+        s += static_cast<std::uint32_t>(t * t);
+    }
+    return s;
+}
+
+/// Reference distance of one row with the standard's operators.
+template <int N>
+inline Word32 vq_distance_ref(const Word16* r, const Word16* row, const Word16* wf, int sign) {
+    Word32 dist = 0;
+    for (int k = 0; k < N; k++) {
+        const Word16 temp = mult(wf[k], sign > 0 ? sub(r[k], row[k]) : add(r[k], row[k]));
+        dist = L_mac(dist, temp, temp);
+    }
+    return dist;
+}
+
+/// First smallest score of n candidates (the reference keeps the first row
+/// on ties); returns 0 when none is below the saturated distance.
+inline int vq_first_min(const std::uint32_t* s, int n) {
+    std::uint32_t s_min = 0x40000000u;
+    int best = 0;
+    for (int i = 0; i < n; i++) {
+        if (s[i] < s_min) {
+            s_min = s[i];
+            best = i;
+        }
+    }
+    return best;
+}
+
+/// Scores of `count` consecutive N-wide rows, plain scalar code.
+template <int N>
+inline void vq_scores_scalar(const Word16* r, const Word16* rows, const Word16* wf, int count, int sign,
+                             std::uint32_t* s) {
+    for (int i = 0; i < count; i++) s[i] = vq_half_distance<N>(r, rows + i * N, wf, sign);
+}
+
+/// temp = mult(wf, sub(r, x)) (sign > 0) or mult(wf, add(r, x)) in 8 lanes:
+/// the low 16 bits of (wf * d) >> 15, exact whenever wf != -32768 (the
+/// weights of Lsf_wt lie in -32376..32767).
+inline __m128i vq_temp8(__m128i r, __m128i w, __m128i x, int sign) {
+    const __m128i d = sign > 0 ? _mm_subs_epi16(r, x) : _mm_adds_epi16(r, x);
+    const __m128i hi = _mm_mulhi_epi16(w, d), lo = _mm_mullo_epi16(w, d);
+    return _mm_or_si128(_mm_slli_epi16(hi, 1), _mm_srli_epi16(lo, 15));
+}
+
+/// Scores of `count` consecutive rows, SSSE3: 4-wide rows two to a
+/// register (pmaddwd pairs the squares, phaddd completes each row), 3-wide
+/// rows eight to three registers; the rest in scalar code. Same results as
+/// vq_scores_scalar for weights above -32768.
+template <int N>
+inline void vq_scores(const Word16* r, const Word16* rows, const Word16* wf, int count, int sign, std::uint32_t* s) {
+    static_assert(N == 3 || N == 4);
+    int i = 0;
+    if constexpr (N == 4) {
+        const __m128i rr = _mm_setr_epi16(r[0], r[1], r[2], r[3], r[0], r[1], r[2], r[3]);
+        const __m128i ww = _mm_setr_epi16(wf[0], wf[1], wf[2], wf[3], wf[0], wf[1], wf[2], wf[3]);
+        for (; i + 4 <= count; i += 4) {
+            const auto* p = reinterpret_cast<const __m128i*>(rows + 4 * i);
+            const __m128i ta = vq_temp8(rr, ww, _mm_loadu_si128(p), sign);
+            const __m128i tb = vq_temp8(rr, ww, _mm_loadu_si128(p + 1), sign);
+            const __m128i sums = _mm_hadd_epi32(_mm_madd_epi16(ta, ta), _mm_madd_epi16(tb, tb));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(s + i), sums);
+        }
+    } else {
+        __m128i rr[3], ww[3];
+        for (int k = 0; k < 3; k++) {
+            Word16 rv[8], wv[8];
+            for (int l = 0; l < 8; l++) {
+                rv[l] = r[(8 * k + l) % 3];
+                wv[l] = wf[(8 * k + l) % 3];
+            }
+            rr[k] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(rv));
+            ww[k] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(wv));
+        }
+        const __m128i zero = _mm_setzero_si128();
+        for (; i + 8 <= count; i += 8) {
+            alignas(16) std::uint32_t sq[24];
+            for (int k = 0; k < 3; k++) {
+                const auto* p = reinterpret_cast<const __m128i*>(rows + 3 * i) + k;
+                const __m128i t = vq_temp8(rr[k], ww[k], _mm_loadu_si128(p), sign);
+                const __m128i t_lo = _mm_unpacklo_epi16(t, zero), t_hi = _mm_unpackhi_epi16(t, zero);
+                // (t, 0) pairs: pmaddwd gives t * t per 32-bit lane (t's sign
+                // is kept because the zero half does not contribute).
+                _mm_store_si128(reinterpret_cast<__m128i*>(sq + 8 * k), _mm_madd_epi16(t_lo, t_lo));
+                _mm_store_si128(reinterpret_cast<__m128i*>(sq + 8 * k + 4), _mm_madd_epi16(t_hi, t_hi));
+            }
+            for (int j = 0; j < 8; j++) s[i + j] = sq[3 * j] + sq[3 * j + 1] + sq[3 * j + 2];
+        }
+    }
+    vq_scores_scalar<N>(r, rows + N * i, wf, count - i, sign, s + i);
+}
+
+/// Best row of an N-wide codebook of `size` rows, `stride` rows apart (the
+/// reference's use_half reads every second row). With signed_rows each row
+/// is also tried negated, right after the row itself, and the result is
+/// 2 * row + sign. r and wf hold the N values in the codebook's order.
+/// `simd` selects vq_scores or the plain scalar scores (same results).
+template <int N>
+inline int vq_search(const Word16* r, const Word16* dico, const Word16* wf, int size, int stride, bool signed_rows,
+                     bool simd = true) {
+    constexpr int kMaxRows = 512;
+    std::uint32_t s[2 * kMaxRows];
+    const auto scores = simd ? vq_scores<N> : vq_scores_scalar<N>;
+    if (signed_rows) {
+        std::uint32_t s_neg[kMaxRows];
+        scores(r, dico, wf, size, +1, s + size);
+        scores(r, dico, wf, size, -1, s_neg);
+        for (int i = 0; i < size; i++) {  // candidate order: row, then its negative
+            s[2 * i] = s[size + i];
+            s[2 * i + 1] = s_neg[i];
+        }
+        return vq_first_min(s, 2 * size);
+    }
+    scores(r, dico, wf, size * stride, +1, s);
+    for (int i = 1; i < size && stride > 1; i++) s[i] = s[i * stride];
+    return vq_first_min(s, size);
+}
+
+/// vq_search with the reference's operators and comparisons.
+template <int N>
+inline int vq_search_ref(const Word16* r, const Word16* dico, const Word16* wf, int size, int stride,
+                         bool signed_rows) {
+    Word32 dist_min = MAX_32;
+    int best = 0;
+    for (int i = 0; i < size; i++) {
+        const Word16* row = dico + i * N * stride;
+        for (int sign = +1; sign >= (signed_rows ? -1 : 1); sign -= 2) {
+            const Word32 dist = vq_distance_ref<N>(r, row, wf, sign);
+            if (L_sub(dist, dist_min) < 0) {
+                dist_min = dist;
+                best = signed_rows ? 2 * i + (sign < 0 ? 1 : 0) : i;
+            }
+        }
+    }
+    return best;
+}
+
+}  // namespace amr_dtx
+ZEPS_END_VARIANT
