@@ -2,6 +2,8 @@
 // routine vad2 of TS 26.073 vad2.c), run on the two 10 ms halves of a frame.
 // Input Q0. Channel energies Q9 ("22,9", shift state 0) or Q4 ("27,4",
 // shift state 1), noise energies Q9, dB values Q8, smoothing factors Q15.
+#include <cstdint>
+
 #include "amr/amr_vad_tables.h"
 #include "common/args.h"
 #include "common/basic_op.h"
@@ -38,8 +40,11 @@ constexpr Word16 kEnrgNormShift[2] = {9 - 1 + 2, 4 - 1 + 2};
 
 /// 10 log10(x) / 128 for x with fbits fractional bits, Q8 (fn10Log10).
 Word16 fn10Log10(Word32 x, Word16 fbits) {
-    Word16 integer, fraction;
-    Log2(x, integer, fraction);
+    Word16 integer = 0, fraction = 0;
+    if (x > 0) {  // Log2, normalised with the count norm_l gives for x > 0
+        const Word16 e = static_cast<Word16>(__builtin_clz(static_cast<std::uint32_t>(x)) - 1);
+        Log2_norm(x << e, e, integer, fraction);
+    }
     integer = sub(integer, fbits);
     const Word32 t = Mpy_32_16(integer, fraction, 24660);  // 10 log10(2) / 4
     return extract_l(L_shr_r(t, 5 + 1));
@@ -87,11 +92,11 @@ void channel_energies(ZepVAD2State_GSMAMR& st, const Word16* data, Word16 normb_
     }
     const int s = st.shift_state;
     for (int i = 0; i < kChannels; ++i) {
-        Word32 e = 0;
-        for (int j = ch_tbl[i][0]; j <= ch_tbl[i][1]; ++j) {
-            e = L_mac(e, data[2 * j], data[2 * j]);
-            e = L_mac(e, data[2 * j + 1], data[2 * j + 1]);
-        }
+        // The L_mac chain of squares only grows, so it equals the exact sum
+        // clamped to MAX_32 (a -32768 term alone reaches the clamp).
+        std::int64_t sum = 0;
+        for (int j = 2 * ch_tbl[i][0]; j <= 2 * ch_tbl[i][1] + 1; ++j) sum += std::int32_t{data[j]} * data[j];
+        Word32 e = sum >= (std::int64_t{1} << 30) ? MAX_32 : static_cast<Word32>(2 * sum);
         e = L_shr_r(e, sub(shl(normb_shift, 1), kEnrgNormShift[s]));
         const Word16 k = mult(alpha, ch_tbl_sh[i]);
         const DPF ed = L_Extract(e);
