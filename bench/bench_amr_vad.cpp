@@ -18,6 +18,10 @@
 #include <opencore-amrnb/interf_enc.h>
 #endif
 
+namespace zeps::u8::amr {
+void r_fft_scalar(std::int16_t* x);  // scalar baseline of the FFT (amr/r_fft.cpp)
+}
+
 namespace {
 
 std::vector<Zep16s> speech(const char* name) {
@@ -75,6 +79,17 @@ void BM_FFT(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_FFT);
+
+void BM_FFT_ScalarBaseline(benchmark::State& state) {
+    std::vector<Zep16s> x(128);
+    std::size_t k = 0;
+    for (auto _ : state) {
+        std::copy_n(&male()[frame_at(k++)], 128, x.begin());
+        zeps::u8::amr::r_fft_scalar(x.data());
+        benchmark::DoNotOptimize(x.data());
+    }
+}
+BENCHMARK(BM_FFT_ScalarBaseline);
 
 /// Open-loop search per rate; arg 0 = NonDTX, 1 = DTX + VAD1, 2 = DTX + VAD2.
 void BM_OpenLoop(benchmark::State& state) {
