@@ -15,10 +15,6 @@
 ZEPS_BEGIN_VARIANT
 namespace amr {
 
-Word16 pitch_ol(OlVad& vad, Zep32s rate, const Word16* signal, int pit_min, int L_frame, int idx);
-Word16 pitch_ol_wgh(OlWght& st, OlVad& vad, const Word16* signal, int pit_min, int L_frame, Zep16s* old_lags,
-                    Zep16s* ol_gain_flg, int idx);
-
 namespace {
 
 constexpr int kSubfr = 40;
