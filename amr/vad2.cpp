@@ -38,6 +38,10 @@ constexpr Word16 kFracBits[2] = {9, 4};
 constexpr Word16 kStateChangeShiftR[2] = {4 - 9, 9 - 4};
 constexpr Word16 kEnrgNormShift[2] = {9 - 1 + 2, 4 - 1 + 2};
 
+/// Index of the per-state constants; a state word other than 0 or 1 (never
+/// produced by the detector) reads as state 1 instead of leaving the tables.
+inline int state_index(const ZepVAD2State_GSMAMR& st) { return st.shift_state == 0 ? 0 : 1; }
+
 /// 10 log10(x) / 128 for x with fbits fractional bits, Q8 (fn10Log10).
 Word16 fn10Log10(Word32 x, Word16 fbits) {
     Word16 integer = 0, fraction = 0;
@@ -80,7 +84,7 @@ void update_shift_state(ZepVAD2State_GSMAMR& st, Word16 normb_shift) {
     }
     if (change)
         for (int i = 0; i < kChannels; ++i)
-            st.Lch_enrg[i] = L_shr(st.Lch_enrg[i], kStateChangeShiftR[st.shift_state]);
+            st.Lch_enrg[i] = L_shr(st.Lch_enrg[i], kStateChangeShiftR[state_index(st)]);
 }
 
 /// Smoothed energy per channel: e = alpha * enrg / bins + (1 - alpha) * e.
@@ -90,7 +94,7 @@ void channel_energies(ZepVAD2State_GSMAMR& st, const Word16* data, Word16 normb_
         alpha = 32767;
         one_m_alpha = 0;
     }
-    const int s = st.shift_state;
+    const int s = state_index(st);
     for (int i = 0; i < kChannels; ++i) {
         // The L_mac chain of squares only grows, so it equals the exact sum
         // clamped to MAX_32 (a -32768 term alone reaches the clamp).
@@ -118,7 +122,7 @@ bool peak_to_average_high(const ZepVAD2State_GSMAMR& st, Word32 total) {
 /// Noise estimates of the first four half frames.
 void initial_noise(ZepVAD2State_GSMAMR& st, bool p2a) {
     for (int i = 0; i < kChannels; ++i) {
-        if (p2a || st.Lch_enrg[i] < kIneNoise[st.shift_state])
+        if (p2a || st.Lch_enrg[i] < kIneNoise[state_index(st)])
             st.Lch_noise[i] = kIneNoise0;
         else
             st.Lch_noise[i] = st.shift_state == 1 ? L_shr(st.Lch_enrg[i], kStateChangeShiftR[0]) : st.Lch_enrg[i];
@@ -187,7 +191,7 @@ bool noise_update_flag(ZepVAD2State_GSMAMR& st, Word16 vm_sum, Word32 tce, Word1
             update = true;
             st.update_cnt = 0;
         }
-    } else if (tce > kNoiseFloorChan[st.shift_state] && dev < kDevThld && !p2a && st.LTP_flag == 0) {
+    } else if (tce > kNoiseFloorChan[state_index(st)] && dev < kDevThld && !p2a && st.LTP_flag == 0) {
         st.update_cnt = add(st.update_cnt, 1);
         if (st.update_cnt >= kUpdateCntThld) {
             update = true;
@@ -226,7 +230,7 @@ Word16 vad2_half(ZepVAD2State_GSMAMR& st, const Word16* in) {
     Word16 ch_snr[kChannels], ch_enrg_db[kChannels];
     Word16 vm_sum = 0;
     for (int i = 0; i < kChannels; ++i) {
-        ch_enrg_db[i] = fn10Log10(st.Lch_enrg[i], kFracBits[st.shift_state]);
+        ch_enrg_db[i] = fn10Log10(st.Lch_enrg[i], kFracBits[state_index(st)]);
         ch_snr[i] = sub(ch_enrg_db[i], fn10Log10(st.Lch_noise[i], kFracBits[0]));
         const Word16 q = shr_r(mult(21845, ch_snr[i]), 6);  // 3/8 dB steps
         vm_sum = add(vm_sum, vm_tbl[q < 89 ? (q > 0 ? q : 0) : 89]);

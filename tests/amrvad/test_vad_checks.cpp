@@ -253,6 +253,18 @@ ZEPS_VARIANT_CHECK(zepsVAD1_GSMAMR_16s) {
 ZEPS_VARIANT_CHECK(zepsVAD2_GSMAMR_16s) {
     ZepVAD2State_GSMAMR a;
     zepsVAD2StateReset_GSMAMR(&a);
+    if (rng.chance(2)) {  // a state from the middle of a stream, or a corrupt one
+        for (int i = 0; i < 16; ++i) {
+            a.Lch_enrg[i] = static_cast<Zep32s>(rng.uniform(0, 1 << 24));
+            a.Lch_noise[i] = static_cast<Zep32s>(rng.uniform(0, 1 << 24));
+            a.ch_enrg_long_db[i] = rng.s16();
+        }
+        a.Lframe_cnt = rng.s32();
+        a.shift_state = static_cast<Zep16s>(rng.uniform(0, 2));
+        a.tsnr = rng.s16();
+        a.pre_emp_mem = rng.s16();
+        a.last_normb_shift = static_cast<Zep16s>(rng.uniform(-2, 16));
+    }
     ZepVAD2State_GSMAMR b = a;
     for (int frame = 0; frame < 6; ++frame) {
         const auto x = speech_like(rng, 160);
