@@ -13,6 +13,8 @@ namespace {
 
 constexpr Zep16s kCanary = 0x5a5a;
 
+static_assert(sizeof(ZepVAD1State_GSMAMR) == 58 * sizeof(Zep16s), "the VAD option 1 state is 58 words");
+
 /// Buffers of one open-loop search call, canary-filled outputs.
 struct OlArgs {
     std::vector<Zep16s> lpc = std::vector<Zep16s>(44, 0), spch = std::vector<Zep16s>(170, 0),
