@@ -4,6 +4,8 @@
 // the VAD option 2 correlation sums. Signal Q0 (scaled by 2^-3, 1 or 2^3 for
 // the search), correlations Q0 doubled as L_mac leaves them, normalised
 // correlations Q15.
+#include <tmmintrin.h>
+
 #include <cstdint>
 
 #include "amr/amr_vad_tables.h"
@@ -18,15 +20,34 @@ namespace {
 constexpr Word16 kThreshold = 27853;  // favours lower lag ranges (0.85)
 constexpr Word16 kToneThr = 21298;    // TONE_THR, 0.65
 
-/// L_mac chain sum(2 x[i] y[i]). `exact` promises that no partial sum can
-/// saturate (the search signal's energy is below 2^30), so the sum is formed
-/// directly; otherwise the saturating chain runs sample by sample.
-Word32 mac_sum(const Word16* x, const Word16* y, int n, bool exact) {
-    if (exact) {
-        std::int32_t s = 0;
-        for (int i = 0; i < n; ++i) s += std::int32_t{x[i]} * y[i];
-        return s * 2;
+/// Exact sum(x[i] y[i]) when every partial sum stays below 2^30, scalar.
+std::int32_t dot_exact_scalar(const Word16* x, const Word16* y, int n) {
+    std::int32_t s = 0;
+    for (int i = 0; i < n; ++i) s += std::int32_t{x[i]} * y[i];
+    return s;
+}
+
+/// The same with pmaddwd, eight products per step: every lane and pair sum is
+/// a partial sum over a subset of the terms, bounded like the whole sum.
+std::int32_t dot_exact_ssse3(const Word16* x, const Word16* y, int n) {
+    __m128i acc = _mm_setzero_si128();
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(y + i));
+        acc = _mm_add_epi32(acc, _mm_madd_epi16(a, b));
     }
+    acc = _mm_add_epi32(acc, _mm_shuffle_epi32(acc, _MM_SHUFFLE(1, 0, 3, 2)));
+    acc = _mm_add_epi32(acc, _mm_shuffle_epi32(acc, _MM_SHUFFLE(2, 3, 0, 1)));
+    return _mm_cvtsi128_si32(acc) + dot_exact_scalar(x + i, y + i, n - i);
+}
+
+/// L_mac chain sum(2 x[i] y[i]). `exact` promises that no partial sum can
+/// saturate (by Cauchy-Schwarz: the search signal's energy is below 2^30),
+/// so the sum is formed directly; otherwise the saturating chain runs sample
+/// by sample.
+Word32 mac_sum(const Word16* x, const Word16* y, int n, bool exact) {
+    if (exact) return dot_exact_ssse3(x, y, n) * 2;
     Word32 s = 0;
     for (int i = 0; i < n; ++i) s = L_mac(s, x[i], y[i]);
     return s;

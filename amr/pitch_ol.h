@@ -45,6 +45,15 @@ struct OlFrame {
     Zep16s* lags_out;      // 2
 };
 
+/// Open-loop lag of signal[0..L_frame-1] (history signal[-143..-1]) with
+/// lags pit_min..143 (Pitch_ol); idx 1 marks the frame's last search.
+Word16 pitch_ol(OlVad& vad, Zep32s rate, const Word16* signal, int pit_min, int L_frame, int idx);
+
+/// The lag-weighted search of 10.2 kbit/s (Pitch_ol_wgh), updating the lag
+/// history and the gain flag of half idx.
+Word16 pitch_ol_wgh(OlWght& st, OlVad& vad, const Word16* signal, int pit_min, int L_frame, Zep16s* old_lags,
+                    Zep16s* ol_gain_flg, int idx);
+
 /// True for the rate codes the open-loop searches accept.
 bool ol_rate_supported(Zep32s rate);
 

@@ -2,6 +2,8 @@
 // routine vad2 of TS 26.073 vad2.c), run on the two 10 ms halves of a frame.
 // Input Q0. Channel energies Q9 ("22,9", shift state 0) or Q4 ("27,4",
 // shift state 1), noise energies Q9, dB values Q8, smoothing factors Q15.
+#include <cstdint>
+
 #include "amr/amr_vad_tables.h"
 #include "common/args.h"
 #include "common/basic_op.h"
@@ -36,10 +38,17 @@ constexpr Word16 kFracBits[2] = {9, 4};
 constexpr Word16 kStateChangeShiftR[2] = {4 - 9, 9 - 4};
 constexpr Word16 kEnrgNormShift[2] = {9 - 1 + 2, 4 - 1 + 2};
 
+/// Index of the per-state constants; a state word other than 0 or 1 (never
+/// produced by the detector) reads as state 1 instead of leaving the tables.
+inline int state_index(const ZepVAD2State_GSMAMR& st) { return st.shift_state == 0 ? 0 : 1; }
+
 /// 10 log10(x) / 128 for x with fbits fractional bits, Q8 (fn10Log10).
 Word16 fn10Log10(Word32 x, Word16 fbits) {
-    Word16 integer, fraction;
-    Log2(x, integer, fraction);
+    Word16 integer = 0, fraction = 0;
+    if (x > 0) {  // Log2, normalised with the count norm_l gives for x > 0
+        const Word16 e = static_cast<Word16>(__builtin_clz(static_cast<std::uint32_t>(x)) - 1);
+        Log2_norm(x << e, e, integer, fraction);
+    }
     integer = sub(integer, fbits);
     const Word32 t = Mpy_32_16(integer, fraction, 24660);  // 10 log10(2) / 4
     return extract_l(L_shr_r(t, 5 + 1));
@@ -75,7 +84,7 @@ void update_shift_state(ZepVAD2State_GSMAMR& st, Word16 normb_shift) {
     }
     if (change)
         for (int i = 0; i < kChannels; ++i)
-            st.Lch_enrg[i] = L_shr(st.Lch_enrg[i], kStateChangeShiftR[st.shift_state]);
+            st.Lch_enrg[i] = L_shr(st.Lch_enrg[i], kStateChangeShiftR[state_index(st)]);
 }
 
 /// Smoothed energy per channel: e = alpha * enrg / bins + (1 - alpha) * e.
@@ -85,13 +94,13 @@ void channel_energies(ZepVAD2State_GSMAMR& st, const Word16* data, Word16 normb_
         alpha = 32767;
         one_m_alpha = 0;
     }
-    const int s = st.shift_state;
+    const int s = state_index(st);
     for (int i = 0; i < kChannels; ++i) {
-        Word32 e = 0;
-        for (int j = ch_tbl[i][0]; j <= ch_tbl[i][1]; ++j) {
-            e = L_mac(e, data[2 * j], data[2 * j]);
-            e = L_mac(e, data[2 * j + 1], data[2 * j + 1]);
-        }
+        // The L_mac chain of squares only grows, so it equals the exact sum
+        // clamped to MAX_32 (a -32768 term alone reaches the clamp).
+        std::int64_t sum = 0;
+        for (int j = 2 * ch_tbl[i][0]; j <= 2 * ch_tbl[i][1] + 1; ++j) sum += std::int32_t{data[j]} * data[j];
+        Word32 e = sum >= (std::int64_t{1} << 30) ? MAX_32 : static_cast<Word32>(2 * sum);
         e = L_shr_r(e, sub(shl(normb_shift, 1), kEnrgNormShift[s]));
         const Word16 k = mult(alpha, ch_tbl_sh[i]);
         const DPF ed = L_Extract(e);
@@ -113,7 +122,7 @@ bool peak_to_average_high(const ZepVAD2State_GSMAMR& st, Word32 total) {
 /// Noise estimates of the first four half frames.
 void initial_noise(ZepVAD2State_GSMAMR& st, bool p2a) {
     for (int i = 0; i < kChannels; ++i) {
-        if (p2a || st.Lch_enrg[i] < kIneNoise[st.shift_state])
+        if (p2a || st.Lch_enrg[i] < kIneNoise[state_index(st)])
             st.Lch_noise[i] = kIneNoise0;
         else
             st.Lch_noise[i] = st.shift_state == 1 ? L_shr(st.Lch_enrg[i], kStateChangeShiftR[0]) : st.Lch_enrg[i];
@@ -182,7 +191,7 @@ bool noise_update_flag(ZepVAD2State_GSMAMR& st, Word16 vm_sum, Word32 tce, Word1
             update = true;
             st.update_cnt = 0;
         }
-    } else if (tce > kNoiseFloorChan[st.shift_state] && dev < kDevThld && !p2a && st.LTP_flag == 0) {
+    } else if (tce > kNoiseFloorChan[state_index(st)] && dev < kDevThld && !p2a && st.LTP_flag == 0) {
         st.update_cnt = add(st.update_cnt, 1);
         if (st.update_cnt >= kUpdateCntThld) {
             update = true;
@@ -221,7 +230,7 @@ Word16 vad2_half(ZepVAD2State_GSMAMR& st, const Word16* in) {
     Word16 ch_snr[kChannels], ch_enrg_db[kChannels];
     Word16 vm_sum = 0;
     for (int i = 0; i < kChannels; ++i) {
-        ch_enrg_db[i] = fn10Log10(st.Lch_enrg[i], kFracBits[st.shift_state]);
+        ch_enrg_db[i] = fn10Log10(st.Lch_enrg[i], kFracBits[state_index(st)]);
         ch_snr[i] = sub(ch_enrg_db[i], fn10Log10(st.Lch_noise[i], kFracBits[0]));
         const Word16 q = shr_r(mult(21845, ch_snr[i]), 6);  // 3/8 dB steps
         vm_sum = add(vm_sum, vm_tbl[q < 89 ? (q > 0 ? q : 0) : 89]);

@@ -891,11 +891,16 @@ ZEPSAPI ZepStatus zepsOpenLoopPitchSearchNonDTX_GSMAMR_16s(const Zep16s* pSrcLPC
  * To keep nine pointers, the Pitch_ol_wgh state and the VAD option 1
  * registers the search keeps share one array, pWghtVadRegs (8 values):
  *   [0] old_T0_med, [1] ada_w, [2] wght_flg (reset 40, 0, 0),
- *   [3] tone register (reset 0), [4] pitch register (copy it into the VAD
- *   option 1 state's pitch word before calling zepsVAD1_GSMAMR_16s),
+ *   [3] tone register (reset 0),
+ *   [4] pitch register (reset 0),
  *   [5] oldlag_count, [6] oldlag (reset 0, 0),
- *   [7] best high-pass correlation, Q15 (reset 13106; pass it and [3] to
- *   zepsVAD1_GSMAMR_16s).
+ *   [7] best high-pass correlation, Q15 (reset 13106).
+ * Frame order of the reference encoder (cod_amr): zepsVAD1_GSMAMR_16s on the
+ * frame, then this search on the same frame. The VAD reads what the previous
+ * frame's search left: pass [7] as bestCorrHp and [3] as toneFlag, copy [4]
+ * into the VAD state's pitch word before the VAD call and back into [4]
+ * after it (the VAD clears bits 14-15 of the pitch register on low-power
+ * frames, and the search shifts that value).
  * Other arguments, checks and statuses as the non-DTX search.
  */
 ZEPSAPI ZepStatus zepsOpenLoopPitchSearchDTXVAD1_GSMAMR_16s(const Zep16s* pSrcLPC, const Zep16s* pSrcSpch,

@@ -13,6 +13,8 @@ namespace {
 
 constexpr Zep16s kCanary = 0x5a5a;
 
+static_assert(sizeof(ZepVAD1State_GSMAMR) == 58 * sizeof(Zep16s), "the VAD option 1 state is 58 words");
+
 /// Buffers of one open-loop search call, canary-filled outputs.
 struct OlArgs {
     std::vector<Zep16s> lpc = std::vector<Zep16s>(44, 0), spch = std::vector<Zep16s>(170, 0),
@@ -253,6 +255,18 @@ ZEPS_VARIANT_CHECK(zepsVAD1_GSMAMR_16s) {
 ZEPS_VARIANT_CHECK(zepsVAD2_GSMAMR_16s) {
     ZepVAD2State_GSMAMR a;
     zepsVAD2StateReset_GSMAMR(&a);
+    if (rng.chance(2)) {  // a state from the middle of a stream, or a corrupt one
+        for (int i = 0; i < 16; ++i) {
+            a.Lch_enrg[i] = static_cast<Zep32s>(rng.uniform(0, 1 << 24));
+            a.Lch_noise[i] = static_cast<Zep32s>(rng.uniform(0, 1 << 24));
+            a.ch_enrg_long_db[i] = rng.s16();
+        }
+        a.Lframe_cnt = rng.s32();
+        a.shift_state = static_cast<Zep16s>(rng.uniform(0, 2));
+        a.tsnr = rng.s16();
+        a.pre_emp_mem = rng.s16();
+        a.last_normb_shift = static_cast<Zep16s>(rng.uniform(-2, 16));
+    }
     ZepVAD2State_GSMAMR b = a;
     for (int frame = 0; frame < 6; ++frame) {
         const auto x = speech_like(rng, 160);
