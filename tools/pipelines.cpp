@@ -113,6 +113,7 @@ VadFrame AmrVad::process(const Zep16s* frame) {
     if (option_ == 1) {
         vad1_.pitch = regs_[4];
         ok = zepsVAD1_GSMAMR_16s(cur - 40, &vad1_, &flag, regs_[7], regs_[3]) == zepStsNoErr && ok;
+        regs_[4] = vad1_.pitch;  // the detector may clear its top bits
     } else {
         ok = zepsVAD2_GSMAMR_16s(cur, &vad2_, &flag, ltp_flag_) == zepStsNoErr && ok;
     }
