@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "frame/variants.h"
+#include "g722/g726_coder.h"
 
 #ifdef ZEPS_HAVE_SPANDSP
 #include <spandsp.h>
@@ -236,6 +237,33 @@ void BM_G726Encode(benchmark::State& state) {
     report(state, best / kSamples, true, r);
 }
 BENCHMARK(BM_G726Encode)->DenseRange(0, 3)->ArgName("rate_index");
+
+// Baseline: the same coder with the plain scalar predictor.
+template <int R>
+void encode_scalar(zeps::ref::g726::Core& core, const std::int16_t* src, std::uint8_t* dst) {
+    zeps::ref::g726::encode_samples<R, zeps::ref::g726::ScalarPredictor<zeps::ref::g726::leak(R)>>(core, src, dst,
+                                                                                                   kSamples);
+}
+void BM_G726EncodeScalarPredictor(benchmark::State& state) {
+    const int r = static_cast<int>(state.range(0));
+    std::vector<std::uint8_t> out(kSamples);
+    zeps::ref::g726::Core core;
+    zeps::ref::g726::reset(core, r);
+    double best = 1e30;
+    for (auto _ : state) {
+        const double t0 = cpu_ns();
+        switch (r) {
+            case 0: encode_scalar<0>(core, speech14().data(), out.data()); break;
+            case 1: encode_scalar<1>(core, speech14().data(), out.data()); break;
+            case 2: encode_scalar<2>(core, speech14().data(), out.data()); break;
+            default: encode_scalar<3>(core, speech14().data(), out.data()); break;
+        }
+        benchmark::DoNotOptimize(out.data());
+        best = std::min(best, cpu_ns() - t0);
+    }
+    state.counters["ns_per_sample"] = best / kSamples;
+}
+BENCHMARK(BM_G726EncodeScalarPredictor)->DenseRange(0, 3)->ArgName("rate_index");
 
 void BM_G726Decode(benchmark::State& state) {
     const int r = static_cast<int>(state.range(0));

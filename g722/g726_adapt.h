@@ -197,12 +197,12 @@ struct VectorPredictor {
         const __m128i k2 = _mm_sub_epi16(e, _mm_set1_epi16(26));
         const __m128i p2 = _mm_shuffle_epi8(
             pow2, _mm_or_si128(_mm_and_si128(k2, _mm_set1_epi16(0x00FF)), _mm_set1_epi16(static_cast<short>(0x8000))));
-        const __m128i wmag = _mm_and_si128(_mm_or_si128(_mm_mulhi_epu16(w7, p1), _mm_mullo_epi16(w7, p2)),
-                                           _mm_set1_epi16(32767));
-        const __m128i s = _mm_xor_si128(cs, _mm_srai_epi16(h, 15));
-        const __m128i wan = _mm_sub_epi16(_mm_xor_si128(wmag, s), s);
-        // ACCUM: pair sums, then SEZ over the six zeros and SE over all.
-        const __m128i pairs = _mm_madd_epi16(wan, _mm_set1_epi16(1));
+        const __m128i wmag = _mm_or_si128(_mm_mulhi_epu16(w7, p1),
+                                          _mm_and_si128(_mm_mullo_epi16(w7, p2), _mm_set1_epi16(32767)));
+        // ACCUM: signs as +-1 multipliers of the pair sums, then SEZ over the
+        // six zeros and SE over all.
+        const __m128i sign = _mm_or_si128(_mm_xor_si128(cs, _mm_srai_epi16(h, 15)), _mm_set1_epi16(1));
+        const __m128i pairs = _mm_madd_epi16(wmag, sign);
         const __m128i q = _mm_add_epi32(pairs, _mm_shuffle_epi32(pairs, _MM_SHUFFLE(1, 0, 3, 2)));  // p0+p2 p1+p3 ..
         const int all = _mm_cvtsi128_si32(_mm_add_epi32(q, _mm_shuffle_epi32(q, _MM_SHUFFLE(2, 3, 0, 1))));
         const int poles = _mm_cvtsi128_si32(_mm_shuffle_epi32(pairs, _MM_SHUFFLE(3, 3, 3, 3)));
