@@ -28,8 +28,6 @@
 ZEPS_BEGIN_VARIANT
 namespace g726 {
 
-#define ZEPS_G726_INLINE inline __attribute__((always_inline))
-
 /// State words shared by both directions (the block layout of the state).
 ///
 /// The G.726 floating-point words of the predictor histories (DQ1..DQ6 and
@@ -71,10 +69,10 @@ constexpr int rate_index(std::int32_t rate) {
 }
 
 /// Number of significant bits of 0 <= x < 2^30 (0 for 0).
-ZEPS_G726_INLINE int bit_length(int x) { return __builtin_clz(static_cast<unsigned>(x) * 2u + 1u) ^ 31; }
+[[gnu::always_inline]] inline int bit_length(int x) { return __builtin_clz(static_cast<unsigned>(x) * 2u + 1u) ^ 31; }
 
 /// FLOATA/FLOATB: floating form of a magnitude below 2^15 and a sign (0/1).
-ZEPS_G726_INLINE int to_float(int mag, int sign) {
+[[gnu::always_inline]] inline int to_float(int mag, int sign) {
     const int e = bit_length(mag);
     const int m = ((mag << 6) >> e) | 32;  // mantissa with its leading one; 32 for zero
     return (sign << 15) | (e << 8) | m;
@@ -82,7 +80,7 @@ ZEPS_G726_INLINE int to_float(int mag, int sign) {
 
 /// FMULT: product of a Q14 coefficient and a floating history word, as the
 /// standard's 16-bit two's-complement word (returned sign-extended).
-ZEPS_G726_INLINE int fmult(int an, int f) {
+[[gnu::always_inline]] inline int fmult(int an, int f) {
     const int as = an >> 15;                          // 0 or -1
     const int mag = (((an >> 2) ^ as) - as) & 8191;  // ANMAG of the 13-bit magnitude
     const int ae = bit_length(mag);
@@ -114,21 +112,21 @@ struct ScalarPredictor {
     int c[8];  // B1..B6, A1, A2
     int h[8];  // DQ1..DQ6, SR1, SR2 floating forms
 
-    ZEPS_G726_INLINE void load(const Core& s) {
+    [[gnu::always_inline]] inline void load(const Core& s) {
         for (int k = 0; k < 8; ++k) c[k] = s.coef[k], h[k] = s.hist[k];
     }
-    ZEPS_G726_INLINE void store(Core& s) const {
+    [[gnu::always_inline]] inline void store(Core& s) const {
         for (int k = 0; k < 8; ++k) s.coef[k] = static_cast<std::int16_t>(c[k]), s.hist[k] = static_cast<std::int16_t>(h[k]);
     }
-    ZEPS_G726_INLINE int a1() const { return c[6]; }
-    ZEPS_G726_INLINE int a2() const { return c[7]; }
-    ZEPS_G726_INLINE Estimate estimate() const {
+    [[gnu::always_inline]] inline int a1() const { return c[6]; }
+    [[gnu::always_inline]] inline int a2() const { return c[7]; }
+    [[gnu::always_inline]] inline Estimate estimate() const {
         int sezi = 0;
         for (int k = 0; k < 6; ++k) sezi += fmult(c[k], h[k]);
         const int sei = sezi + fmult(c[6], h[6]) + fmult(c[7], h[7]);
         return {static_cast<std::int16_t>(sei) >> 1, static_cast<std::int16_t>(sezi) >> 1};
     }
-    ZEPS_G726_INLINE void update(const PredictorUpdate& u) {
+    [[gnu::always_inline]] inline void update(const PredictorUpdate& u) {
         for (int k = 0; k < 6; ++k) {
             const int x = (static_cast<std::int16_t>(h[k]) >> 15) ^ u.sign;  // 0 when the signs agree
             c[k] = static_cast<std::int16_t>(c[k] + ((u.gain ^ x) - x) - (c[k] >> Leak)) & u.keep;
@@ -157,20 +155,20 @@ struct VectorPredictor {
     __m128i h;  // DQ1..DQ6, SR1, SR2 floating forms
     int a1_, a2_;
 
-    ZEPS_G726_INLINE void load(const Core& s) {
+    [[gnu::always_inline]] inline void load(const Core& s) {
         c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s.coef));
         h = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s.hist));
         a1_ = s.coef[6];
         a2_ = s.coef[7];
     }
-    ZEPS_G726_INLINE void store(Core& s) const {
+    [[gnu::always_inline]] inline void store(Core& s) const {
         _mm_storeu_si128(reinterpret_cast<__m128i*>(s.coef), c);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(s.hist), h);
     }
-    ZEPS_G726_INLINE int a1() const { return a1_; }
-    ZEPS_G726_INLINE int a2() const { return a2_; }
+    [[gnu::always_inline]] inline int a1() const { return a1_; }
+    [[gnu::always_inline]] inline int a2() const { return a2_; }
 
-    ZEPS_G726_INLINE Estimate estimate() const {
+    [[gnu::always_inline]] inline Estimate estimate() const {
         const __m128i zero = _mm_setzero_si128();
         // ANMAG, its exponent ANEXP and mantissa ANMANT.
         const __m128i cs = _mm_srai_epi16(c, 15);
@@ -209,7 +207,7 @@ struct VectorPredictor {
         return {static_cast<std::int16_t>(all) >> 1, static_cast<std::int16_t>(all - poles) >> 1};
     }
 
-    ZEPS_G726_INLINE void update(const PredictorUpdate& u) {
+    [[gnu::always_inline]] inline void update(const PredictorUpdate& u) {
         // UPB on the six zeros (the two pole lanes are replaced below).
         const __m128i sign = _mm_set1_epi16(static_cast<short>(u.sign));
         const __m128i x = _mm_xor_si128(_mm_srai_epi16(h, 15), sign);
@@ -231,10 +229,10 @@ struct VectorPredictor {
 struct Regs {
     int yl, yu, dms, dml, ap, td, pk1, pk2;
 
-    ZEPS_G726_INLINE void load(const Core& c) {
+    [[gnu::always_inline]] inline void load(const Core& c) {
         yl = c.yl; yu = c.yu; dms = c.dms; dml = c.dml; ap = c.ap; td = c.td; pk1 = c.pk1; pk2 = c.pk2;
     }
-    ZEPS_G726_INLINE void store(Core& c) const {
+    [[gnu::always_inline]] inline void store(Core& c) const {
         c.yl = yl;
         c.yu = static_cast<std::int16_t>(yu);
         c.dms = static_cast<std::int16_t>(dms);
@@ -247,7 +245,7 @@ struct Regs {
 };
 
 /// Quantiser scale factor Y (LIMA, MIX), 13 bits.
-ZEPS_G726_INLINE int scale_factor(const Regs& r) {
+[[gnu::always_inline]] inline int scale_factor(const Regs& r) {
     const int al = r.ap >= 256 ? 64 : r.ap >> 2;
     const int ylq = r.yl >> 6;
     return ylq + (r.yu - ylq) * al / 64;  // the product's magnitude is truncated
@@ -255,7 +253,7 @@ ZEPS_G726_INLINE int scale_factor(const Regs& r) {
 
 /// LOG and SUBTB: the quantiser table index (DLN << 1) | DS of a difference
 /// signal D (|D| < 2^15) for the scale factor Y.
-ZEPS_G726_INLINE int log_index(int d, int y) {
+[[gnu::always_inline]] inline int log_index(int d, int y) {
     const int ds = static_cast<int>(static_cast<unsigned>(d) >> 31);
     const int dqm = d < 0 ? -d : d;
     const int ex = bit_length(dqm >> 1);  // exponent: floor(log2(DQM)), 0 for 0 and 1
@@ -267,7 +265,7 @@ ZEPS_G726_INLINE int log_index(int d, int y) {
 /// scale factor and speed control, transition detector, predictor update.
 /// Returns the reconstructed signal SR (16-bit).
 template <int R, class P>
-ZEPS_G726_INLINE int adapt(Regs& r, P& p, int i, int y, Estimate est) {
+[[gnu::always_inline]] inline int adapt(Regs& r, P& p, int i, int y, Estimate est) {
     const G726CodeInfo& ci = g726_code_info[R][i];
 
     // RECONST, ADDA, ANTILOG: DQ as sign DQS and magnitude.

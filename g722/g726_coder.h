@@ -38,7 +38,7 @@ enum Law { kMuLaw = 0, kALaw = 1, kLinear = 2 };
 
 /// COMPRESS, A-law: the code with its sign bit set for positive values and
 /// the even bits not yet inverted (as the reference keeps it internally).
-ZEPS_G726_INLINE int alaw_compress(int sr) {
+[[gnu::always_inline]] inline int alaw_compress(int sr) {
     const int is = sr < 0;
     int im = is ? (-sr) & 32767 : sr;
     if (sr == -32768) im = 2;  // reference v2.0 correction (test sequence ri40fa)
@@ -50,7 +50,7 @@ ZEPS_G726_INLINE int alaw_compress(int sr) {
 }
 
 /// COMPRESS, mu-law: the code as on the line.
-ZEPS_G726_INLINE int mulaw_compress(int sr) {
+[[gnu::always_inline]] inline int mulaw_compress(int sr) {
     const int is = sr < 0;
     int imag = is ? (-sr) & 32767 : sr;
     imag = (imag > 8158 ? 8158 : imag) + 33;
@@ -61,13 +61,13 @@ ZEPS_G726_INLINE int mulaw_compress(int sr) {
 
 /// SYNC: moves the PCM code one step down (dir < 0) or up (dir > 0) in
 /// signal order, or keeps it; returns the code as on the line.
-ZEPS_G726_INLINE int sync_alaw(int sp, int dir) {
+[[gnu::always_inline]] inline int sync_alaw(int sp, int dir) {
     int pos = (sp & 128) ? sp : 127 - sp;
     pos += dir;
     pos = pos < 0 ? 0 : pos > 255 ? 255 : pos;
     return (pos >= 128 ? pos : 127 - pos) ^ 0x55;
 }
-ZEPS_G726_INLINE int sync_mulaw(int sp, int dir) {
+[[gnu::always_inline]] inline int sync_mulaw(int sp, int dir) {
     int pos = (sp & 128) ? 383 - sp : sp;
     // Down from +0 goes to the first negative step: -0 is skipped.
     pos = (pos == 128 && dir < 0) ? 126 : pos + dir;
@@ -78,7 +78,7 @@ ZEPS_G726_INLINE int sync_mulaw(int sp, int dir) {
 /// The decoder's output for law 0/1: COMPRESS, EXPAND, SUBTA, LOG, SUBTB,
 /// then SYNC against the re-quantised code.
 template <int R, bool ALaw>
-ZEPS_G726_INLINE int adjusted_pcm(int sr, int i, int se, int y) {
+[[gnu::always_inline]] inline int adjusted_pcm(int sr, int i, int se, int y) {
     constexpr int kHalf = 1 << (R + 1);
     const int sp = ALaw ? alaw_compress(sr) : mulaw_compress(sr);
     const int slx = (ALaw ? g711_alaw_expand[sp ^ 0x55] : g711_mulaw_expand[sp]) >> 2;
