@@ -20,33 +20,32 @@
 #include <cstdint>
 #include <cstring>
 
+#include <tmmintrin.h>
+
 #include "common/variant.h"
 #include "g722/g726_tables.h"
 
 ZEPS_BEGIN_VARIANT
 namespace g726 {
 
-#define ZEPS_G726_INLINE inline __attribute__((always_inline))
-
 /// State words shared by both directions (the block layout of the state).
 ///
 /// The G.726 floating-point words of the predictor histories (DQ1..DQ6 and
-/// SR1, SR2; sign, 4-bit exponent, 6-bit mantissa) are kept as
-/// sign << 31 | exponent << 8 | mantissa.
+/// SR1, SR2: sign, 4-bit exponent, 6-bit mantissa) are kept as 16-bit words
+/// sign << 15 | exponent << 8 | mantissa, next to their coefficients in the
+/// same lane order, so the predictor loads both as two vectors.
 struct Core {
-    std::int32_t yl;     ///< slow scale factor YL, 19 bits
-    std::int16_t rate;   ///< rate index 0..3 (16, 24, 32, 40 kbit/s)
-    std::int16_t yu;     ///< fast scale factor YU, 13 bits
-    std::int16_t dms;    ///< short-term average of F(I), 12 bits
-    std::int16_t dml;    ///< long-term average of F(I), 14 bits
-    std::int16_t ap;     ///< speed-control parameter AP, 10 bits
-    std::int16_t td;     ///< tone detector flag TD
-    std::int16_t pk1;    ///< sign of DQ + SEZ one sample back
-    std::int16_t pk2;    ///< sign of DQ + SEZ two samples back
-    std::int16_t a[2];   ///< pole coefficients A1, A2
-    std::int16_t b[6];   ///< zero coefficients B1..B6
-    std::int32_t dq[6];  ///< DQ1..DQ6 in floating form
-    std::int32_t sr[2];  ///< SR1, SR2 in floating form
+    std::int32_t yl;        ///< slow scale factor YL, 19 bits
+    std::int16_t rate;      ///< rate index 0..3 (16, 24, 32, 40 kbit/s)
+    std::int16_t yu;        ///< fast scale factor YU, 13 bits
+    std::int16_t dms;       ///< short-term average of F(I), 12 bits
+    std::int16_t dml;       ///< long-term average of F(I), 14 bits
+    std::int16_t ap;        ///< speed-control parameter AP, 10 bits
+    std::int16_t td;        ///< tone detector flag TD
+    std::int16_t pk1;       ///< sign of DQ + SEZ one sample back
+    std::int16_t pk2;       ///< sign of DQ + SEZ two samples back
+    std::int16_t coef[8];   ///< B1..B6, A1, A2 (Q14)
+    std::int16_t hist[8];   ///< DQ1..DQ6, SR1, SR2 in floating form
 };
 
 /// Reset values of G.726 (DELAYA..DELAYD with the reset input set).
@@ -55,8 +54,7 @@ inline void reset(Core& c, int rate_index) {
     c.yl = 34816;
     c.yu = 544;
     c.rate = static_cast<std::int16_t>(rate_index);
-    for (std::int32_t& f : c.dq) f = 32;  // floating zero: exponent 0, mantissa 32
-    for (std::int32_t& f : c.sr) f = 32;
+    for (std::int16_t& f : c.hist) f = 32;  // floating zero: exponent 0, mantissa 32
 }
 
 /// Rate index 0..3 of a library rate code, -1 when not a G.726 rate.
@@ -71,43 +69,170 @@ constexpr int rate_index(std::int32_t rate) {
 }
 
 /// Number of significant bits of 0 <= x < 2^30 (0 for 0).
-ZEPS_G726_INLINE int bit_length(int x) { return 31 - __builtin_clz(static_cast<unsigned>(x) * 2u + 1u); }
+[[gnu::always_inline]] inline int bit_length(int x) { return __builtin_clz(static_cast<unsigned>(x) * 2u + 1u) ^ 31; }
 
-/// FLOATA/FLOATB: floating form of a magnitude and a sign (0 or 1).
-ZEPS_G726_INLINE std::int32_t to_float(int mag, int sign) {
+/// FLOATA/FLOATB: floating form of a magnitude below 2^15 and a sign (0/1).
+[[gnu::always_inline]] inline int to_float(int mag, int sign) {
     const int e = bit_length(mag);
     const int m = ((mag << 6) >> e) | 32;  // mantissa with its leading one; 32 for zero
-    return static_cast<std::int32_t>((static_cast<std::uint32_t>(sign) << 31) | static_cast<std::uint32_t>(e << 8 | m));
+    return (sign << 15) | (e << 8) | m;
 }
 
 /// FMULT: product of a Q14 coefficient and a floating history word, as the
 /// standard's 16-bit two's-complement word (returned sign-extended).
-ZEPS_G726_INLINE int fmult(int an, std::int32_t f) {
+[[gnu::always_inline]] inline int fmult(int an, int f) {
     const int as = an >> 15;                          // 0 or -1
     const int mag = (((an >> 2) ^ as) - as) & 8191;  // ANMAG of the 13-bit magnitude
     const int ae = bit_length(mag);
     const int am = ((mag << 6) >> ae) | 32;
     const int w = ((f & 63) * am + 48) >> 4;          // WANMANT
-    const int e = ((f >> 8) & 31) + ae;               // WANEXP
+    const int e = ((f >> 8) & 15) + ae;               // WANEXP
     const int wmag = static_cast<int>((static_cast<std::uint64_t>(w) << e) >> 19) & 32767;
-    const int s = (f >> 31) ^ as;
+    const int s = (static_cast<std::int16_t>(f) >> 15) ^ as;
     return (wmag ^ s) - s;
 }
 
-/// The working copy of the state inside a block (held in registers).
+/// Signal estimate SE and partial estimate SEZ (ACCUM), 15-bit.
+struct Estimate {
+    int se, sez;
+};
+
+/// What the adaptation hands to the predictor at the end of a sample.
+struct PredictorUpdate {
+    int dq_float, sr_float;  // new DQ1 and SR1 in floating form
+    int a1, a2;              // updated and limited pole coefficients (before TRIGB)
+    int gain;                // UPB gain magnitude: 0 for DQ = 0, else 128
+    int sign;                // sign of DQ as a mask, 0 or -1
+    int keep;                // TRIGB: -1 keeps, 0 clears the coefficients
+};
+
+/// The predictor with plain scalar arithmetic (FMULT, ACCUM, UPB, XOR).
+template <int Leak>
+struct ScalarPredictor {
+    int c[8];  // B1..B6, A1, A2
+    int h[8];  // DQ1..DQ6, SR1, SR2 floating forms
+
+    [[gnu::always_inline]] inline void load(const Core& s) {
+        for (int k = 0; k < 8; ++k) c[k] = s.coef[k], h[k] = s.hist[k];
+    }
+    [[gnu::always_inline]] inline void store(Core& s) const {
+        for (int k = 0; k < 8; ++k) s.coef[k] = static_cast<std::int16_t>(c[k]), s.hist[k] = static_cast<std::int16_t>(h[k]);
+    }
+    [[gnu::always_inline]] inline int a1() const { return c[6]; }
+    [[gnu::always_inline]] inline int a2() const { return c[7]; }
+    [[gnu::always_inline]] inline Estimate estimate() const {
+        int sezi = 0;
+        for (int k = 0; k < 6; ++k) sezi += fmult(c[k], h[k]);
+        const int sei = sezi + fmult(c[6], h[6]) + fmult(c[7], h[7]);
+        return {static_cast<std::int16_t>(sei) >> 1, static_cast<std::int16_t>(sezi) >> 1};
+    }
+    [[gnu::always_inline]] inline void update(const PredictorUpdate& u) {
+        for (int k = 0; k < 6; ++k) {
+            const int x = (static_cast<std::int16_t>(h[k]) >> 15) ^ u.sign;  // 0 when the signs agree
+            c[k] = static_cast<std::int16_t>(c[k] + ((u.gain ^ x) - x) - (c[k] >> Leak)) & u.keep;
+        }
+        c[6] = u.a1 & u.keep;
+        c[7] = u.a2 & u.keep;
+        for (int k = 5; k > 0; --k) h[k] = h[k - 1];
+        h[0] = u.dq_float;
+        h[7] = h[6];
+        h[6] = u.sr_float;
+    }
+};
+
+/// The same predictor on SSSE3 vectors: the eight coefficients and history
+/// words stay in two registers across a block; all eight FMULTs run at once.
+///
+/// Per lane, with ANMAG the 13-bit coefficient magnitude: its exponent and
+/// 6-bit mantissa come from the single-precision conversion of ANMAG (exact);
+/// WANMANT = (SRNMANT * ANMANT + 48) >> 4 by a 16-bit multiply; the shift of
+/// WANMANT by WANEXP - 19 becomes a multiply by a power of two picked with
+/// PSHUFB: high half of WANMANT << 7 times 2^(WANEXP - 10) for WANEXP
+/// 10..25, low half times 2^(WANEXP - 26) for 26..28, zero below 10.
+template <int Leak>
+struct VectorPredictor {
+    __m128i c;  // B1..B6, A1, A2
+    __m128i h;  // DQ1..DQ6, SR1, SR2 floating forms
+    int a1_, a2_;
+
+    [[gnu::always_inline]] inline void load(const Core& s) {
+        c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s.coef));
+        h = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s.hist));
+        a1_ = s.coef[6];
+        a2_ = s.coef[7];
+    }
+    [[gnu::always_inline]] inline void store(Core& s) const {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(s.coef), c);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(s.hist), h);
+    }
+    [[gnu::always_inline]] inline int a1() const { return a1_; }
+    [[gnu::always_inline]] inline int a2() const { return a2_; }
+
+    [[gnu::always_inline]] inline Estimate estimate() const {
+        const __m128i zero = _mm_setzero_si128();
+        // ANMAG, its exponent ANEXP and mantissa ANMANT.
+        const __m128i cs = _mm_srai_epi16(c, 15);
+        const __m128i mag =
+            _mm_and_si128(_mm_sub_epi16(_mm_xor_si128(_mm_srai_epi16(c, 2), cs), cs), _mm_set1_epi16(8191));
+        const __m128i flo = _mm_castps_si128(_mm_cvtepi32_ps(_mm_unpacklo_epi16(mag, zero)));
+        const __m128i fhi = _mm_castps_si128(_mm_cvtepi32_ps(_mm_unpackhi_epi16(mag, zero)));
+        const __m128i t = _mm_packs_epi32(_mm_srli_epi32(flo, 16), _mm_srli_epi32(fhi, 16));  // exp << 7 | 7 bits
+        const __m128i ae = _mm_subs_epu16(_mm_srli_epi16(t, 7), _mm_set1_epi16(126));
+        const __m128i am = _mm_or_si128(_mm_and_si128(_mm_srli_epi16(t, 2), _mm_set1_epi16(31)), _mm_set1_epi16(32));
+        // WANMANT and WANEXP.
+        const __m128i sm = _mm_and_si128(h, _mm_set1_epi16(63));
+        const __m128i se = _mm_and_si128(_mm_srli_epi16(h, 8), _mm_set1_epi16(15));
+        const __m128i w7 = _mm_slli_epi16(
+            _mm_srli_epi16(_mm_add_epi16(_mm_mullo_epi16(sm, am), _mm_set1_epi16(48)), 4), 7);
+        const __m128i e = _mm_add_epi16(se, ae);
+        // Powers of two by PSHUFB: table entry j is 2^j for j < 8, else 0;
+        // a lane's high byte looks up j ^ 8, so the pair forms 2^j for 0..15.
+        const __m128i pow2 = _mm_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);
+        const __m128i k1 = _mm_sub_epi16(e, _mm_set1_epi16(10));
+        const __m128i i1 = _mm_or_si128(_mm_and_si128(k1, _mm_set1_epi16(0x00FF)),
+                                        _mm_xor_si128(_mm_slli_epi16(k1, 8), _mm_set1_epi16(0x0800)));
+        const __m128i p1 = _mm_shuffle_epi8(pow2, _mm_adds_epu8(i1, _mm_set1_epi8(0x70)));
+        const __m128i k2 = _mm_sub_epi16(e, _mm_set1_epi16(26));
+        const __m128i p2 = _mm_shuffle_epi8(
+            pow2, _mm_or_si128(_mm_and_si128(k2, _mm_set1_epi16(0x00FF)), _mm_set1_epi16(static_cast<short>(0x8000))));
+        const __m128i wmag = _mm_or_si128(_mm_mulhi_epu16(w7, p1),
+                                          _mm_and_si128(_mm_mullo_epi16(w7, p2), _mm_set1_epi16(32767)));
+        // ACCUM: signs as +-1 multipliers of the pair sums, then SEZ over the
+        // six zeros and SE over all.
+        const __m128i sign = _mm_or_si128(_mm_xor_si128(cs, _mm_srai_epi16(h, 15)), _mm_set1_epi16(1));
+        const __m128i pairs = _mm_madd_epi16(wmag, sign);
+        const __m128i q = _mm_add_epi32(pairs, _mm_shuffle_epi32(pairs, _MM_SHUFFLE(1, 0, 3, 2)));  // p0+p2 p1+p3 ..
+        const int all = _mm_cvtsi128_si32(_mm_add_epi32(q, _mm_shuffle_epi32(q, _MM_SHUFFLE(2, 3, 0, 1))));
+        const int poles = _mm_cvtsi128_si32(_mm_shuffle_epi32(pairs, _MM_SHUFFLE(3, 3, 3, 3)));
+        return {static_cast<std::int16_t>(all) >> 1, static_cast<std::int16_t>(all - poles) >> 1};
+    }
+
+    [[gnu::always_inline]] inline void update(const PredictorUpdate& u) {
+        // UPB on the six zeros (the two pole lanes are replaced below).
+        const __m128i sign = _mm_set1_epi16(static_cast<short>(u.sign));
+        const __m128i x = _mm_xor_si128(_mm_srai_epi16(h, 15), sign);
+        const __m128i gain = _mm_sub_epi16(_mm_xor_si128(_mm_set1_epi16(static_cast<short>(u.gain)), x), x);
+        __m128i b = _mm_sub_epi16(_mm_add_epi16(c, gain), _mm_srai_epi16(c, Leak));
+        b = _mm_insert_epi16(b, u.a1, 6);
+        b = _mm_insert_epi16(b, u.a2, 7);
+        c = _mm_and_si128(b, _mm_set1_epi16(static_cast<short>(u.keep)));
+        a1_ = u.a1 & u.keep;
+        a2_ = u.a2 & u.keep;
+        // Delay lines: DQ shifts up one lane, SR1 moves to SR2.
+        __m128i g = _mm_slli_si128(h, 2);
+        g = _mm_insert_epi16(g, u.dq_float, 0);
+        h = _mm_insert_epi16(g, u.sr_float, 6);
+    }
+};
+
+/// The scalar adaptation state inside a block (held in registers).
 struct Regs {
     int yl, yu, dms, dml, ap, td, pk1, pk2;
-    int a1, a2, b1, b2, b3, b4, b5, b6;
-    std::int32_t dq1, dq2, dq3, dq4, dq5, dq6, sr1, sr2;
 
-    ZEPS_G726_INLINE void load(const Core& c) {
+    [[gnu::always_inline]] inline void load(const Core& c) {
         yl = c.yl; yu = c.yu; dms = c.dms; dml = c.dml; ap = c.ap; td = c.td; pk1 = c.pk1; pk2 = c.pk2;
-        a1 = c.a[0]; a2 = c.a[1];
-        b1 = c.b[0]; b2 = c.b[1]; b3 = c.b[2]; b4 = c.b[3]; b5 = c.b[4]; b6 = c.b[5];
-        dq1 = c.dq[0]; dq2 = c.dq[1]; dq3 = c.dq[2]; dq4 = c.dq[3]; dq5 = c.dq[4]; dq6 = c.dq[5];
-        sr1 = c.sr[0]; sr2 = c.sr[1];
     }
-    ZEPS_G726_INLINE void store(Core& c) const {
+    [[gnu::always_inline]] inline void store(Core& c) const {
         c.yl = yl;
         c.yu = static_cast<std::int16_t>(yu);
         c.dms = static_cast<std::int16_t>(dms);
@@ -116,28 +241,11 @@ struct Regs {
         c.td = static_cast<std::int16_t>(td);
         c.pk1 = static_cast<std::int16_t>(pk1);
         c.pk2 = static_cast<std::int16_t>(pk2);
-        c.a[0] = static_cast<std::int16_t>(a1); c.a[1] = static_cast<std::int16_t>(a2);
-        c.b[0] = static_cast<std::int16_t>(b1); c.b[1] = static_cast<std::int16_t>(b2);
-        c.b[2] = static_cast<std::int16_t>(b3); c.b[3] = static_cast<std::int16_t>(b4);
-        c.b[4] = static_cast<std::int16_t>(b5); c.b[5] = static_cast<std::int16_t>(b6);
-        c.dq[0] = dq1; c.dq[1] = dq2; c.dq[2] = dq3; c.dq[3] = dq4; c.dq[4] = dq5; c.dq[5] = dq6;
-        c.sr[0] = sr1; c.sr[1] = sr2;
     }
 };
 
-/// Signal estimate SE and partial estimate SEZ (FMULT, ACCUM), 15-bit.
-struct Estimate {
-    int se, sez;
-};
-ZEPS_G726_INLINE Estimate estimate(const Regs& r) {
-    const int sezi = fmult(r.b1, r.dq1) + fmult(r.b2, r.dq2) + fmult(r.b3, r.dq3) + fmult(r.b4, r.dq4) +
-                     fmult(r.b5, r.dq5) + fmult(r.b6, r.dq6);
-    const int sei = sezi + fmult(r.a2, r.sr2) + fmult(r.a1, r.sr1);
-    return {static_cast<std::int16_t>(sei) >> 1, static_cast<std::int16_t>(sezi) >> 1};
-}
-
 /// Quantiser scale factor Y (LIMA, MIX), 13 bits.
-ZEPS_G726_INLINE int scale_factor(const Regs& r) {
+[[gnu::always_inline]] inline int scale_factor(const Regs& r) {
     const int al = r.ap >= 256 ? 64 : r.ap >> 2;
     const int ylq = r.yl >> 6;
     return ylq + (r.yu - ylq) * al / 64;  // the product's magnitude is truncated
@@ -145,7 +253,7 @@ ZEPS_G726_INLINE int scale_factor(const Regs& r) {
 
 /// LOG and SUBTB: the quantiser table index (DLN << 1) | DS of a difference
 /// signal D (|D| < 2^15) for the scale factor Y.
-ZEPS_G726_INLINE int log_index(int d, int y) {
+[[gnu::always_inline]] inline int log_index(int d, int y) {
     const int ds = static_cast<int>(static_cast<unsigned>(d) >> 31);
     const int dqm = d < 0 ? -d : d;
     const int ex = bit_length(dqm >> 1);  // exponent: floor(log2(DQM)), 0 for 0 and 1
@@ -153,10 +261,11 @@ ZEPS_G726_INLINE int log_index(int d, int y) {
     return (((dl - (y >> 2)) & 4095) << 1) | ds;
 }
 
-/// Result of one sample's adaptation: the reconstructed signal SR (16-bit).
-template <int R>
-ZEPS_G726_INLINE int adapt(Regs& r, int i, int y, Estimate est) {
-    constexpr int kLeak = R == 3 ? 9 : 8;  // UPB leak 2^-9 at 40 kbit/s, else 2^-8
+/// One sample's adaptation after the code I is known: inverse quantiser,
+/// scale factor and speed control, transition detector, predictor update.
+/// Returns the reconstructed signal SR (16-bit).
+template <int R, class P>
+[[gnu::always_inline]] inline int adapt(Regs& r, P& p, int i, int y, Estimate est) {
     const G726CodeInfo& ci = g726_code_info[R][i];
 
     // RECONST, ADDA, ANTILOG: DQ as sign DQS and magnitude.
@@ -187,20 +296,19 @@ ZEPS_G726_INLINE int adapt(Regs& r, int i, int y, Estimate est) {
     const int sigpk = dqsez == 0;
     const int sr = static_cast<std::int16_t>(dq + est.se);
     const int srs = sr < 0;
-    const std::int32_t sr0 = to_float(srs ? (-sr) & 32767 : sr, srs);
-    const std::int32_t dq0 = to_float(dqmag, dqs);
 
     // UPA2, LIMC.
+    const int a1 = p.a1(), a2 = p.a2();
     const int pks1 = pk0 ^ r.pk1;
     const int pks2 = pk0 ^ r.pk2;
-    const int fa1 = (r.a1 < -8191 ? -8191 : r.a1 > 8191 ? 8191 : r.a1) * 4;
+    const int fa1 = (a1 < -8191 ? -8191 : a1 > 8191 ? 8191 : a1) * 4;
     const int uga2 = sigpk ? 0 : ((pks2 ? -16384 : 16384) + (pks1 ? fa1 : -fa1)) >> 7;
-    int a2p = static_cast<std::int16_t>(r.a2 + uga2 - (r.a2 >> 7));
+    int a2p = static_cast<std::int16_t>(a2 + uga2 - (a2 >> 7));
     a2p = a2p < -12288 ? -12288 : a2p > 12288 ? 12288 : a2p;
 
     // UPA1, LIMD.
     const int uga1 = sigpk ? 0 : (pks1 ? -192 : 192);
-    int a1p = static_cast<std::int16_t>(r.a1 + uga1 - (r.a1 >> 8));
+    int a1p = static_cast<std::int16_t>(a1 + uga1 - (a1 >> 8));
     const int a1ul = 15360 - a2p;
     a1p = a1p < -a1ul ? -a1ul : a1p > a1ul ? a1ul : a1p;
 
@@ -211,31 +319,18 @@ ZEPS_G726_INLINE int adapt(Regs& r, int i, int y, Estimate est) {
     const int app = r.ap + ((ax * 512 - r.ap) >> 4);
     r.ap = tr ? 256 : app;
 
-    // XOR, UPB: gain 0 for a zero DQ, else +-2^-7 by the sign agreement.
-    const int gain = dqmag == 0 ? 0 : 128;
-    const int sgn = -dqs;  // 0 or -1
-    auto upb = [&](int b, std::int32_t past) {
-        const int u = (past >> 31) ^ sgn;  // 0 when the signs agree
-        return static_cast<int>(static_cast<std::int16_t>(b + ((gain ^ u) - u) - (b >> kLeak)));
-    };
-    const int keep = tr - 1;  // TRIGB: everything cleared on a transition
-    r.b1 = upb(r.b1, r.dq1) & keep;
-    r.b2 = upb(r.b2, r.dq2) & keep;
-    r.b3 = upb(r.b3, r.dq3) & keep;
-    r.b4 = upb(r.b4, r.dq4) & keep;
-    r.b5 = upb(r.b5, r.dq5) & keep;
-    r.b6 = upb(r.b6, r.dq6) & keep;
-    r.a1 = a1p & keep;
-    r.a2 = a2p & keep;
+    // TRIGB, UPB and the delay lines.
+    const int keep = tr - 1;
     r.td = tdp & keep;
-
-    // Delay lines.
     r.pk2 = r.pk1;
     r.pk1 = pk0;
-    r.dq6 = r.dq5; r.dq5 = r.dq4; r.dq4 = r.dq3; r.dq3 = r.dq2; r.dq2 = r.dq1; r.dq1 = dq0;
-    r.sr2 = r.sr1; r.sr1 = sr0;
+    p.update({to_float(dqmag, dqs), to_float(srs ? (-sr) & 32767 : sr, srs), a1p, a2p, dqmag == 0 ? 0 : 128, -dqs,
+              keep});
     return sr;
 }
+
+/// The UPB leak shift: 2^-9 at 40 kbit/s, else 2^-8.
+constexpr int leak(int rate_index) { return rate_index == 3 ? 9 : 8; }
 
 }  // namespace g726
 ZEPS_END_VARIANT

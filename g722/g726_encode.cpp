@@ -3,7 +3,7 @@
 // SL, one code of 2 to 5 bits per sample.
 #include "common/args.h"
 #include "common/exports.h"
-#include "g722/g726_adapt.h"
+#include "g722/g726_coder.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -12,21 +12,9 @@ namespace {
 constexpr int kEncoderStateSize = 88;
 static_assert(sizeof(g726::Core) <= kEncoderStateSize);
 
-/// SUBTA, LOG, SUBTB, QUAN and the adaptation for len samples at rate R.
 template <int R>
 void encode_block(g726::Core& core, const Zep16s* src, Zep8u* dst, int len) {
-    g726::Regs r;
-    r.load(core);
-    for (int n = 0; n < len; ++n) {
-        int sl = src[n];
-        sl = sl < -8192 ? -8192 : sl > 8191 ? 8191 : sl;
-        const g726::Estimate est = g726::estimate(r);
-        const int y = g726::scale_factor(r);
-        const int i = g726_quantize[R][g726::log_index(sl - est.se, y)];
-        dst[n] = static_cast<Zep8u>(i);
-        g726::adapt<R>(r, i, y, est);
-    }
-    r.store(core);
+    g726::encode_samples<R, g726::VectorPredictor<g726::leak(R)>>(core, src, dst, len);
 }
 
 }  // namespace

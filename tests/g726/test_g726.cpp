@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 
+#include "g722/g726_coder.h"
 #include "tests/g726/g726_test_util.h"
 #include "tests/variant_check.h"
 #include "tests/vec_reader.h"
@@ -165,6 +167,56 @@ TEST(G726, ArgumentChecksInOrder) {
         EXPECT_EQ(c.decode(st.dec(), nullptr, pcm, 0), zepStsNullPtrErr);
         EXPECT_EQ(c.decode(st.dec(), codes, nullptr, -1), zepStsNullPtrErr);
     }
+}
+
+// The vector predictor against the plain scalar one, through the whole
+// coder, on signals that drive the coefficients and scale factors to their
+// limits (full-scale noise and square waves, silence, tiny signals).
+template <int R>
+void compare_predictors(const std::vector<std::int16_t>& pcm) {
+    using zeps::ref::g726::Core;
+    constexpr int kLeak = zeps::ref::g726::leak(R);
+    using Scalar = zeps::ref::g726::ScalarPredictor<kLeak>;
+    using Vector = zeps::ref::g726::VectorPredictor<kLeak>;
+    Core a, b;
+    zeps::ref::g726::reset(a, R);
+    zeps::ref::g726::reset(b, R);
+    const int n = static_cast<int>(pcm.size());
+    std::vector<std::uint8_t> ca(pcm.size()), cb(pcm.size());
+    zeps::ref::g726::encode_samples<R, Scalar>(a, pcm.data(), ca.data(), n);
+    zeps::ref::g726::encode_samples<R, Vector>(b, pcm.data(), cb.data(), n);
+    ASSERT_EQ(ca, cb) << R;
+    ASSERT_EQ(0, std::memcmp(&a, &b, sizeof a)) << R;
+    // Decode random codes so every code word meets every state.
+    Rng rng(R);
+    for (auto& c : ca) c = static_cast<std::uint8_t>(rng.next() & 31);
+    std::vector<std::int16_t> da(pcm.size()), db(pcm.size());
+    zeps::ref::g726::decode_samples<R, zeps::ref::g726::kLinear, Scalar>(a, ca.data(), da.data(), n);
+    zeps::ref::g726::decode_samples<R, zeps::ref::g726::kLinear, Vector>(b, ca.data(), db.data(), n);
+    ASSERT_EQ(da, db) << R;
+    ASSERT_EQ(0, std::memcmp(&a, &b, sizeof a)) << R;
+}
+
+TEST(G726, VectorPredictorEqualsScalar) {
+    Rng rng(9);
+    std::vector<std::int16_t> pcm;
+    for (int seg = 0; seg < 32; ++seg) {
+        const int kind = seg % 4, period = static_cast<int>(rng.uniform(2, 60));
+        for (int k = 0; k < 4000; ++k) {
+            int v = 0;
+            switch (kind) {
+                case 0: v = static_cast<int>(rng.uniform(-8192, 8191)); break;
+                case 1: v = (k / period) & 1 ? 8191 : -8192; break;
+                case 2: v = 0; break;
+                default: v = static_cast<int>(rng.uniform(-3, 3)); break;
+            }
+            pcm.push_back(static_cast<std::int16_t>(v));
+        }
+    }
+    compare_predictors<0>(pcm);
+    compare_predictors<1>(pcm);
+    compare_predictors<2>(pcm);
+    compare_predictors<3>(pcm);
 }
 
 #ifdef ZEPS_HAVE_SPANDSP
