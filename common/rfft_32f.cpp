@@ -447,6 +447,12 @@ bool valid(const RfftSpec32f* s) {
 template <bool Sse>
 bool forward(const float* pSrc, float* pDst, const RfftSpec32f* pSpec, std::uint8_t* pWork) {
     if (!valid(pSpec)) return false;
+    if (Sse) {
+        float* re = reinterpret_cast<float*>(pWork);
+        float* im = re + (1 << (pSpec->order - 1));
+        pack_forward(pSrc, re, im, 1 << (pSpec->order - 1));
+        return rfft_fwd_32f_split(re, im, pDst, pSpec);
+    }
     const Layout32f l = layout_32f(pSpec->order);
     const float* t = tables(pSpec);
     float* re = reinterpret_cast<float*>(pWork);
@@ -544,6 +550,17 @@ RfftSpec32f* rfft_init_32f(int order, std::uint8_t* pMem) {
     auto* rev = reinterpret_cast<std::uint32_t*>(t + l.rev);
     for (int k = 0; k < l.M; ++k) rev[k] = bit_reverse(static_cast<std::uint32_t>(k), l.m);
     return spec;
+}
+
+bool rfft_fwd_32f_split(float* pRe, float* pIm, float* pDst, const RfftSpec32f* pSpec) {
+    if (!valid(pSpec)) return false;
+    const Layout32f l = layout_32f(pSpec->order);
+    const float* t = tables(pSpec);
+    if (cfft_dif_sse(pRe, pIm, l.m, t + l.tw))
+        split_forward_sse(pRe, pIm, pDst, l.M, t + l.fwd, t + l.fwd + l.P);
+    else
+        split_forward(pRe, pIm, pDst, l, t + l.fwd, t + l.fwd + l.P, rev_table(pSpec, l));
+    return true;
 }
 
 bool rfft_fwd_32f(const float* pSrc, float* pDst, const RfftSpec32f* pSpec, std::uint8_t* pWork) {

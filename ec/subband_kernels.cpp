@@ -97,6 +97,25 @@ void subband_fold_32f(const float* d, const float* w, int L, int N, float* u) {
     }
 }
 
+void subband_fold_32f_split(const float* d, const float* w, int L, int N, float* re, float* im) {
+    if (N < 8) {
+        float u[4];
+        subband_fold_32f_scalar(d, w, L, N, u);
+        for (int n = 0; n < N / 2; ++n) re[n] = u[2 * n], im[n] = u[2 * n + 1];
+        return;
+    }
+    for (int n = 0; n < N; n += 8) {
+        __m128 a0 = _mm_mul_ps(_mm_loadu_ps(d + n), _mm_loadu_ps(w + n));
+        __m128 a1 = _mm_mul_ps(_mm_loadu_ps(d + n + 4), _mm_loadu_ps(w + n + 4));
+        for (int b = N; b < L; b += N) {
+            a0 = _mm_add_ps(a0, _mm_mul_ps(_mm_loadu_ps(d + b + n), _mm_loadu_ps(w + b + n)));
+            a1 = _mm_add_ps(a1, _mm_mul_ps(_mm_loadu_ps(d + b + n + 4), _mm_loadu_ps(w + b + n + 4)));
+        }
+        _mm_storeu_ps(re + n / 2, _mm_shuffle_ps(a0, a1, _MM_SHUFFLE(2, 0, 2, 0)));
+        _mm_storeu_ps(im + n / 2, _mm_shuffle_ps(a0, a1, _MM_SHUFFLE(3, 1, 3, 1)));
+    }
+}
+
 void subband_ola_32f_scalar(float* d, const float* w, const float* y, int L, int N) {
     for (int n = 0; n < L; ++n) d[n] = d[n] + y[n % N] * w[L - 1 - n];
 }
