@@ -4,6 +4,8 @@
 // operation order as the scalar versions.
 #include <tmmintrin.h>
 
+#include <cstring>
+
 #include "common/basic_op.h"
 #include "ec/subband_kernels.h"
 
@@ -114,6 +116,31 @@ void subband_fold_32f_split(const float* d, const float* w, int L, int N, float*
         _mm_storeu_ps(re + n / 2, _mm_shuffle_ps(a0, a1, _MM_SHUFFLE(2, 0, 2, 0)));
         _mm_storeu_ps(im + n / 2, _mm_shuffle_ps(a0, a1, _MM_SHUFFLE(3, 1, 3, 1)));
     }
+}
+
+void subband_shift_ola_32f(float* d, const float* w, const float* y, int L, int N, int F) {
+    if (N < 4) {
+        std::memmove(d, d + F, sizeof(float) * static_cast<std::size_t>(L - F));
+        std::memset(d + (L - F), 0, sizeof(float) * static_cast<std::size_t>(F));
+        subband_ola_32f_scalar(d, w, y, L, N);
+        return;
+    }
+    // In increasing n, d[n+F] is read before it is overwritten (F >= 1).
+    const int keep = L - F;
+    int n = 0;
+    auto term = [&](int i) {
+        const __m128 wr = _mm_shuffle_ps(_mm_loadu_ps(w + L - 4 - i), _mm_loadu_ps(w + L - 4 - i),
+                                         _MM_SHUFFLE(0, 1, 2, 3));
+        return _mm_mul_ps(_mm_loadu_ps(y + i % N), wr);
+    };
+    for (; n + 4 <= keep; n += 4) _mm_storeu_ps(d + n, _mm_add_ps(_mm_loadu_ps(d + n + F), term(n)));
+    if (n < keep) {  // the vector across the end of the kept samples
+        alignas(16) float old[4] = {0.0f, 0.0f, 0.0f, 0.0f};
+        for (int i = 0; n + i < keep; ++i) old[i] = d[n + F + i];
+        _mm_storeu_ps(d + n, _mm_add_ps(_mm_load_ps(old), term(n)));
+        n += 4;
+    }
+    for (; n < L; n += 4) _mm_storeu_ps(d + n, _mm_add_ps(_mm_setzero_ps(), term(n)));
 }
 
 void subband_ola_32f_scalar(float* d, const float* w, const float* y, int L, int N) {

@@ -237,6 +237,14 @@ TEST(Subband, FloatKernelsMatchScalarTwins) {
             u8::subband_ola_32f(a.data(), w.data(), y.data(), m * N, N);
             u8::subband_ola_32f_scalar(b.data(), w.data(), y.data(), m * N, N);
             ASSERT_TRUE(same_bytes(a, b));
+            for (int F : {1, N / 2 + 1, N}) {
+                std::vector<float> c = d, e = d;
+                u8::subband_shift_ola_32f(c.data(), w.data(), y.data(), m * N, N, F);
+                std::copy(e.begin() + F, e.end(), e.begin());
+                std::fill(e.end() - F, e.end(), 0.0f);
+                u8::subband_ola_32f_scalar(e.data(), w.data(), y.data(), m * N, N);
+                ASSERT_TRUE(same_bytes(c, e)) << F;
+            }
         }
     }
 }
