@@ -127,20 +127,25 @@ void subband_shift_ola_32f(float* d, const float* w, const float* y, int L, int 
     }
     // In increasing n, d[n+F] is read before it is overwritten (F >= 1).
     const int keep = L - F;
-    int n = 0;
-    auto term = [&](int i) {
-        const __m128 wr = _mm_shuffle_ps(_mm_loadu_ps(w + L - 4 - i), _mm_loadu_ps(w + L - 4 - i),
-                                         _MM_SHUFFLE(0, 1, 2, 3));
-        return _mm_mul_ps(_mm_loadu_ps(y + i % N), wr);
-    };
-    for (; n + 4 <= keep; n += 4) _mm_storeu_ps(d + n, _mm_add_ps(_mm_loadu_ps(d + n + F), term(n)));
-    if (n < keep) {  // the vector across the end of the kept samples
-        alignas(16) float old[4] = {0.0f, 0.0f, 0.0f, 0.0f};
-        for (int i = 0; n + i < keep; ++i) old[i] = d[n + F + i];
-        _mm_storeu_ps(d + n, _mm_add_ps(_mm_load_ps(old), term(n)));
-        n += 4;
+    for (int b = 0; b < L; b += N) {
+        for (int j = 0; j < N; j += 4) {
+            const int n = b + j;
+            const __m128 wr = _mm_shuffle_ps(_mm_loadu_ps(w + L - 4 - n), _mm_loadu_ps(w + L - 4 - n),
+                                             _MM_SHUFFLE(0, 1, 2, 3));
+            const __m128 t = _mm_mul_ps(_mm_loadu_ps(y + j), wr);
+            __m128 old;
+            if (n + 4 <= keep) {
+                old = _mm_loadu_ps(d + n + F);
+            } else if (n < keep) {  // the vector across the end of the kept samples
+                alignas(16) float part[4] = {0.0f, 0.0f, 0.0f, 0.0f};
+                for (int i = 0; n + i < keep; ++i) part[i] = d[n + F + i];
+                old = _mm_load_ps(part);
+            } else {
+                old = _mm_setzero_ps();
+            }
+            _mm_storeu_ps(d + n, _mm_add_ps(old, t));
+        }
     }
-    for (; n < L; n += 4) _mm_storeu_ps(d + n, _mm_add_ps(_mm_setzero_ps(), term(n)));
 }
 
 void subband_ola_32f_scalar(float* d, const float* w, const float* y, int L, int N) {
