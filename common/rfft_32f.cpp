@@ -224,7 +224,58 @@ void radix4_last_sse(float* re, float* im, int M) {
     }
 }
 
-void cfft_dif_sse(float* re, float* im, int m, const float* tw) {
+/// Last radix-4 level of a 16- or 32-point transform, leaving the result in
+/// natural order (in place). In the transposed registers lane l of leg q
+/// holds position 4l + q of its 16-point block, i.e. bin
+/// bitrev(q) * M/4 + bitrev(l) * M/16 + block: swapping lanes 1 and 2 puts
+/// the bins of one leg in order, and for M = 32 the two blocks interleave.
+inline void last_legs(const float* re, const float* im, __m128 yr[4], __m128 yi[4]) {
+    __m128 ar = _mm_loadu_ps(re), br = _mm_loadu_ps(re + 4), cr = _mm_loadu_ps(re + 8), dr = _mm_loadu_ps(re + 12);
+    __m128 ai = _mm_loadu_ps(im), bi = _mm_loadu_ps(im + 4), ci = _mm_loadu_ps(im + 8), di = _mm_loadu_ps(im + 12);
+    _MM_TRANSPOSE4_PS(ar, br, cr, dr);
+    _MM_TRANSPOSE4_PS(ai, bi, ci, di);
+    const __m128 t0r = _mm_add_ps(ar, cr), t0i = _mm_add_ps(ai, ci);
+    const __m128 t1r = _mm_sub_ps(ar, cr), t1i = _mm_sub_ps(ai, ci);
+    const __m128 t2r = _mm_add_ps(br, dr), t2i = _mm_add_ps(bi, di);
+    const __m128 t3r = _mm_sub_ps(br, dr), t3i = _mm_sub_ps(bi, di);
+    yr[0] = _mm_add_ps(t0r, t2r), yi[0] = _mm_add_ps(t0i, t2i);
+    yr[1] = _mm_sub_ps(t0r, t2r), yi[1] = _mm_sub_ps(t0i, t2i);
+    yr[2] = _mm_add_ps(t1r, t3i), yi[2] = _mm_sub_ps(t1i, t3r);
+    yr[3] = _mm_sub_ps(t1r, t3i), yi[3] = _mm_add_ps(t1i, t3r);
+    for (int q = 0; q < 4; ++q) {
+        yr[q] = _mm_shuffle_ps(yr[q], yr[q], _MM_SHUFFLE(3, 1, 2, 0));
+        yi[q] = _mm_shuffle_ps(yi[q], yi[q], _MM_SHUFFLE(3, 1, 2, 0));
+    }
+}
+
+constexpr int kRev2[4] = {0, 2, 1, 3};
+
+void radix4_last16_natural(float* re, float* im) {
+    __m128 yr[4], yi[4];
+    last_legs(re, im, yr, yi);
+    for (int q = 0; q < 4; ++q) {
+        _mm_storeu_ps(re + 4 * kRev2[q], yr[q]);
+        _mm_storeu_ps(im + 4 * kRev2[q], yi[q]);
+    }
+}
+
+void radix4_last32_natural(float* re, float* im) {
+    __m128 ar[4], ai[4], br[4], bi[4];
+    last_legs(re, im, ar, ai);
+    last_legs(re + 16, im + 16, br, bi);
+    for (int q = 0; q < 4; ++q) {
+        float* r = re + 8 * kRev2[q];
+        float* i = im + 8 * kRev2[q];
+        _mm_storeu_ps(r, _mm_unpacklo_ps(ar[q], br[q]));
+        _mm_storeu_ps(r + 4, _mm_unpackhi_ps(ar[q], br[q]));
+        _mm_storeu_ps(i, _mm_unpacklo_ps(ai[q], bi[q]));
+        _mm_storeu_ps(i + 4, _mm_unpackhi_ps(ai[q], bi[q]));
+    }
+}
+
+/// DIF transform; returns true when the result is in natural order
+/// (M = 16 and 32), false when it is bit-reversed.
+bool cfft_dif_sse(float* re, float* im, int m, const float* tw) {
     const int M = 1 << m;
     int s = M;
     if (m & 1) {
@@ -241,12 +292,19 @@ void cfft_dif_sse(float* re, float* im, int m, const float* tw) {
         if (s >= 4) {
             radix4_sse(re, im, M, s, tw);
             tw += 6 * s;
+        } else if (M == 16) {
+            radix4_last16_natural(re, im);
+            return true;
+        } else if (M == 32) {
+            radix4_last32_natural(re, im);
+            return true;
         } else if (M >= 16) {
             radix4_last_sse(re, im, M);
         } else {
             radix4_scalar(re, im, M, s, nullptr);
         }
     }
+    return false;
 }
 
 // ---------------------------------------------------------------- split steps
@@ -305,6 +363,69 @@ void unpack_inverse(const float* re, const float* im, float* dst, int M, const s
     }
 }
 
+// ---- SSE split steps on natural-order data (M a multiple of 8): four bins
+// k and the four mirror bins M-k per step, the same operations as above.
+
+inline __m128 reverse4(__m128 v) { return _mm_shuffle_ps(v, v, _MM_SHUFFLE(0, 1, 2, 3)); }
+
+void split_forward_sse(const float* re, const float* im, float* dst, int M, const float* hwr, const float* hwi) {
+    const float r0 = re[0], i0 = im[0];
+    dst[0] = r0 + i0;
+    dst[1] = 0.0f;
+    dst[2 * M] = r0 - i0;
+    dst[2 * M + 1] = 0.0f;
+    const __m128 half = _mm_set1_ps(0.5f);
+    for (int k = 1; k <= M / 2; k += 4) {
+        const __m128 ar = _mm_loadu_ps(re + k), ai = _mm_loadu_ps(im + k);
+        const __m128 br = reverse4(_mm_loadu_ps(re + M - k - 3)), bi = reverse4(_mm_loadu_ps(im + M - k - 3));
+        const __m128 wr = _mm_loadu_ps(hwr + k), wi = _mm_loadu_ps(hwi + k);
+        const __m128 fer = _mm_add_ps(ar, br), fei = _mm_sub_ps(ai, bi);
+        const __m128 f_r = _mm_add_ps(ai, bi), f_i = _mm_sub_ps(br, ar);
+        const __m128 tr = _mm_sub_ps(_mm_mul_ps(wr, f_r), _mm_mul_ps(wi, f_i));
+        const __m128 ti = _mm_add_ps(_mm_mul_ps(wr, f_i), _mm_mul_ps(wi, f_r));
+        const __m128 her = _mm_mul_ps(half, fer), hei = _mm_mul_ps(half, fei);
+        const __m128 xr = _mm_add_ps(her, tr), xi = _mm_add_ps(hei, ti);
+        _mm_storeu_ps(dst + 2 * k, _mm_unpacklo_ps(xr, xi));
+        _mm_storeu_ps(dst + 2 * k + 4, _mm_unpackhi_ps(xr, xi));
+        const __m128 mr = reverse4(_mm_sub_ps(her, tr)), mi = reverse4(_mm_sub_ps(ti, hei));
+        _mm_storeu_ps(dst + 2 * (M - k - 3), _mm_unpacklo_ps(mr, mi));
+        _mm_storeu_ps(dst + 2 * (M - k - 3) + 4, _mm_unpackhi_ps(mr, mi));
+    }
+}
+
+void split_inverse_sse(const float* src, float* re, float* im, int M, const float* iwr, const float* iwi) {
+    const float c = 1.0f / static_cast<float>(2 * M);
+    re[0] = (src[0] + src[2 * M]) * c;
+    im[0] = (src[0] - src[2 * M]) * c;
+    const __m128 cv = _mm_set1_ps(c);
+    for (int k = 1; k <= M / 2; k += 4) {
+        const __m128 a0 = _mm_loadu_ps(src + 2 * k), a1 = _mm_loadu_ps(src + 2 * k + 4);
+        const __m128 b0 = _mm_loadu_ps(src + 2 * (M - k - 3)), b1 = _mm_loadu_ps(src + 2 * (M - k - 3) + 4);
+        const __m128 ar = _mm_shuffle_ps(a0, a1, _MM_SHUFFLE(2, 0, 2, 0));
+        const __m128 ai = _mm_shuffle_ps(a0, a1, _MM_SHUFFLE(3, 1, 3, 1));
+        const __m128 br = reverse4(_mm_shuffle_ps(b0, b1, _MM_SHUFFLE(2, 0, 2, 0)));
+        const __m128 bi = reverse4(_mm_shuffle_ps(b0, b1, _MM_SHUFFLE(3, 1, 3, 1)));
+        const __m128 wr = _mm_loadu_ps(iwr + k), wi = _mm_loadu_ps(iwi + k);
+        const __m128 fer = _mm_mul_ps(_mm_add_ps(ar, br), cv), fei = _mm_mul_ps(_mm_sub_ps(ai, bi), cv);
+        const __m128 dr = _mm_sub_ps(ar, br), di = _mm_add_ps(ai, bi);
+        const __m128 f_r = _mm_sub_ps(_mm_mul_ps(dr, wr), _mm_mul_ps(di, wi));
+        const __m128 f_i = _mm_add_ps(_mm_mul_ps(dr, wi), _mm_mul_ps(di, wr));
+        _mm_storeu_ps(re + k, _mm_sub_ps(fer, f_i));
+        _mm_storeu_ps(im + k, _mm_add_ps(fei, f_r));
+        _mm_storeu_ps(re + M - k - 3, reverse4(_mm_add_ps(fer, f_i)));
+        _mm_storeu_ps(im + M - k - 3, reverse4(_mm_sub_ps(f_r, fei)));
+    }
+}
+
+/// Inverse output from natural-order z: y[2n] = re[n], y[2n+1] = im[n].
+void unpack_natural(const float* re, const float* im, float* dst, int M) {
+    for (int n = 0; n < M; n += 4) {
+        const __m128 r = _mm_loadu_ps(re + n), i = _mm_loadu_ps(im + n);
+        _mm_storeu_ps(dst + 2 * n, _mm_unpacklo_ps(r, i));
+        _mm_storeu_ps(dst + 2 * n + 4, _mm_unpackhi_ps(r, i));
+    }
+}
+
 /// Packs N real samples into the split arrays: re[n] = x[2n], im[n] = x[2n+1].
 void pack_forward(const float* src, float* re, float* im, int M) {
     int n = 0;
@@ -326,16 +447,26 @@ bool valid(const RfftSpec32f* s) {
 template <bool Sse>
 bool forward(const float* pSrc, float* pDst, const RfftSpec32f* pSpec, std::uint8_t* pWork) {
     if (!valid(pSpec)) return false;
+    if (Sse) {
+        float* re = reinterpret_cast<float*>(pWork);
+        float* im = re + (1 << (pSpec->order - 1));
+        pack_forward(pSrc, re, im, 1 << (pSpec->order - 1));
+        return rfft_fwd_32f_split(re, im, pDst, pSpec);
+    }
     const Layout32f l = layout_32f(pSpec->order);
     const float* t = tables(pSpec);
     float* re = reinterpret_cast<float*>(pWork);
     float* im = re + l.M;
     pack_forward(pSrc, re, im, l.M);
+    bool natural = false;
     if (Sse)
-        cfft_dif_sse(re, im, l.m, t + l.tw);
+        natural = cfft_dif_sse(re, im, l.m, t + l.tw);
     else
         cfft_dif_scalar(re, im, l.m, t + l.tw);
-    split_forward(re, im, pDst, l, t + l.fwd, t + l.fwd + l.P, rev_table(pSpec, l));
+    if (natural)
+        split_forward_sse(re, im, pDst, l.M, t + l.fwd, t + l.fwd + l.P);
+    else
+        split_forward(re, im, pDst, l, t + l.fwd, t + l.fwd + l.P, rev_table(pSpec, l));
     return true;
 }
 
@@ -346,13 +477,20 @@ bool inverse(const float* pSrc, float* pDst, const RfftSpec32f* pSpec, std::uint
     const float* t = tables(pSpec);
     float* re = reinterpret_cast<float*>(pWork);
     float* im = re + l.M;
-    split_inverse(pSrc, re, im, l, t + l.inv, t + l.inv + l.P);
+    if (Sse && l.M >= 8)
+        split_inverse_sse(pSrc, re, im, l.M, t + l.inv, t + l.inv + l.P);
+    else
+        split_inverse(pSrc, re, im, l, t + l.inv, t + l.inv + l.P);
     // Exchanging the real and imaginary arrays conjugates the transform.
+    bool natural = false;
     if (Sse)
-        cfft_dif_sse(im, re, l.m, t + l.tw);
+        natural = cfft_dif_sse(im, re, l.m, t + l.tw);
     else
         cfft_dif_scalar(im, re, l.m, t + l.tw);
-    unpack_inverse(re, im, pDst, l.M, rev_table(pSpec, l));
+    if (natural)
+        unpack_natural(re, im, pDst, l.M);
+    else
+        unpack_inverse(re, im, pDst, l.M, rev_table(pSpec, l));
     return true;
 }
 
@@ -412,6 +550,17 @@ RfftSpec32f* rfft_init_32f(int order, std::uint8_t* pMem) {
     auto* rev = reinterpret_cast<std::uint32_t*>(t + l.rev);
     for (int k = 0; k < l.M; ++k) rev[k] = bit_reverse(static_cast<std::uint32_t>(k), l.m);
     return spec;
+}
+
+bool rfft_fwd_32f_split(float* pRe, float* pIm, float* pDst, const RfftSpec32f* pSpec) {
+    if (!valid(pSpec)) return false;
+    const Layout32f l = layout_32f(pSpec->order);
+    const float* t = tables(pSpec);
+    if (cfft_dif_sse(pRe, pIm, l.m, t + l.tw))
+        split_forward_sse(pRe, pIm, pDst, l.M, t + l.fwd, t + l.fwd + l.P);
+    else
+        split_forward(pRe, pIm, pDst, l, t + l.fwd, t + l.fwd + l.P, rev_table(pSpec, l));
+    return true;
 }
 
 bool rfft_fwd_32f(const float* pSrc, float* pDst, const RfftSpec32f* pSpec, std::uint8_t* pWork) {

@@ -75,6 +75,15 @@ std::int32_t round_shift_sat(i128 v, int s) {
     return static_cast<std::int32_t>(v);
 }
 
+/// The same for |v| < 2^63 - 2^61, the common shifts without 128-bit work.
+inline std::int32_t round_shift_sat(i64 v, int s) {
+    if (s > 0 && s < 62) {
+        v = (v + (i64{1} << (s - 1))) >> s;
+        return v > INT32_MAX ? INT32_MAX : v < INT32_MIN ? INT32_MIN : static_cast<std::int32_t>(v);
+    }
+    return round_shift_sat(static_cast<i128>(v), s);
+}
+
 /// Number of significant bits of |v| (0 for 0, 32 for -2^31).
 int bit_length(std::uint32_t a) {
     int b = 0;
@@ -225,17 +234,19 @@ bool rfft_fwd_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFac
     const int shift = 31 + e - g + scaleFactor;
     const std::int32_t* rev = t + l.rev;
     const i64 r0 = re[0], i0 = im[0];
-    pDst[0] = round_shift_sat(static_cast<i128>(r0 + i0) * (i64{1} << 31), shift);
+    pDst[0] = round_shift_sat((r0 + i0) * (i64{1} << 31), shift);
     pDst[1] = 0;
-    pDst[2 * M] = round_shift_sat(static_cast<i128>(r0 - i0) * (i64{1} << 31), shift);
+    pDst[2 * M] = round_shift_sat((r0 - i0) * (i64{1} << 31), shift);
     pDst[2 * M + 1] = 0;
     for (int k = 1; k <= M / 2; ++k) {
         const int pa = rev[k], pb = rev[M - k];
         const i64 ar = re[pa], ai = im[pa], br = re[pb], bi = im[pb];
-        const i128 fer = static_cast<i128>(ar + br) * kQ30, fei = static_cast<i128>(ai - bi) * kQ30;
+        // |Z| < 2^30.5 after the last stage, so every term below stays
+        // under 2^62.5.
+        const i64 fer = (ar + br) * kQ30, fei = (ai - bi) * kQ30;
         const i64 f_r = ai + bi, f_i = br - ar;
         const i64 wr = t[l.pr + k], wi = t[l.pi + k];
-        const i128 tr = static_cast<i128>(wr * f_r) - wi * f_i, ti = static_cast<i128>(wr * f_i) + wi * f_r;
+        const i64 tr = wr * f_r - wi * f_i, ti = wr * f_i + wi * f_r;
         pDst[2 * k] = round_shift_sat(fer + tr, shift);
         pDst[2 * k + 1] = round_shift_sat(fei + ti, shift);
         pDst[2 * (M - k)] = round_shift_sat(fer - tr, shift);
@@ -275,8 +286,8 @@ bool rfft_inv_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFac
     const int shift = e - g + pSpec->order + scaleFactor;
     const std::int32_t* rev = t + l.rev;
     for (int n = 0; n < M; ++n) {
-        pDst[2 * n] = round_shift_sat(re[rev[n]], shift);
-        pDst[2 * n + 1] = round_shift_sat(im[rev[n]], shift);
+        pDst[2 * n] = round_shift_sat(i64{re[rev[n]]}, shift);
+        pDst[2 * n + 1] = round_shift_sat(i64{im[rev[n]]}, shift);
     }
     return true;
 }

@@ -38,10 +38,11 @@ ZepStatus zepsSubbandAnalysis_32f32fc(const Zep32f* pSrc, Zep32fc* pDst, Zep8u* 
     auto* s = align16<SubbandState32f>(pState);
     const int L = s->len, N = s->fftLen;
     push_frame(s->pDelay, pSrc, L, s->frameSize);
-    auto* u = align16<float>(pBuf);
-    subband_fold_32f(s->pDelay, s->pWindow, L, N, u);
-    Zep8u* work = reinterpret_cast<Zep8u*>(u + N);
-    if (!rfft_fwd_32f(u, reinterpret_cast<float*>(pDst), s->pSpec, work)) return zepStsErr;
+    // The fold is delivered straight into the FFT's split work arrays.
+    float* re = align16<float>(pBuf) + N;
+    float* im = re + N / 2;
+    subband_fold_32f_split(s->pDelay, s->pWindow, L, N, re, im);
+    if (!rfft_fwd_32f_split(re, im, reinterpret_cast<float*>(pDst), s->pSpec)) return zepStsErr;
     return zepStsNoErr;
 }
 

@@ -4,6 +4,8 @@
 // operation order as the scalar versions.
 #include <tmmintrin.h>
 
+#include <cstring>
+
 #include "common/basic_op.h"
 #include "ec/subband_kernels.h"
 
@@ -94,6 +96,55 @@ void subband_fold_32f(const float* d, const float* w, int L, int N, float* u) {
         for (int b = N; b < L; b += N)
             acc = _mm_add_ps(acc, _mm_mul_ps(_mm_loadu_ps(d + b + n), _mm_loadu_ps(w + b + n)));
         _mm_storeu_ps(u + n, acc);
+    }
+}
+
+void subband_fold_32f_split(const float* d, const float* w, int L, int N, float* re, float* im) {
+    if (N < 8) {
+        float u[4];
+        subband_fold_32f_scalar(d, w, L, N, u);
+        for (int n = 0; n < N / 2; ++n) re[n] = u[2 * n], im[n] = u[2 * n + 1];
+        return;
+    }
+    for (int n = 0; n < N; n += 8) {
+        __m128 a0 = _mm_mul_ps(_mm_loadu_ps(d + n), _mm_loadu_ps(w + n));
+        __m128 a1 = _mm_mul_ps(_mm_loadu_ps(d + n + 4), _mm_loadu_ps(w + n + 4));
+        for (int b = N; b < L; b += N) {
+            a0 = _mm_add_ps(a0, _mm_mul_ps(_mm_loadu_ps(d + b + n), _mm_loadu_ps(w + b + n)));
+            a1 = _mm_add_ps(a1, _mm_mul_ps(_mm_loadu_ps(d + b + n + 4), _mm_loadu_ps(w + b + n + 4)));
+        }
+        _mm_storeu_ps(re + n / 2, _mm_shuffle_ps(a0, a1, _MM_SHUFFLE(2, 0, 2, 0)));
+        _mm_storeu_ps(im + n / 2, _mm_shuffle_ps(a0, a1, _MM_SHUFFLE(3, 1, 3, 1)));
+    }
+}
+
+void subband_shift_ola_32f(float* d, const float* w, const float* y, int L, int N, int F) {
+    if (N < 4) {
+        std::memmove(d, d + F, sizeof(float) * static_cast<std::size_t>(L - F));
+        std::memset(d + (L - F), 0, sizeof(float) * static_cast<std::size_t>(F));
+        subband_ola_32f_scalar(d, w, y, L, N);
+        return;
+    }
+    // In increasing n, d[n+F] is read before it is overwritten (F >= 1).
+    const int keep = L - F;
+    for (int b = 0; b < L; b += N) {
+        for (int j = 0; j < N; j += 4) {
+            const int n = b + j;
+            const __m128 wr = _mm_shuffle_ps(_mm_loadu_ps(w + L - 4 - n), _mm_loadu_ps(w + L - 4 - n),
+                                             _MM_SHUFFLE(0, 1, 2, 3));
+            const __m128 t = _mm_mul_ps(_mm_loadu_ps(y + j), wr);
+            __m128 old;
+            if (n + 4 <= keep) {
+                old = _mm_loadu_ps(d + n + F);
+            } else if (n < keep) {  // the vector across the end of the kept samples
+                alignas(16) float part[4] = {0.0f, 0.0f, 0.0f, 0.0f};
+                for (int i = 0; n + i < keep; ++i) part[i] = d[n + F + i];
+                old = _mm_load_ps(part);
+            } else {
+                old = _mm_setzero_ps();
+            }
+            _mm_storeu_ps(d + n, _mm_add_ps(old, t));
+        }
     }
 }
 

@@ -29,8 +29,7 @@ ZepStatus zepsSubbandSynthesis_32fc32f(const Zep32fc* pSrc, Zep32f* pDst, Zep8u*
     auto* y = align16<float>(pBuf);
     Zep8u* work = reinterpret_cast<Zep8u*>(y + N);
     if (!rfft_inv_32f(reinterpret_cast<const float*>(pSrc), y, s->pSpec, work)) return zepStsErr;
-    advance_delay(s->pDelay, L, F);
-    subband_ola_32f(s->pDelay, s->pWindow, y, L, N);
+    subband_shift_ola_32f(s->pDelay, s->pWindow, y, L, N, F);
     std::memcpy(pDst, s->pDelay, sizeof(float) * static_cast<std::size_t>(F));
     return zepStsNoErr;
 }
