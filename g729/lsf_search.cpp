@@ -3,6 +3,11 @@
 // the reference's saturating accumulation; target and codebooks Q13.
 #include "g729/lsf_search.h"
 
+#include <tmmintrin.h>
+
+#include <cstdint>
+#include <cstring>
+
 #include "g729/g729_tables.h"
 
 ZEPS_BEGIN_VARIANT
@@ -24,7 +29,59 @@ int lsf_first_stage_search_scalar(const Word16* target) {
     return cand;
 }
 
-int lsf_first_stage_search(const Word16* target) { return lsf_first_stage_search_scalar(target); }
+namespace {
+
+// Smallest and largest value of each lspcb1 column (Q13).
+constexpr Word16 kColMin[10] = {679, 1411, 2395, 3322, 5640, 7297, 10597, 12161, 16047, 17514};
+constexpr Word16 kColMax[10] = {4499, 6604, 9596, 11742, 14413, 16080, 18330, 19856, 21830, 23533};
+
+/// True when no distance of the search can reach 2^30 (sum of plain squares):
+/// then no sub() or L_mac() of the reference saturates and the distances are
+/// exact 32-bit sums.
+bool first_stage_fits(const Word16* target) {
+    std::int64_t bound = 0;
+    for (int j = 0; j < 10; ++j) {
+        const std::int64_t lo = std::int64_t{target[j]} - kColMax[j], hi = std::int64_t{target[j]} - kColMin[j];
+        if (lo < MIN_16 || hi > MAX_16) return false;  // sub() could saturate
+        bound += lo * lo > hi * hi ? lo * lo : hi * hi;
+    }
+    return bound < (std::int64_t{1} << 30);
+}
+
+inline __m128i load_pair(const Word16* p) {
+    std::int32_t v;
+    std::memcpy(&v, p, sizeof v);
+    return _mm_cvtsi32_si128(v);
+}
+
+}  // namespace
+
+int lsf_first_stage_search(const Word16* target) {
+    if (!first_stage_fits(target)) return lsf_first_stage_search_scalar(target);
+    // Four rows at a time: pmaddwd over elements 0..7, horizontal adds, and
+    // elements 8, 9 of the four rows gathered into one vector.
+    const __m128i t07 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(target));
+    const __m128i t89 = _mm_shuffle_epi32(load_pair(target + 8), 0);
+    alignas(16) std::int32_t dist[128];
+    for (int i = 0; i < 128; i += 4) {
+        __m128i m[4];
+        for (int r = 0; r < 4; ++r) {
+            const __m128i row = _mm_loadu_si128(reinterpret_cast<const __m128i*>(lspcb1[i + r]));
+            const __m128i d = _mm_sub_epi16(t07, row);
+            m[r] = _mm_madd_epi16(d, d);
+        }
+        __m128i s = _mm_hadd_epi32(_mm_hadd_epi32(m[0], m[1]), _mm_hadd_epi32(m[2], m[3]));
+        const __m128i tail = _mm_unpacklo_epi64(_mm_unpacklo_epi32(load_pair(lspcb1[i] + 8), load_pair(lspcb1[i + 1] + 8)),
+                                                _mm_unpacklo_epi32(load_pair(lspcb1[i + 2] + 8), load_pair(lspcb1[i + 3] + 8)));
+        const __m128i d = _mm_sub_epi16(t89, tail);
+        s = _mm_add_epi32(s, _mm_madd_epi16(d, d));
+        _mm_store_si128(reinterpret_cast<__m128i*>(dist + i), s);
+    }
+    int cand = 0;
+    for (int i = 1; i < 128; ++i)
+        if (dist[i] < dist[cand]) cand = i;
+    return cand;
+}
 
 int lsf_second_stage_search(const Word16* target, const Word16* cb1, const Word16* w, int first) {
     Word16 buf[5];
