@@ -2,6 +2,8 @@
 // sum and difference polynomials F1, F2 by Chebyshev evaluation on a cosine
 // grid, bisection and linear interpolation. LP Q12 in, LSP Q15 out; the
 // polynomials are Q11 (Q10 when Q11 overflows), Chebyshev sums Q24/Q23.
+#include <cstdint>
+
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
@@ -34,6 +36,44 @@ Word16 chebps(Word16 x, const Word16* f, int q) {
     t0 = L_msu(t0, b2_l, 1);
     t0 = L_mac(t0, f[kHalf], 2048);
     return extract_h(L_shl(t0, static_cast<Word16>(q == 11 ? 6 : 7)));
+}
+
+inline bool fits32(std::int64_t v) { return v >= MIN_32 && v <= MAX_32; }
+
+/// chebps computed with plain 64-bit arithmetic; every intermediate that the
+/// reference saturates is range-checked, and the exact routine is used when
+/// one of them leaves the 32-bit range (so the result is always chebps's).
+Word16 chebps_fast(Word16 x, const Word16* f, int q) {
+    const std::int64_t X = x;
+    std::int64_t t = X * (q == 11 ? 1024 : 512) + std::int64_t{f[1]} * 8192;
+    std::int64_t b1h = t >> 16, b1l = (t >> 1) & 0x7fff;
+    std::int64_t b2h = q == 11 ? 256 : 128, b2l = 0;
+    bool ok = true;
+    for (int i = 2; i < kHalf; ++i) {
+        const std::int64_t p1 = 2 * b1h * X;
+        const std::int64_t p = p1 + 2 * ((b1l * X) >> 15);
+        const std::int64_t p2 = 2 * p;
+        const std::int64_t u = -65536 * b2h;
+        const std::int64_t s1 = p2 + u;
+        const std::int64_t s2 = s1 - 2 * b2l;
+        t = s2 + std::int64_t{f[i]} * 8192;
+        ok = ok & fits32(p1) & fits32(p) & fits32(p2) & fits32(u) & fits32(s1) & fits32(s2) & fits32(t);
+        b2h = b1h;
+        b2l = b1l;
+        b1h = t >> 16;
+        b1l = (t >> 1) & 0x7fff;
+    }
+    const std::int64_t p1 = 2 * b1h * X;
+    const std::int64_t p = p1 + 2 * ((b1l * X) >> 15);
+    const std::int64_t u = -65536 * b2h;
+    const std::int64_t s1 = p + u;
+    const std::int64_t s2 = s1 - 2 * b2l;
+    t = s2 + std::int64_t{f[kHalf]} * 4096;
+    ok = ok & fits32(p1) & fits32(p) & fits32(u) & fits32(s1) & fits32(s2) & fits32(t);
+    if (!ok) return chebps(x, f, q);
+    std::int64_t r = t * (q == 11 ? 64 : 128);
+    r = r > MAX_32 ? MAX_32 : (r < MIN_32 ? MIN_32 : r);
+    return static_cast<Word16>(r >> 16);
 }
 
 /// F1 and F2 in Q11; false when a coefficient overflowed.
@@ -84,17 +124,17 @@ void az_lsp(const Word16* a, const Word16* old_lsp, Word16* lsp_out, const Word1
     int nf = 0;
     const Word16* coef = f1;
     Word16 xlow = grid_tab[0];
-    Word16 ylow = chebps(xlow, coef, q);
+    Word16 ylow = chebps_fast(xlow, coef, q);
     int j = 0;
     while (nf < kOrder && j < grid_points) {
         ++j;
         Word16 xhigh = xlow, yhigh = ylow;
         xlow = grid_tab[j];
-        ylow = chebps(xlow, coef, q);
+        ylow = chebps_fast(xlow, coef, q);
         if (L_mult(ylow, yhigh) <= 0) {
             for (int i = 0; i < bisections; ++i) {
                 const Word16 xmid = add(shr(xlow, 1), shr(xhigh, 1));
-                const Word16 ymid = chebps(xmid, coef, q);
+                const Word16 ymid = chebps_fast(xmid, coef, q);
                 if (L_mult(ylow, ymid) <= 0) {
                     yhigh = ymid;
                     xhigh = xmid;
@@ -106,7 +146,7 @@ void az_lsp(const Word16* a, const Word16* old_lsp, Word16* lsp_out, const Word1
             xlow = interpolate_root(xlow, ylow, xhigh, yhigh);
             lsp[nf++] = xlow;
             coef = (coef == f1) ? f2 : f1;
-            ylow = chebps(xlow, coef, q);
+            ylow = chebps_fast(xlow, coef, q);
         }
     }
     const Word16* src = nf < kOrder ? old_lsp : lsp;

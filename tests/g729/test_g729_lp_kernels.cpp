@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "g729/g729_tables.h"
 #include "tests/variant_check.h"
 
 #define ZEPS_DECLARE_LP_KERNELS(ns)                                                     \
@@ -13,6 +14,8 @@
     void g729_corr240_ssse3(const std::int16_t* y, std::int64_t& energy, std::int32_t* r);  \
     int lsf_first_stage_search(const std::int16_t* target);                             \
     int lsf_first_stage_search_scalar(const std::int16_t* target);                      \
+    int lsf_second_stage_search(const std::int16_t* t, const std::int16_t* cb1, const std::int16_t* w, int first); \
+    int lsf_second_stage_search_scalar(const std::int16_t* t, const std::int16_t* cb1, const std::int16_t* w, int first); \
     }
 ZEPS_DECLARE_LP_KERNELS(u8)
 ZEPS_DECLARE_LP_KERNELS(n8)
@@ -22,13 +25,15 @@ namespace {
 template <class F>
 void for_both(F f) {
     f(&zeps::u8::g729_corr240_scalar, &zeps::u8::g729_corr240_ssse3, &zeps::u8::lsf_first_stage_search,
-      &zeps::u8::lsf_first_stage_search_scalar);
+      &zeps::u8::lsf_first_stage_search_scalar, &zeps::u8::lsf_second_stage_search,
+      &zeps::u8::lsf_second_stage_search_scalar);
     f(&zeps::n8::g729_corr240_scalar, &zeps::n8::g729_corr240_ssse3, &zeps::n8::lsf_first_stage_search,
-      &zeps::n8::lsf_first_stage_search_scalar);
+      &zeps::n8::lsf_first_stage_search_scalar, &zeps::n8::lsf_second_stage_search,
+      &zeps::n8::lsf_second_stage_search_scalar);
 }
 
 TEST(G729LpKernels, SimdEqualsScalar) {
-    for_both([](auto corr_scalar, auto corr_simd, auto search_simd, auto search_scalar) {
+    for_both([](auto corr_scalar, auto corr_simd, auto search_simd, auto search_scalar, auto second_simd, auto second_scalar) {
         zeps::test::Rng rng(7);
         for (int rep = 0; rep < 300; ++rep) {
             // Windowed speech never exceeds 32767 in magnitude after the window;
@@ -49,6 +54,13 @@ TEST(G729LpKernels, SimdEqualsScalar) {
                 t[j] = rep % 4 == 3 ? rng.s16() : static_cast<std::int16_t>(centre + rng.uniform(-4000 * (rep % 4 + 1), 4000 * (rep % 4 + 1)));
             }
             ASSERT_EQ(search_simd(t.data()), search_scalar(t.data())) << "rep " << rep;
+            // Second stage: weights as Get_wegt leaves them (normalised, positive).
+            std::vector<std::int16_t> w(10);
+            for (auto& v : w) v = static_cast<std::int16_t>(rng.uniform(1, 32767));
+            const std::int16_t* cb1 = zeps::lspcb1[rng.uniform(0, 127)];
+            for (int first : {0, 5})
+                ASSERT_EQ(second_simd(t.data(), cb1, w.data(), first), second_scalar(t.data(), cb1, w.data(), first))
+                    << "rep " << rep;
         }
     });
 }
