@@ -7,6 +7,7 @@
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
+#include "g729/fast_ops.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -23,7 +24,7 @@ static_assert(sizeof(HighPassState) == 24);
 /// One output memory times a coefficient (Mpy_32_16 on its hi/lo split).
 inline Word32 memory_term(Word32 y, Word16 a) {
     const DPF d = L_Extract(y);
-    return Mpy_32_16(d.hi, d.lo, a);
+    return Mpy_32_16_fast(d.hi, d.lo, a);
 }
 
 }  // namespace
@@ -59,7 +60,7 @@ ZepStatus zepsHighPassFilter_G729_16s_ISfs(Zep16s* pSrcDst, int len, int scaleFa
         acc = L_mac(acc, xn, b0);
         acc = L_mac(acc, xm1, b1);
         acc = L_mac(acc, xm2, b2);
-        acc = L_shl(acc, shift);
+        acc = L_shl_fast(acc, shift);
         pSrcDst[i] = round_fx(acc);
         y2 = y1;
         y1 = acc;

@@ -7,6 +7,7 @@
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
+#include "g729/fast_ops.h"
 #include "g729/g729_tables.h"
 
 ZEPS_BEGIN_VARIANT
@@ -37,8 +38,6 @@ Word16 chebps(Word16 x, const Word16* f, int q) {
     t0 = L_mac(t0, f[kHalf], 2048);
     return extract_h(L_shl(t0, static_cast<Word16>(q == 11 ? 6 : 7)));
 }
-
-inline bool fits32(std::int64_t v) { return v >= MIN_32 && v <= MAX_32; }
 
 /// chebps computed with plain 64-bit arithmetic; every intermediate that the
 /// reference saturates is range-checked, and the exact routine is used when
@@ -104,9 +103,9 @@ Word16 interpolate_root(Word16 xlow, Word16 ylow, Word16 xhigh, Word16 yhigh) {
     if (y == 0) return xlow;
     const Word16 sign = y;
     y = abs_s(y);
-    const Word16 e = norm_s(y);
+    const Word16 e = norm_s_fast(y);
     y = shl(y, e);
-    y = div_s(16383, y);
+    y = div_s_fast(16383, y);
     y = extract_l(L_shr(L_mult(x, y), sub(20, e)));
     if (sign < 0) y = negate(y);
     return sub(xlow, extract_l(L_shr(L_mult(ylow, y), 11)));
