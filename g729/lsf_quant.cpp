@@ -5,6 +5,7 @@
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
+#include "g729/fast_ops.h"
 #include "g729/lsf_codebook.h"
 #include "g729/lsf_lsp.h"
 #include "g729/lsf_search.h"
@@ -27,17 +28,17 @@ void get_weights(const Word16* lsf, Word16* w) {
         if (buf[i] > 0) {
             w[i] = 2048;
         } else {
-            Word16 tmp = extract_h(L_shl(L_mult(buf[i], buf[i]), 2));
-            tmp = extract_h(L_shl(L_mult(tmp, kConst10), 2));
+            Word16 tmp = extract_h(L_shl_fast(L_mult(buf[i], buf[i]), 2));
+            tmp = extract_h(L_shl_fast(L_mult(tmp, kConst10), 2));
             w[i] = add(tmp, 2048);
         }
     }
-    w[4] = extract_h(L_shl(L_mult(w[4], kConst12), 1));
-    w[5] = extract_h(L_shl(L_mult(w[5], kConst12), 1));
+    w[4] = extract_h(L_shl_fast(L_mult(w[4], kConst12), 1));
+    w[5] = extract_h(L_shl_fast(L_mult(w[5], kConst12), 1));
     Word16 wmax = 0;
     for (int i = 0; i < kLpcOrder; ++i)
         if (w[i] > wmax) wmax = w[i];
-    const Word16 sft = norm_s(wmax);
+    const Word16 sft = norm_s_fast(wmax);
     for (int i = 0; i < kLpcOrder; ++i) w[i] = shl(w[i], sft);
 }
 
@@ -46,7 +47,7 @@ Word32 total_distortion(const Word16* w, const Word16* cand, const Word16* targe
     Word32 d = 0;
     for (int j = 0; j < kLpcOrder; ++j) {
         const Word16 tmp = mult(sub(cand[j], target[j]), fg_sum[mode][j]);
-        const Word16 tmp2 = extract_h(L_shl(L_mult(w[j], tmp), 4));
+        const Word16 tmp2 = extract_h(L_shl_fast(L_mult(w[j], tmp), 4));
         d = L_mac(d, tmp2, tmp);
     }
     return d;
