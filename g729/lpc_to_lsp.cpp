@@ -12,6 +12,7 @@
 #include "common/exports.h"
 #include "g729/fast_ops.h"
 #include "g729/g729_tables.h"
+#include "g729/lp_kernels.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -19,6 +20,8 @@ namespace {
 constexpr int kOrder = 10;
 constexpr int kHalf = 5;
 constexpr int kGridMax = 64;  // grid points rounded up to a multiple of 8
+
+}  // namespace
 
 /// Chebyshev series C(x) of the order-5 polynomial f (Chebps_11 for q = 11,
 /// Chebps_10 for q = 10); result Q14, saturated.
@@ -42,6 +45,8 @@ Word16 chebps(Word16 x, const Word16* f, int q) {
     t0 = L_mac(t0, f[kHalf], 2048);
     return extract_h(L_shl(t0, static_cast<Word16>(q == 11 ? 6 : 7)));
 }
+
+namespace {
 
 /// chebps computed with plain 64-bit arithmetic; every intermediate that the
 /// reference saturates is range-checked, and the exact routine is used when
@@ -78,6 +83,8 @@ Word16 chebps_fast(Word16 x, const Word16* f, int q) {
     r = r > MAX_32 ? MAX_32 : (r < MIN_32 ? MIN_32 : r);
     return static_cast<Word16>(r >> 16);
 }
+
+}  // namespace
 
 /// True when no intermediate of chebps can saturate for any |x| <= 1: the
 /// bounds below are in units of f (Q11 or Q10; the 32-bit range is 2^18 of
@@ -149,6 +156,8 @@ void chebps_x8(const Word16* x, const Word16* f, int q, Word16* y) {
     const __m128i r = _mm_packs_epi32(_mm_srai_epi32(t_lo, rshift), _mm_srai_epi32(t_hi, rshift));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(y), r);
 }
+
+namespace {
 
 /// The bisections of one sign change with every midpoint they could visit
 /// evaluated up front (a tree of 2^n - 1 points, at most 15, in two

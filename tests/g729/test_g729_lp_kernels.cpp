@@ -16,6 +16,9 @@
     int lsf_first_stage_search_scalar(const std::int16_t* target);                      \
     int lsf_second_stage_search(const std::int16_t* t, const std::int16_t* cb1, const std::int16_t* w, int first); \
     int lsf_second_stage_search_scalar(const std::int16_t* t, const std::int16_t* cb1, const std::int16_t* w, int first); \
+    std::int16_t chebps(std::int16_t x, const std::int16_t* f, int q);                \
+    bool chebps_never_saturates(const std::int16_t* f, int q);                        \
+    void chebps_x8(const std::int16_t* x, const std::int16_t* f, int q, std::int16_t* y); \
     }
 ZEPS_DECLARE_LP_KERNELS(u8)
 ZEPS_DECLARE_LP_KERNELS(n8)
@@ -63,6 +66,28 @@ TEST(G729LpKernels, SimdEqualsScalar) {
                     << "rep " << rep;
         }
     });
+}
+
+TEST(G729LpKernels, BatchedChebyshevEqualsChebps) {
+    zeps::test::Rng rng(11);
+    int batched = 0;
+    for (int rep = 0; rep < 2000; ++rep) {
+        std::int16_t f[6] = {2048};
+        const int span = rep % 4 == 0 ? 32767 : (rep % 4 == 1 ? 12000 : 4000);
+        for (int i = 1; i < 6; ++i) f[i] = static_cast<std::int16_t>(rng.uniform(-span, span));
+        const int q = rep % 5 == 0 ? 10 : 11;
+        if (!zeps::u8::chebps_never_saturates(f, q)) continue;
+        ++batched;
+        std::int16_t x[8], y8[8], yn[8];
+        for (auto& v : x) v = static_cast<std::int16_t>(rng.uniform(-32768, 32767));
+        zeps::u8::chebps_x8(x, f, q, y8);
+        zeps::n8::chebps_x8(x, f, q, yn);
+        for (int k = 0; k < 8; ++k) {
+            ASSERT_EQ(y8[k], zeps::u8::chebps(x[k], f, q)) << "rep " << rep << " x " << x[k];
+            ASSERT_EQ(yn[k], y8[k]);
+        }
+    }
+    EXPECT_GT(batched, 500);
 }
 
 }  // namespace
