@@ -91,3 +91,61 @@ TEST(G729LpKernels, BatchedChebyshevEqualsChebps) {
 }
 
 }  // namespace
+
+#include "g729/fast_ops.h"
+
+namespace {
+namespace r = zeps::ref;
+
+TEST(G729LpKernels, FastOperatorsEqualBasicOperators) {
+    zeps::test::Rng rng(5);
+    const std::int16_t edge16[] = {-32768, -32767, -1, 0, 1, 16383, 16384, 32767};
+    for (int rep = 0; rep < 200000; ++rep) {
+        const std::int16_t a = rep < 64 ? edge16[rep % 8] : rng.s16(), b = rep < 64 ? edge16[rep / 8] : rng.s16();
+        const std::int16_t c = rng.s16(), d = rng.s16();
+        const std::int32_t l = rng.s32();
+        ASSERT_EQ(r::norm_l_fast(l), r::norm_l(l));
+        ASSERT_EQ(r::norm_s_fast(a), r::norm_s(a));
+        ASSERT_EQ(r::div_s_fast(a, b), r::div_s(a, b)) << a << " / " << b;
+        const int n = static_cast<int>(rng.uniform(0, 40));
+        ASSERT_EQ(r::L_shl_fast(l, n), r::L_shl(l, static_cast<std::int16_t>(n)));
+        const std::int16_t lo1 = static_cast<std::int16_t>(c & 0x7fff), lo2 = static_cast<std::int16_t>(d & 0x7fff);
+        ASSERT_EQ(r::Mpy_32_fast(a, lo1, b, lo2), r::Mpy_32(a, lo1, b, lo2));
+        ASSERT_EQ(r::Mpy_32_16_fast(a, lo1, b), r::Mpy_32_16(a, lo1, b));
+        if (a > 0x3fff) {
+            ASSERT_EQ(r::Div_32_fast(l & 0x3fffffff, a, lo1), r::Div_32(l & 0x3fffffff, a, lo1));
+        }
+    }
+}
+
+TEST(G729LpKernels, HighPassFastPathEqualsSaturatingFilter) {
+    // Extreme coefficients and full-scale input drive the filter into every
+    // saturation; the export must equal the plain operator form of Pre_Process.
+    zeps::test::Rng rng(3);
+    for (int rep = 0; rep < 200; ++rep) {
+        std::int16_t coef[6];
+        for (auto& v : coef) v = rng.s16();
+        const int sf = rep % 2 ? 12 : 13;
+        std::vector<Zep8u> st(24);
+        zeps::u8::zepsHighPassFilterInit_G729(coef, st.data());
+        std::int32_t y1 = 0, y2 = 0;
+        std::int16_t x1 = 0, x2 = 0;
+        for (int blk = 0; blk < 4; ++blk) {
+            std::vector<std::int16_t> x = rng.vec<std::int16_t>(40), out = x;
+            ASSERT_EQ(zeps::u8::zepsHighPassFilter_G729_16s_ISfs(out.data(), 40, sf, st.data()), 0);
+            for (int i = 0; i < 40; ++i) {
+                const auto e1 = r::L_Extract(y1), e2 = r::L_Extract(y2);
+                std::int32_t acc = r::L_add(r::Mpy_32_16(e1.hi, e1.lo, coef[4]), r::Mpy_32_16(e2.hi, e2.lo, coef[5]));
+                acc = r::L_mac(r::L_mac(r::L_mac(acc, x[i], coef[0]), x1, coef[1]), x2, coef[2]);
+                acc = r::L_shl(acc, static_cast<std::int16_t>(15 - sf));
+                ASSERT_EQ(out[i], r::round_fx(acc)) << "rep " << rep << " sample " << i;
+                y2 = y1;
+                y1 = acc;
+                x2 = x1;
+                x1 = x[i];
+            }
+        }
+    }
+}
+
+}  // namespace
