@@ -336,6 +336,22 @@ ZEPSAPI ZepStatus zepsLSFQuant_G729_16s(const Zep16s* pLSF, Zep16s* pPrevFreq, Z
 ZEPSAPI ZepStatus zepsLSPQuant_G729_16s(const Zep16s* pLSP, Zep16s* pPrevFreq, Zep16s* pQLSP, Zep16s* pIdx);
 
 /**
+ * Annex E forward LSP quantiser (G.729 Annex E Qua_lspe: Lsp_lsf2, Get_wegt,
+ * Relspwede, Lsp_get_quante, Lsf_lsp2): the same search as
+ * zepsLSPQuant_G729_16s, but the MA memory is only read; the new codebook
+ * vector is returned so that the caller pushes it into its memory
+ * (Lsp_prev_update) once the frame's forward/backward decision is taken.
+ * Outputs in the reference routine's order:
+ * @param pQLSP 10 quantised LSPs, Q15.
+ * @param pIdx packed indices {(mode << 7) | L1, (L2 << 5) | L3}.
+ * @param pFreqCur the 10 codebook values (Q13) for the MA memory (freq_cur).
+ * Checks: any of the five pointers null -> zepStsNullPtrErr. Returns the
+ * status of the final LSF -> LSP conversion.
+ */
+ZEPSAPI ZepStatus zepsLSPQuant_G729E_16s(const Zep16s* pLSP, const Zep16s* pPrevFreq, Zep16s* pQLSP, Zep16s* pIdx,
+                                         Zep16s* pFreqCur);
+
+/**
  * LSF decoder for a good frame (G.729 Lsp_get_quant, the good-frame branch of
  * Lsp_iqua_cs). pIdx = {mode, L1, L2, L3} (L1 taken modulo 128, L2 and L3
  * modulo 32 as the reference masks them); pPrevFreq is updated; pQLSF

@@ -59,6 +59,7 @@ const std::vector<ArgCase>& arg_cases() {
         {"LSPToLSF_Norm", 2, 0, {}, [](void* const* p, int) { return u8::zepsLSPToLSF_Norm_G729_16s(at<Zep16s>(p, 0), at<Zep16s>(p, 1)); }},
         {"LSFQuant", 4, 0, {}, [](void* const* p, int) { return u8::zepsLSFQuant_G729_16s(at<Zep16s>(p, 0), at<Zep16s>(p, 1), at<Zep16s>(p, 2), at<Zep16s>(p, 3)); }},
         {"LSPQuant", 4, 0, {}, [](void* const* p, int) { return u8::zepsLSPQuant_G729_16s(at<Zep16s>(p, 0), at<Zep16s>(p, 1), at<Zep16s>(p, 2), at<Zep16s>(p, 3)); }},
+        {"LSPQuant_G729E", 5, 0, {}, [](void* const* p, int) { return u8::zepsLSPQuant_G729E_16s(at<Zep16s>(p, 0), at<Zep16s>(p, 1), at<Zep16s>(p, 2), at<Zep16s>(p, 3), at<Zep16s>(p, 4)); }},
         {"LSFDecode", 3, 0, {}, [](void* const* p, int) { return u8::zepsLSFDecode_G729_16s(at<Zep16s>(p, 0), at<Zep16s>(p, 1), at<Zep16s>(p, 2)); }},
         {"LSFDecodeErased", 2, 1, {{2, -11}, {-1, -11}}, [](void* const* p, int a) { return u8::zepsLSFDecodeErased_G729_16s(static_cast<Zep16s>(a), at<Zep16s>(p, 0), at<Zep16s>(p, 1)); }},
         {"LevinsonDurbin_32f", 4, 10, {{0, -7}, {31, -7}}, [](void* const* p, int a) { return u8::zepsLevinsonDurbin_G729_32f(at<Zep32f>(p, 0), a, at<Zep32f>(p, 1), at<Zep32f>(p, 2), at<Zep32f>(p, 3)); }},
@@ -169,6 +170,22 @@ TEST(G729LpEdges, HighPassSaturatesAndKeepsStateOnError) {
     EXPECT_EQ(u8::zepsHighPassFilter_G729_16s_ISfs(y.data(), 80, 11, st.data()), zepStsScaleRangeErr);
     EXPECT_EQ(st, keep);
     EXPECT_EQ(y, V16(80, 1));
+}
+
+TEST(G729LpEdges, AnnexEQuantiserLeavesTheMemoryToTheCaller) {
+    // Same indices and LSPs as the base quantiser; the memory is untouched and
+    // the vector the base quantiser pushes comes back in pFreqCur.
+    const V16 lsp = {31441, 27567, 21458, 13612, 4664, -4662, -13612, -21458, -27566, -31440};
+    V16 mem(40);
+    for (int k = 0; k < 40; ++k) mem[k] = static_cast<std::int16_t>(2339 * (k % 10 + 1) + 37 * (k / 10));
+    V16 base_mem = mem, q1(10), i1(2), q2(10), i2(2), cur(10);
+    const V16 keep = mem;
+    ASSERT_EQ(u8::zepsLSPQuant_G729_16s(lsp.data(), base_mem.data(), q1.data(), i1.data()), 0);
+    ASSERT_EQ(u8::zepsLSPQuant_G729E_16s(lsp.data(), mem.data(), q2.data(), i2.data(), cur.data()), 0);
+    EXPECT_EQ(q1, q2);
+    EXPECT_EQ(i1, i2);
+    EXPECT_EQ(mem, keep);
+    EXPECT_EQ(cur, V16(base_mem.begin(), base_mem.begin() + 10));
 }
 
 // ---- both builds --------------------------------------------------------------
@@ -370,5 +387,18 @@ ZEPS_VARIANT_CHECK(zepsInterpolate_G729_16s) {
         BOTH(u8::zepsInterpolate_G729_16s(p.data(), q.data(), a.data(), len),
              n8::zepsInterpolate_G729_16s(p.data(), q.data(), b.data(), len));
         EXPECT_EQ(a, b);
+    }
+}
+
+ZEPS_VARIANT_CHECK(zepsLSPQuant_G729E_16s) {
+    const V16 mem = reset_memory();
+    for (int rep = 0; rep < 40; ++rep) {
+        const V16 x = rep % 4 ? speech_frame(rng).lsp : rand16(rng, 10);
+        V16 qa(10, -1), qb(10, -1), ia(2, -1), ib(2, -1), ca(10, -1), cb(10, -1);
+        BOTH(u8::zepsLSPQuant_G729E_16s(x.data(), mem.data(), qa.data(), ia.data(), ca.data()),
+             n8::zepsLSPQuant_G729E_16s(x.data(), mem.data(), qb.data(), ib.data(), cb.data()));
+        EXPECT_EQ(qa, qb);
+        EXPECT_EQ(ia, ib);
+        EXPECT_EQ(ca, cb);
     }
 }
