@@ -23,6 +23,7 @@ extern const std::int16_t fg[2][4][10];        ///< MA predictor coefficients, Q
 extern const std::int16_t fg_sum[2][10];       ///< 1 - sum of fg per mode, Q15
 extern const std::int16_t fg_sum_inv[2][10];   ///< 1 / fg_sum per mode, Q12
 extern const std::int16_t freq_prev_reset[10]; ///< MA memory reset row, Q13
+extern const std::int16_t hw[145];             ///< Annex E hybrid window, Q15
 
 }  // namespace zeps
 

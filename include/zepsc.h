@@ -335,6 +335,26 @@ ZEPSAPI ZepStatus zepsLSFQuant_G729_16s(const Zep16s* pLSF, Zep16s* pPrevFreq, Z
  */
 ZEPSAPI ZepStatus zepsLSPQuant_G729_16s(const Zep16s* pLSP, Zep16s* pPrevFreq, Zep16s* pQLSP, Zep16s* pIdx);
 
+/** Size in bytes of the Annex E hybrid-window state: writes 124 (the 31
+ *  32-bit recursive autocorrelations rexp of autocorr_hyb_window).
+ *  @return zepStsNullPtrErr if pSize is null, else zepStsNoErr. */
+ZEPSAPI ZepStatus zepsWinHybridGetStateSize_G729E_16s(Zep32s* pSize);
+
+/** Initialises the Annex E hybrid-window state (rexp all zero, as the Annex E
+ *  coder's reset). @return zepStsNullPtrErr if pState is null. */
+ZEPSAPI ZepStatus zepsWinHybridInit_G729E_16s(Zep8u* pState);
+
+/**
+ * Hybrid-window autocorrelation of the G.729 Annex E backward-adaptive
+ * order-30 analysis (Annex E autocorr_hyb_window; argument order as there).
+ * @param pSrc 145 samples of past synthesised speech (L_ANA_BWD), oldest first.
+ * @param pDst 31 autocorrelations r[0..30] (before Lag_window_bwd).
+ * @param pState state of zepsWinHybridGetStateSize_G729E_16s bytes; its
+ *        recursive part decays by W_FACT = 10368 (Q15) per call.
+ * Checks: any null -> zepStsNullPtrErr.
+ */
+ZEPSAPI ZepStatus zepsWinHybrid_G729E_16s32s(const Zep16s* pSrc, Zep32s* pDst, Zep8u* pState);
+
 /**
  * Annex E forward LSP quantiser (G.729 Annex E Qua_lspe: Lsp_lsf2, Get_wegt,
  * Relspwede, Lsp_get_quante, Lsf_lsp2): the same search as
