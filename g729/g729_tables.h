@@ -37,5 +37,6 @@ extern const float fg_sum[2][10];    ///< 1 - sum of fg per mode
 extern const float fg_sum_inv[2][10];///< 1 / fg_sum per mode
 extern const float grid[61];         ///< root-search cosine grid, base codec
 extern const float grid_a[51];       ///< root-search cosine grid, Annex A
+extern const float hw[145];          ///< Annex E hybrid window (Annex C+)
 
 }  // namespace zeps::g729f

@@ -372,6 +372,33 @@ ZEPSAPI ZepStatus zepsLSPQuant_G729E_16s(const Zep16s* pLSP, const Zep16s* pPrev
                                          Zep16s* pFreqCur);
 
 /**
+ * Annex E forward LSP quantiser in single precision, following the G.729
+ * Annex C+ routine qua_lspe (acos/cos conversions, get_wegt, relspwede with
+ * the Annex C float codebooks, lsp_get_quante). Argument roles and order as
+ * zepsLSPQuant_G729E_16s: pLSP (10 cosines), pPrevFreq (4 x 10 radians,
+ * read only), then the outputs pQLSP (10 cosines), pIdx (packed as the
+ * 16-bit export) and pFreqCur (10 codebook values, radians).
+ * Checks: any of the five pointers null -> zepStsNullPtrErr.
+ */
+ZEPSAPI ZepStatus zepsLSPQuant_G729E_32f(const Zep32f* pLSP, const Zep32f* pPrevFreq, Zep32f* pQLSP, Zep16s* pIdx,
+                                         Zep32f* pFreqCur);
+
+/** Size in bytes of the float hybrid-window state: writes 124 (31 floats rexp).
+ *  @return zepStsNullPtrErr if pSize is null, else zepStsNoErr. */
+ZEPSAPI ZepStatus zepsWinHybridGetStateSize_G729E_32f(Zep32s* pSize);
+
+/** Initialises the float hybrid-window state (rexp zero). @return zepStsNullPtrErr if pState is null. */
+ZEPSAPI ZepStatus zepsWinHybridInit_G729E_32f(Zep8u* pState);
+
+/**
+ * Hybrid-window autocorrelation in single precision (G.729 Annex C+
+ * autocorr_hyb_window; argument order as there): pSrc 145 samples of past
+ * synthesis, pDst 31 autocorrelations, pState the recursive part (decay
+ * 0.31640625 per call). Checks: any null -> zepStsNullPtrErr.
+ */
+ZEPSAPI ZepStatus zepsWinHybrid_G729E_32f(const Zep32f* pSrc, Zep32f* pDst, Zep8u* pState);
+
+/**
  * LSF decoder for a good frame (G.729 Lsp_get_quant, the good-frame branch of
  * Lsp_iqua_cs). pIdx = {mode, L1, L2, L3} (L1 taken modulo 128, L2 and L3
  * modulo 32 as the reference masks them); pPrevFreq is updated; pQLSF
