@@ -343,6 +343,52 @@ void BM_G729_LSFDecode_32f(benchmark::State& state) {
 }
 BENCHMARK(BM_G729_LSFDecode_32f)->Name("BM_G729_LSFDecode_plus_Erased_32f");
 
+void BM_G729E_LSPQuant(benchmark::State& state) {
+    const V16 mem = reset_memory();
+    V16 q(10), idx(2), cur(10);
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsLSPQuant_G729E_16s(f.lsp[i].data(), mem.data(), q.data(), idx.data(), cur.data()));
+    });
+}
+BENCHMARK(BM_G729E_LSPQuant);
+
+void BM_G729E_LSPQuant_32f(benchmark::State& state) {
+    std::vector<float> mem(40), q(10), cur(10);
+    for (int k = 0; k < 40; ++k) mem[k] = 0.285599f * (k % 10 + 1);
+    std::vector<std::vector<float>> lf;
+    for (const V16& l : frames().lsp) {
+        std::vector<float> v(10);
+        for (int j = 0; j < 10; ++j) v[j] = l[j] / 32768.0f;
+        lf.push_back(v);
+    }
+    std::int16_t idx[2];
+    over_frames(state, [&](const Frames&, int i) {
+        benchmark::DoNotOptimize(z::zepsLSPQuant_G729E_32f(lf[i].data(), mem.data(), q.data(), idx, cur.data()));
+    });
+}
+BENCHMARK(BM_G729E_LSPQuant_32f);
+
+void BM_G729E_WinHybrid(benchmark::State& state) {
+    std::vector<Zep8u> st(124);
+    z::zepsWinHybridInit_G729E_16s(st.data());
+    V32 r(31);
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsWinHybrid_G729E_16s32s(f.speech.data() + 80 * i, r.data(), st.data()));
+    });
+}
+BENCHMARK(BM_G729E_WinHybrid);
+
+void BM_G729E_WinHybrid_32f(benchmark::State& state) {
+    std::vector<Zep8u> st(124);
+    z::zepsWinHybridInit_G729E_32f(st.data());
+    std::vector<float> x(145), r(31);
+    over_frames(state, [&](const Frames& f, int i) {
+        for (int j = 0; j < 145; ++j) x[j] = f.speech[80 * i + j];
+        benchmark::DoNotOptimize(z::zepsWinHybrid_G729E_32f(x.data(), r.data(), st.data()));
+    });
+}
+BENCHMARK(BM_G729E_WinHybrid_32f);
+
 /// The encoder front end for one 10 ms frame.
 void BM_G729_FrontEndChain(benchmark::State& state) {
     const Frames& f = frames();

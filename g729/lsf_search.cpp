@@ -61,24 +61,19 @@ inline __m128i load_pair(const Word16* p) {
 
 int lsf_first_stage_search(const Word16* target) {
     if (!first_stage_fits(target)) return lsf_first_stage_search_scalar(target);
-    // Four rows at a time: pmaddwd over elements 0..7, horizontal adds, and
-    // elements 8, 9 of the four rows gathered into one vector.
-    const __m128i t07 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(target));
-    const __m128i t89 = _mm_shuffle_epi32(load_pair(target + 8), 0);
+    // Four rows per vector: for each column pair, pmaddwd of the differences
+    // with themselves adds both squares of a row.
+    __m128i tp[5];
+    for (int p = 0; p < 5; ++p) tp[p] = _mm_shuffle_epi32(load_pair(target + 2 * p), 0);
     alignas(16) std::int32_t dist[128];
-    for (int i = 0; i < 128; i += 4) {
-        __m128i m[4];
-        for (int r = 0; r < 4; ++r) {
-            const __m128i row = _mm_loadu_si128(reinterpret_cast<const __m128i*>(lspcb1[i + r]));
-            const __m128i d = _mm_sub_epi16(t07, row);
-            m[r] = _mm_madd_epi16(d, d);
+    for (int k = 0; k < 128; k += 4) {
+        __m128i s = _mm_setzero_si128();
+        for (int p = 0; p < 5; ++p) {
+            const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(lspcb1_pairs[p] + 2 * k));
+            const __m128i d = _mm_sub_epi16(tp[p], c);
+            s = _mm_add_epi32(s, _mm_madd_epi16(d, d));
         }
-        __m128i s = _mm_hadd_epi32(_mm_hadd_epi32(m[0], m[1]), _mm_hadd_epi32(m[2], m[3]));
-        const __m128i tail = _mm_unpacklo_epi64(_mm_unpacklo_epi32(load_pair(lspcb1[i] + 8), load_pair(lspcb1[i + 1] + 8)),
-                                                _mm_unpacklo_epi32(load_pair(lspcb1[i + 2] + 8), load_pair(lspcb1[i + 3] + 8)));
-        const __m128i d = _mm_sub_epi16(t89, tail);
-        s = _mm_add_epi32(s, _mm_madd_epi16(d, d));
-        _mm_store_si128(reinterpret_cast<__m128i*>(dist + i), s);
+        _mm_store_si128(reinterpret_cast<__m128i*>(dist + k), s);
     }
     int cand = 0;
     for (int i = 1; i < 128; ++i)
