@@ -59,14 +59,31 @@ inline Word32 Mpy_32_16_fast(Word16 hi, Word16 lo, Word16 n) {
     return Mpy_32_16(hi, lo, n);
 }
 
+/// L_Extract: hi = v >> 16, lo = (v >> 1) & 0x7fff (what L_msu leaves).
+inline DPF L_Extract_fast(Word32 v) {
+    return {static_cast<Word16>(v >> 16), static_cast<Word16>((v >> 1) & 0x7fff)};
+}
+
+inline void L_Extract_fast(Word32 v, Word16& hi, Word16& lo) {
+    const DPF d = L_Extract_fast(v);
+    hi = d.hi;
+    lo = d.lo;
+}
+
+/// L_Comp: (hi << 16) + 2 lo, saturated.
+inline Word32 L_Comp_fast(Word16 hi, Word16 lo) {
+    const std::int64_t v = std::int64_t{hi} * 65536 + 2 * std::int64_t{lo};
+    return v > MAX_32 ? MAX_32 : (v < MIN_32 ? MIN_32 : static_cast<Word32>(v));
+}
+
 /// Div_32 with the fast operators (same steps as the reference).
 inline Word32 Div_32_fast(Word32 L_num, Word16 denom_hi, Word16 denom_lo) {
     const Word16 approx = div_s_fast(0x3fff, denom_hi);
     Word32 t = L_sub(MAX_32, Mpy_32_16_fast(denom_hi, denom_lo, approx));
-    DPF x = L_Extract(t);
+    DPF x = L_Extract_fast(t);
     t = Mpy_32_16_fast(x.hi, x.lo, approx);
-    x = L_Extract(t);
-    const DPF n = L_Extract(L_num);
+    x = L_Extract_fast(t);
+    const DPF n = L_Extract_fast(L_num);
     return L_shl_fast(Mpy_32_fast(n.hi, n.lo, x.hi, x.lo), 2);
 }
 

@@ -112,6 +112,9 @@ TEST(G729LpKernels, FastOperatorsEqualBasicOperators) {
         const std::int16_t lo1 = static_cast<std::int16_t>(c & 0x7fff), lo2 = static_cast<std::int16_t>(d & 0x7fff);
         ASSERT_EQ(r::Mpy_32_fast(a, lo1, b, lo2), r::Mpy_32(a, lo1, b, lo2));
         ASSERT_EQ(r::Mpy_32_16_fast(a, lo1, b), r::Mpy_32_16(a, lo1, b));
+        const auto e1 = r::L_Extract_fast(l), e2 = r::L_Extract(l);
+        ASSERT_TRUE(e1.hi == e2.hi && e1.lo == e2.lo);
+        ASSERT_EQ(r::L_Comp_fast(a, lo1), r::L_Comp(a, lo1));
         if (a > 0x3fff) {
             ASSERT_EQ(r::Div_32_fast(l & 0x3fffffff, a, lo1), r::Div_32(l & 0x3fffffff, a, lo1));
         }
