@@ -8,6 +8,7 @@
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
+#include "g729/fast_ops.h"
 #include "g729/g729_tables.h"
 #include "g729/lp_kernels.h"
 
@@ -55,7 +56,13 @@ void g729_corr240_ssse3(const Word16* y, std::int64_t& energy, Word32* r) {
 ZepStatus zepsAutoCorr_G729B(const Zep16s* pSrc, Zep16s* pNormOut, Zep32s* pDst) {
     if (any_null(pSrc, pNormOut, pDst)) return zepStsNullPtrErr;
     alignas(16) Word16 y[kWindowPadded] = {};
-    for (int i = 0; i < kWindow; ++i) y[i] = mult_r(pSrc[i], hamwindow[i]);
+    // mult_r with the window: pmulhrsw rounds exactly as mult_r, and the
+    // window never reaches -32768, so the one saturating case cannot occur.
+    for (int i = 0; i < kWindow; i += 8) {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pSrc + i));
+        const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i*>(hamwindow + i));
+        _mm_store_si128(reinterpret_cast<__m128i*>(y + i), _mm_mulhrs_epi16(x, w));
+    }
 
     Word32 r[kCorrLags + 1];
     Word16 exp_r0 = 1;
@@ -72,11 +79,11 @@ ZepStatus zepsAutoCorr_G729B(const Zep16s* pSrc, Zep16s* pNormOut, Zep32s* pDst)
         for (int i = 0; i < kWindow; ++i) y[i] = shr(y[i], 2);
         exp_r0 = add(exp_r0, 4);
     }
-    const Word16 norm = norm_l(sum);
-    pDst[0] = L_shl(sum, norm) & ~Word32{1};
+    const Word16 norm = norm_l_fast(sum);
+    pDst[0] = L_shl_fast(sum, norm) & ~Word32{1};
     for (int k = 1; k <= kCorrLags; ++k) {
         const Word32 v = static_cast<Word32>(static_cast<std::uint32_t>(r[k]) * 2u);
-        pDst[k] = L_shl(v, norm) & ~Word32{1};
+        pDst[k] = L_shl_fast(v, norm) & ~Word32{1};
     }
     *pNormOut = sub(exp_r0, norm);
     return zepStsNoErr;

@@ -2,11 +2,13 @@
 // Post_Process): second-order pole/zero filter, coefficients in Q12 (140 Hz
 // pre-filter) or Q13 (100 Hz post-filter), output memories in double
 // precision (hi/lo), samples Q0.
+#include <cstdint>
 #include <cstring>
 
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
+#include "g729/fast_ops.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -23,7 +25,17 @@ static_assert(sizeof(HighPassState) == 24);
 /// One output memory times a coefficient (Mpy_32_16 on its hi/lo split).
 inline Word32 memory_term(Word32 y, Word16 a) {
     const DPF d = L_Extract(y);
-    return Mpy_32_16(d.hi, d.lo, a);
+    return Mpy_32_16_fast(d.hi, d.lo, a);
+}
+
+/// memory_term without saturation; ok is cleared when the reference's
+/// L_mult or L_mac inside Mpy_32_16 would saturate.
+inline std::int64_t memory_term_exact(Word32 y, Word16 a, bool& ok) {
+    const std::int64_t hi = y >> 16, lo = (y >> 1) & 0x7fff;
+    const std::int64_t p = 2 * hi * a;
+    const std::int64_t m = p + 2 * ((lo * a) >> 15);
+    ok = ok & fits32(p) & fits32(m);
+    return m;
 }
 
 }  // namespace
@@ -55,11 +67,26 @@ ZepStatus zepsHighPassFilter_G729_16s_ISfs(Zep16s* pSrcDst, int len, int scaleFa
     Word32 y1 = st.y1, y2 = st.y2;
     for (int i = 0; i < len; ++i) {
         const Word16 xn = pSrcDst[i];
-        Word32 acc = L_add(memory_term(y1, a1), memory_term(y2, a2));
-        acc = L_mac(acc, xn, b0);
-        acc = L_mac(acc, xm1, b1);
-        acc = L_mac(acc, xm2, b2);
-        acc = L_shl(acc, shift);
+        // Plain 64-bit sums in the reference's order; each partial sum that
+        // the reference saturates is range-checked, and the sample is redone
+        // with the saturating operators when one leaves the 32-bit range.
+        bool ok = true;
+        const std::int64_t m1 = memory_term_exact(y1, a1, ok), m2 = memory_term_exact(y2, a2, ok);
+        const std::int64_t s1 = m1 + m2;
+        const std::int64_t s2 = s1 + 2 * std::int64_t{xn} * b0;
+        const std::int64_t s3 = s2 + 2 * std::int64_t{xm1} * b1;
+        const std::int64_t s4 = s3 + 2 * std::int64_t{xm2} * b2;
+        Word32 acc;
+        if (ok & fits32(s1) & fits32(s2) & fits32(s3) & fits32(s4)) {
+            const std::int64_t sh = s4 * (std::int64_t{1} << shift);
+            acc = sh > MAX_32 ? MAX_32 : (sh < MIN_32 ? MIN_32 : static_cast<Word32>(sh));
+        } else {
+            acc = L_add(memory_term(y1, a1), memory_term(y2, a2));
+            acc = L_mac(acc, xn, b0);
+            acc = L_mac(acc, xm1, b1);
+            acc = L_mac(acc, xm2, b2);
+            acc = L_shl_fast(acc, shift);
+        }
         pSrcDst[i] = round_fx(acc);
         y2 = y1;
         y1 = acc;

@@ -5,6 +5,7 @@
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
+#include "g729/fast_ops.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -13,53 +14,53 @@ constexpr int kMaxOrder = 30;
 
 /// 1 - K^2 of a reflection coefficient K in hi/lo (Q31).
 inline DPF one_minus_square(Word16 kh, Word16 kl) {
-    Word32 t = L_abs(Mpy_32(kh, kl, kh, kl));
-    return L_Extract(L_sub(MAX_32, t));
+    Word32 t = L_abs(Mpy_32_fast(kh, kl, kh, kl));
+    return L_Extract_fast(L_sub(MAX_32, t));
 }
 
 /// The recursion; false (nothing written) when unstable.
 bool levinson(const Zep32s* r, int order, Zep16s* lpc, Zep16s* rc, int rcCount, Zep16s* err) {
     Word16 Rh[kMaxOrder + 1], Rl[kMaxOrder + 1];
-    for (int i = 0; i <= order; ++i) L_Extract(r[i], Rh[i], Rl[i]);
+    for (int i = 0; i <= order; ++i) L_Extract_fast(r[i], Rh[i], Rl[i]);
     Word16 Ah[kMaxOrder + 1], Al[kMaxOrder + 1], Anh[kMaxOrder + 1], Anl[kMaxOrder + 1];
     Word16 k_out[kMaxOrder];
 
     // K = A[1] = -R[1] / R[0]
-    Word32 t1 = L_Comp(Rh[1], Rl[1]);
-    Word32 t0 = Div_32(L_abs(t1), Rh[0], Rl[0]);
+    Word32 t1 = L_Comp_fast(Rh[1], Rl[1]);
+    Word32 t0 = Div_32_fast(L_abs(t1), Rh[0], Rl[0]);
     if (t1 > 0) t0 = L_negate(t0);
     Word16 Kh, Kl;
-    L_Extract(t0, Kh, Kl);
+    L_Extract_fast(t0, Kh, Kl);
     if (abs_s(Kh) > 32750) return false;
     k_out[0] = Kh;
-    L_Extract(L_shr(t0, 4), Ah[1], Al[1]);
+    L_Extract_fast(L_shr(t0, 4), Ah[1], Al[1]);
     // Alpha = R[0] * (1 - K^2), normalised
     DPF f = one_minus_square(Kh, Kl);
-    t0 = Mpy_32(Rh[0], Rl[0], f.hi, f.lo);
-    Word16 alp_exp = norm_l(t0);
+    t0 = Mpy_32_fast(Rh[0], Rl[0], f.hi, f.lo);
+    Word16 alp_exp = norm_l_fast(t0);
     Word16 alp_h, alp_l;
-    L_Extract(L_shl(t0, alp_exp), alp_h, alp_l);
+    L_Extract_fast(L_shl_fast(t0, alp_exp), alp_h, alp_l);
 
     for (int i = 2; i <= order; ++i) {
         t0 = 0;
-        for (int j = 1; j < i; ++j) t0 = L_add(t0, Mpy_32(Rh[j], Rl[j], Ah[i - j], Al[i - j]));
-        t0 = L_shl(t0, 4);
-        t0 = L_add(t0, L_Comp(Rh[i], Rl[i]));
-        Word32 t2 = Div_32(L_abs(t0), alp_h, alp_l);
+        for (int j = 1; j < i; ++j) t0 = L_add(t0, Mpy_32_fast(Rh[j], Rl[j], Ah[i - j], Al[i - j]));
+        t0 = L_shl_fast(t0, 4);
+        t0 = L_add(t0, L_Comp_fast(Rh[i], Rl[i]));
+        Word32 t2 = Div_32_fast(L_abs(t0), alp_h, alp_l);
         if (t0 > 0) t2 = L_negate(t2);
-        t2 = L_shl(t2, alp_exp);
-        L_Extract(t2, Kh, Kl);
+        t2 = L_shl_fast(t2, alp_exp);
+        L_Extract_fast(t2, Kh, Kl);
         if (abs_s(Kh) > 32750) return false;
         k_out[i - 1] = Kh;
         for (int j = 1; j < i; ++j) {
-            t0 = L_add(Mpy_32(Kh, Kl, Ah[i - j], Al[i - j]), L_Comp(Ah[j], Al[j]));
-            L_Extract(t0, Anh[j], Anl[j]);
+            t0 = L_add(Mpy_32_fast(Kh, Kl, Ah[i - j], Al[i - j]), L_Comp_fast(Ah[j], Al[j]));
+            L_Extract_fast(t0, Anh[j], Anl[j]);
         }
-        L_Extract(L_shr(t2, 4), Anh[i], Anl[i]);
+        L_Extract_fast(L_shr(t2, 4), Anh[i], Anl[i]);
         f = one_minus_square(Kh, Kl);
-        t0 = Mpy_32(alp_h, alp_l, f.hi, f.lo);
-        const Word16 n = norm_l(t0);
-        L_Extract(L_shl(t0, n), alp_h, alp_l);
+        t0 = Mpy_32_fast(alp_h, alp_l, f.hi, f.lo);
+        const Word16 n = norm_l_fast(t0);
+        L_Extract_fast(L_shl_fast(t0, n), alp_h, alp_l);
         alp_exp = add(alp_exp, n);
         for (int j = 1; j <= i; ++j) {
             Ah[j] = Anh[j];
@@ -67,7 +68,7 @@ bool levinson(const Zep32s* r, int order, Zep16s* lpc, Zep16s* rc, int rcCount, 
         }
     }
     lpc[0] = 4096;
-    for (int i = 1; i <= order; ++i) lpc[i] = round_fx(L_shl(L_Comp(Ah[i], Al[i]), 1));
+    for (int i = 1; i <= order; ++i) lpc[i] = round_fx(L_shl_fast(L_Comp_fast(Ah[i], Al[i]), 1));
     for (int i = 0; i < rcCount; ++i) rc[i] = k_out[i];
     *err = shr(alp_h, alp_exp);
     return true;

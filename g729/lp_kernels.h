@@ -19,4 +19,12 @@ inline constexpr int kWindowPadded = 256; ///< window buffer with zero padding f
 void g729_corr240_scalar(const Word16* y, std::int64_t& energy, Word32* r);
 void g729_corr240_ssse3(const Word16* y, std::int64_t& energy, Word32* r);
 
+/// Chebps_11 (q = 11) or Chebps_10 (q = 10) of G.729 Az_lsp: the order-5
+/// series of f at x (Q15), result Q14 saturated.
+Word16 chebps(Word16 x, const Word16* f, int q);
+/// True when no intermediate of chebps(x, f, q) can saturate for any x.
+bool chebps_never_saturates(const Word16* f, int q);
+/// chebps at x[0..7] in SSSE3 lanes; equal to chebps when chebps_never_saturates.
+void chebps_x8(const Word16* x, const Word16* f, int q, Word16* y);
+
 ZEPS_END_VARIANT

@@ -2,16 +2,26 @@
 // sum and difference polynomials F1, F2 by Chebyshev evaluation on a cosine
 // grid, bisection and linear interpolation. LP Q12 in, LSP Q15 out; the
 // polynomials are Q11 (Q10 when Q11 overflows), Chebyshev sums Q24/Q23.
+#include <tmmintrin.h>
+
+#include <algorithm>
+#include <cstdint>
+
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
+#include "g729/fast_ops.h"
 #include "g729/g729_tables.h"
+#include "g729/lp_kernels.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
 
 constexpr int kOrder = 10;
 constexpr int kHalf = 5;
+constexpr int kGridMax = 64;  // grid points rounded up to a multiple of 8
+
+}  // namespace
 
 /// Chebyshev series C(x) of the order-5 polynomial f (Chebps_11 for q = 11,
 /// Chebps_10 for q = 10); result Q14, saturated.
@@ -34,6 +44,152 @@ Word16 chebps(Word16 x, const Word16* f, int q) {
     t0 = L_msu(t0, b2_l, 1);
     t0 = L_mac(t0, f[kHalf], 2048);
     return extract_h(L_shl(t0, static_cast<Word16>(q == 11 ? 6 : 7)));
+}
+
+namespace {
+
+/// chebps computed with plain 64-bit arithmetic; every intermediate that the
+/// reference saturates is range-checked, and the exact routine is used when
+/// one of them leaves the 32-bit range (so the result is always chebps's).
+Word16 chebps_fast(Word16 x, const Word16* f, int q) {
+    const std::int64_t X = x;
+    std::int64_t t = X * (q == 11 ? 1024 : 512) + std::int64_t{f[1]} * 8192;
+    std::int64_t b1h = t >> 16, b1l = (t >> 1) & 0x7fff;
+    std::int64_t b2h = q == 11 ? 256 : 128, b2l = 0;
+    bool ok = true;
+    for (int i = 2; i < kHalf; ++i) {
+        const std::int64_t p1 = 2 * b1h * X;
+        const std::int64_t p = p1 + 2 * ((b1l * X) >> 15);
+        const std::int64_t p2 = 2 * p;
+        const std::int64_t u = -65536 * b2h;
+        const std::int64_t s1 = p2 + u;
+        const std::int64_t s2 = s1 - 2 * b2l;
+        t = s2 + std::int64_t{f[i]} * 8192;
+        ok = ok & fits32(p1) & fits32(p) & fits32(p2) & fits32(u) & fits32(s1) & fits32(s2) & fits32(t);
+        b2h = b1h;
+        b2l = b1l;
+        b1h = t >> 16;
+        b1l = (t >> 1) & 0x7fff;
+    }
+    const std::int64_t p1 = 2 * b1h * X;
+    const std::int64_t p = p1 + 2 * ((b1l * X) >> 15);
+    const std::int64_t u = -65536 * b2h;
+    const std::int64_t s1 = p + u;
+    const std::int64_t s2 = s1 - 2 * b2l;
+    t = s2 + std::int64_t{f[kHalf]} * 4096;
+    ok = ok & fits32(p1) & fits32(p) & fits32(u) & fits32(s1) & fits32(s2) & fits32(t);
+    if (!ok) return chebps(x, f, q);
+    std::int64_t r = t * (q == 11 ? 64 : 128);
+    r = r > MAX_32 ? MAX_32 : (r < MIN_32 ? MIN_32 : r);
+    return static_cast<Word16>(r >> 16);
+}
+
+}  // namespace
+
+/// True when no intermediate of chebps can saturate for any |x| <= 1: the
+/// bounds below are in units of f (Q11 or Q10; the 32-bit range is 2^18 of
+/// them), with a margin for the truncations.
+bool chebps_never_saturates(const Word16* f, int q) {
+    std::int64_t F = 0;
+    for (int i = 1; i <= kHalf; ++i) F = std::max<std::int64_t>(F, f[i] < 0 ? -std::int64_t{f[i]} : f[i]);
+    const std::int64_t one = std::int64_t{1} << q, limit = (std::int64_t{1} << 18) - 64;
+    std::int64_t b1 = 2 * one + F + 2, b2 = one;
+    for (int i = 2; i < kHalf; ++i) {
+        const std::int64_t t = 2 * b1 + b2 + F + 2;
+        if (2 * b1 > limit || t > limit) return false;
+        b2 = b1;
+        b1 = t;
+    }
+    return b1 + b2 + F + 2 <= limit;
+}
+
+/// chebps at the eight points x[0..7] in 32-bit lanes; exact when
+/// chebps_never_saturates(f, q), since then every operation of the reference
+/// equals its plain integer value.
+void chebps_x8(const Word16* x, const Word16* f, int q, Word16* y) {
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i xv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x));
+    const __m128i x_lo = _mm_srai_epi32(_mm_unpacklo_epi16(zero, xv), 16);
+    const __m128i x_hi = _mm_srai_epi32(_mm_unpackhi_epi16(zero, xv), 16);
+    const __m128i mask15 = _mm_set1_epi32(0x7fff);
+    const int xshift = q == 11 ? 10 : 9;
+    const __m128i f1 = _mm_set1_epi32(8192 * f[1]);
+    __m128i t_lo = _mm_add_epi32(_mm_slli_epi32(x_lo, xshift), f1);
+    __m128i t_hi = _mm_add_epi32(_mm_slli_epi32(x_hi, xshift), f1);
+    auto hi16 = [](__m128i a, __m128i b) { return _mm_packs_epi32(_mm_srai_epi32(a, 16), _mm_srai_epi32(b, 16)); };
+    auto lo15 = [&](__m128i a, __m128i b) {
+        return _mm_packs_epi32(_mm_and_si128(_mm_srli_epi32(a, 1), mask15), _mm_and_si128(_mm_srli_epi32(b, 1), mask15));
+    };
+    __m128i b1h = hi16(t_lo, t_hi), b1l = lo15(t_lo, t_hi);
+    __m128i b2h = _mm_set1_epi16(static_cast<short>(q == 11 ? 256 : 128)), b2l = zero;
+    // 2 * (b1h * x + ((b1l * x) >> 15)) - 65536 * b2h - 2 * b2l, in two halves.
+    auto core = [&](__m128i& lo, __m128i& hi) {
+        const __m128i pl = _mm_mullo_epi16(b1h, xv), ph = _mm_mulhi_epi16(b1h, xv);
+        const __m128i ml = _mm_mullo_epi16(b1l, xv), mh = _mm_mulhi_epi16(b1l, xv);
+        const __m128i m16 = _mm_or_si128(_mm_slli_epi16(mh, 1), _mm_srli_epi16(ml, 15));
+        const __m128i s_lo = _mm_add_epi32(_mm_unpacklo_epi16(pl, ph), _mm_srai_epi32(_mm_unpacklo_epi16(m16, m16), 16));
+        const __m128i s_hi = _mm_add_epi32(_mm_unpackhi_epi16(pl, ph), _mm_srai_epi32(_mm_unpackhi_epi16(m16, m16), 16));
+        lo = _mm_add_epi32(s_lo, s_lo);
+        hi = _mm_add_epi32(s_hi, s_hi);
+    };
+    auto minus_b2 = [&](__m128i v, bool upper) {
+        const __m128i h = upper ? _mm_unpackhi_epi16(zero, b2h) : _mm_unpacklo_epi16(zero, b2h);
+        const __m128i l = upper ? _mm_unpackhi_epi16(b2l, zero) : _mm_unpacklo_epi16(b2l, zero);
+        return _mm_sub_epi32(_mm_sub_epi32(v, h), _mm_add_epi32(l, l));
+    };
+    for (int i = 2; i < kHalf; ++i) {
+        core(t_lo, t_hi);
+        const __m128i fi = _mm_set1_epi32(8192 * f[i]);
+        t_lo = _mm_add_epi32(minus_b2(_mm_add_epi32(t_lo, t_lo), false), fi);
+        t_hi = _mm_add_epi32(minus_b2(_mm_add_epi32(t_hi, t_hi), true), fi);
+        b2h = b1h;
+        b2l = b1l;
+        b1h = hi16(t_lo, t_hi);
+        b1l = lo15(t_lo, t_hi);
+    }
+    core(t_lo, t_hi);
+    const __m128i f5 = _mm_set1_epi32(4096 * f[kHalf]);
+    t_lo = _mm_add_epi32(minus_b2(t_lo, false), f5);
+    t_hi = _mm_add_epi32(minus_b2(t_hi, true), f5);
+    // extract_h(L_shl(t, 6 or 7)) = t >> 10 (or 9), saturated to 16 bits.
+    const int rshift = q == 11 ? 10 : 9;
+    const __m128i r = _mm_packs_epi32(_mm_srai_epi32(t_lo, rshift), _mm_srai_epi32(t_hi, rshift));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y), r);
+}
+
+namespace {
+
+/// The bisections of one sign change with every midpoint they could visit
+/// evaluated up front (a tree of 2^n - 1 points, at most 15, in two
+/// eight-point batches), then walked exactly as the sequential bisection.
+void bisect_batched(Word16& xlow, Word16& ylow, Word16& xhigh, Word16& yhigh, const Word16* coef, int q,
+                    int bisections) {
+    alignas(16) Word16 lo[16], hi[16], pts[16] = {}, ys[16];
+    const int nodes = (1 << bisections) - 1;
+    lo[0] = xlow;
+    hi[0] = xhigh;
+    for (int n = 0; n < nodes; ++n) {
+        pts[n] = add(shr(lo[n], 1), shr(hi[n], 1));
+        if (2 * n + 2 < nodes) {
+            lo[2 * n + 1] = lo[n];  // sign change in the lower part: [xlow, xmid]
+            hi[2 * n + 1] = pts[n];
+            lo[2 * n + 2] = pts[n];  // else [xmid, xhigh]
+            hi[2 * n + 2] = hi[n];
+        }
+    }
+    for (int k = 0; k < nodes; k += 8) chebps_x8(pts + k, coef, q, ys + k);
+    int n = 0;
+    for (int i = 0; i < bisections; ++i) {
+        if (L_mult(ylow, ys[n]) <= 0) {
+            yhigh = ys[n];
+            xhigh = pts[n];
+            n = 2 * n + 1;
+        } else {
+            ylow = ys[n];
+            xlow = pts[n];
+            n = 2 * n + 2;
+        }
+    }
 }
 
 /// F1 and F2 in Q11; false when a coefficient overflowed.
@@ -64,9 +220,9 @@ Word16 interpolate_root(Word16 xlow, Word16 ylow, Word16 xhigh, Word16 yhigh) {
     if (y == 0) return xlow;
     const Word16 sign = y;
     y = abs_s(y);
-    const Word16 e = norm_s(y);
+    const Word16 e = norm_s_fast(y);
     y = shl(y, e);
-    y = div_s(16383, y);
+    y = div_s_fast(16383, y);
     y = extract_l(L_shr(L_mult(x, y), sub(20, e)));
     if (sign < 0) y = negate(y);
     return sub(xlow, extract_l(L_shr(L_mult(ylow, y), 11)));
@@ -80,33 +236,51 @@ void az_lsp(const Word16* a, const Word16* old_lsp, Word16* lsp_out, const Word1
         q = 10;
         sum_diff_polynomials_q10(a, f1, f2);
     }
+    // Values of F1 and F2 on the whole grid, eight points at a time, when no
+    // saturation can occur; otherwise each grid point is evaluated on demand.
+    const bool batch = chebps_never_saturates(f1, q) && chebps_never_saturates(f2, q);
+    alignas(16) Word16 gx[kGridMax + 8] = {}, gy1[kGridMax + 8], gy2[kGridMax + 8];
+    if (batch) {
+        std::copy(grid_tab, grid_tab + grid_points + 1, gx);
+        for (int k = 0; k <= grid_points; k += 8) {
+            chebps_x8(gx + k, f1, q, gy1 + k);
+            chebps_x8(gx + k, f2, q, gy2 + k);
+        }
+    }
+    auto on_grid = [&](int k, const Word16* c) {
+        return batch ? (c == f1 ? gy1[k] : gy2[k]) : chebps_fast(grid_tab[k], c, q);
+    };
     Word16 lsp[kOrder];
     int nf = 0;
     const Word16* coef = f1;
     Word16 xlow = grid_tab[0];
-    Word16 ylow = chebps(xlow, coef, q);
+    Word16 ylow = on_grid(0, coef);
     int j = 0;
     while (nf < kOrder && j < grid_points) {
         ++j;
         Word16 xhigh = xlow, yhigh = ylow;
         xlow = grid_tab[j];
-        ylow = chebps(xlow, coef, q);
+        ylow = on_grid(j, coef);
         if (L_mult(ylow, yhigh) <= 0) {
-            for (int i = 0; i < bisections; ++i) {
-                const Word16 xmid = add(shr(xlow, 1), shr(xhigh, 1));
-                const Word16 ymid = chebps(xmid, coef, q);
-                if (L_mult(ylow, ymid) <= 0) {
-                    yhigh = ymid;
-                    xhigh = xmid;
-                } else {
-                    ylow = ymid;
-                    xlow = xmid;
+            if (batch) {
+                bisect_batched(xlow, ylow, xhigh, yhigh, coef, q, bisections);
+            } else {
+                for (int i = 0; i < bisections; ++i) {
+                    const Word16 xmid = add(shr(xlow, 1), shr(xhigh, 1));
+                    const Word16 ymid = chebps_fast(xmid, coef, q);
+                    if (L_mult(ylow, ymid) <= 0) {
+                        yhigh = ymid;
+                        xhigh = xmid;
+                    } else {
+                        ylow = ymid;
+                        xlow = xmid;
+                    }
                 }
             }
             xlow = interpolate_root(xlow, ylow, xhigh, yhigh);
             lsp[nf++] = xlow;
             coef = (coef == f1) ? f2 : f1;
-            ylow = chebps(xlow, coef, q);
+            ylow = chebps_fast(xlow, coef, q);
         }
     }
     const Word16* src = nf < kOrder ? old_lsp : lsp;

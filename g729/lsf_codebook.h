@@ -5,6 +5,7 @@
 #pragma once
 
 #include "common/basic_op.h"
+#include "g729/fast_ops.h"
 #include "g729/g729_tables.h"
 
 ZEPS_BEGIN_VARIANT
@@ -42,7 +43,7 @@ inline void lsp_prev_extract(const Word16* lsf, Word16* ele, int mode, const Wor
         Word32 t = L_deposit_h(lsf[j]);
         for (int k = 0; k < kMaOrder; ++k) t = L_msu(t, prev[k * kLpcOrder + j], fg[mode][k][j]);
         const Word16 tmp = extract_h(t);
-        ele[j] = extract_h(L_shl(L_mult(tmp, fg_sum_inv[mode][j]), 3));
+        ele[j] = extract_h(L_shl_fast(L_mult(tmp, fg_sum_inv[mode][j]), 3));
     }
 }
 

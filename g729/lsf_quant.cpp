@@ -1,10 +1,12 @@
 // G.729 LSF quantiser (3.2.4, Lsp_qua_cs: Get_wegt, Relspwed, Lsp_get_quant)
 // and the LSP quantiser around it (Qua_lsp). Two-stage split VQ with
 // fourth-order MA prediction in two modes; LSFs Q13, weights normalised Q11,
-// distortions Q26/Q27.
+// distortions Q26/Q27. Also the Annex E forward quantiser (E.3.2, Qua_lspe),
+// which leaves the MA memory to the caller.
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
+#include "g729/fast_ops.h"
 #include "g729/lsf_codebook.h"
 #include "g729/lsf_lsp.h"
 #include "g729/lsf_search.h"
@@ -27,17 +29,17 @@ void get_weights(const Word16* lsf, Word16* w) {
         if (buf[i] > 0) {
             w[i] = 2048;
         } else {
-            Word16 tmp = extract_h(L_shl(L_mult(buf[i], buf[i]), 2));
-            tmp = extract_h(L_shl(L_mult(tmp, kConst10), 2));
+            Word16 tmp = extract_h(L_shl_fast(L_mult(buf[i], buf[i]), 2));
+            tmp = extract_h(L_shl_fast(L_mult(tmp, kConst10), 2));
             w[i] = add(tmp, 2048);
         }
     }
-    w[4] = extract_h(L_shl(L_mult(w[4], kConst12), 1));
-    w[5] = extract_h(L_shl(L_mult(w[5], kConst12), 1));
+    w[4] = extract_h(L_shl_fast(L_mult(w[4], kConst12), 1));
+    w[5] = extract_h(L_shl_fast(L_mult(w[5], kConst12), 1));
     Word16 wmax = 0;
     for (int i = 0; i < kLpcOrder; ++i)
         if (w[i] > wmax) wmax = w[i];
-    const Word16 sft = norm_s(wmax);
+    const Word16 sft = norm_s_fast(wmax);
     for (int i = 0; i < kLpcOrder; ++i) w[i] = shl(w[i], sft);
 }
 
@@ -46,7 +48,7 @@ Word32 total_distortion(const Word16* w, const Word16* cand, const Word16* targe
     Word32 d = 0;
     for (int j = 0; j < kLpcOrder; ++j) {
         const Word16 tmp = mult(sub(cand[j], target[j]), fg_sum[mode][j]);
-        const Word16 tmp2 = extract_h(L_shl(L_mult(w[j], tmp), 4));
+        const Word16 tmp2 = extract_h(L_shl_fast(L_mult(w[j], tmp), 4));
         d = L_mac(d, tmp2, tmp);
     }
     return d;
@@ -75,7 +77,10 @@ ModeChoice search_mode(const Word16* lsf, const Word16* w, const Word16* prev, i
 }
 
 /// The quantiser proper: indices {mode, L1, L2, L3} and the decoded LSFs.
-void quantize_lsf(const Word16* lsf, Word16* prev, Word16* qlsf, Word16* idx) {
+/// With freq_cur null the MA memory is updated (Lsp_get_quant); otherwise
+/// it is only read and the new codebook vector goes to freq_cur
+/// (Annex E Lsp_get_quante).
+void quantize_lsf(const Word16* lsf, Word16* prev, Word16* qlsf, Word16* idx, Word16* freq_cur = nullptr) {
     Word16 w[kLpcOrder];
     get_weights(lsf, w);
     const ModeChoice m0 = search_mode(lsf, w, prev, 0);
@@ -86,7 +91,13 @@ void quantize_lsf(const Word16* lsf, Word16* prev, Word16* qlsf, Word16* idx) {
     idx[1] = static_cast<Word16>(c.l1);
     idx[2] = static_cast<Word16>(c.l2);
     idx[3] = static_cast<Word16>(c.l3);
-    lsp_get_quant(mode, c.l1, c.l2, c.l3, prev, qlsf);
+    if (freq_cur == nullptr) {
+        lsp_get_quant(mode, c.l1, c.l2, c.l3, prev, qlsf);
+        return;
+    }
+    lsp_codebook_vector(c.l1, c.l2, c.l3, freq_cur);
+    lsp_prev_compose(freq_cur, qlsf, mode, prev);
+    lsp_stability(qlsf);
 }
 
 }  // namespace
@@ -104,6 +115,19 @@ ZepStatus zepsLSPQuant_G729_16s(const Zep16s* pLSP, Zep16s* pPrevFreq, Zep16s* p
     quantize_lsf(lsf, pPrevFreq, qlsf, idx);
     pIdx[0] = static_cast<Word16>((idx[0] << 7) | idx[1]);
     pIdx[1] = static_cast<Word16>((idx[2] << 5) | idx[3]);
+    return lsf_to_lsp(qlsf, pQLSP, kLpcOrder) ? zepStsNoErr : zepStsNegativeLSFErr;
+}
+
+ZepStatus zepsLSPQuant_G729E_16s(const Zep16s* pLSP, const Zep16s* pPrevFreq, Zep16s* pQLSP, Zep16s* pIdx,
+                                 Zep16s* pFreqCur) {
+    if (any_null(pLSP, pPrevFreq, pQLSP, pIdx, pFreqCur)) return zepStsNullPtrErr;
+    Word16 lsf[kLpcOrder], qlsf[kLpcOrder], idx[4], prev[kMaOrder * kLpcOrder], cur[kLpcOrder];
+    for (int i = 0; i < kMaOrder * kLpcOrder; ++i) prev[i] = pPrevFreq[i];
+    lsp_to_lsf(pLSP, lsf, kLpcOrder);
+    quantize_lsf(lsf, prev, qlsf, idx, cur);
+    pIdx[0] = static_cast<Word16>((idx[0] << 7) | idx[1]);
+    pIdx[1] = static_cast<Word16>((idx[2] << 5) | idx[3]);
+    for (int i = 0; i < kLpcOrder; ++i) pFreqCur[i] = cur[i];
     return lsf_to_lsp(qlsf, pQLSP, kLpcOrder) ? zepStsNoErr : zepStsNegativeLSFErr;
 }
 

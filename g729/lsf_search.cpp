@@ -3,6 +3,11 @@
 // the reference's saturating accumulation; target and codebooks Q13.
 #include "g729/lsf_search.h"
 
+#include <tmmintrin.h>
+
+#include <cstdint>
+#include <cstring>
+
 #include "g729/g729_tables.h"
 
 ZEPS_BEGIN_VARIANT
@@ -24,9 +29,59 @@ int lsf_first_stage_search_scalar(const Word16* target) {
     return cand;
 }
 
-int lsf_first_stage_search(const Word16* target) { return lsf_first_stage_search_scalar(target); }
+namespace {
 
-int lsf_second_stage_search(const Word16* target, const Word16* cb1, const Word16* w, int first) {
+// Smallest and largest value of each lspcb1 column (Q13).
+constexpr Word16 kColMin[10] = {679, 1411, 2395, 3322, 5640, 7297, 10597, 12161, 16047, 17514};
+constexpr Word16 kColMax[10] = {4499, 6604, 9596, 11742, 14413, 16080, 18330, 19856, 21830, 23533};
+// Smallest and largest value of each lspcb2 column (Q13).
+constexpr Word16 kCol2Min[10] = {-1596, -1237, -1280, -1260, -1468, -1182, -1752, -1247, -1633, -1296};
+constexpr Word16 kCol2Max[10] = {2197, 2337, 1568, 1660, 1733, 1549, 1341, 1640, 1517, 2223};
+
+/// True when no distance of the search can reach 2^30 (sum of plain squares):
+/// then no sub() or L_mac() of the reference saturates and the distances are
+/// exact 32-bit sums.
+bool first_stage_fits(const Word16* target) {
+    std::int64_t bound = 0;
+    for (int j = 0; j < 10; ++j) {
+        const std::int64_t lo = std::int64_t{target[j]} - kColMax[j], hi = std::int64_t{target[j]} - kColMin[j];
+        if (lo < MIN_16 || hi > MAX_16) return false;  // sub() could saturate
+        bound += lo * lo > hi * hi ? lo * lo : hi * hi;
+    }
+    return bound < (std::int64_t{1} << 30);
+}
+
+inline __m128i load_pair(const Word16* p) {
+    std::int32_t v;
+    std::memcpy(&v, p, sizeof v);
+    return _mm_cvtsi32_si128(v);
+}
+
+}  // namespace
+
+int lsf_first_stage_search(const Word16* target) {
+    if (!first_stage_fits(target)) return lsf_first_stage_search_scalar(target);
+    // Four rows per vector: for each column pair, pmaddwd of the differences
+    // with themselves adds both squares of a row.
+    __m128i tp[5];
+    for (int p = 0; p < 5; ++p) tp[p] = _mm_shuffle_epi32(load_pair(target + 2 * p), 0);
+    alignas(16) std::int32_t dist[128];
+    for (int k = 0; k < 128; k += 4) {
+        __m128i s = _mm_setzero_si128();
+        for (int p = 0; p < 5; ++p) {
+            const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(lspcb1_pairs[p] + 2 * k));
+            const __m128i d = _mm_sub_epi16(tp[p], c);
+            s = _mm_add_epi32(s, _mm_madd_epi16(d, d));
+        }
+        _mm_store_si128(reinterpret_cast<__m128i*>(dist + k), s);
+    }
+    int cand = 0;
+    for (int i = 1; i < 128; ++i)
+        if (dist[i] < dist[cand]) cand = i;
+    return cand;
+}
+
+int lsf_second_stage_search_scalar(const Word16* target, const Word16* cb1, const Word16* w, int first) {
     Word16 buf[5];
     for (int j = 0; j < 5; ++j) buf[j] = sub(target[first + j], cb1[first + j]);
     int index = 0;
@@ -42,6 +97,53 @@ int lsf_second_stage_search(const Word16* target, const Word16* cb1, const Word1
             index = k;
         }
     }
+    return index;
+}
+
+ZEPS_END_VARIANT
+
+ZEPS_BEGIN_VARIANT
+namespace {
+
+/// As first_stage_fits, for the five residual values buf against lspcb2
+/// columns first..first+4: the weighted terms mult(w, t) * t are below t^2.
+bool second_stage_fits(const Word16* buf, int first) {
+    std::int64_t bound = 0;
+    for (int j = 0; j < 5; ++j) {
+        const std::int64_t lo = std::int64_t{buf[j]} - kCol2Max[first + j], hi = std::int64_t{buf[j]} - kCol2Min[first + j];
+        if (lo < MIN_16 || hi > MAX_16) return false;
+        bound += lo * lo > hi * hi ? lo * lo : hi * hi;
+    }
+    return bound < (std::int64_t{1} << 30);
+}
+
+}  // namespace
+
+int lsf_second_stage_search(const Word16* target, const Word16* cb1, const Word16* w, int first) {
+    Word16 buf[5];
+    for (int j = 0; j < 5; ++j) buf[j] = sub(target[first + j], cb1[first + j]);
+    if (!second_stage_fits(buf, first)) return lsf_second_stage_search_scalar(target, cb1, w, first);
+    // Eight rows per vector: t = buf - cb2, m = mult(w, t) (floor of the
+    // Q15 product from its high and low halves), distance += m * t.
+    __m128i acc[8];
+    const __m128i zero = _mm_setzero_si128();
+    for (auto& a : acc) a = zero;
+    for (int j = 0; j < 5; ++j) {
+        const __m128i b = _mm_set1_epi16(buf[j]);
+        const __m128i wj = _mm_set1_epi16(w[first + j]);
+        for (int blk = 0; blk < 4; ++blk) {
+            const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(lspcb2_cols[first + j] + 8 * blk));
+            const __m128i t = _mm_sub_epi16(b, c);
+            const __m128i m = _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(wj, t), 1), _mm_srli_epi16(_mm_mullo_epi16(wj, t), 15));
+            acc[2 * blk] = _mm_add_epi32(acc[2 * blk], _mm_madd_epi16(_mm_unpacklo_epi16(m, zero), _mm_unpacklo_epi16(t, zero)));
+            acc[2 * blk + 1] = _mm_add_epi32(acc[2 * blk + 1], _mm_madd_epi16(_mm_unpackhi_epi16(m, zero), _mm_unpackhi_epi16(t, zero)));
+        }
+    }
+    alignas(16) std::int32_t dist[32];
+    for (int i = 0; i < 8; ++i) _mm_store_si128(reinterpret_cast<__m128i*>(dist + 4 * i), acc[i]);
+    int index = 0;
+    for (int k = 1; k < 32; ++k)
+        if (dist[k] < dist[index]) index = k;
     return index;
 }
 

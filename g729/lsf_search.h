@@ -12,5 +12,6 @@ int lsf_first_stage_search_scalar(const Word16* target);
 /// Lsp_select_1 (first = 0) / Lsp_select_2 (first = 5): the lspcb2 row whose
 /// half [first, first+5) best matches target - cb1 under the weights w.
 int lsf_second_stage_search(const Word16* target, const Word16* cb1, const Word16* w, int first);
+int lsf_second_stage_search_scalar(const Word16* target, const Word16* cb1, const Word16* w, int first);
 
 ZEPS_END_VARIANT

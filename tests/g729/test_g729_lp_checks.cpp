@@ -59,6 +59,14 @@ const std::vector<ArgCase>& arg_cases() {
         {"LSPToLSF_Norm", 2, 0, {}, [](void* const* p, int) { return u8::zepsLSPToLSF_Norm_G729_16s(at<Zep16s>(p, 0), at<Zep16s>(p, 1)); }},
         {"LSFQuant", 4, 0, {}, [](void* const* p, int) { return u8::zepsLSFQuant_G729_16s(at<Zep16s>(p, 0), at<Zep16s>(p, 1), at<Zep16s>(p, 2), at<Zep16s>(p, 3)); }},
         {"LSPQuant", 4, 0, {}, [](void* const* p, int) { return u8::zepsLSPQuant_G729_16s(at<Zep16s>(p, 0), at<Zep16s>(p, 1), at<Zep16s>(p, 2), at<Zep16s>(p, 3)); }},
+        {"LSPQuant_G729E", 5, 0, {}, [](void* const* p, int) { return u8::zepsLSPQuant_G729E_16s(at<Zep16s>(p, 0), at<Zep16s>(p, 1), at<Zep16s>(p, 2), at<Zep16s>(p, 3), at<Zep16s>(p, 4)); }},
+        {"WinHybridGetStateSize", 1, 0, {}, [](void* const* p, int) { return u8::zepsWinHybridGetStateSize_G729E_16s(at<Zep32s>(p, 0)); }},
+        {"WinHybridInit", 1, 0, {}, [](void* const* p, int) { return u8::zepsWinHybridInit_G729E_16s(at<Zep8u>(p, 0)); }},
+        {"WinHybrid", 3, 0, {}, [](void* const* p, int) { return u8::zepsWinHybrid_G729E_16s32s(at<Zep16s>(p, 0), at<Zep32s>(p, 1), at<Zep8u>(p, 2)); }},
+        {"LSPQuant_G729E_32f", 5, 0, {}, [](void* const* p, int) { return u8::zepsLSPQuant_G729E_32f(at<Zep32f>(p, 0), at<Zep32f>(p, 1), at<Zep32f>(p, 2), at<Zep16s>(p, 3), at<Zep32f>(p, 4)); }},
+        {"WinHybridGetStateSize_32f", 1, 0, {}, [](void* const* p, int) { return u8::zepsWinHybridGetStateSize_G729E_32f(at<Zep32s>(p, 0)); }},
+        {"WinHybridInit_32f", 1, 0, {}, [](void* const* p, int) { return u8::zepsWinHybridInit_G729E_32f(at<Zep8u>(p, 0)); }},
+        {"WinHybrid_32f", 3, 0, {}, [](void* const* p, int) { return u8::zepsWinHybrid_G729E_32f(at<Zep32f>(p, 0), at<Zep32f>(p, 1), at<Zep8u>(p, 2)); }},
         {"LSFDecode", 3, 0, {}, [](void* const* p, int) { return u8::zepsLSFDecode_G729_16s(at<Zep16s>(p, 0), at<Zep16s>(p, 1), at<Zep16s>(p, 2)); }},
         {"LSFDecodeErased", 2, 1, {{2, -11}, {-1, -11}}, [](void* const* p, int a) { return u8::zepsLSFDecodeErased_G729_16s(static_cast<Zep16s>(a), at<Zep16s>(p, 0), at<Zep16s>(p, 1)); }},
         {"LevinsonDurbin_32f", 4, 10, {{0, -7}, {31, -7}}, [](void* const* p, int a) { return u8::zepsLevinsonDurbin_G729_32f(at<Zep32f>(p, 0), a, at<Zep32f>(p, 1), at<Zep32f>(p, 2), at<Zep32f>(p, 3)); }},
@@ -169,6 +177,43 @@ TEST(G729LpEdges, HighPassSaturatesAndKeepsStateOnError) {
     EXPECT_EQ(u8::zepsHighPassFilter_G729_16s_ISfs(y.data(), 80, 11, st.data()), zepStsScaleRangeErr);
     EXPECT_EQ(st, keep);
     EXPECT_EQ(y, V16(80, 1));
+}
+
+TEST(G729LpEdges, AnnexEQuantiserLeavesTheMemoryToTheCaller) {
+    // Same indices and LSPs as the base quantiser; the memory is untouched and
+    // the vector the base quantiser pushes comes back in pFreqCur.
+    const V16 lsp = {31441, 27567, 21458, 13612, 4664, -4662, -13612, -21458, -27566, -31440};
+    V16 mem(40);
+    for (int k = 0; k < 40; ++k) mem[k] = static_cast<std::int16_t>(2339 * (k % 10 + 1) + 37 * (k / 10));
+    V16 base_mem = mem, q1(10), i1(2), q2(10), i2(2), cur(10);
+    const V16 keep = mem;
+    ASSERT_EQ(u8::zepsLSPQuant_G729_16s(lsp.data(), base_mem.data(), q1.data(), i1.data()), 0);
+    ASSERT_EQ(u8::zepsLSPQuant_G729E_16s(lsp.data(), mem.data(), q2.data(), i2.data(), cur.data()), 0);
+    EXPECT_EQ(q1, q2);
+    EXPECT_EQ(i1, i2);
+    EXPECT_EQ(mem, keep);
+    EXPECT_EQ(cur, V16(base_mem.begin(), base_mem.begin() + 10));
+}
+
+TEST(G729LpEdges, HybridWindowMatchesAnnexE) {
+    // autocorr_hyb_window of the Annex E reference on male.s16 from sample
+    // 8000, three consecutive frames from a reset state.
+    const std::int32_t expected[3][31] = {
+        {575388536, 490714620, 389799096, 303868851, 227514146, 160573207, 102630717, 36956529, -115394687, -285047741, -359685946, -377849088, -383897515, -339306584, -313224025, -302019820, -309446742, -236971142, -110519410, -8055076, 92250684, 163085992, 188979128, 193021600, 219898955, 262491659, 277582085, 245748361, 199535728, 116827269, 34207237},
+        {579493206, 500512853, 401422237, 310852567, 228286684, 158934998, 101339259, 36208365, -107180306, -271349459, -354579897, -384989847, -394922738, -346261813, -311044492, -292226425, -295968217, -236754797, -130371751, -36148822, 65792157, 146260266, 178609534, 183113733, 201168136, 230117366, 242107389, 222516727, 194307890, 129433621, 54537698},
+        {463851407, 406626440, 329747994, 253781727, 183176920, 126220722, 79089854, 26702319, -78884446, -204103628, -276951291, -310923267, -322372380, -283117443, -248696399, -224695398, -221051105, -182183356, -112012484, -43791501, 36264111, 106543274, 140371989, 148313315, 157005857, 168687305, 173448157, 161907308, 148474543, 108755448, 56509390},
+    };
+    const V16 s = zeps::test::load_speech("male.s16");
+    Zep32s size = 0;
+    ASSERT_EQ(u8::zepsWinHybridGetStateSize_G729E_16s(&size), 0);
+    ASSERT_EQ(size, 124);
+    std::vector<Zep8u> st(124, 0xa5);
+    ASSERT_EQ(u8::zepsWinHybridInit_G729E_16s(st.data()), 0);
+    for (int c = 0; c < 3; ++c) {
+        V32 r(31, -1);
+        ASSERT_EQ(u8::zepsWinHybrid_G729E_16s32s(s.data() + 8000 + 80 * c, r.data(), st.data()), 0);
+        EXPECT_EQ(r, V32(expected[c], expected[c] + 31)) << "frame " << c;
+    }
 }
 
 // ---- both builds --------------------------------------------------------------
@@ -370,5 +415,48 @@ ZEPS_VARIANT_CHECK(zepsInterpolate_G729_16s) {
         BOTH(u8::zepsInterpolate_G729_16s(p.data(), q.data(), a.data(), len),
              n8::zepsInterpolate_G729_16s(p.data(), q.data(), b.data(), len));
         EXPECT_EQ(a, b);
+    }
+}
+
+ZEPS_VARIANT_CHECK(zepsLSPQuant_G729E_16s) {
+    const V16 mem = reset_memory();
+    for (int rep = 0; rep < 40; ++rep) {
+        const V16 x = rep % 4 ? speech_frame(rng).lsp : rand16(rng, 10);
+        V16 qa(10, -1), qb(10, -1), ia(2, -1), ib(2, -1), ca(10, -1), cb(10, -1);
+        BOTH(u8::zepsLSPQuant_G729E_16s(x.data(), mem.data(), qa.data(), ia.data(), ca.data()),
+             n8::zepsLSPQuant_G729E_16s(x.data(), mem.data(), qb.data(), ib.data(), cb.data()));
+        EXPECT_EQ(qa, qb);
+        EXPECT_EQ(ia, ib);
+        EXPECT_EQ(ca, cb);
+    }
+}
+
+ZEPS_VARIANT_CHECK(zepsWinHybridGetStateSize_G729E_16s) {
+    Zep32s a = 0, b = 1;
+    BOTH(u8::zepsWinHybridGetStateSize_G729E_16s(&a), n8::zepsWinHybridGetStateSize_G729E_16s(&b));
+    EXPECT_EQ(a, b);
+}
+
+ZEPS_VARIANT_CHECK(zepsWinHybridInit_G729E_16s) {
+    std::vector<Zep8u> a(124, 1), b(124, 2);
+    BOTH(u8::zepsWinHybridInit_G729E_16s(a.data()), n8::zepsWinHybridInit_G729E_16s(b.data()));
+    EXPECT_EQ(a, b);
+}
+
+ZEPS_VARIANT_CHECK(zepsWinHybrid_G729E_16s32s) {
+    std::vector<Zep8u> sa(124), sb(124);
+    u8::zepsWinHybridInit_G729E_16s(sa.data());
+    n8::zepsWinHybridInit_G729E_16s(sb.data());
+    for (int rep = 0; rep < 20; ++rep) {
+        V16 x = rep % 3 ? V16(145) : rand16(rng, 145);
+        if (rep % 3) {
+            const Frame f = speech_frame(rng);
+            std::copy(f.speech.begin(), f.speech.begin() + 145, x.begin());
+        }
+        V32 ra(31, -1), rb(31, -1);
+        BOTH(u8::zepsWinHybrid_G729E_16s32s(x.data(), ra.data(), sa.data()),
+             n8::zepsWinHybrid_G729E_16s32s(x.data(), rb.data(), sb.data()));
+        EXPECT_EQ(ra, rb);
+        EXPECT_EQ(sa, sb);
     }
 }

@@ -6,12 +6,14 @@
 // but equally valid instruction order; both builds must agree bit for bit.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <vector>
 
 #include "frame/variants.h"
 #include "tests/variant_check.h"
+#include "tests/vec_reader.h"
 
 namespace {
 namespace u8 = zeps::u8;
@@ -60,6 +62,28 @@ const std::vector<std::vector<float>> k_dec = {
 };
 const std::vector<std::vector<float>> k_mem = {
     {0.13217622f, 0.246933237f, 0.726468861f, 1.00524592f, 1.25150323f, 1.58090973f, 2.00373363f, 2.19657826f, 2.40469933f, 2.60483694f, 0.0318999887f, 0.163499996f, 0.728799999f, 0.852200031f, 1.11310005f, 1.49370003f, 1.92689991f, 2.13389993f, 2.19589996f, 2.40919995f, 0.169699997f, 0.288100004f, 0.771499991f, 1.32470012f, 1.50220001f, 1.74870002f, 2.2052002f, 2.39429998f, 2.75329995f, 2.8499999f, 0.188799992f, 0.264400005f, 0.360300004f, 0.758899987f, 0.947099984f, 1.29530001f, 1.72670007f, 1.75730002f, 2.17760015f, 2.5691998f},
+};
+
+// Annex C+ (single precision) outputs of qua_lspe and autocorr_hyb_window.
+const std::vector<std::vector<float>> k_eq = {
+    {0.960866809f, 0.853100538f, 0.676461756f, 0.42080915f, 0.138400197f, -0.132280409f, -0.422207743f, -0.666398823f, -0.856227994f, -0.950838804f},
+    {0.974428952f, 0.933079839f, 0.860466361f, 0.436247498f, 0.0289267041f, -0.118671522f, -0.37571615f, -0.60332793f, -0.758837402f, -0.870702028f},
+    {0.961863577f, 0.900426209f, 0.713571489f, 0.495749861f, 0.0892685056f, -0.144264907f, -0.367859036f, -0.620811999f, -0.853315175f, -0.93359977f},
+};
+const std::vector<std::vector<float>> k_ecur = {
+    {0.226300001f, 0.453600019f, 0.709800005f, 1.08670008f, 1.41110003f, 1.64400005f, 1.9957999f, 2.3118f, 2.64520001f, 2.7125001f},
+    {0.139600009f, 0.201499999f, 0.318799973f, 1.09160006f, 1.64660001f, 1.65799999f, 1.89529991f, 2.13160014f, 2.27919984f, 2.36800003f},
+    {0.252900004f, 0.34829998f, 0.719200015f, 0.96450001f, 1.52600002f, 1.70940006f, 1.87699997f, 2.17919993f, 2.60760021f, 2.67610002f},
+};
+const std::int16_t k_eidx[3][2] = {
+    {120, 312},
+    {152, 316},
+    {176, 472},
+};
+const std::vector<std::vector<float>> k_hyb = {
+    {575369280.0f, 490704384.0f, 389795744.0f, 303866944.0f, 227508272.0f, 160559680.0f, 102608760.0f, 36927424.0f, -115414296.0f, -285057664.0f, -359695840.0f, -377861344.0f, -383911968.0f, -339323968.0f, -313235616.0f, -302025248.0f, -309441120.0f, -236969632.0f, -110525264.0f, -8061393.5f, 92237936.0f, 163078800.0f, 188972736.0f, 193017712.0f, 219891040.0f, 262475024.0f, 277566656.0f, 245737216.0f, 199528400.0f, 116825296.0f, 34208728.0f},
+    {579502400.0f, 500522400.0f, 401432576.0f, 310858528.0f, 228288720.0f, 158934624.0f, 101332888.0f, 36201276.0f, -107191288.0f, -271358176.0f, -354593440.0f, -385005696.0f, -394936416.0f, -346276896.0f, -311053920.0f, -292233600.0f, -295969632.0f, -236758256.0f, -130374832.0f, -36153128.0f, 65792364.0f, 146256816.0f, 178611984.0f, 183115280.0f, 201165920.0f, 230112432.0f, 242098912.0f, 222507856.0f, 194296000.0f, 129423256.0f, 54528960.0f},
+    {463871392.0f, 406644544.0f, 329766112.0f, 253796448.0f, 183189328.0f, 126227528.0f, 79094584.0f, 26703832.0f, -78888368.0f, -204108000.0f, -276960224.0f, -310930688.0f, -322384480.0f, -283127872.0f, -248703792.0f, -224704976.0f, -221059392.0f, -182189760.0f, -112016408.0f, -43794784.0f, 36262736.0f, 106543776.0f, 140374128.0f, 148310192.0f, 157005216.0f, 168688368.0f, 173450720.0f, 161910720.0f, 148476976.0f, 108757192.0f, 56508052.0f},
 };
 
 // Inputs: lag-windowed autocorrelations (Q31 integers scaled to float), Q12
@@ -155,6 +179,39 @@ TEST(G729LpFloat, DecoderSequenceMatchesAnnexC) {
     EXPECT_EQ(u8::zepsLSFDecode_G729_32f(idx0, both.data(), q.data()), zepStsLSFLowHighClamped);
 }
 
+TEST(G729LpFloat, AnnexEMatchesAnnexCPlus) {
+    // qua_lspe with a memory of reset rows plus 0.01 per row.
+    VF mem = reset_memory();
+    for (int k = 0; k < 4; ++k)
+        for (int j = 0; j < 10; ++j) mem[k * 10 + j] += static_cast<float>(0.01 * k);
+    const VF keep = mem;
+    for (int c = 0; c < 3; ++c) {
+        const VF l = scaled(kL[c], 10, 32768.0);
+        VF q(10), cur(10);
+        std::int16_t idx[2];
+        ASSERT_EQ(u8::zepsLSPQuant_G729E_32f(l.data(), mem.data(), q.data(), idx, cur.data()), 0);
+        expect_near(q, k_eq[c]);
+        expect_near(cur, k_ecur[c]);
+        EXPECT_EQ(idx[0], k_eidx[c][0]);
+        EXPECT_EQ(idx[1], k_eidx[c][1]);
+    }
+    EXPECT_EQ(mem, keep);
+    // Hybrid window on male.s16 from sample 8000, three frames from reset;
+    // relative tolerance 2e-6 of r[0] (sums of 115 products of size ~1e6).
+    const std::vector<std::int16_t> s = zeps::test::load_speech("male.s16");
+    Zep32s size = 0;
+    ASSERT_EQ(u8::zepsWinHybridGetStateSize_G729E_32f(&size), 0);
+    ASSERT_EQ(size, 124);
+    std::vector<Zep8u> st(124, 0xa5);
+    ASSERT_EQ(u8::zepsWinHybridInit_G729E_32f(st.data()), 0);
+    for (int c = 0; c < 3; ++c) {
+        VF x(145), r(31);
+        for (int i = 0; i < 145; ++i) x[i] = s[8000 + 80 * c + i];
+        ASSERT_EQ(u8::zepsWinHybrid_G729E_32f(x.data(), r.data(), st.data()), 0);
+        for (int i = 0; i < 31; ++i) EXPECT_NEAR(r[i], k_hyb[c][i], 2e-6f * k_hyb[c][0]) << "frame " << c << " lag " << i;
+    }
+}
+
 template <class T>
 bool same(const std::vector<T>& a, const std::vector<T>& b) {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(T)) == 0;
@@ -220,5 +277,44 @@ ZEPS_VARIANT_CHECK(zepsLSFDecodeErased_G729_32f) {
         EXPECT_EQ(u8::zepsLSFDecodeErased_G729_32f(mode, m1.data(), lsf.data()),
                   n8::zepsLSFDecodeErased_G729_32f(mode, m2.data(), lsf.data()));
         EXPECT_TRUE(same(m1, m2));
+    }
+}
+
+ZEPS_VARIANT_CHECK(zepsLSPQuant_G729E_32f) {
+    const VF mem = reset_memory();
+    for (int rep = 0; rep < 30; ++rep) {
+        VF l = scaled(kL[rep % 3], 10, 32768.0);
+        for (auto& v : l) v = std::max(-0.999f, std::min(0.999f, v + rng.f32(0.02f)));
+        VF q1(10, -1), q2(10, -1), c1(10, -1), c2(10, -1);
+        std::int16_t i1[2] = {-1, -1}, i2[2] = {-1, -1};
+        EXPECT_EQ(u8::zepsLSPQuant_G729E_32f(l.data(), mem.data(), q1.data(), i1, c1.data()),
+                  n8::zepsLSPQuant_G729E_32f(l.data(), mem.data(), q2.data(), i2, c2.data()));
+        EXPECT_TRUE(same(q1, q2) && same(c1, c2) && i1[0] == i2[0] && i1[1] == i2[1]);
+    }
+}
+
+ZEPS_VARIANT_CHECK(zepsWinHybridGetStateSize_G729E_32f) {
+    Zep32s a = 0, b = 1;
+    EXPECT_EQ(u8::zepsWinHybridGetStateSize_G729E_32f(&a), n8::zepsWinHybridGetStateSize_G729E_32f(&b));
+    EXPECT_EQ(a, b);
+}
+
+ZEPS_VARIANT_CHECK(zepsWinHybridInit_G729E_32f) {
+    std::vector<Zep8u> a(124, 1), b(124, 2);
+    EXPECT_EQ(u8::zepsWinHybridInit_G729E_32f(a.data()), n8::zepsWinHybridInit_G729E_32f(b.data()));
+    EXPECT_EQ(a, b);
+}
+
+ZEPS_VARIANT_CHECK(zepsWinHybrid_G729E_32f) {
+    std::vector<Zep8u> sa(124), sb(124);
+    u8::zepsWinHybridInit_G729E_32f(sa.data());
+    n8::zepsWinHybridInit_G729E_32f(sb.data());
+    for (int rep = 0; rep < 20; ++rep) {
+        VF x(145);
+        for (auto& v : x) v = rng.f32(20000.0f);
+        VF ra(31, -1), rb(31, -1);
+        EXPECT_EQ(u8::zepsWinHybrid_G729E_32f(x.data(), ra.data(), sa.data()),
+                  n8::zepsWinHybrid_G729E_32f(x.data(), rb.data(), sb.data()));
+        EXPECT_TRUE(same(ra, rb) && same(sa, sb));
     }
 }

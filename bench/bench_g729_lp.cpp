@@ -1,0 +1,420 @@
+// G.729 LP analysis and LSP quantisation: ns per call of every export on
+// real speech frames, and ns per 10 ms frame of the encoder's front-end
+// chain (high-pass, windowed autocorrelation, lag window, Levinson-Durbin,
+// LP to LSP, LSP quantiser, LSP to LP). Kernels with an SSSE3 form are also
+// timed in their plain scalar form.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "frame/variants.h"
+
+namespace zeps::u8 {
+void g729_corr240_scalar(const std::int16_t* y, std::int64_t& energy, std::int32_t* r);
+void g729_corr240_ssse3(const std::int16_t* y, std::int64_t& energy, std::int32_t* r);
+int lsf_first_stage_search(const std::int16_t* target);
+int lsf_first_stage_search_scalar(const std::int16_t* target);
+}  // namespace zeps::u8
+
+namespace {
+namespace z = zeps::u8;
+using V16 = std::vector<std::int16_t>;
+using V32 = std::vector<std::int32_t>;
+
+/// Raw s16le speech from the shared folder.
+V16 load_speech(const std::string& name) {
+    std::ifstream in(std::string(ZEPS_SHARED_DIR) + "/speech/" + name, std::ios::binary);
+    V16 s;
+    char b[2];
+    while (in.read(b, 2)) s.push_back(static_cast<std::int16_t>((static_cast<unsigned char>(b[1]) << 8) | static_cast<unsigned char>(b[0])));
+    return s;
+}
+
+constexpr std::int16_t kPreFilter[6] = {1899, -3798, 1899, 4096, 7807, -3733};
+constexpr std::int16_t kResetRow[10] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
+
+/// Per-frame data of a pass of the front end over speech, computed once.
+struct Frames {
+    int count = 0;
+    std::vector<V16> window, lpc, lsp, lsf;
+    std::vector<V32> r;
+    V16 speech;
+};
+
+const Frames& frames() {
+    static const Frames f = [] {
+        Frames d;
+        d.speech = load_speech("male.s16");
+        d.speech.resize(std::min<std::size_t>(d.speech.size(), 8000 * 20));
+        V16 hp = d.speech;
+        std::vector<Zep8u> st(24);
+        z::zepsHighPassFilterInit_G729(kPreFilter, st.data());
+        z::zepsHighPassFilter_G729_16s_ISfs(hp.data(), static_cast<int>(hp.size()), 12, st.data());
+        V16 prev(kResetRow, kResetRow + 10);
+        for (auto& v : prev) v = 0;
+        V16 old = {30000, 26000, 21000, 13000, 4000, -4000, -13000, -21000, -26000, -30000};
+        for (std::size_t off = 0; off + 240 <= hp.size(); off += 80) {
+            V16 w(hp.begin() + off, hp.begin() + off + 240);
+            V32 r(13);
+            Zep16s norm, rc[10], err;
+            z::zepsAutoCorr_G729B(w.data(), &norm, r.data());
+            z::zepsLagWindow_G729_32s_I(r.data() + 1, 10);
+            V16 a(11);
+            if (z::zepsLevinsonDurbin_G729_32s16s(r.data(), 10, a.data(), rc, &err) != 0) continue;
+            V16 lsp(10), lsf(10);
+            z::zepsLPCToLSP_G729_16s(a.data(), old.data(), lsp.data());
+            old = lsp;
+            z::zepsLSPToLSF_G729_16s(lsp.data(), lsf.data());
+            d.window.push_back(w);
+            d.r.push_back(r);
+            d.lpc.push_back(a);
+            d.lsp.push_back(lsp);
+            d.lsf.push_back(lsf);
+        }
+        d.count = static_cast<int>(d.window.size());
+        return d;
+    }();
+    return f;
+}
+
+V16 reset_memory() {
+    V16 m;
+    for (int k = 0; k < 4; ++k) m.insert(m.end(), kResetRow, kResetRow + 10);
+    return m;
+}
+
+/// Runs body(frame index) once per iteration over the speech frames.
+template <class Body>
+void over_frames(benchmark::State& state, Body body) {
+    const Frames& f = frames();
+    int i = 0;
+    for (auto _ : state) {
+        body(f, i);
+        if (++i == f.count) i = 0;
+    }
+}
+
+void BM_G729_HighPassFilter(benchmark::State& state) {
+    std::vector<Zep8u> st(24);
+    z::zepsHighPassFilterInit_G729(kPreFilter, st.data());
+    V16 buf(80);
+    over_frames(state, [&](const Frames& f, int i) {
+        std::copy(f.speech.begin() + 80 * i, f.speech.begin() + 80 * i + 80, buf.begin());
+        benchmark::DoNotOptimize(z::zepsHighPassFilter_G729_16s_ISfs(buf.data(), 80, 12, st.data()));
+    });
+}
+BENCHMARK(BM_G729_HighPassFilter);
+
+void BM_G729_AutoCorr_G729B(benchmark::State& state) {
+    Zep16s norm;
+    V32 r(13);
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsAutoCorr_G729B(f.window[i].data(), &norm, r.data()));
+    });
+}
+BENCHMARK(BM_G729_AutoCorr_G729B);
+
+template <bool Simd>
+void BM_G729_Corr240Kernel(benchmark::State& state) {
+    alignas(16) std::int16_t y[256] = {};
+    V32 r(13);
+    std::int64_t e;
+    over_frames(state, [&](const Frames& f, int i) {
+        for (int j = 0; j < 240; ++j) y[j] = static_cast<std::int16_t>(f.window[i][j] >> 1);
+        if (Simd)
+            z::g729_corr240_ssse3(y, e, r.data());
+        else
+            z::g729_corr240_scalar(y, e, r.data());
+        benchmark::DoNotOptimize(r.data());
+    });
+}
+BENCHMARK(BM_G729_Corr240Kernel<false>)->Name("BM_G729_Corr240Kernel_Scalar");
+BENCHMARK(BM_G729_Corr240Kernel<true>)->Name("BM_G729_Corr240Kernel_SSSE3");
+
+template <bool Simd>
+void BM_G729_FirstStageSearch(benchmark::State& state) {
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(Simd ? z::lsf_first_stage_search(f.lsf[i].data())
+                                      : z::lsf_first_stage_search_scalar(f.lsf[i].data()));
+    });
+}
+BENCHMARK(BM_G729_FirstStageSearch<false>)->Name("BM_G729_FirstStageSearch_Scalar");
+BENCHMARK(BM_G729_FirstStageSearch<true>)->Name("BM_G729_FirstStageSearch_SSSE3");
+
+void BM_G729_LagWindow(benchmark::State& state) {
+    V32 r(12);
+    over_frames(state, [&](const Frames& f, int i) {
+        std::copy(f.r[i].begin() + 1, f.r[i].end(), r.begin());
+        benchmark::DoNotOptimize(z::zepsLagWindow_G729_32s_I(r.data(), 10));
+    });
+}
+BENCHMARK(BM_G729_LagWindow);
+
+void BM_G729_LevinsonDurbin(benchmark::State& state) {
+    V16 a(11), k(10);
+    Zep16s e;
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsLevinsonDurbin_G729_32s16s(f.r[i].data(), 10, a.data(), k.data(), &e));
+    });
+}
+BENCHMARK(BM_G729_LevinsonDurbin);
+
+void BM_G729_LevinsonDurbin_G729B(benchmark::State& state) {
+    V16 a(11), k(2);
+    Zep16s e;
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsLevinsonDurbin_G729B(f.r[i].data(), a.data(), k.data(), &e));
+    });
+}
+BENCHMARK(BM_G729_LevinsonDurbin_G729B);
+
+void BM_G729_LPCToLSP(benchmark::State& state) {
+    V16 l(10);
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsLPCToLSP_G729_16s(f.lpc[i].data(), f.lsp[i].data(), l.data()));
+    });
+}
+BENCHMARK(BM_G729_LPCToLSP);
+
+void BM_G729A_LPCToLSP(benchmark::State& state) {
+    V16 l(10);
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsLPCToLSP_G729A_16s(f.lpc[i].data(), f.lsp[i].data(), l.data()));
+    });
+}
+BENCHMARK(BM_G729A_LPCToLSP);
+
+void BM_G729_LSPToLPC(benchmark::State& state) {
+    V16 a(11);
+    over_frames(state, [&](const Frames& f, int i) { benchmark::DoNotOptimize(z::zepsLSPToLPC_G729_16s(f.lsp[i].data(), a.data())); });
+}
+BENCHMARK(BM_G729_LSPToLPC);
+
+void BM_G729_LSFToLSP(benchmark::State& state) {
+    V16 l(10);
+    over_frames(state, [&](const Frames& f, int i) { benchmark::DoNotOptimize(z::zepsLSFToLSP_G729_16s(f.lsf[i].data(), l.data())); });
+}
+BENCHMARK(BM_G729_LSFToLSP);
+
+void BM_G729_LSPToLSF(benchmark::State& state) {
+    V16 l(10);
+    over_frames(state, [&](const Frames& f, int i) { benchmark::DoNotOptimize(z::zepsLSPToLSF_G729_16s(f.lsp[i].data(), l.data())); });
+}
+BENCHMARK(BM_G729_LSPToLSF);
+
+void BM_G729_LSPToLSF_Norm(benchmark::State& state) {
+    V16 l(10);
+    over_frames(state, [&](const Frames& f, int i) { benchmark::DoNotOptimize(z::zepsLSPToLSF_Norm_G729_16s(f.lsp[i].data(), l.data())); });
+}
+BENCHMARK(BM_G729_LSPToLSF_Norm);
+
+void BM_G729_LSFQuant(benchmark::State& state) {
+    V16 mem = reset_memory(), q(10), idx(4);
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsLSFQuant_G729_16s(f.lsf[i].data(), mem.data(), q.data(), idx.data()));
+    });
+}
+BENCHMARK(BM_G729_LSFQuant);
+
+void BM_G729_LSPQuant(benchmark::State& state) {
+    V16 mem = reset_memory(), q(10), idx(2);
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsLSPQuant_G729_16s(f.lsp[i].data(), mem.data(), q.data(), idx.data()));
+    });
+}
+BENCHMARK(BM_G729_LSPQuant);
+
+void BM_G729_LSFDecode(benchmark::State& state) {
+    V16 mem = reset_memory(), q(10);
+    std::int16_t idx[4] = {0, 0, 0, 0};
+    over_frames(state, [&](const Frames&, int i) {
+        idx[0] = static_cast<std::int16_t>(i & 1);
+        idx[1] = static_cast<std::int16_t>((i * 37) & 127);
+        idx[2] = static_cast<std::int16_t>((i * 11) & 31);
+        idx[3] = static_cast<std::int16_t>((i * 7) & 31);
+        benchmark::DoNotOptimize(z::zepsLSFDecode_G729_16s(idx, mem.data(), q.data()));
+    });
+}
+BENCHMARK(BM_G729_LSFDecode);
+
+void BM_G729_LSFDecodeErased(benchmark::State& state) {
+    V16 mem = reset_memory();
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsLSFDecodeErased_G729_16s(static_cast<Zep16s>(i & 1), mem.data(), f.lsf[i].data()));
+    });
+}
+BENCHMARK(BM_G729_LSFDecodeErased);
+
+void BM_G729_Interpolate(benchmark::State& state) {
+    V16 out(10);
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsInterpolate_G729_16s(f.lsp[i].data(), f.lsp[(i + 1) % f.count].data(), out.data(), 10));
+    });
+}
+BENCHMARK(BM_G729_Interpolate);
+
+void BM_Common_DotProd_G729A(benchmark::State& state) {
+    Zep32s d;
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsDotProd_G729A_16s32s(f.window[i].data(), f.window[i].data() + 40, 40, &d));
+    });
+}
+BENCHMARK(BM_Common_DotProd_G729A);
+
+void BM_Common_AutoCorr_NormE(benchmark::State& state) {
+    V32 r(11);
+    V16 x(240);
+    int norm;
+    over_frames(state, [&](const Frames& f, int i) {
+        for (int j = 0; j < 240; ++j) x[j] = static_cast<std::int16_t>(f.window[i][j] >> 3);
+        benchmark::DoNotOptimize(z::zepsAutoCorr_NormE_16s32s(x.data(), 240, r.data(), 11, &norm));
+    });
+}
+BENCHMARK(BM_Common_AutoCorr_NormE);
+
+void BM_Common_InterpolateC_NR(benchmark::State& state) {
+    V16 out(40);
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(
+            z::zepsInterpolateC_NR_16s(f.window[i].data(), 19661, 15, f.window[i].data() + 40, 13107, 15, out.data(), 40));
+    });
+}
+BENCHMARK(BM_Common_InterpolateC_NR);
+
+void BM_G729_LevinsonDurbin_32f(benchmark::State& state) {
+    std::vector<float> a(11), k(10), e(1);
+    std::vector<std::vector<float>> rf;
+    for (const V32& r : frames().r) {
+        std::vector<float> v(11);
+        for (int j = 0; j < 11; ++j) v[j] = static_cast<float>(r[j] / 2147483648.0);
+        rf.push_back(v);
+    }
+    over_frames(state, [&](const Frames&, int i) {
+        benchmark::DoNotOptimize(z::zepsLevinsonDurbin_G729_32f(rf[i].data(), 10, a.data(), k.data(), e.data()));
+    });
+}
+BENCHMARK(BM_G729_LevinsonDurbin_32f);
+
+template <bool AnnexA>
+void BM_G729_LPCToLSP_32f(benchmark::State& state) {
+    std::vector<std::vector<float>> af;
+    for (const V16& a : frames().lpc) {
+        std::vector<float> v(11);
+        for (int j = 0; j < 11; ++j) v[j] = a[j] / 4096.0f;
+        af.push_back(v);
+    }
+    std::vector<float> old(10, 0.0f), l(10);
+    over_frames(state, [&](const Frames&, int i) {
+        benchmark::DoNotOptimize(AnnexA ? z::zepsLPCToLSP_G729A_32f(af[i].data(), old.data(), l.data())
+                                        : z::zepsLPCToLSP_G729_32f(af[i].data(), old.data(), l.data()));
+    });
+}
+BENCHMARK(BM_G729_LPCToLSP_32f<false>)->Name("BM_G729_LPCToLSP_32f");
+BENCHMARK(BM_G729_LPCToLSP_32f<true>)->Name("BM_G729A_LPCToLSP_32f");
+
+void BM_G729_LSPToLPC_32f(benchmark::State& state) {
+    std::vector<std::vector<float>> lf;
+    for (const V16& l : frames().lsp) {
+        std::vector<float> v(10);
+        for (int j = 0; j < 10; ++j) v[j] = l[j] / 32768.0f;
+        lf.push_back(v);
+    }
+    std::vector<float> a(11);
+    over_frames(state, [&](const Frames&, int i) { benchmark::DoNotOptimize(z::zepsLSPToLPC_G729_32f(lf[i].data(), a.data())); });
+}
+BENCHMARK(BM_G729_LSPToLPC_32f);
+
+void BM_G729_LSFDecode_32f(benchmark::State& state) {
+    std::vector<float> mem(40, 1.0f), q(10);
+    for (int k = 0; k < 4; ++k)
+        for (int j = 0; j < 10; ++j) mem[k * 10 + j] = 0.285599f * (j + 1);
+    std::int16_t idx[4] = {0, 0, 0, 0};
+    std::vector<float> keep = mem;
+    over_frames(state, [&](const Frames&, int i) {
+        idx[0] = static_cast<std::int16_t>(i & 1);
+        idx[1] = static_cast<std::int16_t>((i * 37) & 127);
+        benchmark::DoNotOptimize(z::zepsLSFDecode_G729_32f(idx, mem.data(), q.data()));
+        benchmark::DoNotOptimize(z::zepsLSFDecodeErased_G729_32f(i & 1, mem.data(), q.data()));
+    });
+}
+BENCHMARK(BM_G729_LSFDecode_32f)->Name("BM_G729_LSFDecode_plus_Erased_32f");
+
+void BM_G729E_LSPQuant(benchmark::State& state) {
+    const V16 mem = reset_memory();
+    V16 q(10), idx(2), cur(10);
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsLSPQuant_G729E_16s(f.lsp[i].data(), mem.data(), q.data(), idx.data(), cur.data()));
+    });
+}
+BENCHMARK(BM_G729E_LSPQuant);
+
+void BM_G729E_LSPQuant_32f(benchmark::State& state) {
+    std::vector<float> mem(40), q(10), cur(10);
+    for (int k = 0; k < 40; ++k) mem[k] = 0.285599f * (k % 10 + 1);
+    std::vector<std::vector<float>> lf;
+    for (const V16& l : frames().lsp) {
+        std::vector<float> v(10);
+        for (int j = 0; j < 10; ++j) v[j] = l[j] / 32768.0f;
+        lf.push_back(v);
+    }
+    std::int16_t idx[2];
+    over_frames(state, [&](const Frames&, int i) {
+        benchmark::DoNotOptimize(z::zepsLSPQuant_G729E_32f(lf[i].data(), mem.data(), q.data(), idx, cur.data()));
+    });
+}
+BENCHMARK(BM_G729E_LSPQuant_32f);
+
+void BM_G729E_WinHybrid(benchmark::State& state) {
+    std::vector<Zep8u> st(124);
+    z::zepsWinHybridInit_G729E_16s(st.data());
+    V32 r(31);
+    over_frames(state, [&](const Frames& f, int i) {
+        benchmark::DoNotOptimize(z::zepsWinHybrid_G729E_16s32s(f.speech.data() + 80 * i, r.data(), st.data()));
+    });
+}
+BENCHMARK(BM_G729E_WinHybrid);
+
+void BM_G729E_WinHybrid_32f(benchmark::State& state) {
+    std::vector<Zep8u> st(124);
+    z::zepsWinHybridInit_G729E_32f(st.data());
+    std::vector<float> x(145), r(31);
+    over_frames(state, [&](const Frames& f, int i) {
+        for (int j = 0; j < 145; ++j) x[j] = f.speech[80 * i + j];
+        benchmark::DoNotOptimize(z::zepsWinHybrid_G729E_32f(x.data(), r.data(), st.data()));
+    });
+}
+BENCHMARK(BM_G729E_WinHybrid_32f);
+
+/// The encoder front end for one 10 ms frame.
+void BM_G729_FrontEndChain(benchmark::State& state) {
+    const Frames& f = frames();
+    std::vector<Zep8u> st(24);
+    z::zepsHighPassFilterInit_G729(kPreFilter, st.data());
+    V16 win(240, 0), mem = reset_memory(), a(11), k(10), lsp = f.lsp[0], lsp_new(10), qlsp(10), idx(2), aq(11);
+    V32 r(13);
+    Zep16s norm, err;
+    std::size_t pos = 0;
+    for (auto _ : state) {
+        if (pos + 80 > f.speech.size()) pos = 0;
+        std::copy(win.begin() + 80, win.end(), win.begin());
+        std::copy(f.speech.begin() + pos, f.speech.begin() + pos + 80, win.begin() + 160);
+        pos += 80;
+        z::zepsHighPassFilter_G729_16s_ISfs(win.data() + 160, 80, 12, st.data());
+        z::zepsAutoCorr_G729B(win.data(), &norm, r.data());
+        z::zepsLagWindow_G729_32s_I(r.data() + 1, 10);
+        if (z::zepsLevinsonDurbin_G729_32s16s(r.data(), 10, a.data(), k.data(), &err) == 0)
+            z::zepsLPCToLSP_G729_16s(a.data(), lsp.data(), lsp_new.data());
+        z::zepsLSPQuant_G729_16s(lsp_new.data(), mem.data(), qlsp.data(), idx.data());
+        z::zepsLSPToLPC_G729_16s(qlsp.data(), aq.data());
+        lsp = lsp_new;
+        benchmark::DoNotOptimize(aq.data());
+    }
+    state.SetLabel("ns per 10 ms frame");
+}
+BENCHMARK(BM_G729_FrontEndChain);
+
+}  // namespace

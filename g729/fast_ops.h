@@ -1,0 +1,90 @@
+// Faster forms of ITU basic operators used in the inner loops of the G.729
+// LP stages. Each returns exactly what the operator of common/basic_op.h
+// returns, for every input: plain 64-bit arithmetic where no intermediate
+// can leave the 32-bit range, the operator itself where one does.
+#pragma once
+
+#include <cstdint>
+
+#include "common/basic_op.h"
+
+ZEPS_BEGIN_VARIANT
+
+inline constexpr bool fits32(std::int64_t v) { return v >= MIN_32 && v <= MAX_32; }
+
+/// norm_l by counting leading bits.
+inline Word16 norm_l_fast(Word32 a) {
+    if (a == 0) return 0;
+    const std::uint32_t v = static_cast<std::uint32_t>(a < 0 ? ~a : a);
+    if (v == 0) return 31;  // a == -1
+    return static_cast<Word16>(__builtin_clz(v) - 1);
+}
+
+/// norm_s by counting leading bits.
+inline Word16 norm_s_fast(Word16 a) {
+    if (a == 0) return 0;
+    const std::uint32_t v = static_cast<std::uint32_t>(a < 0 ? ~Word32{a} : Word32{a});
+    if (v == 0) return 15;  // a == -1
+    return static_cast<Word16>(__builtin_clz(v) - 17);
+}
+
+/// div_s: the reference's 15-step restoring division is floor(num * 2^15 / den).
+inline Word16 div_s_fast(Word16 num, Word16 den) {
+    if (num <= 0 || den <= 0) return 0;
+    if (num >= den) return MAX_16;
+    return static_cast<Word16>((Word32{num} << 15) / den);
+}
+
+/// L_shl for a non-negative count: the exact shift, clamped.
+inline Word32 L_shl_fast(Word32 a, int n) {
+    if (n > 31) return L_shl(a, static_cast<Word16>(n));
+    const std::int64_t v = static_cast<std::int64_t>(a) * (std::int64_t{1} << n);
+    return v > MAX_32 ? MAX_32 : (v < MIN_32 ? MIN_32 : static_cast<Word32>(v));
+}
+
+/// Mpy_32 of two hi/lo values.
+inline Word32 Mpy_32_fast(Word16 hi1, Word16 lo1, Word16 hi2, Word16 lo2) {
+    const std::int64_t s1 = 2 * std::int64_t{hi1} * hi2;
+    const std::int64_t s2 = s1 + 2 * ((Word32{hi1} * lo2) >> 15);
+    const std::int64_t s3 = s2 + 2 * ((Word32{lo1} * hi2) >> 15);
+    if (fits32(s1) && fits32(s2) && fits32(s3)) return static_cast<Word32>(s3);
+    return Mpy_32(hi1, lo1, hi2, lo2);
+}
+
+/// Mpy_32_16 of a hi/lo value and a 16-bit value.
+inline Word32 Mpy_32_16_fast(Word16 hi, Word16 lo, Word16 n) {
+    const std::int64_t s1 = 2 * std::int64_t{hi} * n;
+    const std::int64_t s2 = s1 + 2 * ((Word32{lo} * n) >> 15);
+    if (fits32(s1) && fits32(s2)) return static_cast<Word32>(s2);
+    return Mpy_32_16(hi, lo, n);
+}
+
+/// L_Extract: hi = v >> 16, lo = (v >> 1) & 0x7fff (what L_msu leaves).
+inline DPF L_Extract_fast(Word32 v) {
+    return {static_cast<Word16>(v >> 16), static_cast<Word16>((v >> 1) & 0x7fff)};
+}
+
+inline void L_Extract_fast(Word32 v, Word16& hi, Word16& lo) {
+    const DPF d = L_Extract_fast(v);
+    hi = d.hi;
+    lo = d.lo;
+}
+
+/// L_Comp: (hi << 16) + 2 lo, saturated.
+inline Word32 L_Comp_fast(Word16 hi, Word16 lo) {
+    const std::int64_t v = std::int64_t{hi} * 65536 + 2 * std::int64_t{lo};
+    return v > MAX_32 ? MAX_32 : (v < MIN_32 ? MIN_32 : static_cast<Word32>(v));
+}
+
+/// Div_32 with the fast operators (same steps as the reference).
+inline Word32 Div_32_fast(Word32 L_num, Word16 denom_hi, Word16 denom_lo) {
+    const Word16 approx = div_s_fast(0x3fff, denom_hi);
+    Word32 t = L_sub(MAX_32, Mpy_32_16_fast(denom_hi, denom_lo, approx));
+    DPF x = L_Extract_fast(t);
+    t = Mpy_32_16_fast(x.hi, x.lo, approx);
+    x = L_Extract_fast(t);
+    const DPF n = L_Extract_fast(L_num);
+    return L_shl_fast(Mpy_32_fast(n.hi, n.lo, x.hi, x.lo), 2);
+}
+
+ZEPS_END_VARIANT

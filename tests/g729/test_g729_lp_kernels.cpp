@@ -1,0 +1,154 @@
+// The SSSE3 kernels of the G.729 LP stages against their scalar twins, on
+// speech-like and extreme inputs (both builds).
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "g729/g729_tables.h"
+#include "tests/variant_check.h"
+
+#define ZEPS_DECLARE_LP_KERNELS(ns)                                                     \
+    namespace zeps::ns {                                                                \
+    void g729_corr240_scalar(const std::int16_t* y, std::int64_t& energy, std::int32_t* r); \
+    void g729_corr240_ssse3(const std::int16_t* y, std::int64_t& energy, std::int32_t* r);  \
+    int lsf_first_stage_search(const std::int16_t* target);                             \
+    int lsf_first_stage_search_scalar(const std::int16_t* target);                      \
+    int lsf_second_stage_search(const std::int16_t* t, const std::int16_t* cb1, const std::int16_t* w, int first); \
+    int lsf_second_stage_search_scalar(const std::int16_t* t, const std::int16_t* cb1, const std::int16_t* w, int first); \
+    std::int16_t chebps(std::int16_t x, const std::int16_t* f, int q);                \
+    bool chebps_never_saturates(const std::int16_t* f, int q);                        \
+    void chebps_x8(const std::int16_t* x, const std::int16_t* f, int q, std::int16_t* y); \
+    }
+ZEPS_DECLARE_LP_KERNELS(u8)
+ZEPS_DECLARE_LP_KERNELS(n8)
+
+namespace {
+
+template <class F>
+void for_both(F f) {
+    f(&zeps::u8::g729_corr240_scalar, &zeps::u8::g729_corr240_ssse3, &zeps::u8::lsf_first_stage_search,
+      &zeps::u8::lsf_first_stage_search_scalar, &zeps::u8::lsf_second_stage_search,
+      &zeps::u8::lsf_second_stage_search_scalar);
+    f(&zeps::n8::g729_corr240_scalar, &zeps::n8::g729_corr240_ssse3, &zeps::n8::lsf_first_stage_search,
+      &zeps::n8::lsf_first_stage_search_scalar, &zeps::n8::lsf_second_stage_search,
+      &zeps::n8::lsf_second_stage_search_scalar);
+}
+
+TEST(G729LpKernels, SimdEqualsScalar) {
+    for_both([](auto corr_scalar, auto corr_simd, auto search_simd, auto search_scalar, auto second_simd, auto second_scalar) {
+        zeps::test::Rng rng(7);
+        for (int rep = 0; rep < 300; ++rep) {
+            // Windowed speech never exceeds 32767 in magnitude after the window;
+            // the kernels are exact whenever 2 * energy fits in 32 bits.
+            std::vector<std::int16_t> y(256, 0);
+            const int amp = rep % 3 == 0 ? 3000 : (rep % 3 == 1 ? 600 : 40);
+            for (int j = 0; j < 240; ++j) y[j] = static_cast<std::int16_t>(rng.uniform(-amp, amp));
+            std::int64_t e1, e2;
+            std::vector<std::int32_t> r1(13, 0), r2(13, 0);
+            corr_scalar(y.data(), e1, r1.data());
+            corr_simd(y.data(), e2, r2.data());
+            ASSERT_EQ(e1, e2);
+            ASSERT_EQ(r1, r2);
+            // Targets near the codebook, far from it, and at the 16-bit limits.
+            std::vector<std::int16_t> t(10);
+            for (int j = 0; j < 10; ++j) {
+                const int centre = 2300 * (j + 1);
+                t[j] = rep % 4 == 3 ? rng.s16() : static_cast<std::int16_t>(centre + rng.uniform(-4000 * (rep % 4 + 1), 4000 * (rep % 4 + 1)));
+            }
+            ASSERT_EQ(search_simd(t.data()), search_scalar(t.data())) << "rep " << rep;
+            // Second stage: weights as Get_wegt leaves them (normalised, positive).
+            std::vector<std::int16_t> w(10);
+            for (auto& v : w) v = static_cast<std::int16_t>(rng.uniform(1, 32767));
+            const std::int16_t* cb1 = zeps::lspcb1[rng.uniform(0, 127)];
+            for (int first : {0, 5})
+                ASSERT_EQ(second_simd(t.data(), cb1, w.data(), first), second_scalar(t.data(), cb1, w.data(), first))
+                    << "rep " << rep;
+        }
+    });
+}
+
+TEST(G729LpKernels, BatchedChebyshevEqualsChebps) {
+    zeps::test::Rng rng(11);
+    int batched = 0;
+    for (int rep = 0; rep < 2000; ++rep) {
+        std::int16_t f[6] = {2048};
+        const int span = rep % 4 == 0 ? 32767 : (rep % 4 == 1 ? 12000 : 4000);
+        for (int i = 1; i < 6; ++i) f[i] = static_cast<std::int16_t>(rng.uniform(-span, span));
+        const int q = rep % 5 == 0 ? 10 : 11;
+        if (!zeps::u8::chebps_never_saturates(f, q)) continue;
+        ++batched;
+        std::int16_t x[8], y8[8], yn[8];
+        for (auto& v : x) v = static_cast<std::int16_t>(rng.uniform(-32768, 32767));
+        zeps::u8::chebps_x8(x, f, q, y8);
+        zeps::n8::chebps_x8(x, f, q, yn);
+        for (int k = 0; k < 8; ++k) {
+            ASSERT_EQ(y8[k], zeps::u8::chebps(x[k], f, q)) << "rep " << rep << " x " << x[k];
+            ASSERT_EQ(yn[k], y8[k]);
+        }
+    }
+    EXPECT_GT(batched, 500);
+}
+
+}  // namespace
+
+#include "g729/fast_ops.h"
+
+namespace {
+namespace r = zeps::ref;
+
+TEST(G729LpKernels, FastOperatorsEqualBasicOperators) {
+    zeps::test::Rng rng(5);
+    const std::int16_t edge16[] = {-32768, -32767, -1, 0, 1, 16383, 16384, 32767};
+    for (int rep = 0; rep < 200000; ++rep) {
+        const std::int16_t a = rep < 64 ? edge16[rep % 8] : rng.s16(), b = rep < 64 ? edge16[rep / 8] : rng.s16();
+        const std::int16_t c = rng.s16(), d = rng.s16();
+        const std::int32_t l = rng.s32();
+        ASSERT_EQ(r::norm_l_fast(l), r::norm_l(l));
+        ASSERT_EQ(r::norm_s_fast(a), r::norm_s(a));
+        ASSERT_EQ(r::div_s_fast(a, b), r::div_s(a, b)) << a << " / " << b;
+        const int n = static_cast<int>(rng.uniform(0, 40));
+        ASSERT_EQ(r::L_shl_fast(l, n), r::L_shl(l, static_cast<std::int16_t>(n)));
+        const std::int16_t lo1 = static_cast<std::int16_t>(c & 0x7fff), lo2 = static_cast<std::int16_t>(d & 0x7fff);
+        ASSERT_EQ(r::Mpy_32_fast(a, lo1, b, lo2), r::Mpy_32(a, lo1, b, lo2));
+        ASSERT_EQ(r::Mpy_32_16_fast(a, lo1, b), r::Mpy_32_16(a, lo1, b));
+        const auto e1 = r::L_Extract_fast(l), e2 = r::L_Extract(l);
+        ASSERT_TRUE(e1.hi == e2.hi && e1.lo == e2.lo);
+        ASSERT_EQ(r::L_Comp_fast(a, lo1), r::L_Comp(a, lo1));
+        if (a > 0x3fff) {
+            ASSERT_EQ(r::Div_32_fast(l & 0x3fffffff, a, lo1), r::Div_32(l & 0x3fffffff, a, lo1));
+        }
+    }
+}
+
+TEST(G729LpKernels, HighPassFastPathEqualsSaturatingFilter) {
+    // Extreme coefficients and full-scale input drive the filter into every
+    // saturation; the export must equal the plain operator form of Pre_Process.
+    zeps::test::Rng rng(3);
+    for (int rep = 0; rep < 200; ++rep) {
+        std::int16_t coef[6];
+        for (auto& v : coef) v = rng.s16();
+        const int sf = rep % 2 ? 12 : 13;
+        std::vector<Zep8u> st(24);
+        zeps::u8::zepsHighPassFilterInit_G729(coef, st.data());
+        std::int32_t y1 = 0, y2 = 0;
+        std::int16_t x1 = 0, x2 = 0;
+        for (int blk = 0; blk < 4; ++blk) {
+            std::vector<std::int16_t> x = rng.vec<std::int16_t>(40), out = x;
+            ASSERT_EQ(zeps::u8::zepsHighPassFilter_G729_16s_ISfs(out.data(), 40, sf, st.data()), 0);
+            for (int i = 0; i < 40; ++i) {
+                const auto e1 = r::L_Extract(y1), e2 = r::L_Extract(y2);
+                std::int32_t acc = r::L_add(r::Mpy_32_16(e1.hi, e1.lo, coef[4]), r::Mpy_32_16(e2.hi, e2.lo, coef[5]));
+                acc = r::L_mac(r::L_mac(r::L_mac(acc, x[i], coef[0]), x1, coef[1]), x2, coef[2]);
+                acc = r::L_shl(acc, static_cast<std::int16_t>(15 - sf));
+                ASSERT_EQ(out[i], r::round_fx(acc)) << "rep " << rep << " sample " << i;
+                y2 = y1;
+                y1 = acc;
+                x2 = x1;
+                x1 = x[i];
+            }
+        }
+    }
+}
+
+}  // namespace
