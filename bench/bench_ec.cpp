@@ -141,8 +141,8 @@ void BM_Rfft_32f_Fwd(benchmark::State& state) {
     const int order = static_cast<int>(state.range(0)), N = 1 << order;
     int S, W, I;
     zeps::u8::rfft_get_size_32f(order, &S, &W, &I);
-    std::vector<std::uint8_t> spec(S), work(W);
-    auto* s = zeps::u8::rfft_init_32f(order, spec.data());
+    std::vector<std::uint8_t> desc(S), work(W);
+    auto* s = zeps::u8::rfft_init_32f(order, desc.data());
     std::vector<float> x(N), X(N + 2);
     for (int n = 0; n < N; ++n) x[n] = speech()[9000 + n];
     for (auto _ : state) {

@@ -2,7 +2,7 @@
 //
 // Description block (S bytes, S = 8 mod 16 so that a block placed at an
 // address 8 mod 16 has its tables 16-byte aligned):
-//   RfftSpec32f header (8 bytes), then, each a multiple of 16 bytes:
+//   RfftDesc32f header (8 bytes), then, each a multiple of 16 bytes:
 //   complex-stage twiddles (SSE layout, see stage_twiddle_floats),
 //   forward split twiddles 0.5*W^k (re[P], im[P]), inverse split twiddles
 //   conj(W^k)/N (re[P], im[P]), P = N/4+1 rounded up to 4, and the
@@ -60,11 +60,11 @@ Layout32f layout_32f(int order) {
     return l;
 }
 
-float* tables(RfftSpec32f* s) { return reinterpret_cast<float*>(reinterpret_cast<std::uint8_t*>(s) + 8); }
-const float* tables(const RfftSpec32f* s) {
+float* tables(RfftDesc32f* s) { return reinterpret_cast<float*>(reinterpret_cast<std::uint8_t*>(s) + 8); }
+const float* tables(const RfftDesc32f* s) {
     return reinterpret_cast<const float*>(reinterpret_cast<const std::uint8_t*>(s) + 8);
 }
-const std::uint32_t* rev_table(const RfftSpec32f* s, const Layout32f& l) {
+const std::uint32_t* rev_table(const RfftDesc32f* s, const Layout32f& l) {
     return reinterpret_cast<const std::uint32_t*>(tables(s) + l.rev);
 }
 
@@ -440,21 +440,21 @@ void pack_forward(const float* src, float* re, float* im, int M) {
     }
 }
 
-bool valid(const RfftSpec32f* s) {
+bool valid(const RfftDesc32f* s) {
     return s->magic == kMagic32f && s->order >= kRfftMinOrder && s->order <= kRfftMaxOrder;
 }
 
 template <bool Sse>
-bool forward(const float* pSrc, float* pDst, const RfftSpec32f* pSpec, std::uint8_t* pWork) {
-    if (!valid(pSpec)) return false;
+bool forward(const float* pSrc, float* pDst, const RfftDesc32f* pDesc, std::uint8_t* pWork) {
+    if (!valid(pDesc)) return false;
     if (Sse) {
         float* re = reinterpret_cast<float*>(pWork);
-        float* im = re + (1 << (pSpec->order - 1));
-        pack_forward(pSrc, re, im, 1 << (pSpec->order - 1));
-        return rfft_fwd_32f_split(re, im, pDst, pSpec);
+        float* im = re + (1 << (pDesc->order - 1));
+        pack_forward(pSrc, re, im, 1 << (pDesc->order - 1));
+        return rfft_fwd_32f_split(re, im, pDst, pDesc);
     }
-    const Layout32f l = layout_32f(pSpec->order);
-    const float* t = tables(pSpec);
+    const Layout32f l = layout_32f(pDesc->order);
+    const float* t = tables(pDesc);
     float* re = reinterpret_cast<float*>(pWork);
     float* im = re + l.M;
     pack_forward(pSrc, re, im, l.M);
@@ -466,15 +466,15 @@ bool forward(const float* pSrc, float* pDst, const RfftSpec32f* pSpec, std::uint
     if (natural)
         split_forward_sse(re, im, pDst, l.M, t + l.fwd, t + l.fwd + l.P);
     else
-        split_forward(re, im, pDst, l, t + l.fwd, t + l.fwd + l.P, rev_table(pSpec, l));
+        split_forward(re, im, pDst, l, t + l.fwd, t + l.fwd + l.P, rev_table(pDesc, l));
     return true;
 }
 
 template <bool Sse>
-bool inverse(const float* pSrc, float* pDst, const RfftSpec32f* pSpec, std::uint8_t* pWork) {
-    if (!valid(pSpec)) return false;
-    const Layout32f l = layout_32f(pSpec->order);
-    const float* t = tables(pSpec);
+bool inverse(const float* pSrc, float* pDst, const RfftDesc32f* pDesc, std::uint8_t* pWork) {
+    if (!valid(pDesc)) return false;
+    const Layout32f l = layout_32f(pDesc->order);
+    const float* t = tables(pDesc);
     float* re = reinterpret_cast<float*>(pWork);
     float* im = re + l.M;
     if (Sse && l.M >= 8)
@@ -490,28 +490,28 @@ bool inverse(const float* pSrc, float* pDst, const RfftSpec32f* pSpec, std::uint
     if (natural)
         unpack_natural(re, im, pDst, l.M);
     else
-        unpack_inverse(re, im, pDst, l.M, rev_table(pSpec, l));
+        unpack_inverse(re, im, pDst, l.M, rev_table(pDesc, l));
     return true;
 }
 
 }  // namespace
 
-bool rfft_get_size_32f(int order, int* pSpecSize, int* pWorkSize, int* pInitSize) {
+bool rfft_get_size_32f(int order, int* pDescSize, int* pWorkSize, int* pInitSize) {
     if (order < kRfftMinOrder || order > kRfftMaxOrder) return false;
     const Layout32f l = layout_32f(order);
-    *pSpecSize = 8 + 4 * l.total;
+    *pDescSize = 8 + 4 * l.total;
     *pWorkSize = 4 * (2 * l.M);
     *pInitSize = 0;
     return true;
 }
 
-RfftSpec32f* rfft_init_32f(int order, std::uint8_t* pMem) {
+RfftDesc32f* rfft_init_32f(int order, std::uint8_t* pMem) {
     if (order < kRfftMinOrder || order > kRfftMaxOrder) return nullptr;
     const Layout32f l = layout_32f(order);
-    auto* spec = reinterpret_cast<RfftSpec32f*>(pMem);
-    spec->order = order;
-    spec->magic = kMagic32f;
-    float* t = tables(spec);
+    auto* desc = reinterpret_cast<RfftDesc32f*>(pMem);
+    desc->order = order;
+    desc->magic = kMagic32f;
+    float* t = tables(desc);
     std::memset(t, 0, 4 * static_cast<std::size_t>(l.total));
     // Complex-stage twiddles, in the order the stages run.
     float* w = t + l.tw;
@@ -549,31 +549,31 @@ RfftSpec32f* rfft_init_32f(int order, std::uint8_t* pMem) {
     }
     auto* rev = reinterpret_cast<std::uint32_t*>(t + l.rev);
     for (int k = 0; k < l.M; ++k) rev[k] = bit_reverse(static_cast<std::uint32_t>(k), l.m);
-    return spec;
+    return desc;
 }
 
-bool rfft_fwd_32f_split(float* pRe, float* pIm, float* pDst, const RfftSpec32f* pSpec) {
-    if (!valid(pSpec)) return false;
-    const Layout32f l = layout_32f(pSpec->order);
-    const float* t = tables(pSpec);
+bool rfft_fwd_32f_split(float* pRe, float* pIm, float* pDst, const RfftDesc32f* pDesc) {
+    if (!valid(pDesc)) return false;
+    const Layout32f l = layout_32f(pDesc->order);
+    const float* t = tables(pDesc);
     if (cfft_dif_sse(pRe, pIm, l.m, t + l.tw))
         split_forward_sse(pRe, pIm, pDst, l.M, t + l.fwd, t + l.fwd + l.P);
     else
-        split_forward(pRe, pIm, pDst, l, t + l.fwd, t + l.fwd + l.P, rev_table(pSpec, l));
+        split_forward(pRe, pIm, pDst, l, t + l.fwd, t + l.fwd + l.P, rev_table(pDesc, l));
     return true;
 }
 
-bool rfft_fwd_32f(const float* pSrc, float* pDst, const RfftSpec32f* pSpec, std::uint8_t* pWork) {
-    return forward<true>(pSrc, pDst, pSpec, pWork);
+bool rfft_fwd_32f(const float* pSrc, float* pDst, const RfftDesc32f* pDesc, std::uint8_t* pWork) {
+    return forward<true>(pSrc, pDst, pDesc, pWork);
 }
-bool rfft_inv_32f(const float* pSrc, float* pDst, const RfftSpec32f* pSpec, std::uint8_t* pWork) {
-    return inverse<true>(pSrc, pDst, pSpec, pWork);
+bool rfft_inv_32f(const float* pSrc, float* pDst, const RfftDesc32f* pDesc, std::uint8_t* pWork) {
+    return inverse<true>(pSrc, pDst, pDesc, pWork);
 }
-bool rfft_fwd_32f_scalar(const float* pSrc, float* pDst, const RfftSpec32f* pSpec, std::uint8_t* pWork) {
-    return forward<false>(pSrc, pDst, pSpec, pWork);
+bool rfft_fwd_32f_scalar(const float* pSrc, float* pDst, const RfftDesc32f* pDesc, std::uint8_t* pWork) {
+    return forward<false>(pSrc, pDst, pDesc, pWork);
 }
-bool rfft_inv_32f_scalar(const float* pSrc, float* pDst, const RfftSpec32f* pSpec, std::uint8_t* pWork) {
-    return inverse<false>(pSrc, pDst, pSpec, pWork);
+bool rfft_inv_32f_scalar(const float* pSrc, float* pDst, const RfftDesc32f* pDesc, std::uint8_t* pWork) {
+    return inverse<false>(pSrc, pDst, pDesc, pWork);
 }
 
 ZEPS_END_VARIANT

@@ -11,7 +11,7 @@
 // inverse's 2^-order) with rounding to nearest, ties up, and saturated to
 // 32 bits.
 //
-// Description block: RfftSpec32s header (8 bytes), then Q30 twiddles
+// Description block: RfftDesc32s header (8 bytes), then Q30 twiddles
 // W_M^t = exp(-2 pi i t / M), t < M (re[M], im[M]), split twiddles W_N^k,
 // k <= M/2 (re[M/2+1], im[M/2+1]), and the bit-reversal table (M entries).
 // Work buffer: split real and imaginary arrays, N values.
@@ -45,10 +45,10 @@ Layout32s layout_32s(int order) {
     return l;
 }
 
-std::int32_t* tables(RfftSpec32s* s) {
+std::int32_t* tables(RfftDesc32s* s) {
     return reinterpret_cast<std::int32_t*>(reinterpret_cast<std::uint8_t*>(s) + 8);
 }
-const std::int32_t* tables(const RfftSpec32s* s) {
+const std::int32_t* tables(const RfftDesc32s* s) {
     return reinterpret_cast<const std::int32_t*>(reinterpret_cast<const std::uint8_t*>(s) + 8);
 }
 
@@ -175,29 +175,29 @@ int cfft_dif(std::int32_t* re, std::int32_t* im, const Layout32s& l, const std::
     return shifted;
 }
 
-bool valid(const RfftSpec32s* s, int scaleFactor) {
+bool valid(const RfftDesc32s* s, int scaleFactor) {
     return s->magic == kMagic32s && s->order >= kRfftMinOrder && s->order <= kRfftMaxOrder &&
            scaleFactor >= -31 && scaleFactor <= 31;
 }
 
 }  // namespace
 
-bool rfft_get_size_32s(int order, int* pSpecSize, int* pWorkSize, int* pInitSize) {
+bool rfft_get_size_32s(int order, int* pDescSize, int* pWorkSize, int* pInitSize) {
     if (order < kRfftMinOrder || order > kRfftMaxOrder) return false;
     const Layout32s l = layout_32s(order);
-    *pSpecSize = 8 + 4 * l.total;
+    *pDescSize = 8 + 4 * l.total;
     *pWorkSize = 4 * (2 * l.M);
     *pInitSize = 0;
     return true;
 }
 
-RfftSpec32s* rfft_init_32s(int order, std::uint8_t* pMem) {
+RfftDesc32s* rfft_init_32s(int order, std::uint8_t* pMem) {
     if (order < kRfftMinOrder || order > kRfftMaxOrder) return nullptr;
     const Layout32s l = layout_32s(order);
-    auto* spec = reinterpret_cast<RfftSpec32s*>(pMem);
-    spec->order = order;
-    spec->magic = kMagic32s;
-    std::int32_t* t = tables(spec);
+    auto* desc = reinterpret_cast<RfftDesc32s*>(pMem);
+    desc->order = order;
+    desc->magic = kMagic32s;
+    std::int32_t* t = tables(desc);
     for (int k = 0; k < l.M; ++k) {
         const UnitRoot u = unit_root(k, l.M);
         t[l.wr + k] = to_q30(u.c);
@@ -210,14 +210,14 @@ RfftSpec32s* rfft_init_32s(int order, std::uint8_t* pMem) {
     }
     for (int k = 0; k < l.M; ++k)
         t[l.rev + k] = static_cast<std::int32_t>(bit_reverse(static_cast<std::uint32_t>(k), l.m));
-    return spec;
+    return desc;
 }
 
-bool rfft_fwd_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, const RfftSpec32s* pSpec,
+bool rfft_fwd_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, const RfftDesc32s* pDesc,
                       std::uint8_t* pWork) {
-    if (!valid(pSpec, scaleFactor)) return false;
-    const Layout32s l = layout_32s(pSpec->order);
-    const std::int32_t* t = tables(pSpec);
+    if (!valid(pDesc, scaleFactor)) return false;
+    const Layout32s l = layout_32s(pDesc->order);
+    const std::int32_t* t = tables(pDesc);
     const int M = l.M;
     std::uint32_t peak = 0;
     for (int n = 0; n < 2 * M; ++n) peak |= magnitude(pSrc[n]);
@@ -255,11 +255,11 @@ bool rfft_fwd_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFac
     return true;
 }
 
-bool rfft_inv_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, const RfftSpec32s* pSpec,
+bool rfft_inv_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, const RfftDesc32s* pDesc,
                       std::uint8_t* pWork) {
-    if (!valid(pSpec, scaleFactor)) return false;
-    const Layout32s l = layout_32s(pSpec->order);
-    const std::int32_t* t = tables(pSpec);
+    if (!valid(pDesc, scaleFactor)) return false;
+    const Layout32s l = layout_32s(pDesc->order);
+    const std::int32_t* t = tables(pDesc);
     const int M = l.M;
     // The imaginary parts of bins 0 and N/2 are not used.
     std::uint32_t peak = magnitude(pSrc[0]) | magnitude(pSrc[2 * M]);
@@ -283,7 +283,7 @@ bool rfft_inv_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFac
         im[M - k] = static_cast<std::int32_t>(f_r - fei);
     }
     const int g = cfft_dif(im, re, l, t);  // exchanged arrays: the conjugate transform
-    const int shift = e - g + pSpec->order + scaleFactor;
+    const int shift = e - g + pDesc->order + scaleFactor;
     const std::int32_t* rev = t + l.rev;
     for (int n = 0; n < M; ++n) {
         pDst[2 * n] = round_shift_sat(i64{re[rev[n]]}, shift);

@@ -29,7 +29,7 @@ ZepStatus zepsSubbandAnalysis_16s32sc_Sfs(const Zep16s* pSrc, Zep32sc* pDst, Zep
     auto* u = align16<Word32>(pBuf);
     subband_fold_16s(s->pDelay, s->pWindow, L, N, u);
     Zep8u* work = reinterpret_cast<Zep8u*>(u) + round16(4 * std::int64_t{N});
-    if (!rfft_fwd_32s_sfs(u, reinterpret_cast<Word32*>(pDst), scaleFactor, s->pSpec, work)) return zepStsErr;
+    if (!rfft_fwd_32s_sfs(u, reinterpret_cast<Word32*>(pDst), scaleFactor, s->pDesc, work)) return zepStsErr;
     return zepStsNoErr;
 }
 
@@ -42,7 +42,7 @@ ZepStatus zepsSubbandAnalysis_32f32fc(const Zep32f* pSrc, Zep32fc* pDst, Zep8u* 
     float* re = align16<float>(pBuf) + N;
     float* im = re + N / 2;
     subband_fold_32f_split(s->pDelay, s->pWindow, L, N, re, im);
-    if (!rfft_fwd_32f_split(re, im, reinterpret_cast<float*>(pDst), s->pSpec)) return zepStsErr;
+    if (!rfft_fwd_32f_split(re, im, reinterpret_cast<float*>(pDst), s->pDesc)) return zepStsErr;
     return zepStsNoErr;
 }
 

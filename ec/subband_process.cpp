@@ -92,7 +92,7 @@ ZepStatus zepsSubbandProcessInit_16s(Zep8u* pState, int order, int frameSize, in
     std::memset(base, 0, kSubbandHeader16s);
     s->pWindow = reinterpret_cast<Word16*>(base + kSubbandHeader16s);
     s->pDelay = reinterpret_cast<Word16*>(base + kSubbandHeader16s + round16(2 * L));
-    Zep8u* spec = base + kSubbandHeader16s + 2 * round16(2 * L);
+    Zep8u* desc = base + kSubbandHeader16s + 2 * round16(2 * L);
     // 1. the window copy (caller's or built-in), padding cleared
     std::memset(s->pWindow, 0, 2 * round16(2 * L));
     if (pWindow) {
@@ -103,8 +103,8 @@ ZepStatus zepsSubbandProcessInit_16s(Zep8u* pState, int order, int frameSize, in
         for (std::size_t n = 0; n < L; ++n) s->pWindow[n] = tap_q13(w[n]);
     }
     // 2. the real FFT, inverse divided by N
-    s->pSpec = rfft_init_32s(order, spec);
-    if (s->pSpec == nullptr) return zepStsErr;
+    s->pDesc = rfft_init_32s(order, desc);
+    if (s->pDesc == nullptr) return zepStsErr;
     // 3. the lengths; the delay line was cleared with the padding above
     s->len = len;
     s->fftLen = 1 << order;
@@ -122,8 +122,8 @@ ZepStatus zepsSubbandProcessInit_32f(Zep8u* pState, int order, int frameSize, in
     auto* s = align16<SubbandState32f>(pState);
     auto* base = reinterpret_cast<Zep8u*>(s);
     std::memset(base, 0, kSubbandHeader32f);
-    Zep8u* spec = base + kSubbandHeader32f;
-    s->pWindow = reinterpret_cast<float*>(spec + S);
+    Zep8u* desc = base + kSubbandHeader32f;
+    s->pWindow = reinterpret_cast<float*>(desc + S);
     s->pDelay = s->pWindow + L;
     // 1. the window copy (caller's or built-in)
     if (pWindow)
@@ -131,8 +131,8 @@ ZepStatus zepsSubbandProcessInit_32f(Zep8u* pState, int order, int frameSize, in
     else
         builtin_window_32f(len, s->pWindow);
     // 2. the real FFT, inverse divided by N
-    s->pSpec = rfft_init_32f(order, spec);
-    if (s->pSpec == nullptr) return zepStsErr;
+    s->pDesc = rfft_init_32f(order, desc);
+    if (s->pDesc == nullptr) return zepStsErr;
     // 3. the lengths and a silent delay line
     s->len = len;
     s->fftLen = 1 << order;

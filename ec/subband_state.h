@@ -25,7 +25,7 @@ ZEPS_BEGIN_VARIANT
 struct SubbandState16s {
     Word16* pDelay;         // L samples, oldest first
     Word16* pWindow;        // L taps, Q13
-    RfftSpec32s* pSpec;     // real FFT of order log2 N, inverse divided by N
+    RfftDesc32s* pDesc;     // real FFT of order log2 N, inverse divided by N
     std::int32_t len;       // L
     std::int32_t fftLen;    // N
     std::int32_t frameSize; // F
@@ -37,7 +37,7 @@ struct SubbandState32f {
     std::int32_t frameSize; // F
     float* pDelay;          // L samples, oldest first
     float* pWindow;         // L taps
-    RfftSpec32f* pSpec;     // real FFT of order log2 N, inverse divided by N
+    RfftDesc32f* pDesc;     // real FFT of order log2 N, inverse divided by N
 };
 
 inline constexpr std::size_t kSubbandHeader16s = 48;

@@ -28,7 +28,7 @@ ZepStatus zepsSubbandSynthesis_32fc32f(const Zep32fc* pSrc, Zep32f* pDst, Zep8u*
     const int L = s->len, N = s->fftLen, F = s->frameSize;
     auto* y = align16<float>(pBuf);
     Zep8u* work = reinterpret_cast<Zep8u*>(y + N);
-    if (!rfft_inv_32f(reinterpret_cast<const float*>(pSrc), y, s->pSpec, work)) return zepStsErr;
+    if (!rfft_inv_32f(reinterpret_cast<const float*>(pSrc), y, s->pDesc, work)) return zepStsErr;
     subband_shift_ola_32f(s->pDelay, s->pWindow, y, L, N, F);
     std::memcpy(pDst, s->pDelay, sizeof(float) * static_cast<std::size_t>(F));
     return zepStsNoErr;
@@ -41,7 +41,7 @@ ZepStatus zepsSubbandSynthesis_32sc16s_Sfs(const Zep32sc* pSrc, Zep16s* pDst, Ze
     const int L = s->len, N = s->fftLen, F = s->frameSize;
     auto* y = align16<Word32>(pBuf);
     Zep8u* work = reinterpret_cast<Zep8u*>(y) + round16(4 * std::int64_t{N});
-    if (!rfft_inv_32s_sfs(reinterpret_cast<const Word32*>(pSrc), y, scaleFactor, s->pSpec, work))
+    if (!rfft_inv_32s_sfs(reinterpret_cast<const Word32*>(pSrc), y, scaleFactor, s->pDesc, work))
         return zepStsErr;
     advance_delay(s->pDelay, L, F);
     subband_ola_16s(s->pDelay, s->pWindow, y, L, N);

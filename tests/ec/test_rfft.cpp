@@ -12,26 +12,26 @@ namespace zeps::test {
 namespace {
 
 struct Fft32f {
-    std::vector<std::uint8_t> spec, work;
-    u8::RfftSpec32f* s;
+    std::vector<std::uint8_t> desc, work;
+    u8::RfftDesc32f* s;
     explicit Fft32f(int order) {
         int S, W, I;
         EXPECT_TRUE(u8::rfft_get_size_32f(order, &S, &W, &I));
         EXPECT_EQ(I, 0);
         EXPECT_EQ(S % 16, 8);
-        spec.resize(S), work.resize(W);
-        s = u8::rfft_init_32f(order, spec.data());
+        desc.resize(S), work.resize(W);
+        s = u8::rfft_init_32f(order, desc.data());
     }
 };
 
 struct Fft32s {
-    std::vector<std::uint8_t> spec, work;
-    u8::RfftSpec32s* s;
+    std::vector<std::uint8_t> desc, work;
+    u8::RfftDesc32s* s;
     explicit Fft32s(int order) {
         int S, W, I;
         EXPECT_TRUE(u8::rfft_get_size_32s(order, &S, &W, &I));
-        spec.resize(S), work.resize(W);
-        s = u8::rfft_init_32s(order, spec.data());
+        desc.resize(S), work.resize(W);
+        s = u8::rfft_init_32s(order, desc.data());
     }
 };
 

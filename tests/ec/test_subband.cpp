@@ -168,14 +168,14 @@ TEST(Subband, OneBlockWindowAndFullHop) {
     std::vector<float> u(32);
     for (int n = 0; n < 32; ++n) u[n] = x2[n] * w[n];
     std::vector<float> U(34);
-    std::vector<std::uint8_t> spec(4096), work(4096);
-    ASSERT_TRUE(u8::rfft_fwd_32f(u.data(), U.data(), u8::rfft_init_32f(5, spec.data()), work.data()));
+    std::vector<std::uint8_t> desc(4096), work(4096);
+    ASSERT_TRUE(u8::rfft_fwd_32f(u.data(), U.data(), u8::rfft_init_32f(5, desc.data()), work.data()));
     EXPECT_EQ(std::memcmp(Xa.data(), U.data(), 4 * U.size()), 0);
     // synthesis of one block: output = y[n] w[31 - n], nothing carried over
     const std::vector<float> y1 = a.synthesise(Xa.data());
     const std::vector<float> y2 = b.synthesise(Xb.data());
     std::vector<float> yy(32);
-    ASSERT_TRUE(u8::rfft_inv_32f(U.data(), yy.data(), u8::rfft_init_32f(5, spec.data()), work.data()));
+    ASSERT_TRUE(u8::rfft_inv_32f(U.data(), yy.data(), u8::rfft_init_32f(5, desc.data()), work.data()));
     for (int n = 0; n < 32; ++n) EXPECT_EQ(y1[n], 0.0f + yy[n] * w[31 - n]) << n;
     EXPECT_EQ(y1, y2);
 }
