@@ -75,7 +75,7 @@ std::vector<const Check*> effective_checks(const Row& row) {
         std::any_of(row.checks.begin(), row.checks.end(), [](const Check& c) { return c.kind == CK::NonNull; });
     if (!explicit_nulls)
         for (std::size_t i = 0; i < row.args.size(); ++i)
-            if (is_ptr(row.args[i]) && !row.args[i].optional) out.push_back(&kNull[i]);
+            if (is_ptr(row.args[i]) && !row.args[i].optional && !row.args[i].unchecked) out.push_back(&kNull[i]);
     for (const Check& c : row.checks) out.push_back(&c);
     return out;
 }
@@ -95,6 +95,7 @@ void fill(Buffer& b, const Arg& a, Source& src, bool raw) {
         std::memset(b.data.get(), kCanary, b.bytes);
         return;
     }
+    if (a.precondition) raw = false;
     if (raw || a.raw_only || (a.lo > a.hi && !is_float(a.type))) {
         src.fill(b.data.get(), b.bytes);
         return;
@@ -233,7 +234,8 @@ Call Call::clone() const {
 
 void Call::bind() {
     for (std::size_t i = 0; i < row->args.size(); ++i)
-        if (is_ptr(row->args[i])) v[i].p = null[i] ? nullptr : buf[i].data.get();
+        if (is_ptr(row->args[i]))
+            v[i].p = null[i] ? nullptr : buf[i].data.get() + row->args[i].offset * elem_size(row->args[i].type);
 }
 
 std::int64_t Call::run() {
@@ -307,7 +309,7 @@ Plan fuzz_plan(const Row& row, Source& src) {
     for (std::size_t i = 0; i < row.args.size(); ++i) {
         const Param& q = ex->params[i];
         if (is_ptr(row.args[i])) {
-            p.null[i] = src.chance(64);
+            p.null[i] = !row.args[i].unchecked && src.chance(64);
             continue;
         }
         const std::uint64_t pick = src.next() % 16;
@@ -367,10 +369,21 @@ bool materialize(const Plan& plan, int build, Source& src, Call& call, const Pla
         call.buf[i] = make_buffer(eval(a.len, call), elem_size(a.type));
     }
     const bool raw = src.chance(4);
-    for (std::size_t i = 0; i < row.args.size(); ++i)
-        if (is_ptr(row.args[i]) && row.args[i].dir != Dir::State) fill(call.buf[i], row.args[i], src, raw && src.chance(2));
+    for (std::size_t i = 0; i < row.args.size(); ++i) {
+        const Arg& a = row.args[i];
+        if (!is_ptr(a) || a.dir == Dir::State) continue;
+        const bool raw_here = raw && !a.precondition && src.chance(2);
+        fill(call.buf[i], a, src, raw_here);
+        if (a.shape && !raw_here && a.dir != Dir::Out && a.dir != Dir::StateOut) a.shape(call, static_cast<int>(i));
+    }
     call.bind();
     return true;
+}
+
+std::int64_t call_export(const Call& c, const char* name, std::initializer_list<Val> args) {
+    const Export* e = find_export(name);
+    if (!e || e->params.size() != args.size()) return -1000;
+    return e->invoke(e->build[c.build], std::data(args));
 }
 
 std::optional<Expect> expected(const Call& call) {

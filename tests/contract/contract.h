@@ -132,9 +132,23 @@ struct Arg {
     std::vector<double> pick{};      // valid scalar values (instead of lo..hi)
     const char* init = nullptr;      // Dir::State: row of the initialiser
     bool optional = false;           // a null pointer is allowed (not checked)
-    Arg& opt() { optional = true; return *this; }
-    Arg& raw() { raw_only = true; return *this; }  // contents are any bytes, even in valid calls
     bool raw_only = false;
+    bool unchecked = false;
+    bool precondition = false;
+    std::int64_t offset = 0;
+    void (*shape)(Call&, int) = nullptr;
+    /// A null pointer is valid (documented as optional): never checked.
+    Arg& opt() { optional = true; return *this; }
+    /// Its null check is not documented: never checked, never passed null.
+    Arg& unchecked_ptr() { unchecked = true; return *this; }
+    /// Contents are any bytes, even in valid calls.
+    Arg& raw() { raw_only = true; return *this; }
+    /// Contents in lo..hi (and `shape`) are the caller's duty: the fuzzer keeps them valid.
+    Arg& pre() { precondition = true; return *this; }
+    /// The pointer passed is element k of the buffer (the export reads k elements before it).
+    Arg& at(std::int64_t k) { offset = k; return *this; }
+    /// Adjusts valid contents after the buffer is filled (per-element ranges).
+    Arg& shaped(void (*f)(Call&, int)) { shape = f; return *this; }
 };
 inline Arg in(T t, const char* name, Len len, double lo = 0, double hi = -1) { return {name, Dir::In, t, len, lo, hi}; }
 inline Arg out(T t, const char* name, Len len) { return {name, Dir::Out, t, len}; }
@@ -258,6 +272,7 @@ struct Call {
     std::shared_ptr<const Plan> init;  // the initialiser's plan, for state rows
 
     std::int64_t s(int i) const { return v[static_cast<std::size_t>(i)].i; }
+    std::int64_t init_s(int i) const { return init->v[static_cast<std::size_t>(i)].i; }  // initialiser's scalar
     template <class E>
     E* ptr(int i) const { return reinterpret_cast<E*>(buf[static_cast<std::size_t>(i)].data.get()); }
     std::size_t count(int i) const;  // elements of buffer i
@@ -266,6 +281,11 @@ struct Call {
     std::int64_t run();                // binds and calls the export of `build`
     std::vector<std::uint8_t> snapshot() const;  // every buffer's bytes, in order
 };
+
+/// Calls another export of the call's build (size queries inside length functions).
+std::int64_t call_export(const Call& c, const char* name, std::initializer_list<Val> args);
+inline Val I(std::int64_t x) { Val v; v.i = x; return v; }
+inline Val P(void* p) { Val v; v.p = p; return v; }
 
 /// Problems with a row that would make every check meaningless (unknown
 /// export, argument kinds or sizes that disagree with the declaration).
