@@ -363,10 +363,13 @@ bool materialize(const Plan& plan, int build, Source& src, Call& call, const Pla
         }
     }
     // Lengths may read the scalars, the initialiser's plan and earlier buffers.
+    bool capped = false;
     for (std::size_t i = 0; i < row.args.size(); ++i) {
         const Arg& a = row.args[i];
         if (!is_ptr(a) || a.dir == Dir::State) continue;
-        call.buf[i] = make_buffer(eval(a.len, call), elem_size(a.type));
+        const std::int64_t len = eval(a.len, call);
+        capped = capped || len > kMaxElems;
+        call.buf[i] = make_buffer(len, elem_size(a.type));
     }
     const bool raw = src.chance(4);
     for (std::size_t i = 0; i < row.args.size(); ++i) {
@@ -377,7 +380,9 @@ bool materialize(const Plan& plan, int build, Source& src, Call& call, const Pla
         if (a.shape && !raw_here && a.dir != Dir::Out && a.dir != Dir::StateOut) a.shape(call, static_cast<int>(i));
     }
     call.bind();
-    return true;
+    // A call that passes its checks with a buffer above the cap cannot be
+    // made; one that fails a check never touches its buffers.
+    return !capped || expected(call).has_value();
 }
 
 std::int64_t call_export(const Call& c, const char* name, std::initializer_list<Val> args) {
