@@ -25,7 +25,7 @@ namespace {
 /// speech seeds become sample data).
 class InputSource final : public Source {
 public:
-    InputSource(const std::uint8_t* d, std::size_t n) : d_(d), back_(n) {}
+    InputSource(const std::uint8_t* d, std::size_t n) : d_(d), back_(n) { raw_contents = true; }
     std::uint64_t next() override {
         std::uint64_t x = 0;
         for (int i = 0; i < 8 && back_ > front_; ++i) x = (x << 8) | d_[--back_];

@@ -371,7 +371,7 @@ bool materialize(const Plan& plan, int build, Source& src, Call& call, const Pla
         capped = capped || len > kMaxElems;
         call.buf[i] = make_buffer(len, elem_size(a.type));
     }
-    const bool raw = src.chance(4);
+    const bool raw = src.raw_contents && src.chance(4);
     for (std::size_t i = 0; i < row.args.size(); ++i) {
         const Arg& a = row.args[i];
         if (!is_ptr(a) || a.dir == Dir::State) continue;

@@ -182,7 +182,9 @@ struct Check {
     // `examples` (scalar overrides) or `spoil` (content changes) produce violations.
     bool (*violated)(const Call&) = nullptr;
     std::vector<Overrides> examples{};
-    bool (*spoil)(Call&, int k) = nullptr;  // k-th content violation; false when no more
+    // k-th content violation, false when no more; buffers may be short when
+    // an earlier check is violated too (check Call::count first).
+    bool (*spoil)(Call&, int k) = nullptr;
     const char* what = "";
     bool noop = false;    // documented exception: this status comes with nothing done
     bool writes = false;  // documented exception: outputs may be partly written
@@ -238,6 +240,9 @@ public:
     virtual void fill(std::uint8_t* dst, std::size_t n);
     std::int64_t uniform(std::int64_t lo, std::int64_t hi);
     bool chance(unsigned one_in) { return next() % one_in == 0; }
+    /// Buffers may get raw bytes beyond their declared ranges (fuzzing only:
+    /// checks on contents then fire).
+    bool raw_contents = false;
 };
 class SeededSource final : public Source {
 public:
