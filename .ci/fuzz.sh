@@ -20,10 +20,11 @@ jobs=${FUZZ_JOBS:-$(nproc)}
 
 CC=clang CXX=clang++ cmake -S . -B "$bdir" -DZEPS_WERROR=ON -DZEPS_FUZZ=ON -DZEPS_BUILD_TESTS=OFF \
   -DZEPS_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZEPS_SHARED_DIR="$shared" >/dev/null
-cmake --build "$bdir" -j"$(nproc)" --target zepsc_fuzz
+cmake --build "$bdir" -j"$(nproc)" --target zepsc_fuzz zepsc_fuzz_basic_op
 
 export FUZZER="$PWD/$bdir/fuzz/zepsc_fuzz" OUT="$PWD/$bdir/fuzz-out" SEEDS="$PWD/$bdir/fuzz-seeds"
-mapfile -t targets < <(ZEPS_FUZZ_LIST=1 "$FUZZER")
+# Targets: every contract row of zepsc_fuzz, plus the basic operators.
+mapfile -t targets < <(ZEPS_FUZZ_LIST=1 "$FUZZER"; echo basic_op)
 n=${#targets[@]}
 per=${FUZZ_SECONDS:-20}
 fit=$(( ${FUZZ_BUDGET:-480} * jobs / n ))
@@ -40,12 +41,13 @@ for f in "$shared"/speech/*.s16; do
 done
 
 run_one() {
-  local t=$1 work="$OUT/work/$1" reg="fuzz/corpus/$1" log="$OUT/$1.log"
+  local t=$1 work="$OUT/work/$1" reg="fuzz/corpus/$1" log="$OUT/$1.log" bin=$FUZZER
+  if [ "$t" = basic_op ]; then bin=${FUZZER}_basic_op; fi
   mkdir -p "$work" "$reg"
-  if ZEPS_FUZZ_TARGET="$t" "$FUZZER" -max_total_time="$PER" -max_len=4096 -timeout=10 -rss_limit_mb=2048 \
+  if ZEPS_FUZZ_TARGET="$t" "$bin" -max_total_time="$PER" -max_len=4096 -timeout=10 -rss_limit_mb=2048 \
        -print_final_stats=1 -artifact_prefix="$OUT/$t-" "$work" "$reg" "$SEEDS" >"$log" 2>&1; then
     if [ "$UPDATE" = 1 ]; then
-      ZEPS_FUZZ_TARGET="$t" "$FUZZER" -merge=1 -max_len=1024 "$reg" "$work" >>"$log" 2>&1
+      ZEPS_FUZZ_TARGET="$t" "$bin" -merge=1 -max_len=1024 "$reg" "$work" >>"$log" 2>&1
       find "$reg" -type f -size +1k -delete
     fi
     printf '%-44s %12s executions  ok\n' "$t" "$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")"
