@@ -121,8 +121,11 @@ void chebps_x8(const Word16* x, const Word16* f, int q, Word16* y) {
         return _mm_packs_epi32(_mm_and_si128(_mm_srli_epi32(a, 1), mask15), _mm_and_si128(_mm_srli_epi32(b, 1), mask15));
     };
     __m128i b1h = hi16(t_lo, t_hi), b1l = lo15(t_lo, t_hi);
-    __m128i b2h = _mm_set1_epi16(static_cast<short>(q == 11 ? 256 : 128)), b2l = zero;
-    // 2 * (b1h * x + ((b1l * x) >> 15)) - 65536 * b2h - 2 * b2l, in two halves.
+    // b2 and b1 as 32-bit values: (hi << 16) + (lo << 1) is t with bit 0 cleared.
+    const __m128i even = _mm_set1_epi32(~1);
+    __m128i c2_lo = _mm_set1_epi32(q == 11 ? (256 << 16) : (128 << 16)), c2_hi = c2_lo;
+    __m128i c1_lo = _mm_and_si128(t_lo, even), c1_hi = _mm_and_si128(t_hi, even);
+    // 2 * (b1h * x + ((b1l * x) >> 15)), in two halves.
     auto core = [&](__m128i& lo, __m128i& hi) {
         const __m128i pl = _mm_mullo_epi16(b1h, xv), ph = _mm_mulhi_epi16(b1h, xv);
         const __m128i ml = _mm_mullo_epi16(b1l, xv), mh = _mm_mulhi_epi16(b1l, xv);
@@ -132,25 +135,22 @@ void chebps_x8(const Word16* x, const Word16* f, int q, Word16* y) {
         lo = _mm_add_epi32(s_lo, s_lo);
         hi = _mm_add_epi32(s_hi, s_hi);
     };
-    auto minus_b2 = [&](__m128i v, bool upper) {
-        const __m128i h = upper ? _mm_unpackhi_epi16(zero, b2h) : _mm_unpacklo_epi16(zero, b2h);
-        const __m128i l = upper ? _mm_unpackhi_epi16(b2l, zero) : _mm_unpacklo_epi16(b2l, zero);
-        return _mm_sub_epi32(_mm_sub_epi32(v, h), _mm_add_epi32(l, l));
-    };
     for (int i = 2; i < kHalf; ++i) {
         core(t_lo, t_hi);
         const __m128i fi = _mm_set1_epi32(8192 * f[i]);
-        t_lo = _mm_add_epi32(minus_b2(_mm_add_epi32(t_lo, t_lo), false), fi);
-        t_hi = _mm_add_epi32(minus_b2(_mm_add_epi32(t_hi, t_hi), true), fi);
-        b2h = b1h;
-        b2l = b1l;
+        t_lo = _mm_add_epi32(_mm_sub_epi32(_mm_add_epi32(t_lo, t_lo), c2_lo), fi);
+        t_hi = _mm_add_epi32(_mm_sub_epi32(_mm_add_epi32(t_hi, t_hi), c2_hi), fi);
+        c2_lo = c1_lo;
+        c2_hi = c1_hi;
+        c1_lo = _mm_and_si128(t_lo, even);
+        c1_hi = _mm_and_si128(t_hi, even);
         b1h = hi16(t_lo, t_hi);
         b1l = lo15(t_lo, t_hi);
     }
     core(t_lo, t_hi);
     const __m128i f5 = _mm_set1_epi32(4096 * f[kHalf]);
-    t_lo = _mm_add_epi32(minus_b2(t_lo, false), f5);
-    t_hi = _mm_add_epi32(minus_b2(t_hi, true), f5);
+    t_lo = _mm_add_epi32(_mm_sub_epi32(t_lo, c2_lo), f5);
+    t_hi = _mm_add_epi32(_mm_sub_epi32(t_hi, c2_hi), f5);
     // extract_h(L_shl(t, 6 or 7)) = t >> 10 (or 9), saturated to 16 bits.
     const int rshift = q == 11 ? 10 : 9;
     const __m128i r = _mm_packs_epi32(_mm_srai_epi32(t_lo, rshift), _mm_srai_epi32(t_hi, rshift));

@@ -360,69 +360,6 @@ ZEPSAPI ZepStatus zepsLSFQuant_G729_16s(const Zep16s* pLSF, Zep16s* pPrevFreq, Z
  */
 ZEPSAPI ZepStatus zepsLSPQuant_G729_16s(const Zep16s* pLSP, Zep16s* pPrevFreq, Zep16s* pQLSP, Zep16s* pIdx);
 
-/** Size in bytes of the Annex E hybrid-window state: writes 124 (the 31
- *  32-bit recursive autocorrelations rexp of autocorr_hyb_window).
- *  @return zepStsNullPtrErr if pSize is null, else zepStsNoErr. */
-ZEPSAPI ZepStatus zepsWinHybridGetStateSize_G729E_16s(Zep32s* pSize);
-
-/** Initialises the Annex E hybrid-window state (rexp all zero, as the Annex E
- *  coder's reset). @return zepStsNullPtrErr if pState is null. */
-ZEPSAPI ZepStatus zepsWinHybridInit_G729E_16s(Zep8u* pState);
-
-/**
- * Hybrid-window autocorrelation of the G.729 Annex E backward-adaptive
- * order-30 analysis (Annex E autocorr_hyb_window; argument order as there).
- * @param pSrc 145 samples of past synthesised speech (L_ANA_BWD), oldest first.
- * @param pDst 31 autocorrelations r[0..30] (before Lag_window_bwd).
- * @param pState state of zepsWinHybridGetStateSize_G729E_16s bytes; its
- *        recursive part decays by W_FACT = 10368 (Q15) per call.
- * Checks: any null -> zepStsNullPtrErr.
- */
-ZEPSAPI ZepStatus zepsWinHybrid_G729E_16s32s(const Zep16s* pSrc, Zep32s* pDst, Zep8u* pState);
-
-/**
- * Annex E forward LSP quantiser (G.729 Annex E Qua_lspe: Lsp_lsf2, Get_wegt,
- * Relspwede, Lsp_get_quante, Lsf_lsp2): the same search as
- * zepsLSPQuant_G729_16s, but the MA memory is only read; the new codebook
- * vector is returned so that the caller pushes it into its memory
- * (Lsp_prev_update) once the frame's forward/backward decision is taken.
- * Outputs in the reference routine's order:
- * @param pQLSP 10 quantised LSPs, Q15.
- * @param pIdx packed indices {(mode << 7) | L1, (L2 << 5) | L3}.
- * @param pFreqCur the 10 codebook values (Q13) for the MA memory (freq_cur).
- * Checks: any of the five pointers null -> zepStsNullPtrErr. Returns the
- * status of the final LSF -> LSP conversion.
- */
-ZEPSAPI ZepStatus zepsLSPQuant_G729E_16s(const Zep16s* pLSP, const Zep16s* pPrevFreq, Zep16s* pQLSP, Zep16s* pIdx,
-                                         Zep16s* pFreqCur);
-
-/**
- * Annex E forward LSP quantiser in single precision, following the G.729
- * Annex C+ routine qua_lspe (acos/cos conversions, get_wegt, relspwede with
- * the Annex C float codebooks, lsp_get_quante). Argument roles and order as
- * zepsLSPQuant_G729E_16s: pLSP (10 cosines), pPrevFreq (4 x 10 radians,
- * read only), then the outputs pQLSP (10 cosines), pIdx (packed as the
- * 16-bit export) and pFreqCur (10 codebook values, radians).
- * Checks: any of the five pointers null -> zepStsNullPtrErr.
- */
-ZEPSAPI ZepStatus zepsLSPQuant_G729E_32f(const Zep32f* pLSP, const Zep32f* pPrevFreq, Zep32f* pQLSP, Zep16s* pIdx,
-                                         Zep32f* pFreqCur);
-
-/** Size in bytes of the float hybrid-window state: writes 124 (31 floats rexp).
- *  @return zepStsNullPtrErr if pSize is null, else zepStsNoErr. */
-ZEPSAPI ZepStatus zepsWinHybridGetStateSize_G729E_32f(Zep32s* pSize);
-
-/** Initialises the float hybrid-window state (rexp zero). @return zepStsNullPtrErr if pState is null. */
-ZEPSAPI ZepStatus zepsWinHybridInit_G729E_32f(Zep8u* pState);
-
-/**
- * Hybrid-window autocorrelation in single precision (G.729 Annex C+
- * autocorr_hyb_window; argument order as there): pSrc 145 samples of past
- * synthesis, pDst 31 autocorrelations, pState the recursive part (decay
- * 0.31640625 per call). Checks: any null -> zepStsNullPtrErr.
- */
-ZEPSAPI ZepStatus zepsWinHybrid_G729E_32f(const Zep32f* pSrc, Zep32f* pDst, Zep8u* pState);
-
 /**
  * LSF decoder for a good frame (G.729 Lsp_get_quant, the good-frame branch of
  * Lsp_iqua_cs). pIdx = {mode, L1, L2, L3} (L1 taken modulo 128, L2 and L3
@@ -513,6 +450,69 @@ ZEPSAPI ZepStatus zepsLSFDecode_G729_32f(const Zep16s* pIdx, Zep32f* pPrevFreq, 
  * zepStsOutOfRangeErr.
  */
 ZEPSAPI ZepStatus zepsLSFDecodeErased_G729_32f(int maMode, Zep32f* pPrevFreq, const Zep32f* pLSF);
+
+/** Size in bytes of the Annex E hybrid-window state: writes 124 (the 31
+ *  32-bit recursive autocorrelations rexp of autocorr_hyb_window).
+ *  @return zepStsNullPtrErr if pSize is null, else zepStsNoErr. */
+ZEPSAPI ZepStatus zepsWinHybridGetStateSize_G729E_16s(Zep32s* pSize);
+
+/** Initialises the Annex E hybrid-window state (rexp all zero, as the Annex E
+ *  coder's reset). @return zepStsNullPtrErr if pState is null. */
+ZEPSAPI ZepStatus zepsWinHybridInit_G729E_16s(Zep8u* pState);
+
+/**
+ * Hybrid-window autocorrelation of the G.729 Annex E backward-adaptive
+ * order-30 analysis (Annex E autocorr_hyb_window; argument order as there).
+ * @param pSrc 145 samples of past synthesised speech (L_ANA_BWD), oldest first.
+ * @param pDst 31 autocorrelations r[0..30] (before Lag_window_bwd).
+ * @param pState state of zepsWinHybridGetStateSize_G729E_16s bytes; its
+ *        recursive part decays by W_FACT = 10368 (Q15) per call.
+ * Checks: any null -> zepStsNullPtrErr.
+ */
+ZEPSAPI ZepStatus zepsWinHybrid_G729E_16s32s(const Zep16s* pSrc, Zep32s* pDst, Zep8u* pState);
+
+/**
+ * Annex E forward LSP quantiser (G.729 Annex E Qua_lspe: Lsp_lsf2, Get_wegt,
+ * Relspwede, Lsp_get_quante, Lsf_lsp2): the same search as
+ * zepsLSPQuant_G729_16s, but the MA memory is only read; the new codebook
+ * vector is returned so that the caller pushes it into its memory
+ * (Lsp_prev_update) once the frame's forward/backward decision is taken.
+ * Outputs in the reference routine's order:
+ * @param pQLSP 10 quantised LSPs, Q15.
+ * @param pIdx packed indices {(mode << 7) | L1, (L2 << 5) | L3}.
+ * @param pFreqCur the 10 codebook values (Q13) for the MA memory (freq_cur).
+ * Checks: any of the five pointers null -> zepStsNullPtrErr. Returns the
+ * status of the final LSF -> LSP conversion.
+ */
+ZEPSAPI ZepStatus zepsLSPQuant_G729E_16s(const Zep16s* pLSP, const Zep16s* pPrevFreq, Zep16s* pQLSP, Zep16s* pIdx,
+                                         Zep16s* pFreqCur);
+
+/**
+ * Annex E forward LSP quantiser in single precision, following the G.729
+ * Annex C+ routine qua_lspe (acos/cos conversions, get_wegt, relspwede with
+ * the Annex C float codebooks, lsp_get_quante). Argument roles and order as
+ * zepsLSPQuant_G729E_16s: pLSP (10 cosines), pPrevFreq (4 x 10 radians,
+ * read only), then the outputs pQLSP (10 cosines), pIdx (packed as the
+ * 16-bit export) and pFreqCur (10 codebook values, radians).
+ * Checks: any of the five pointers null -> zepStsNullPtrErr.
+ */
+ZEPSAPI ZepStatus zepsLSPQuant_G729E_32f(const Zep32f* pLSP, const Zep32f* pPrevFreq, Zep32f* pQLSP, Zep16s* pIdx,
+                                         Zep32f* pFreqCur);
+
+/** Size in bytes of the float hybrid-window state: writes 124 (31 floats rexp).
+ *  @return zepStsNullPtrErr if pSize is null, else zepStsNoErr. */
+ZEPSAPI ZepStatus zepsWinHybridGetStateSize_G729E_32f(Zep32s* pSize);
+
+/** Initialises the float hybrid-window state (rexp zero). @return zepStsNullPtrErr if pState is null. */
+ZEPSAPI ZepStatus zepsWinHybridInit_G729E_32f(Zep8u* pState);
+
+/**
+ * Hybrid-window autocorrelation in single precision (G.729 Annex C+
+ * autocorr_hyb_window; argument order as there): pSrc 145 samples of past
+ * synthesis, pDst 31 autocorrelations, pState the recursive part (decay
+ * 0.31640625 per call). Checks: any null -> zepStsNullPtrErr.
+ */
+ZEPSAPI ZepStatus zepsWinHybrid_G729E_32f(const Zep32f* pSrc, Zep32f* pDst, Zep8u* pState);
 /** @} */
 
 /** @defgroup g729_pitch G.729 pitch analysis and adaptive codebook
