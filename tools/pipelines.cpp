@@ -236,20 +236,20 @@ SubbandResult subband_round_trip(const std::vector<Zep16s>& pcm, char config, bo
     if (fixed_point) {
         zepsSubbandProcessInit_16s(an.data(), order, F, L, nullptr, init.data());
         zepsSubbandProcessInit_16s(sy.data(), order, F, L, nullptr, init.data());
-        std::vector<Zep32sc> spec(static_cast<std::size_t>(bins));
+        std::vector<Zep32sc> bands(static_cast<std::size_t>(bins));
         for (std::size_t t = 0; t < frames; ++t) {
-            zepsSubbandAnalysis_16s32sc_Sfs(&pcm[t * F], spec.data(), an.data(), 0, buf.data());
-            zepsSubbandSynthesis_32sc16s_Sfs(spec.data(), &r.out[t * F], sy.data(), 0, buf.data());
+            zepsSubbandAnalysis_16s32sc_Sfs(&pcm[t * F], bands.data(), an.data(), 0, buf.data());
+            zepsSubbandSynthesis_32sc16s_Sfs(bands.data(), &r.out[t * F], sy.data(), 0, buf.data());
         }
     } else {
         zepsSubbandProcessInit_32f(an.data(), order, F, L, nullptr, init.data());
         zepsSubbandProcessInit_32f(sy.data(), order, F, L, nullptr, init.data());
-        std::vector<Zep32fc> spec(static_cast<std::size_t>(bins));
+        std::vector<Zep32fc> bands(static_cast<std::size_t>(bins));
         std::vector<Zep32f> in(static_cast<std::size_t>(F)), out(static_cast<std::size_t>(F));
         for (std::size_t t = 0; t < frames; ++t) {
             for (int i = 0; i < F; ++i) in[i] = pcm[t * F + i];
-            zepsSubbandAnalysis_32f32fc(in.data(), spec.data(), an.data(), buf.data());
-            zepsSubbandSynthesis_32fc32f(spec.data(), out.data(), sy.data(), buf.data());
+            zepsSubbandAnalysis_32f32fc(in.data(), bands.data(), an.data(), buf.data());
+            zepsSubbandSynthesis_32fc32f(bands.data(), out.data(), sy.data(), buf.data());
             for (int i = 0; i < F; ++i) r.out[t * F + i] = clamp16(out[i]);
         }
     }
