@@ -2,6 +2,7 @@
 // speech-like and extreme inputs (both builds).
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -121,21 +122,48 @@ TEST(G729LpKernels, FastOperatorsEqualBasicOperators) {
     }
 }
 
+/// Five coefficients (b0, b1, b2, a1, a2) whose absolute values sum to
+/// `total`, with random signs and split.
+void coefficients_summing_to(zeps::test::Rng& rng, int total, std::int16_t* coef) {
+    int left = total;
+    const int slots[5] = {0, 1, 2, 4, 5};
+    for (int k = 0; k < 5; ++k) {
+        const int v = k == 4 ? left : static_cast<int>(rng.uniform(0, left));
+        left -= v;
+        coef[slots[k]] = static_cast<std::int16_t>(rng.chance(2) ? -v : v);
+    }
+    coef[3] = 4096;
+}
+
 TEST(G729LpKernels, HighPassFastPathEqualsSaturatingFilter) {
     // Extreme coefficients and full-scale input drive the filter into every
     // saturation; the export must equal the plain operator form of Pre_Process.
+    // Reps 200.. use coefficients whose absolute sum is 32766..32768, around
+    // the limit below which no partial sum can saturate (the unsaturated
+    // path), and the 140 Hz pre-filter on full-scale input (the final shift
+    // clamps).
+    constexpr std::int16_t kPreFilter[6] = {1899, -3798, 1899, 4096, 7807, -3733};
     zeps::test::Rng rng(3);
-    for (int rep = 0; rep < 200; ++rep) {
+    for (int rep = 0; rep < 400; ++rep) {
         std::int16_t coef[6];
-        for (auto& v : coef) v = rng.s16();
+        if (rep < 200)
+            for (auto& v : coef) v = rng.s16();
+        else if (rep % 4 == 3)
+            std::copy(kPreFilter, kPreFilter + 6, coef);
+        else
+            coefficients_summing_to(rng, 32766 + rep % 4, coef);
         const int sf = rep % 2 ? 12 : 13;
-        std::vector<Zep8u> st(24);
+        std::vector<Zep8u> st(24), st_n8(24);
         zeps::u8::zepsHighPassFilterInit_G729(coef, st.data());
+        zeps::n8::zepsHighPassFilterInit_G729(coef, st_n8.data());
         std::int32_t y1 = 0, y2 = 0;
         std::int16_t x1 = 0, x2 = 0;
         for (int blk = 0; blk < 4; ++blk) {
-            std::vector<std::int16_t> x = rng.vec<std::int16_t>(40), out = x;
+            std::vector<std::int16_t> x = rng.vec<std::int16_t>(40), out = x, out_n8 = x;
             ASSERT_EQ(zeps::u8::zepsHighPassFilter_G729_16s_ISfs(out.data(), 40, sf, st.data()), 0);
+            ASSERT_EQ(zeps::n8::zepsHighPassFilter_G729_16s_ISfs(out_n8.data(), 40, sf, st_n8.data()), 0);
+            ASSERT_EQ(out, out_n8);
+            ASSERT_EQ(st, st_n8);
             for (int i = 0; i < 40; ++i) {
                 const auto e1 = r::L_Extract(y1), e2 = r::L_Extract(y2);
                 std::int32_t acc = r::L_add(r::Mpy_32_16(e1.hi, e1.lo, coef[4]), r::Mpy_32_16(e2.hi, e2.lo, coef[5]));
