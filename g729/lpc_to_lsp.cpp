@@ -88,19 +88,36 @@ Word16 chebps_fast(Word16 x, const Word16* f, int q) {
 
 /// True when no intermediate of chebps can saturate for any |x| <= 1: the
 /// bounds below are in units of f (Q11 or Q10; the 32-bit range is 2^18 of
-/// them), with a margin for the truncations.
+/// them), b_k <= 2 b_(k+1) + b_(k+2) + |f_k| with a margin for the
+/// truncations.
 bool chebps_never_saturates(const Word16* f, int q) {
-    std::int64_t F = 0;
-    for (int i = 1; i <= kHalf; ++i) F = std::max<std::int64_t>(F, f[i] < 0 ? -std::int64_t{f[i]} : f[i]);
+    auto mag = [](Word16 v) { return v < 0 ? -std::int64_t{v} : std::int64_t{v}; };
     const std::int64_t one = std::int64_t{1} << q, limit = (std::int64_t{1} << 18) - 64;
-    std::int64_t b1 = 2 * one + F + 2, b2 = one;
+    std::int64_t b1 = 2 * one + mag(f[1]) + 2, b2 = one;
     for (int i = 2; i < kHalf; ++i) {
-        const std::int64_t t = 2 * b1 + b2 + F + 2;
+        const std::int64_t t = 2 * b1 + b2 + mag(f[i]) + 2;
         if (2 * b1 > limit || t > limit) return false;
         b2 = b1;
         b1 = t;
     }
-    return b1 + b2 + F + 2 <= limit;
+    return b1 + b2 + mag(f[kHalf]) + 2 <= limit;
+}
+
+/// The lane arithmetic of chebps_x8 for one point. The Mpy_32_16 of the
+/// hi/lo split, hi x + ((lo x) >> 15), is ((b >> 1) x) >> 15 for
+/// b = (hi << 16) + (lo << 1), since b >> 1 = hi 2^15 + lo.
+Word16 chebps_unsaturated(Word16 x, const Word16* f, int q) {
+    const std::int64_t X = x;
+    std::int64_t t = X * (q == 11 ? 1024 : 512) + std::int64_t{f[1]} * 8192;
+    std::int64_t c2 = std::int64_t{q == 11 ? 256 : 128} * 65536, c1 = t & ~std::int64_t{1};
+    for (int i = 2; i < kHalf; ++i) {
+        t = 4 * (((t >> 1) * X) >> 15) - c2 + std::int64_t{f[i]} * 8192;
+        c2 = c1;
+        c1 = t & ~std::int64_t{1};
+    }
+    t = 2 * (((t >> 1) * X) >> 15) - c2 + std::int64_t{f[kHalf]} * 4096;
+    const std::int64_t r = t >> (q == 11 ? 10 : 9);
+    return static_cast<Word16>(r > MAX_16 ? MAX_16 : (r < MIN_16 ? MIN_16 : r));
 }
 
 /// chebps at the eight points x[0..7] in 32-bit lanes; exact when
@@ -280,7 +297,7 @@ void az_lsp(const Word16* a, const Word16* old_lsp, Word16* lsp_out, const Word1
             xlow = interpolate_root(xlow, ylow, xhigh, yhigh);
             lsp[nf++] = xlow;
             coef = (coef == f1) ? f2 : f1;
-            ylow = chebps_fast(xlow, coef, q);
+            ylow = batch ? chebps_unsaturated(xlow, coef, q) : chebps_fast(xlow, coef, q);
         }
     }
     const Word16* src = nf < kOrder ? old_lsp : lsp;

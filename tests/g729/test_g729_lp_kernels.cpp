@@ -20,6 +20,7 @@
     std::int16_t chebps(std::int16_t x, const std::int16_t* f, int q);                \
     bool chebps_never_saturates(const std::int16_t* f, int q);                        \
     void chebps_x8(const std::int16_t* x, const std::int16_t* f, int q, std::int16_t* y); \
+    std::int16_t chebps_unsaturated(std::int16_t x, const std::int16_t* f, int q);    \
     }
 ZEPS_DECLARE_LP_KERNELS(u8)
 ZEPS_DECLARE_LP_KERNELS(n8)
@@ -81,11 +82,14 @@ TEST(G729LpKernels, BatchedChebyshevEqualsChebps) {
         ++batched;
         std::int16_t x[8], y8[8], yn[8];
         for (auto& v : x) v = static_cast<std::int16_t>(rng.uniform(-32768, 32767));
+        if (rep % 7 == 0) x[rep % 8] = rep % 2 ? 32767 : -32768;
         zeps::u8::chebps_x8(x, f, q, y8);
         zeps::n8::chebps_x8(x, f, q, yn);
         for (int k = 0; k < 8; ++k) {
             ASSERT_EQ(y8[k], zeps::u8::chebps(x[k], f, q)) << "rep " << rep << " x " << x[k];
             ASSERT_EQ(yn[k], y8[k]);
+            ASSERT_EQ(zeps::u8::chebps_unsaturated(x[k], f, q), y8[k]) << "rep " << rep << " x " << x[k];
+            ASSERT_EQ(zeps::n8::chebps_unsaturated(x[k], f, q), y8[k]);
         }
     }
     EXPECT_GT(batched, 500);
