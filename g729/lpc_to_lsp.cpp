@@ -122,55 +122,45 @@ Word16 chebps_unsaturated(Word16 x, const Word16* f, int q) {
 
 /// chebps at the eight points x[0..7] in 32-bit lanes; exact when
 /// chebps_never_saturates(f, q), since then every operation of the reference
-/// equals its plain integer value.
+/// equals its plain integer value. The sums b are always even (the L_Extract
+/// low part loses no bit), so a lane holds b = (hi << 16) + lo2 with
+/// lo2 = 2 lo, and the reference's Mpy_32_16(hi, lo, x) / 2 is
+/// hi x + floor(lo2 x / 2^16): pmaddwd with (0, x) gives the first term,
+/// pmulhuw of lo2 with x (corrected by lo2 where x < 0, x read unsigned
+/// there) the second.
 void chebps_x8(const Word16* x, const Word16* f, int q, Word16* y) {
     const __m128i zero = _mm_setzero_si128();
     const __m128i xv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x));
-    const __m128i x_lo = _mm_srai_epi32(_mm_unpacklo_epi16(zero, xv), 16);
-    const __m128i x_hi = _mm_srai_epi32(_mm_unpackhi_epi16(zero, xv), 16);
-    const __m128i mask15 = _mm_set1_epi32(0x7fff);
+    const __m128i xh[2] = {_mm_unpacklo_epi16(zero, xv), _mm_unpackhi_epi16(zero, xv)};  // (0, x)
+    const __m128i xl[2] = {_mm_unpacklo_epi16(xv, zero), _mm_unpackhi_epi16(xv, zero)};  // (x, 0)
+    const __m128i neg[2] = {_mm_srai_epi16(xl[0], 15), _mm_srai_epi16(xl[1], 15)};
+    const __m128i one_even = _mm_set1_epi32(1);
     const int xshift = q == 11 ? 10 : 9;
     const __m128i f1 = _mm_set1_epi32(8192 * f[1]);
-    __m128i t_lo = _mm_add_epi32(_mm_slli_epi32(x_lo, xshift), f1);
-    __m128i t_hi = _mm_add_epi32(_mm_slli_epi32(x_hi, xshift), f1);
-    auto hi16 = [](__m128i a, __m128i b) { return _mm_packs_epi32(_mm_srai_epi32(a, 16), _mm_srai_epi32(b, 16)); };
-    auto lo15 = [&](__m128i a, __m128i b) {
-        return _mm_packs_epi32(_mm_and_si128(_mm_srli_epi32(a, 1), mask15), _mm_and_si128(_mm_srli_epi32(b, 1), mask15));
-    };
-    __m128i b1h = hi16(t_lo, t_hi), b1l = lo15(t_lo, t_hi);
-    // b2 and b1 as 32-bit values: (hi << 16) + (lo << 1) is t with bit 0 cleared.
-    const __m128i even = _mm_set1_epi32(~1);
-    __m128i c2_lo = _mm_set1_epi32(q == 11 ? (256 << 16) : (128 << 16)), c2_hi = c2_lo;
-    __m128i c1_lo = _mm_and_si128(t_lo, even), c1_hi = _mm_and_si128(t_hi, even);
-    // 2 * (b1h * x + ((b1l * x) >> 15)), in two halves.
-    auto core = [&](__m128i& lo, __m128i& hi) {
-        const __m128i pl = _mm_mullo_epi16(b1h, xv), ph = _mm_mulhi_epi16(b1h, xv);
-        const __m128i ml = _mm_mullo_epi16(b1l, xv), mh = _mm_mulhi_epi16(b1l, xv);
-        const __m128i m16 = _mm_or_si128(_mm_slli_epi16(mh, 1), _mm_srli_epi16(ml, 15));
-        const __m128i s_lo = _mm_add_epi32(_mm_unpacklo_epi16(pl, ph), _mm_srai_epi32(_mm_unpacklo_epi16(m16, m16), 16));
-        const __m128i s_hi = _mm_add_epi32(_mm_unpackhi_epi16(pl, ph), _mm_srai_epi32(_mm_unpackhi_epi16(m16, m16), 16));
-        lo = _mm_add_epi32(s_lo, s_lo);
-        hi = _mm_add_epi32(s_hi, s_hi);
+    __m128i t[2], c2[2], c1[2];
+    for (int h = 0; h < 2; ++h) {
+        t[h] = _mm_add_epi32(_mm_slli_epi32(_mm_srai_epi32(xh[h], 16), xshift), f1);
+        c2[h] = _mm_set1_epi32(q == 11 ? (256 << 16) : (128 << 16));
+        c1[h] = t[h];
+    }
+    // hi x + floor(lo2 x / 2^16) of each lane of b.
+    auto half_product = [&](__m128i b, int h) {
+        const __m128i m = _mm_sub_epi16(_mm_mulhi_epu16(b, xl[h]), _mm_and_si128(b, neg[h]));
+        return _mm_add_epi32(_mm_madd_epi16(b, xh[h]), _mm_madd_epi16(m, one_even));
     };
     for (int i = 2; i < kHalf; ++i) {
-        core(t_lo, t_hi);
         const __m128i fi = _mm_set1_epi32(8192 * f[i]);
-        t_lo = _mm_add_epi32(_mm_sub_epi32(_mm_add_epi32(t_lo, t_lo), c2_lo), fi);
-        t_hi = _mm_add_epi32(_mm_sub_epi32(_mm_add_epi32(t_hi, t_hi), c2_hi), fi);
-        c2_lo = c1_lo;
-        c2_hi = c1_hi;
-        c1_lo = _mm_and_si128(t_lo, even);
-        c1_hi = _mm_and_si128(t_hi, even);
-        b1h = hi16(t_lo, t_hi);
-        b1l = lo15(t_lo, t_hi);
+        for (int h = 0; h < 2; ++h) {
+            t[h] = _mm_add_epi32(_mm_sub_epi32(_mm_slli_epi32(half_product(t[h], h), 2), c2[h]), fi);
+            c2[h] = c1[h];
+            c1[h] = t[h];
+        }
     }
-    core(t_lo, t_hi);
     const __m128i f5 = _mm_set1_epi32(4096 * f[kHalf]);
-    t_lo = _mm_add_epi32(_mm_sub_epi32(t_lo, c2_lo), f5);
-    t_hi = _mm_add_epi32(_mm_sub_epi32(t_hi, c2_hi), f5);
+    for (int h = 0; h < 2; ++h) t[h] = _mm_add_epi32(_mm_sub_epi32(_mm_slli_epi32(half_product(t[h], h), 1), c2[h]), f5);
     // extract_h(L_shl(t, 6 or 7)) = t >> 10 (or 9), saturated to 16 bits.
     const int rshift = q == 11 ? 10 : 9;
-    const __m128i r = _mm_packs_epi32(_mm_srai_epi32(t_lo, rshift), _mm_srai_epi32(t_hi, rshift));
+    const __m128i r = _mm_packs_epi32(_mm_srai_epi32(t[0], rshift), _mm_srai_epi32(t[1], rshift));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(y), r);
 }
 
