@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "g729/g729_tables.h"
@@ -187,6 +188,35 @@ TEST(G729LpKernels, HighPassFastPathEqualsSaturatingFilter) {
                 x1 = x[i];
             }
         }
+    }
+}
+
+}  // namespace
+
+namespace {
+
+TEST(G729LpKernels, LspToLsfEqualsTableScan) {
+    // Lsp_lsf2's downward scan of table2, on sorted, unsorted and full-scale
+    // LSPs (the index carried from one LSP to the next must never rise).
+    zeps::test::Rng rng(13);
+    for (int rep = 0; rep < 3000; ++rep) {
+        std::vector<std::int16_t> lsp = rng.vec<std::int16_t>(10);
+        if (rep % 3 == 0) std::sort(lsp.begin(), lsp.end(), std::greater<>());
+        if (rep % 5 == 0) lsp[rep % 10] = zeps::table2[rng.uniform(0, 63)];
+        std::vector<std::int16_t> want(10), got(10), got_n8(10);
+        std::int16_t ind = 63;
+        for (int i = 9; i >= 0; --i) {
+            while (r::sub(zeps::table2[ind], lsp[i]) < 0) {
+                ind = r::sub(ind, 1);
+                if (ind <= 0) break;
+            }
+            const std::int32_t t = r::L_mult(zeps::slope_acos[ind], r::sub(lsp[i], zeps::table2[ind]));
+            want[i] = r::mult(r::add(r::shl(ind, 9), r::extract_l(r::L_shr(t, 12))), 25736);
+        }
+        ASSERT_EQ(zeps::u8::zepsLSPToLSF_G729_16s(lsp.data(), got.data()), 0);
+        ASSERT_EQ(zeps::n8::zepsLSPToLSF_G729_16s(lsp.data(), got_n8.data()), 0);
+        ASSERT_EQ(got, want) << "rep " << rep;
+        ASSERT_EQ(got_n8, want) << "rep " << rep;
     }
 }
 
