@@ -18,6 +18,8 @@ void g729_corr240_scalar(const std::int16_t* y, std::int64_t& energy, std::int32
 void g729_corr240_ssse3(const std::int16_t* y, std::int64_t& energy, std::int32_t* r);
 int lsf_first_stage_search(const std::int16_t* target);
 int lsf_first_stage_search_scalar(const std::int16_t* target);
+std::int16_t chebps_unsaturated(std::int16_t x, const std::int16_t* f, int q);
+void chebps_x8(const std::int16_t* x, const std::int16_t* f, int q, std::int16_t* y);
 }  // namespace zeps::u8
 
 namespace {
@@ -144,6 +146,25 @@ void BM_G729_FirstStageSearch(benchmark::State& state) {
 }
 BENCHMARK(BM_G729_FirstStageSearch<false>)->Name("BM_G729_FirstStageSearch_Scalar");
 BENCHMARK(BM_G729_FirstStageSearch<true>)->Name("BM_G729_FirstStageSearch_SSSE3");
+
+/// Chebyshev evaluation of one order-5 polynomial of Az_lsp (Q11) at the
+/// first 64 grid points: eight-lane SSSE3 kernel against its scalar form.
+template <bool Simd>
+void BM_G729_ChebyshevGridKernel(benchmark::State& state) {
+    alignas(16) std::int16_t x[64], y[64];
+    for (int k = 0; k < 64; ++k) x[k] = static_cast<std::int16_t>(32760 - 1024 * k);
+    const std::int16_t f[6] = {2048, -3900, 5800, -6600, 5300, -3000};
+    for (auto _ : state) {
+        if (Simd)
+            for (int k = 0; k < 64; k += 8) z::chebps_x8(x + k, f, 11, y + k);
+        else
+            for (int k = 0; k < 64; ++k) y[k] = z::chebps_unsaturated(x[k], f, 11);
+        benchmark::DoNotOptimize(y);
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(BM_G729_ChebyshevGridKernel<false>)->Name("BM_G729_ChebyshevGridKernel_Scalar");
+BENCHMARK(BM_G729_ChebyshevGridKernel<true>)->Name("BM_G729_ChebyshevGridKernel_SSSE3");
 
 void BM_G729_LagWindow(benchmark::State& state) {
     V32 r(12);

@@ -3,6 +3,7 @@
 // pre-filter) or Q13 (100 Hz post-filter), output memories in double
 // precision (hi/lo), samples Q0.
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include "common/args.h"
@@ -38,6 +39,88 @@ inline std::int64_t memory_term_exact(Word32 y, Word16 a, bool& ok) {
     return m;
 }
 
+/// True when no partial sum of a sample can leave the 32-bit range, whatever
+/// the samples and memories: |2 hi a| <= 2^16 |a|, |2 mult(lo, a)| <= 2 |a|,
+/// |2 x b| <= 2^16 |b|. Holds for the 140 Hz pre-filter (Q12), not for the
+/// 100 Hz post-filter (Q13).
+inline bool sums_never_saturate(const Word16* c) {
+    const std::int64_t a = std::abs(std::int64_t{c[4]}) + std::abs(std::int64_t{c[5]});
+    const std::int64_t b = std::abs(std::int64_t{c[0]}) + std::abs(std::int64_t{c[1]}) + std::abs(std::int64_t{c[2]});
+    return 65536 * (a + b) + 2 * a <= MAX_32;
+}
+
+/// Mpy_32_16(L_Extract(y), a) without saturation: 2 hi a + 2 ((lo a) >> 15)
+/// is 2 (((y >> 1) a) >> 15), since y >> 1 = hi 2^15 + lo.
+inline std::int64_t memory_term_unsaturated(Word32 y, Word16 a) { return 2 * ((std::int64_t{y >> 1} * a) >> 15); }
+
+/// The filter when sums_never_saturate(coef): every L_mult, L_mac and L_add
+/// of the reference is its plain value, only the final L_shl by Shift clamps.
+/// The clamp is a branch (taken only on overload), which keeps it off the
+/// sample-to-sample dependency chain.
+template <int Shift>
+void filter_unsaturated(Zep16s* x, int len, HighPassState& st) {
+    const std::int64_t b0 = 2 * st.coef[0], b1 = 2 * st.coef[1], b2 = 2 * st.coef[2];
+    const Word16 a1 = st.coef[4], a2 = st.coef[5];
+    Word16 xm1 = st.x1, xm2 = st.x2;
+    Word32 y1 = st.y1, y2 = st.y2;
+    for (int i = 0; i < len; ++i) {
+        const Word16 xn = x[i];
+        const std::int64_t rest = memory_term_unsaturated(y2, a2) + xn * b0 + xm1 * b1 + xm2 * b2;
+        const std::int64_t sh = (memory_term_unsaturated(y1, a1) + rest) * (std::int64_t{1} << Shift);
+        Word32 acc = static_cast<Word32>(sh);
+        if (__builtin_expect(sh != acc, 0)) acc = sh > 0 ? MAX_32 : MIN_32;
+        x[i] = round_fx(acc);
+        y2 = y1;
+        y1 = acc;
+        xm2 = xm1;
+        xm1 = xn;
+    }
+    st.y1 = y1;
+    st.y2 = y2;
+    st.x1 = xm1;
+    st.x2 = xm2;
+}
+
+/// The filter for any coefficients: plain 64-bit sums in the reference's
+/// order; each partial sum that the reference saturates is range-checked,
+/// and the sample is redone with the saturating operators when one leaves
+/// the 32-bit range.
+void filter_checked(Zep16s* x, int len, Word16 shift, HighPassState& st) {
+    const Word16 b0 = st.coef[0], b1 = st.coef[1], b2 = st.coef[2], a1 = st.coef[4], a2 = st.coef[5];
+    // x[n-1], x[n-2] and y[n-1], y[n-2] on entry to each sample.
+    Word16 xm1 = st.x1, xm2 = st.x2;
+    Word32 y1 = st.y1, y2 = st.y2;
+    for (int i = 0; i < len; ++i) {
+        const Word16 xn = x[i];
+        bool ok = true;
+        const std::int64_t m1 = memory_term_exact(y1, a1, ok), m2 = memory_term_exact(y2, a2, ok);
+        const std::int64_t s1 = m1 + m2;
+        const std::int64_t s2 = s1 + 2 * std::int64_t{xn} * b0;
+        const std::int64_t s3 = s2 + 2 * std::int64_t{xm1} * b1;
+        const std::int64_t s4 = s3 + 2 * std::int64_t{xm2} * b2;
+        Word32 acc;
+        if (ok & fits32(s1) & fits32(s2) & fits32(s3) & fits32(s4)) {
+            const std::int64_t sh = s4 * (std::int64_t{1} << shift);
+            acc = sh > MAX_32 ? MAX_32 : (sh < MIN_32 ? MIN_32 : static_cast<Word32>(sh));
+        } else {
+            acc = L_add(memory_term(y1, a1), memory_term(y2, a2));
+            acc = L_mac(acc, xn, b0);
+            acc = L_mac(acc, xm1, b1);
+            acc = L_mac(acc, xm2, b2);
+            acc = L_shl_fast(acc, shift);
+        }
+        x[i] = round_fx(acc);
+        y2 = y1;
+        y1 = acc;
+        xm2 = xm1;
+        xm1 = xn;
+    }
+    st.y1 = y1;
+    st.y2 = y2;
+    st.x1 = xm1;
+    st.x2 = xm2;
+}
+
 }  // namespace
 
 ZepStatus zepsHighPassFilterSize_G729(Zep32s* pSize) {
@@ -60,43 +143,12 @@ ZepStatus zepsHighPassFilter_G729_16s_ISfs(Zep16s* pSrcDst, int len, int scaleFa
     if (scaleFactor != 12 && scaleFactor != 13) return zepStsScaleRangeErr;
     HighPassState st;
     std::memcpy(&st, pState, sizeof st);
-    const Word16 b0 = st.coef[0], b1 = st.coef[1], b2 = st.coef[2], a1 = st.coef[4], a2 = st.coef[5];
-    const Word16 shift = static_cast<Word16>(15 - scaleFactor);
-    // x[n-1], x[n-2] and y[n-1], y[n-2] on entry to each sample.
-    Word16 xm1 = st.x1, xm2 = st.x2;
-    Word32 y1 = st.y1, y2 = st.y2;
-    for (int i = 0; i < len; ++i) {
-        const Word16 xn = pSrcDst[i];
-        // Plain 64-bit sums in the reference's order; each partial sum that
-        // the reference saturates is range-checked, and the sample is redone
-        // with the saturating operators when one leaves the 32-bit range.
-        bool ok = true;
-        const std::int64_t m1 = memory_term_exact(y1, a1, ok), m2 = memory_term_exact(y2, a2, ok);
-        const std::int64_t s1 = m1 + m2;
-        const std::int64_t s2 = s1 + 2 * std::int64_t{xn} * b0;
-        const std::int64_t s3 = s2 + 2 * std::int64_t{xm1} * b1;
-        const std::int64_t s4 = s3 + 2 * std::int64_t{xm2} * b2;
-        Word32 acc;
-        if (ok & fits32(s1) & fits32(s2) & fits32(s3) & fits32(s4)) {
-            const std::int64_t sh = s4 * (std::int64_t{1} << shift);
-            acc = sh > MAX_32 ? MAX_32 : (sh < MIN_32 ? MIN_32 : static_cast<Word32>(sh));
-        } else {
-            acc = L_add(memory_term(y1, a1), memory_term(y2, a2));
-            acc = L_mac(acc, xn, b0);
-            acc = L_mac(acc, xm1, b1);
-            acc = L_mac(acc, xm2, b2);
-            acc = L_shl_fast(acc, shift);
-        }
-        pSrcDst[i] = round_fx(acc);
-        y2 = y1;
-        y1 = acc;
-        xm2 = xm1;
-        xm1 = xn;
-    }
-    st.y1 = y1;
-    st.y2 = y2;
-    st.x1 = xm1;
-    st.x2 = xm2;
+    if (!sums_never_saturate(st.coef))
+        filter_checked(pSrcDst, len, static_cast<Word16>(15 - scaleFactor), st);
+    else if (scaleFactor == 12)
+        filter_unsaturated<3>(pSrcDst, len, st);
+    else
+        filter_unsaturated<2>(pSrcDst, len, st);
     std::memcpy(pState, &st, sizeof st);
     return zepStsNoErr;
 }

@@ -24,6 +24,9 @@ void g729_corr240_ssse3(const Word16* y, std::int64_t& energy, Word32* r);
 Word16 chebps(Word16 x, const Word16* f, int q);
 /// True when no intermediate of chebps(x, f, q) can saturate for any x.
 bool chebps_never_saturates(const Word16* f, int q);
+/// chebps in plain integer arithmetic, the scalar form of one chebps_x8
+/// lane; equal to chebps when chebps_never_saturates.
+Word16 chebps_unsaturated(Word16 x, const Word16* f, int q);
 /// chebps at x[0..7] in SSSE3 lanes; equal to chebps when chebps_never_saturates.
 void chebps_x8(const Word16* x, const Word16* f, int q, Word16* y);
 

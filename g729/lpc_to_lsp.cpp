@@ -88,72 +88,79 @@ Word16 chebps_fast(Word16 x, const Word16* f, int q) {
 
 /// True when no intermediate of chebps can saturate for any |x| <= 1: the
 /// bounds below are in units of f (Q11 or Q10; the 32-bit range is 2^18 of
-/// them), with a margin for the truncations.
+/// them), b_k <= 2 b_(k+1) + b_(k+2) + |f_k| with a margin for the
+/// truncations.
 bool chebps_never_saturates(const Word16* f, int q) {
-    std::int64_t F = 0;
-    for (int i = 1; i <= kHalf; ++i) F = std::max<std::int64_t>(F, f[i] < 0 ? -std::int64_t{f[i]} : f[i]);
+    auto mag = [](Word16 v) { return v < 0 ? -std::int64_t{v} : std::int64_t{v}; };
     const std::int64_t one = std::int64_t{1} << q, limit = (std::int64_t{1} << 18) - 64;
-    std::int64_t b1 = 2 * one + F + 2, b2 = one;
+    std::int64_t b1 = 2 * one + mag(f[1]) + 2, b2 = one;
     for (int i = 2; i < kHalf; ++i) {
-        const std::int64_t t = 2 * b1 + b2 + F + 2;
+        const std::int64_t t = 2 * b1 + b2 + mag(f[i]) + 2;
         if (2 * b1 > limit || t > limit) return false;
         b2 = b1;
         b1 = t;
     }
-    return b1 + b2 + F + 2 <= limit;
+    return b1 + b2 + mag(f[kHalf]) + 2 <= limit;
+}
+
+/// The lane arithmetic of chebps_x8 for one point. The Mpy_32_16 of the
+/// hi/lo split, hi x + ((lo x) >> 15), is ((b >> 1) x) >> 15 for
+/// b = (hi << 16) + (lo << 1), since b >> 1 = hi 2^15 + lo.
+Word16 chebps_unsaturated(Word16 x, const Word16* f, int q) {
+    const std::int64_t X = x;
+    std::int64_t t = X * (q == 11 ? 1024 : 512) + std::int64_t{f[1]} * 8192;
+    std::int64_t c2 = std::int64_t{q == 11 ? 256 : 128} * 65536, c1 = t & ~std::int64_t{1};
+    for (int i = 2; i < kHalf; ++i) {
+        t = 4 * (((t >> 1) * X) >> 15) - c2 + std::int64_t{f[i]} * 8192;
+        c2 = c1;
+        c1 = t & ~std::int64_t{1};
+    }
+    t = 2 * (((t >> 1) * X) >> 15) - c2 + std::int64_t{f[kHalf]} * 4096;
+    const std::int64_t r = t >> (q == 11 ? 10 : 9);
+    return static_cast<Word16>(r > MAX_16 ? MAX_16 : (r < MIN_16 ? MIN_16 : r));
 }
 
 /// chebps at the eight points x[0..7] in 32-bit lanes; exact when
 /// chebps_never_saturates(f, q), since then every operation of the reference
-/// equals its plain integer value.
+/// equals its plain integer value. The sums b are always even (the L_Extract
+/// low part loses no bit), so a lane holds b = (hi << 16) + lo2 with
+/// lo2 = 2 lo, and the reference's Mpy_32_16(hi, lo, x) / 2 is
+/// hi x + floor(lo2 x / 2^16): pmaddwd with (0, x) gives the first term,
+/// pmulhuw of lo2 with x (corrected by lo2 where x < 0, x read unsigned
+/// there) the second.
 void chebps_x8(const Word16* x, const Word16* f, int q, Word16* y) {
     const __m128i zero = _mm_setzero_si128();
     const __m128i xv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x));
-    const __m128i x_lo = _mm_srai_epi32(_mm_unpacklo_epi16(zero, xv), 16);
-    const __m128i x_hi = _mm_srai_epi32(_mm_unpackhi_epi16(zero, xv), 16);
-    const __m128i mask15 = _mm_set1_epi32(0x7fff);
+    const __m128i xh[2] = {_mm_unpacklo_epi16(zero, xv), _mm_unpackhi_epi16(zero, xv)};  // (0, x)
+    const __m128i xl[2] = {_mm_unpacklo_epi16(xv, zero), _mm_unpackhi_epi16(xv, zero)};  // (x, 0)
+    const __m128i neg[2] = {_mm_srai_epi16(xl[0], 15), _mm_srai_epi16(xl[1], 15)};
+    const __m128i one_even = _mm_set1_epi32(1);
     const int xshift = q == 11 ? 10 : 9;
     const __m128i f1 = _mm_set1_epi32(8192 * f[1]);
-    __m128i t_lo = _mm_add_epi32(_mm_slli_epi32(x_lo, xshift), f1);
-    __m128i t_hi = _mm_add_epi32(_mm_slli_epi32(x_hi, xshift), f1);
-    auto hi16 = [](__m128i a, __m128i b) { return _mm_packs_epi32(_mm_srai_epi32(a, 16), _mm_srai_epi32(b, 16)); };
-    auto lo15 = [&](__m128i a, __m128i b) {
-        return _mm_packs_epi32(_mm_and_si128(_mm_srli_epi32(a, 1), mask15), _mm_and_si128(_mm_srli_epi32(b, 1), mask15));
-    };
-    __m128i b1h = hi16(t_lo, t_hi), b1l = lo15(t_lo, t_hi);
-    // b2 and b1 as 32-bit values: (hi << 16) + (lo << 1) is t with bit 0 cleared.
-    const __m128i even = _mm_set1_epi32(~1);
-    __m128i c2_lo = _mm_set1_epi32(q == 11 ? (256 << 16) : (128 << 16)), c2_hi = c2_lo;
-    __m128i c1_lo = _mm_and_si128(t_lo, even), c1_hi = _mm_and_si128(t_hi, even);
-    // 2 * (b1h * x + ((b1l * x) >> 15)), in two halves.
-    auto core = [&](__m128i& lo, __m128i& hi) {
-        const __m128i pl = _mm_mullo_epi16(b1h, xv), ph = _mm_mulhi_epi16(b1h, xv);
-        const __m128i ml = _mm_mullo_epi16(b1l, xv), mh = _mm_mulhi_epi16(b1l, xv);
-        const __m128i m16 = _mm_or_si128(_mm_slli_epi16(mh, 1), _mm_srli_epi16(ml, 15));
-        const __m128i s_lo = _mm_add_epi32(_mm_unpacklo_epi16(pl, ph), _mm_srai_epi32(_mm_unpacklo_epi16(m16, m16), 16));
-        const __m128i s_hi = _mm_add_epi32(_mm_unpackhi_epi16(pl, ph), _mm_srai_epi32(_mm_unpackhi_epi16(m16, m16), 16));
-        lo = _mm_add_epi32(s_lo, s_lo);
-        hi = _mm_add_epi32(s_hi, s_hi);
+    __m128i t[2], c2[2], c1[2];
+    for (int h = 0; h < 2; ++h) {
+        t[h] = _mm_add_epi32(_mm_slli_epi32(_mm_srai_epi32(xh[h], 16), xshift), f1);
+        c2[h] = _mm_set1_epi32(q == 11 ? (256 << 16) : (128 << 16));
+        c1[h] = t[h];
+    }
+    // hi x + floor(lo2 x / 2^16) of each lane of b.
+    auto half_product = [&](__m128i b, int h) {
+        const __m128i m = _mm_sub_epi16(_mm_mulhi_epu16(b, xl[h]), _mm_and_si128(b, neg[h]));
+        return _mm_add_epi32(_mm_madd_epi16(b, xh[h]), _mm_madd_epi16(m, one_even));
     };
     for (int i = 2; i < kHalf; ++i) {
-        core(t_lo, t_hi);
         const __m128i fi = _mm_set1_epi32(8192 * f[i]);
-        t_lo = _mm_add_epi32(_mm_sub_epi32(_mm_add_epi32(t_lo, t_lo), c2_lo), fi);
-        t_hi = _mm_add_epi32(_mm_sub_epi32(_mm_add_epi32(t_hi, t_hi), c2_hi), fi);
-        c2_lo = c1_lo;
-        c2_hi = c1_hi;
-        c1_lo = _mm_and_si128(t_lo, even);
-        c1_hi = _mm_and_si128(t_hi, even);
-        b1h = hi16(t_lo, t_hi);
-        b1l = lo15(t_lo, t_hi);
+        for (int h = 0; h < 2; ++h) {
+            t[h] = _mm_add_epi32(_mm_sub_epi32(_mm_slli_epi32(half_product(t[h], h), 2), c2[h]), fi);
+            c2[h] = c1[h];
+            c1[h] = t[h];
+        }
     }
-    core(t_lo, t_hi);
     const __m128i f5 = _mm_set1_epi32(4096 * f[kHalf]);
-    t_lo = _mm_add_epi32(_mm_sub_epi32(t_lo, c2_lo), f5);
-    t_hi = _mm_add_epi32(_mm_sub_epi32(t_hi, c2_hi), f5);
+    for (int h = 0; h < 2; ++h) t[h] = _mm_add_epi32(_mm_sub_epi32(_mm_slli_epi32(half_product(t[h], h), 1), c2[h]), f5);
     // extract_h(L_shl(t, 6 or 7)) = t >> 10 (or 9), saturated to 16 bits.
     const int rshift = q == 11 ? 10 : 9;
-    const __m128i r = _mm_packs_epi32(_mm_srai_epi32(t_lo, rshift), _mm_srai_epi32(t_hi, rshift));
+    const __m128i r = _mm_packs_epi32(_mm_srai_epi32(t[0], rshift), _mm_srai_epi32(t[1], rshift));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(y), r);
 }
 
@@ -280,7 +287,7 @@ void az_lsp(const Word16* a, const Word16* old_lsp, Word16* lsp_out, const Word1
             xlow = interpolate_root(xlow, ylow, xhigh, yhigh);
             lsp[nf++] = xlow;
             coef = (coef == f1) ? f2 : f1;
-            ylow = chebps_fast(xlow, coef, q);
+            ylow = batch ? chebps_unsaturated(xlow, coef, q) : chebps_fast(xlow, coef, q);
         }
     }
     const Word16* src = nf < kOrder ? old_lsp : lsp;

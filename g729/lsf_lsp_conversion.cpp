@@ -22,13 +22,27 @@ bool lsf_to_lsp(const Word16* lsf, Word16* lsp, int n) {
     return true;
 }
 
+namespace {
+
+/// The last index k of table2 with table2[k] >= v (table2 falls strictly
+/// from table2[0] = 32767, so the indices that qualify are 0..k), by a
+/// branch-free binary search.
+inline int last_cosine_at_least(Word16 v) {
+    int k = 0;
+    for (int step = 32; step > 0; step >>= 1) k += table2[k + step] >= v ? step : 0;
+    return k;
+}
+
+}  // namespace
+
 void lsp_to_lsf(const Word16* lsp, Word16* lsf, int n) {
+    // Lsp_lsf2 scans table2 downwards from the previous index while
+    // table2[ind] < lsp[i] (stopping at 0); on the falling table that ends
+    // at the smaller of the previous index and last_cosine_at_least(lsp[i]).
     Word16 ind = 63;
     for (int i = n - 1; i >= 0; --i) {
-        while (sub(table2[ind], lsp[i]) < 0) {
-            ind = sub(ind, 1);
-            if (ind <= 0) break;
-        }
+        const int k = last_cosine_at_least(lsp[i]);
+        if (k < ind) ind = static_cast<Word16>(k);
         const Word16 offset = sub(lsp[i], table2[ind]);
         const Word32 t = L_mult(slope_acos[ind], offset);
         const Word16 freq = add(shl(ind, 9), extract_l(L_shr(t, 12)));

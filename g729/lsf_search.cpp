@@ -57,6 +57,30 @@ inline __m128i load_pair(const Word16* p) {
     return _mm_cvtsi32_si128(v);
 }
 
+/// Running minimum of four distance lanes with the index where each was first
+/// reached (strictly smaller replaces, as the reference's L_sub(d, dmin) < 0;
+/// distances are below 2^30, so the compare equals it).
+struct LaneMin {
+    __m128i value = _mm_set1_epi32(MAX_32);
+    __m128i index = _mm_setzero_si128();
+    void update(__m128i d, __m128i idx) {
+        const __m128i lt = _mm_cmplt_epi32(d, value);
+        value = _mm_or_si128(_mm_and_si128(lt, d), _mm_andnot_si128(lt, value));
+        index = _mm_or_si128(_mm_and_si128(lt, idx), _mm_andnot_si128(lt, index));
+    }
+    /// The first index of the overall minimum: lane l holds the indices equal
+    /// to l mod 4, so among equal minima the smallest index comes first.
+    int first() const {
+        alignas(16) std::int32_t v[4], i[4];
+        _mm_store_si128(reinterpret_cast<__m128i*>(v), value);
+        _mm_store_si128(reinterpret_cast<__m128i*>(i), index);
+        int best = 0;
+        for (int l = 1; l < 4; ++l)
+            if (v[l] < v[best] || (v[l] == v[best] && i[l] < i[best])) best = l;
+        return i[best];
+    }
+};
+
 }  // namespace
 
 int lsf_first_stage_search(const Word16* target) {
@@ -65,7 +89,8 @@ int lsf_first_stage_search(const Word16* target) {
     // with themselves adds both squares of a row.
     __m128i tp[5];
     for (int p = 0; p < 5; ++p) tp[p] = _mm_shuffle_epi32(load_pair(target + 2 * p), 0);
-    alignas(16) std::int32_t dist[128];
+    LaneMin best;
+    __m128i idx = _mm_setr_epi32(0, 1, 2, 3);
     for (int k = 0; k < 128; k += 4) {
         __m128i s = _mm_setzero_si128();
         for (int p = 0; p < 5; ++p) {
@@ -73,12 +98,10 @@ int lsf_first_stage_search(const Word16* target) {
             const __m128i d = _mm_sub_epi16(tp[p], c);
             s = _mm_add_epi32(s, _mm_madd_epi16(d, d));
         }
-        _mm_store_si128(reinterpret_cast<__m128i*>(dist + k), s);
+        best.update(s, idx);
+        idx = _mm_add_epi32(idx, _mm_set1_epi32(4));
     }
-    int cand = 0;
-    for (int i = 1; i < 128; ++i)
-        if (dist[i] < dist[cand]) cand = i;
-    return cand;
+    return best.first();
 }
 
 int lsf_second_stage_search_scalar(const Word16* target, const Word16* cb1, const Word16* w, int first) {
@@ -139,12 +162,10 @@ int lsf_second_stage_search(const Word16* target, const Word16* cb1, const Word1
             acc[2 * blk + 1] = _mm_add_epi32(acc[2 * blk + 1], _mm_madd_epi16(_mm_unpackhi_epi16(m, zero), _mm_unpackhi_epi16(t, zero)));
         }
     }
-    alignas(16) std::int32_t dist[32];
-    for (int i = 0; i < 8; ++i) _mm_store_si128(reinterpret_cast<__m128i*>(dist + 4 * i), acc[i]);
-    int index = 0;
-    for (int k = 1; k < 32; ++k)
-        if (dist[k] < dist[index]) index = k;
-    return index;
+    // acc[2 blk] holds rows 8 blk .. 8 blk + 3, acc[2 blk + 1] the next four.
+    LaneMin best;
+    for (int i = 0; i < 8; ++i) best.update(acc[i], _mm_add_epi32(_mm_setr_epi32(0, 1, 2, 3), _mm_set1_epi32(4 * i)));
+    return best.first();
 }
 
 ZEPS_END_VARIANT

@@ -2,7 +2,9 @@
 // speech-like and extreme inputs (both builds).
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "g729/g729_tables.h"
@@ -19,6 +21,7 @@
     std::int16_t chebps(std::int16_t x, const std::int16_t* f, int q);                \
     bool chebps_never_saturates(const std::int16_t* f, int q);                        \
     void chebps_x8(const std::int16_t* x, const std::int16_t* f, int q, std::int16_t* y); \
+    std::int16_t chebps_unsaturated(std::int16_t x, const std::int16_t* f, int q);    \
     }
 ZEPS_DECLARE_LP_KERNELS(u8)
 ZEPS_DECLARE_LP_KERNELS(n8)
@@ -64,6 +67,12 @@ TEST(G729LpKernels, SimdEqualsScalar) {
             for (int first : {0, 5})
                 ASSERT_EQ(second_simd(t.data(), cb1, w.data(), first), second_scalar(t.data(), cb1, w.data(), first))
                     << "rep " << rep;
+            // Tiny weights make many distances equal: the first row of the
+            // smallest distance must win, as in the reference's scan.
+            for (auto& v : w) v = static_cast<std::int16_t>(rng.uniform(1, 3));
+            for (int first : {0, 5})
+                ASSERT_EQ(second_simd(t.data(), cb1, w.data(), first), second_scalar(t.data(), cb1, w.data(), first))
+                    << "rep " << rep;
         }
     });
 }
@@ -80,11 +89,15 @@ TEST(G729LpKernels, BatchedChebyshevEqualsChebps) {
         ++batched;
         std::int16_t x[8], y8[8], yn[8];
         for (auto& v : x) v = static_cast<std::int16_t>(rng.uniform(-32768, 32767));
+        x[0] = 32767;  // the ends of the range, where the bound is tightest
+        x[1] = -32768;
         zeps::u8::chebps_x8(x, f, q, y8);
         zeps::n8::chebps_x8(x, f, q, yn);
         for (int k = 0; k < 8; ++k) {
             ASSERT_EQ(y8[k], zeps::u8::chebps(x[k], f, q)) << "rep " << rep << " x " << x[k];
             ASSERT_EQ(yn[k], y8[k]);
+            ASSERT_EQ(zeps::u8::chebps_unsaturated(x[k], f, q), y8[k]) << "rep " << rep << " x " << x[k];
+            ASSERT_EQ(zeps::n8::chebps_unsaturated(x[k], f, q), y8[k]);
         }
     }
     EXPECT_GT(batched, 500);
@@ -121,21 +134,48 @@ TEST(G729LpKernels, FastOperatorsEqualBasicOperators) {
     }
 }
 
+/// Five coefficients (b0, b1, b2, a1, a2) whose absolute values sum to
+/// `total`, with random signs and split.
+void coefficients_summing_to(zeps::test::Rng& rng, int total, std::int16_t* coef) {
+    int left = total;
+    const int slots[5] = {0, 1, 2, 4, 5};
+    for (int k = 0; k < 5; ++k) {
+        const int v = k == 4 ? left : static_cast<int>(rng.uniform(0, left));
+        left -= v;
+        coef[slots[k]] = static_cast<std::int16_t>(rng.chance(2) ? -v : v);
+    }
+    coef[3] = 4096;
+}
+
 TEST(G729LpKernels, HighPassFastPathEqualsSaturatingFilter) {
     // Extreme coefficients and full-scale input drive the filter into every
     // saturation; the export must equal the plain operator form of Pre_Process.
+    // Reps 200.. use coefficients whose absolute sum is 32766..32768, around
+    // the limit below which no partial sum can saturate (the unsaturated
+    // path), and the 140 Hz pre-filter on full-scale input (the final shift
+    // clamps).
+    constexpr std::int16_t kPreFilter[6] = {1899, -3798, 1899, 4096, 7807, -3733};
     zeps::test::Rng rng(3);
-    for (int rep = 0; rep < 200; ++rep) {
+    for (int rep = 0; rep < 400; ++rep) {
         std::int16_t coef[6];
-        for (auto& v : coef) v = rng.s16();
+        if (rep < 200)
+            for (auto& v : coef) v = rng.s16();
+        else if (rep % 4 == 3)
+            std::copy(kPreFilter, kPreFilter + 6, coef);
+        else
+            coefficients_summing_to(rng, 32766 + rep % 4, coef);
         const int sf = rep % 2 ? 12 : 13;
-        std::vector<Zep8u> st(24);
+        std::vector<Zep8u> st(24), st_n8(24);
         zeps::u8::zepsHighPassFilterInit_G729(coef, st.data());
+        zeps::n8::zepsHighPassFilterInit_G729(coef, st_n8.data());
         std::int32_t y1 = 0, y2 = 0;
         std::int16_t x1 = 0, x2 = 0;
         for (int blk = 0; blk < 4; ++blk) {
-            std::vector<std::int16_t> x = rng.vec<std::int16_t>(40), out = x;
+            std::vector<std::int16_t> x = rng.vec<std::int16_t>(40), out = x, out_n8 = x;
             ASSERT_EQ(zeps::u8::zepsHighPassFilter_G729_16s_ISfs(out.data(), 40, sf, st.data()), 0);
+            ASSERT_EQ(zeps::n8::zepsHighPassFilter_G729_16s_ISfs(out_n8.data(), 40, sf, st_n8.data()), 0);
+            ASSERT_EQ(out, out_n8);
+            ASSERT_EQ(st, st_n8);
             for (int i = 0; i < 40; ++i) {
                 const auto e1 = r::L_Extract(y1), e2 = r::L_Extract(y2);
                 std::int32_t acc = r::L_add(r::Mpy_32_16(e1.hi, e1.lo, coef[4]), r::Mpy_32_16(e2.hi, e2.lo, coef[5]));
@@ -148,6 +188,35 @@ TEST(G729LpKernels, HighPassFastPathEqualsSaturatingFilter) {
                 x1 = x[i];
             }
         }
+    }
+}
+
+}  // namespace
+
+namespace {
+
+TEST(G729LpKernels, LspToLsfEqualsTableScan) {
+    // Lsp_lsf2's downward scan of table2, on sorted, unsorted and full-scale
+    // LSPs (the index carried from one LSP to the next must never rise).
+    zeps::test::Rng rng(13);
+    for (int rep = 0; rep < 3000; ++rep) {
+        std::vector<std::int16_t> lsp = rng.vec<std::int16_t>(10);
+        if (rep % 3 == 0) std::sort(lsp.begin(), lsp.end(), std::greater<>());
+        if (rep % 5 == 0) lsp[rep % 10] = zeps::table2[rng.uniform(0, 63)];
+        std::vector<std::int16_t> want(10), got(10), got_n8(10);
+        std::int16_t ind = 63;
+        for (int i = 9; i >= 0; --i) {
+            while (r::sub(zeps::table2[ind], lsp[i]) < 0) {
+                ind = r::sub(ind, 1);
+                if (ind <= 0) break;
+            }
+            const std::int32_t t = r::L_mult(zeps::slope_acos[ind], r::sub(lsp[i], zeps::table2[ind]));
+            want[i] = r::mult(r::add(r::shl(ind, 9), r::extract_l(r::L_shr(t, 12))), 25736);
+        }
+        ASSERT_EQ(zeps::u8::zepsLSPToLSF_G729_16s(lsp.data(), got.data()), 0);
+        ASSERT_EQ(zeps::n8::zepsLSPToLSF_G729_16s(lsp.data(), got_n8.data()), 0);
+        ASSERT_EQ(got, want) << "rep " << rep;
+        ASSERT_EQ(got_n8, want) << "rep " << rep;
     }
 }
 
