@@ -65,7 +65,7 @@ Word16 chebps_fast(Word16 x, const Word16* f, int q) {
         const std::int64_t s1 = p2 + u;
         const std::int64_t s2 = s1 - 2 * b2l;
         t = s2 + std::int64_t{f[i]} * 8192;
-        ok = ok & fits32(p1) & fits32(p) & fits32(p2) & fits32(u) & fits32(s1) & fits32(s2) & fits32(t);
+        ok = ok && fits32(p1) && fits32(p) && fits32(p2) && fits32(u) && fits32(s1) && fits32(s2) && fits32(t);
         b2h = b1h;
         b2l = b1l;
         b1h = t >> 16;
@@ -77,7 +77,7 @@ Word16 chebps_fast(Word16 x, const Word16* f, int q) {
     const std::int64_t s1 = p + u;
     const std::int64_t s2 = s1 - 2 * b2l;
     t = s2 + std::int64_t{f[kHalf]} * 4096;
-    ok = ok & fits32(p1) & fits32(p) & fits32(u) & fits32(s1) & fits32(s2) & fits32(t);
+    ok = ok && fits32(p1) && fits32(p) && fits32(u) && fits32(s1) && fits32(s2) && fits32(t);
     if (!ok) return chebps(x, f, q);
     std::int64_t r = t * (q == 11 ? 64 : 128);
     r = r > MAX_32 ? MAX_32 : (r < MIN_32 ? MIN_32 : r);
