@@ -169,7 +169,7 @@ void bisect_batched(Word16& xlow, Word16& ylow, Word16& xhigh, Word16& yhigh, co
     lo[0] = xlow;
     hi[0] = xhigh;
     for (int n = 0; n < nodes; ++n) {
-        pts[n] = add(shr(lo[n], 1), shr(hi[n], 1));
+        pts[n] = add(shr(lo[n], 1), shr(hi[n], 1));  // NOLINT(clang-analyzer-core.CallAndMessage): lo/hi[n] set by the parent node)
         if (2 * n + 2 < nodes) {
             lo[2 * n + 1] = lo[n];  // sign change in the lower part: [xlow, xmid]
             hi[2 * n + 1] = pts[n];
@@ -180,7 +180,7 @@ void bisect_batched(Word16& xlow, Word16& ylow, Word16& xhigh, Word16& yhigh, co
     for (int k = 0; k < nodes; k += 8) chebps_x8(pts + k, coef, q, ys + k);
     int n = 0;
     for (int i = 0; i < bisections; ++i) {
-        if (L_mult(ylow, ys[n]) <= 0) {
+        if (L_mult(ylow, ys[n]) <= 0) {  // NOLINT(clang-analyzer-core.CallAndMessage): chebps_x8 wrote ys[0..nodes))
             yhigh = ys[n];
             xhigh = pts[n];
             n = 2 * n + 1;
