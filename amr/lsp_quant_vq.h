@@ -61,7 +61,7 @@ inline int vq_first_min(const std::uint32_t* s, int n) {
     std::uint32_t s_min = 0x40000000u;
     int best = 0;
     for (int i = 0; i < n; i++) {
-        if (s[i] < s_min) {
+        if (s[i] < s_min) {  // NOLINT(clang-analyzer-core.UndefinedBinaryOperatorResult): scores fill s[0..n)
             s_min = s[i];
             best = i;
         }
@@ -148,7 +148,7 @@ inline int vq_search(const Word16* r, const Word16* dico, const Word16* wf, int 
         scores(r, dico, wf, size, +1, s + size);
         scores(r, dico, wf, size, -1, s_neg);
         for (int i = 0; i < size; i++) {  // candidate order: row, then its negative
-            s[2 * i] = s[size + i];
+            s[2 * i] = s[size + i];  // NOLINT(clang-analyzer-core.uninitialized.Assign): scores wrote s[size..2 size)
             s[2 * i + 1] = s_neg[i];
         }
         return vq_first_min(s, 2 * size);

@@ -139,7 +139,7 @@ Word16 stationarity_ratio(const ZepVAD1State_GSMAMR& st, const Word16* level) {
 void update_cntrl(Vad1& v, const Word16* level) {
     ZepVAD1State_GSMAMR& st = v.st;
     if (st.complex_warning != 0 && st.stat_count < 5) st.stat_count = 5;
-    if ((st.pitch & 0x6000) == 0x6000 || (v.tone & 0x7c00) == 0x7c00) {
+    if ((st.pitch & 0x6000) == 0x6000 || (v.tone & 0x7c00) == 0x7c00) {  // NOLINT(bugprone-branch-clone): the branches of the reference)
         st.stat_count = 20;
     } else if ((st.vadreg & 0x7f80) == 0) {
         st.stat_count = 20;

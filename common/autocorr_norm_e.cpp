@@ -21,7 +21,9 @@ ZepStatus zepsAutoCorr_NormE_16s32s(const Zep16s* pSrc, int len, Zep32s* pDst, i
     for (int k = 1; k < lenDst; ++k) {
         Word32 s = 0;  // |s| <= energy / 2 by Cauchy-Schwarz: no overflow
         for (int n = 0; n + k < len; ++n) s += std::int32_t{pSrc[n]} * pSrc[n + k];
-        pDst[k] = static_cast<Word32>(static_cast<std::uint32_t>(s) << (norm + 1));
+        // norm + 1 <= 30 (r[0] is positive and even here, or zero with norm 0);
+        // the shift is done in 64 bits so that no count is out of range.
+        pDst[k] = static_cast<Word32>(static_cast<std::uint32_t>(std::uint64_t{static_cast<std::uint32_t>(s)} << (norm + 1)));
     }
     *pNorm = norm;
     return zepStsNoErr;

@@ -103,7 +103,7 @@ void subband_fold_32f_split(const float* d, const float* w, int L, int N, float*
     if (N < 8) {
         float u[4];
         subband_fold_32f_scalar(d, w, L, N, u);
-        for (int n = 0; n < N / 2; ++n) re[n] = u[2 * n], im[n] = u[2 * n + 1];
+        for (int n = 0; n < N / 2; ++n) re[n] = u[2 * n], im[n] = u[2 * n + 1];  // NOLINT(clang-analyzer-core.uninitialized.Assign): the fold wrote u[0..N))
         return;
     }
     for (int n = 0; n < N; n += 8) {

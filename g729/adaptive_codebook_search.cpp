@@ -55,13 +55,15 @@ ZepStatus search(Rule rule, Zep16s valOpenDelay, const Zep16s* xn, const Zep16s*
     const Word16 t_max = static_cast<Word16>(r.t_max + kPitchInter4);
     Word16 corr_v[20];
     norm_corr(exc, xn, h, t_min, t_max, corr_v);
-    const Word16* corr = corr_v - t_min;  // corr[t] for t_min <= t <= t_max
+    // corr(t) = corr_v[t - t_min] for t_min <= t <= t_max (indexed, never a
+    // pointer before the array).
+    const auto corr = [&](Word16 t) -> const Word16* { return corr_v + (t - t_min); };
 
-    Word16 max = corr[r.t_min];
+    Word16 max = *corr(r.t_min);
     Word16 lag = r.t_min;
     for (Word16 i = static_cast<Word16>(r.t_min + 1); i <= r.t_max; ++i) {
-        if (corr[i] >= max) {
-            max = corr[i];
+        if (*corr(i) >= max) {
+            max = *corr(i);
             lag = i;
         }
     }
@@ -70,7 +72,7 @@ ZepStatus search(Rule rule, Zep16s valOpenDelay, const Zep16s* xn, const Zep16s*
     if (!(subframe == 0 && lag > 84)) {
         Word16 lo = -2, hi = 2;
         const bool searched = rule == Rule::Base || subframe == 0 || annex_d_window(lag, r.t_max, lo, hi);
-        if (searched) frac = best_fraction(&corr[lag], lo, hi);
+        if (searched) frac = best_fraction(corr(lag), lo, hi);
         if (frac == -2) {
             frac = 1;
             lag = sub(lag, 1);

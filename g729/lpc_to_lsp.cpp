@@ -65,7 +65,7 @@ Word16 chebps_fast(Word16 x, const Word16* f, int q) {
         const std::int64_t s1 = p2 + u;
         const std::int64_t s2 = s1 - 2 * b2l;
         t = s2 + std::int64_t{f[i]} * 8192;
-        ok = ok & fits32(p1) & fits32(p) & fits32(p2) & fits32(u) & fits32(s1) & fits32(s2) & fits32(t);
+        ok = ok && fits32(p1) && fits32(p) && fits32(p2) && fits32(u) && fits32(s1) && fits32(s2) && fits32(t);
         b2h = b1h;
         b2l = b1l;
         b1h = t >> 16;
@@ -77,7 +77,7 @@ Word16 chebps_fast(Word16 x, const Word16* f, int q) {
     const std::int64_t s1 = p + u;
     const std::int64_t s2 = s1 - 2 * b2l;
     t = s2 + std::int64_t{f[kHalf]} * 4096;
-    ok = ok & fits32(p1) & fits32(p) & fits32(u) & fits32(s1) & fits32(s2) & fits32(t);
+    ok = ok && fits32(p1) && fits32(p) && fits32(u) && fits32(s1) && fits32(s2) && fits32(t);
     if (!ok) return chebps(x, f, q);
     std::int64_t r = t * (q == 11 ? 64 : 128);
     r = r > MAX_32 ? MAX_32 : (r < MIN_32 ? MIN_32 : r);
@@ -176,7 +176,7 @@ void bisect_batched(Word16& xlow, Word16& ylow, Word16& xhigh, Word16& yhigh, co
     lo[0] = xlow;
     hi[0] = xhigh;
     for (int n = 0; n < nodes; ++n) {
-        pts[n] = add(shr(lo[n], 1), shr(hi[n], 1));
+        pts[n] = add(shr(lo[n], 1), shr(hi[n], 1));  // NOLINT(clang-analyzer-core.CallAndMessage): lo/hi[n] set by the parent node)
         if (2 * n + 2 < nodes) {
             lo[2 * n + 1] = lo[n];  // sign change in the lower part: [xlow, xmid]
             hi[2 * n + 1] = pts[n];
@@ -187,7 +187,7 @@ void bisect_batched(Word16& xlow, Word16& ylow, Word16& xhigh, Word16& yhigh, co
     for (int k = 0; k < nodes; k += 8) chebps_x8(pts + k, coef, q, ys + k);
     int n = 0;
     for (int i = 0; i < bisections; ++i) {
-        if (L_mult(ylow, ys[n]) <= 0) {
+        if (L_mult(ylow, ys[n]) <= 0) {  // NOLINT(clang-analyzer-core.CallAndMessage): chebps_x8 wrote ys[0..nodes))
             yhigh = ys[n];
             xhigh = pts[n];
             n = 2 * n + 1;

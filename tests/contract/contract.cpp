@@ -220,16 +220,36 @@ Call Call::clone() const {
     c.v = v;
     c.null = null;
     c.init = init;
-    for (const Buffer& b : buf) {
-        Buffer d;
-        d.bytes = b.bytes;
-        if (b.data) {
-            d.data.reset(new std::uint8_t[std::max<std::size_t>(b.bytes, 1)]);
-            std::memcpy(d.data.get(), b.data.get(), std::max<std::size_t>(b.bytes, 1));
-        }
-        c.buf.push_back(std::move(d));
-    }
+    for (std::size_t i = 0; i < buf.size(); ++i) c.buf.push_back(copy_buffer(buf[i], row->args[i].self_ref));
     return c;
+}
+
+namespace {
+/// Calls f(offset) for every aligned pointer-sized word of the block that
+/// points into the block itself.
+template <class F>
+void for_each_inner_pointer(const Buffer& b, F f) {
+    const auto base = reinterpret_cast<std::uintptr_t>(b.data.get());
+    for (std::size_t off = 0; off + sizeof(std::uintptr_t) <= b.bytes; off += sizeof(std::uintptr_t)) {
+        std::uintptr_t w;
+        std::memcpy(&w, b.data.get() + off, sizeof w);
+        if (w >= base && w <= base + b.bytes) f(off, w - base);
+    }
+}
+}  // namespace
+
+Buffer copy_buffer(const Buffer& b, bool self_ref) {
+    Buffer d;
+    d.bytes = b.bytes;
+    if (!b.data) return d;
+    d.data.reset(new std::uint8_t[std::max<std::size_t>(b.bytes, 1)]);
+    std::memcpy(d.data.get(), b.data.get(), std::max<std::size_t>(b.bytes, 1));
+    if (self_ref)
+        for_each_inner_pointer(b, [&](std::size_t off, std::uintptr_t rel) {
+            const std::uintptr_t w = reinterpret_cast<std::uintptr_t>(d.data.get()) + rel;
+            std::memcpy(d.data.get() + off, &w, sizeof w);
+        });
+    return d;
 }
 
 void Call::bind() {
@@ -245,8 +265,14 @@ std::int64_t Call::run() {
 
 std::vector<std::uint8_t> Call::snapshot() const {
     std::vector<std::uint8_t> s;
-    for (const Buffer& b : buf)
-        if (b.data) s.insert(s.end(), b.data.get(), b.data.get() + b.bytes);
+    for (std::size_t i = 0; i < buf.size(); ++i) {
+        const Buffer& b = buf[i];
+        if (!b.data) continue;
+        const std::size_t at = s.size();
+        s.insert(s.end(), b.data.get(), b.data.get() + b.bytes);
+        if (row->args[i].self_ref)  // inner pointers as offsets: equal for equal states
+            for_each_inner_pointer(b, [&](std::size_t off, std::uintptr_t rel) { std::memcpy(&s[at + off], &rel, sizeof rel); });
+    }
     return s;
 }
 
@@ -277,6 +303,9 @@ std::vector<std::string> validate(const Row& row) {
             if (!init || state_arg(*init) != -1 ||
                 std::none_of(init->args.begin(), init->args.end(), [](const Arg& x) { return x.dir == Dir::StateOut; }))
                 p.push_back(where + ": initialiser row missing or without state_out");
+            else if (std::none_of(init->args.begin(), init->args.end(),
+                                  [&](const Arg& x) { return x.dir == Dir::StateOut && x.self_ref == a.self_ref; }))
+                p.push_back(where + ": self-referencing here and in the initialiser's state_out differ");
         }
     }
     for (const Check& c : row.checks) {
@@ -350,9 +379,7 @@ bool materialize(const Plan& plan, int build, Source& src, Call& call, const Pla
         call.init = std::make_shared<const Plan>(init ? *init : valid_plan(irow, src));
         Buffer& sb = call.buf[static_cast<std::size_t>(si)];
         if (state) {
-            sb.bytes = state->bytes;
-            sb.data.reset(new std::uint8_t[std::max<std::size_t>(sb.bytes, 1)]);
-            std::memcpy(sb.data.get(), state->data.get(), std::max<std::size_t>(sb.bytes, 1));
+            sb = copy_buffer(*state, row.args[static_cast<std::size_t>(si)].self_ref);
         } else {
             Call ic;
             if (!materialize(*call.init, build, src, ic)) return false;

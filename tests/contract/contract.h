@@ -64,6 +64,7 @@ Param param_of() {
     if constexpr (std::is_pointer_v<P>) {
         using E = std::remove_cv_t<std::remove_pointer_t<P>>;
         if constexpr (std::is_void_v<E>) return {PKind::Ptr, 0, false};
+        else if constexpr (!requires { sizeof(E); }) return {PKind::Ptr, 0, false};  // opaque state type
         else return {PKind::Ptr, static_cast<unsigned>(sizeof(E)), std::is_signed_v<E>};
     } else if constexpr (std::is_floating_point_v<P>) {
         return {PKind::Float, static_cast<unsigned>(sizeof(P)), true};
@@ -135,6 +136,7 @@ struct Arg {
     bool raw_only = false;
     bool unchecked = false;
     bool precondition = false;
+    bool self_ref = false;
     std::int64_t offset = 0;
     void (*shape)(Call&, int) = nullptr;
     /// A null pointer is valid (documented as optional): never checked.
@@ -145,6 +147,9 @@ struct Arg {
     Arg& raw() { raw_only = true; return *this; }
     /// Contents in lo..hi (and `shape`) are the caller's duty: the fuzzer keeps them valid.
     Arg& pre() { precondition = true; return *this; }
+    /// A state block that holds pointers into itself: a copy has them moved
+    /// to the copy, and snapshots hold them as offsets from the block start.
+    Arg& self_referencing() { self_ref = true; return *this; }
     /// The pointer passed is element k of the buffer (the export reads k elements before it).
     Arg& at(std::int64_t k) { offset = k; return *this; }
     /// Adjusts valid contents after the buffer is filled (per-element ranges).
@@ -287,6 +292,9 @@ struct Call {
     std::vector<std::uint8_t> snapshot() const;  // every buffer's bytes, in order
 };
 
+/// Copies a buffer; for a self-referencing state block, pointers into the
+/// source block are moved to the same offsets in the copy.
+Buffer copy_buffer(const Buffer& b, bool self_ref);
 /// Calls another export of the call's build (size queries inside length functions).
 std::int64_t call_export(const Call& c, const char* name, std::initializer_list<Val> args);
 inline Val I(std::int64_t x) { Val v; v.i = x; return v; }

@@ -62,7 +62,10 @@ TEST(Threads, ConcurrentCallsGiveTheSingleThreadedResults) {
                 std::size_t k = 0;
                 for (const Row* r : rows)
                     for (int build : {0, 1})
-                        if (run_sequence(*r, build, 42) != reference[k++]) ++mismatches;
+                        if (run_sequence(*r, build, 42) != reference[k++]) {
+                            ++mismatches;
+                            ADD_FAILURE() << r->name << " [" << (build ? "n8" : "u8") << "]";
+                        }
             }
         });
     for (auto& th : pool) th.join();
