@@ -35,7 +35,7 @@ inline std::int64_t memory_term_exact(Word32 y, Word16 a, bool& ok) {
     const std::int64_t hi = y >> 16, lo = (y >> 1) & 0x7fff;
     const std::int64_t p = 2 * hi * a;
     const std::int64_t m = p + 2 * ((lo * a) >> 15);
-    ok = ok & fits32(p) & fits32(m);
+    ok = ok && fits32(p) && fits32(m);
     return m;
 }
 
@@ -99,7 +99,7 @@ void filter_checked(Zep16s* x, int len, Word16 shift, HighPassState& st) {
         const std::int64_t s3 = s2 + 2 * std::int64_t{xm1} * b1;
         const std::int64_t s4 = s3 + 2 * std::int64_t{xm2} * b2;
         Word32 acc;
-        if (ok & fits32(s1) & fits32(s2) & fits32(s3) & fits32(s4)) {
+        if (ok && fits32(s1) && fits32(s2) && fits32(s3) && fits32(s4)) {
             const std::int64_t sh = s4 * (std::int64_t{1} << shift);
             acc = sh > MAX_32 ? MAX_32 : (sh < MIN_32 ? MIN_32 : static_cast<Word32>(sh));
         } else {
