@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+#include "common/common_tables.h"
+
 namespace zeps::amr_dtx_tab {
 
 inline constexpr int kDico1Size = 256;     ///< DICO1_SIZE (q_plsf_3)
@@ -34,6 +36,6 @@ extern const std::int16_t dico2_lsf_5[1024];  ///< split 2, 256 x 4
 extern const std::int16_t dico3_lsf_5[1024];  ///< split 3 (signed), 256 x 4
 extern const std::int16_t dico4_lsf_5[1024];  ///< split 4, 256 x 4
 extern const std::int16_t dico5_lsf_5[256];  ///< split 5, 64 x 4
-extern const std::int16_t table[65];  ///< cosine table of Lsf_lsp / Lsp_lsf, Q15
-extern const std::int16_t slope[64];  ///< slopes of the cosine table for Lsp_lsf, Q12
+using zeps::table;  // cosine table of Lsf_lsp / Lsp_lsf, Q15 (common_tables.h)
+using zeps::slope;  // its slopes for Lsp_lsf, Q12
 }  // namespace zeps::amr_dtx_tab

@@ -11,5 +11,10 @@ extern const std::int16_t tabsqr[49];
 extern const std::int16_t tablog[33];
 /// 2^x interpolation table of the ITU-T/3GPP Pow2 routine (Q14..Q15).
 extern const std::int16_t tabpow[33];
+/// Cosine table of the LSP/LSF conversions (Lsf_lsp, Lsp_lsf), Q15; the same
+/// values in ITU-T G.729 and 3GPP TS 26.073.
+extern const std::int16_t table[65];
+/// Slopes of that table for Lsp_lsf, Q12.
+extern const std::int16_t slope[64];
 
 }  // namespace zeps

@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "common/common_tables.h"
+
 namespace zeps {
 
 extern const std::int16_t hamwindow[240];      ///< LP analysis window, Q15
@@ -11,8 +13,6 @@ extern const std::int16_t lag_h[12];           ///< lag window, high parts (Anne
 extern const std::int16_t lag_l[12];           ///< lag window, low parts
 extern const std::int16_t grid[61];            ///< root-search cosine grid, base codec, Q15
 extern const std::int16_t grid_a[51];          ///< root-search cosine grid, Annex A, Q15
-extern const std::int16_t table[65];           ///< Lsp_lsf cosine table, Q15
-extern const std::int16_t slope[64];           ///< Lsp_lsf slopes, Q12
 extern const std::int16_t table2[64];          ///< Lsf_lsp2/Lsp_lsf2 cosine table, Q15
 extern const std::int16_t slope_cos[64];       ///< Lsf_lsp2 slopes, Q12
 extern const std::int16_t slope_acos[64];      ///< Lsp_lsf2 slopes, Q12
