@@ -120,7 +120,7 @@ Buffer make_buffer(std::int64_t elems, unsigned esize) {
     elems = std::clamp<std::int64_t>(elems, 0, kMaxElems);
     Buffer b;
     b.bytes = static_cast<std::size_t>(elems) * esize;
-    b.data.reset(new std::uint8_t[std::max<std::size_t>(b.bytes, 1)]);
+    b.data.reset(alloc_block(b.bytes));
     return b;
 }
 
@@ -242,7 +242,7 @@ Buffer copy_buffer(const Buffer& b, bool self_ref) {
     Buffer d;
     d.bytes = b.bytes;
     if (!b.data) return d;
-    d.data.reset(new std::uint8_t[std::max<std::size_t>(b.bytes, 1)]);
+    d.data.reset(alloc_block(b.bytes));
     std::memcpy(d.data.get(), b.data.get(), std::max<std::size_t>(b.bytes, 1));
     if (self_ref)
         for_each_inner_pointer(b, [&](std::size_t off, std::uintptr_t rel) {

@@ -23,6 +23,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -265,8 +266,24 @@ struct Plan {
     std::vector<bool> null;   // which pointers are null
 };
 
+/// A 16-byte aligned block of exactly max(bytes, 1) bytes, uninitialised.
+inline std::uint8_t* alloc_block(std::size_t bytes) {
+    void* p = nullptr;
+    if (posix_memalign(&p, 16, bytes < 1 ? 1 : bytes) != 0) std::abort();
+    return static_cast<std::uint8_t*>(p);
+}
+
+/// Frees a block from alloc_block.
+struct FreeBlock {
+    void operator()(std::uint8_t* p) const { std::free(p); }
+};
+
 struct Buffer {
-    std::unique_ptr<std::uint8_t[]> data;
+    // 16-byte aligned and exactly `bytes` long (so an overrun is still caught):
+    // every copy of a block then has the same alignment, and a state that the
+    // library places at the first 16-byte boundary inside it lands at the same
+    // offset in the original and in its copies.
+    std::unique_ptr<std::uint8_t[], FreeBlock> data;
     std::size_t bytes = 0;
 };
 
