@@ -1,0 +1,423 @@
+/*
+ * zepsc/amr.h - GSM-AMR and GSM full-rate stages.
+ *
+ * Included by zepsc.h; see the notes there on the conventions every export
+ * follows. Every export of this family is declared here exactly once, as
+ *     ZEPSAPI <return type> <name>(<parameters>);
+ */
+#ifndef ZEPSC_AMR_H
+#define ZEPSC_AMR_H
+
+#include "zepsc/frame.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** @defgroup amr_vad GSM-AMR voice activity detection
+ *  VAD options 1 and 2, open-loop pitch searches, pre-emphasis and the VAD option 2 FFT (3GPP TS 26.073/26.094).
+ *  @{ */
+/* ---- amr_vad: declarations go here ---- */
+/** VAD option 1 state (3GPP TS 26.073 vad1.c, vadState1), 58 16-bit words
+ *  in this order. Set it with zepsVAD1StateReset_GSMAMR before the first
+ *  frame. The tone register, the open-loop lag history of the pitch
+ *  detector and the best high-pass correlation are kept by the caller (see
+ *  zepsOpenLoopPitchSearchDTXVAD1_GSMAMR_16s) and passed to each call. */
+typedef struct ZepVAD1State_GSMAMR {
+    Zep16s sub_level[9];        /**< band levels of the look-ahead part of the previous frame */
+    Zep16s ave_level[9];        /**< averaged band levels (stationarity test) */
+    Zep16s old_level[9];        /**< band levels of the previous frame */
+    Zep16s bckr_est[9];         /**< background-noise estimate per band */
+    Zep16s a_data5[3][2];       /**< memories of the three 5th-order filter sections */
+    Zep16s a_data3[5];          /**< memories of the 3rd-order filter sections */
+    Zep16s burst_count;         /**< length of the current speech burst */
+    Zep16s hang_count;          /**< hangover counter */
+    Zep16s stat_count;          /**< stationarity counter */
+    Zep16s vadreg;              /**< intermediate decisions, newest in bit 14 (0x4000) */
+    Zep16s complex_high;        /**< high-correlation flags */
+    Zep16s complex_low;         /**< medium-correlation flags */
+    Zep16s complex_hang_timer;  /**< frames of continuously very high correlation */
+    Zep16s complex_hang_count;  /**< complex-signal hangover counter */
+    Zep16s complex_warning;     /**< 1 when the complex registers are saturated with flags */
+    Zep16s corr_hp_fast;        /**< smoothed high-pass correlation, Q15 */
+    Zep16s pitch;               /**< pitch-detection flags (written by the open-loop search) */
+} ZepVAD1State_GSMAMR;
+
+/** Sets a VAD option 1 state to the values of the standard's vad1_reset:
+ *  all bands' noise estimate, level average and previous level 150, filter
+ *  memories, look-ahead levels, counters and registers 0, corr_hp_fast 13106
+ *  (0.4 in Q15). The caller's best high-pass correlation starts at 13106 and
+ *  its tone register, lag count and last lag at 0. */
+static inline void zepsVAD1StateReset_GSMAMR(ZepVAD1State_GSMAMR* st) {
+    int i;
+    for (i = 0; i < 9; ++i) {
+        st->sub_level[i] = 0;
+        st->ave_level[i] = 150;
+        st->old_level[i] = 150;
+        st->bckr_est[i] = 150;
+    }
+    for (i = 0; i < 3; ++i) st->a_data5[i][0] = st->a_data5[i][1] = 0;
+    for (i = 0; i < 5; ++i) st->a_data3[i] = 0;
+    st->burst_count = st->hang_count = st->stat_count = st->vadreg = 0;
+    st->complex_high = st->complex_low = st->complex_hang_timer = st->complex_hang_count = 0;
+    st->complex_warning = 0;
+    st->corr_hp_fast = 13106;
+    st->pitch = 0;
+}
+
+/** VAD option 2 state (3GPP TS 26.073 vad2.c, vadState2), fields in the
+ *  reference's order. The pre-emphasis memory is pre_emp_mem (the last
+ *  block-normalised sample of the previous half frame) and its scaling
+ *  exponent is last_normb_shift (the block-normalisation shift it carries);
+ *  each call rescales the memory to the new block's shift. L_R0, L_Rmax and
+ *  LTP_flag are the open-loop pitch results the reference keeps here; this
+ *  library receives the LTP flag as an argument of each call and stores it
+ *  in LTP_flag. Set it with zepsVAD2StateReset_GSMAMR before the first frame. */
+typedef struct ZepVAD2State_GSMAMR {
+    Zep16s pre_emp_mem;          /**< pre-emphasis memory, block-normalised */
+    Zep16s update_cnt;           /**< noise-update counter */
+    Zep16s hyster_cnt;           /**< hysteresis counter */
+    Zep16s last_update_cnt;      /**< update counter of the previous half frame */
+    Zep16s ch_enrg_long_db[16];  /**< long-term channel energies in dB, Q8 */
+    Zep32s Lframe_cnt;           /**< half frames processed */
+    Zep32s Lch_enrg[16];         /**< channel energies, Q9 (shift state 0) or Q4 (state 1) */
+    Zep32s Lch_noise[16];        /**< channel noise estimates, Q9 */
+    Zep16s last_normb_shift;     /**< block-normalisation shift of the pre-emphasis memory */
+    Zep16s tsnr;                 /**< long-term peak SNR in dB, Q8 */
+    Zep16s hangover;             /**< hangover counter */
+    Zep16s burstcount;           /**< speech burst counter */
+    Zep16s fupdate_flag;         /**< forced noise update in the previous half frame */
+    Zep16s negSNRvar;            /**< variance of negative SNR, Q8 */
+    Zep16s negSNRbias;           /**< sensitivity bias from negSNRvar */
+    Zep16s shift_state;          /**< channel energy scaling: 0 = Q9, 1 = Q4 */
+    Zep32s L_R0;                 /**< open-loop energy (kept for the reference layout) */
+    Zep32s L_Rmax;               /**< open-loop max correlation (kept for the reference layout) */
+    Zep32s LTP_flag;             /**< LTP flag of the current frame (0 or 1) */
+} ZepVAD2State_GSMAMR;
+
+/** Sets a VAD option 2 state to the values of the standard's vad2_reset
+ *  (every field 0). */
+static inline void zepsVAD2StateReset_GSMAMR(ZepVAD2State_GSMAMR* st) {
+    int i;
+    st->pre_emp_mem = st->update_cnt = st->hyster_cnt = st->last_update_cnt = 0;
+    for (i = 0; i < 16; ++i) {
+        st->ch_enrg_long_db[i] = 0;
+        st->Lch_enrg[i] = 0;
+        st->Lch_noise[i] = 0;
+    }
+    st->Lframe_cnt = 0;
+    st->last_normb_shift = st->tsnr = st->hangover = st->burstcount = 0;
+    st->fupdate_flag = st->negSNRvar = st->negSNRbias = st->shift_state = 0;
+    st->L_R0 = st->L_Rmax = st->LTP_flag = 0;
+}
+
+/**
+ * GSM-AMR voice activity detection, option 1 (3GPP TS 26.094; bit-exact with
+ * vad1 of TS 26.073), one 20 ms frame.
+ *
+ * The frame power is summed over pSrc[0..159]; the nine-band filter bank runs
+ * on pSrc[40..199]. Below power 343040 bits 14-15 of pState->pitch are
+ * cleared (and of complex_low below 15000); below 15000 the detector takes
+ * its low-power exit (flag 0, counters cleared).
+ *
+ * @param pSrc       200 pre-processed samples: the last 40 samples of the
+ *                   previous frame, then the 160 samples of this frame
+ * @param pState     VAD option 1 state, updated
+ * @param pVadFlag   out: 1 speech, 0 noise
+ * @param bestCorrHp best high-pass filtered normalised correlation of the
+ *                   previous frame's open-loop search (Q15 value in 32 bits,
+ *                   saturated to 16 bits as the reference's best_corr_hp),
+ *                   13106 after reset
+ * @param toneFlag   tone register kept by the open-loop search (read only)
+ * @return zepStsNullPtrErr (pSrc, pState, pVadFlag in that order), else
+ *         zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsVAD1_GSMAMR_16s(const Zep16s* pSrc, ZepVAD1State_GSMAMR* pState, Zep16s* pVadFlag,
+                                      Zep32s bestCorrHp, Zep16s toneFlag);
+
+/**
+ * GSM-AMR voice activity detection, option 2 (3GPP TS 26.094; bit-exact with
+ * vad2 of TS 26.073), one 20 ms frame as two 80-sample halves.
+ *
+ * Each half: frame count, block normalisation (zepsAutoScale_16s, headroom
+ * 2), pre-emphasis by -0.8 (zepsPreemphasize_GSMAMR_16s with -26214, the
+ * memory rescaled by shr_r to the new shift), 128-point FFT
+ * (zepsFFTFwd_RToPerm_GSMAMR_16s_I, 24 leading zeros, 24 trailing), 16
+ * channel energies, voice metric, long-term SNR, hangover, spectral
+ * deviation and the noise-update decision, which ltpFlag vetoes as the
+ * reference's LTP_flag does.
+ *
+ * @param pSrc     160 pre-processed samples
+ * @param pState   VAD option 2 state, updated (LTP_flag is set from ltpFlag)
+ * @param pVadFlag out: 1 when either half is speech, else 0
+ * @param ltpFlag  nonzero when the frame's open-loop pitch gain is high
+ *                 (LTP_flag_update after the previous open-loop search)
+ * @return zepStsNullPtrErr (pSrc, pState, pVadFlag in that order), else
+ *         zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsVAD2_GSMAMR_16s(const Zep16s* pSrc, ZepVAD2State_GSMAMR* pState, Zep16s* pVadFlag,
+                                      Zep32s ltpFlag);
+
+/**
+ * Pre-emphasis of GSM-AMR VAD option 2: pDst[i] = add(pSrc[i],
+ * mult(gamma, pSrc[i-1])), with pSrc[-1] = *pMem; afterwards *pMem =
+ * pSrc[len-1] (3GPP TS 26.073 vad2.c; gamma = -26214 is the -0.8 of the
+ * standard). The factor is applied with mult (truncating Q15 product) and
+ * added, as vad2 does; the decoder post-filter's preemphasis routine, which
+ * subtracts mult(g, x), gives the same result only where both truncations
+ * agree. pSrc and pDst may be the same array.
+ *
+ * @param pSrc  input samples
+ * @param pDst  output samples (len values)
+ * @param len   number of samples
+ * @param gamma filter factor, Q15
+ * @param pMem  in: the sample before pSrc[0]; out: pSrc[len-1]
+ * @return zepStsNullPtrErr (pSrc, pDst, pMem in that order), then
+ *         zepStsSizeErr when len < 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPreemphasize_GSMAMR_16s(const Zep16s* pSrc, Zep16s* pDst, Zep32s len, Zep16s gamma,
+                                              Zep16s* pMem);
+
+/**
+ * In-place 128-point fixed-point real FFT of GSM-AMR VAD option 2 (3GPP
+ * TS 26.073 r_fft.c): a 64-point complex decimation-in-time FFT of the
+ * samples taken as re/im pairs, halving at each of its six stages, then the
+ * real-spectrum split with a further halving. Result in the packed order:
+ * pSrcDst[0] = DC, pSrcDst[1] = Nyquist, then re, im of bins 1..63.
+ *
+ * @param pSrcDst 128 samples in, 128 packed spectrum values out
+ * @return zepStsNullPtrErr for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsFFTFwd_RToPerm_GSMAMR_16s_I(Zep16s* pSrcDst);
+
+/**
+ * GSM-AMR open-loop pitch search without DTX (3GPP TS 26.073 pre_big +
+ * ol_ltp, Pitch_ol and Pitch_ol_wgh with dtx = 0), one 20 ms frame.
+ *
+ * The weighted speech of the four 40-sample subframes is formed as pre_big
+ * does (Weight_Ai with gamma1, or gamma1_12k2 for codes 11, 12 and 25, and
+ * gamma2; Residu; Syn_filt with the caller's memory) behind the 143 samples
+ * of weighted-speech history; then rate 0 and 1 search once over 160 samples
+ * (lags 20..143, both lags equal), rate 12 twice over 80 samples (lags
+ * 18..143, normalised correlation scaled as the reference's MR122), rate 11
+ * twice with the lag-weighted search Pitch_ol_wgh (median of the lag
+ * history), the other rates twice over 80 samples (lags 20..143).
+ * Rate 25 (DTX) is accepted and searched as the reference's ol_ltp treats
+ * MRDTX: gamma1_12k2, two 80-sample searches with lags 18..143, without the
+ * MR122 correlation scaling. Rates other than 11 clear the gain flags.
+ *
+ * @param pSrcLPC        unquantised interpolated A(z) of the 4 subframes, 4 x 11 values, Q12
+ * @param pSrcSpch       170 samples: 10 samples of history, then the 160 samples to weight
+ * @param pWgtFltMem     10 values: weighting-filter (Syn_filt) memory, updated
+ * @param pWgtSpchHist   143 weighted samples before the frame, replaced by the last 143 of the frame
+ * @param pOldLags       5 previous closed-loop lags (median history of rate 11), updated by rate 11
+ * @param pOlGainFlg     2 open-loop gain flags of the halves, written (0 except rate 11)
+ * @param pWghtState     3 values: old_T0_med, ada_w, wght_flg of Pitch_ol_wgh (reset: 40, 0, 0)
+ * @param pDstWgtSpch    out: 160 weighted samples of the frame
+ * @param pDstOpenLoopLag out: the 2 open-loop lags of the halves
+ * @param rate           rate code: 0, 1, 3, 6, 7, 8, 11, 12 or 25
+ * @return zepStsNullPtrErr for the first null pointer in argument order,
+ *         then zepStsRangeErr for an unsupported rate; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsOpenLoopPitchSearchNonDTX_GSMAMR_16s(const Zep16s* pSrcLPC, const Zep16s* pSrcSpch,
+                                                           Zep16s* pWgtFltMem, Zep16s* pWgtSpchHist,
+                                                           Zep16s* pOldLags, Zep16s* pOlGainFlg,
+                                                           Zep16s* pWghtState, Zep16s* pDstWgtSpch,
+                                                           Zep16s* pDstOpenLoopLag, Zep32s rate);
+
+/**
+ * GSM-AMR open-loop pitch search with DTX and VAD option 1: as
+ * zepsOpenLoopPitchSearchNonDTX_GSMAMR_16s, plus the reference's VAD option 1
+ * side effects (dtx = 1): vad_tone_detection_update and vad_tone_detection
+ * in every search, hp_max and vad_complex_detection_update on the second
+ * (or only) search, then vad_pitch_detection on the two lags.
+ *
+ * To keep nine pointers, the Pitch_ol_wgh state and the VAD option 1
+ * registers the search keeps share one array, pWghtVadRegs (8 values):
+ *   [0] old_T0_med, [1] ada_w, [2] wght_flg (reset 40, 0, 0),
+ *   [3] tone register (reset 0),
+ *   [4] pitch register (reset 0),
+ *   [5] oldlag_count, [6] oldlag (reset 0, 0),
+ *   [7] best high-pass correlation, Q15 (reset 13106).
+ * Frame order of the reference encoder (cod_amr): zepsVAD1_GSMAMR_16s on the
+ * frame, then this search on the same frame. The VAD reads what the previous
+ * frame's search left: pass [7] as bestCorrHp and [3] as toneFlag, copy [4]
+ * into the VAD state's pitch word before the VAD call and back into [4]
+ * after it (the VAD clears bits 14-15 of the pitch register on low-power
+ * frames, and the search shifts that value).
+ * Other arguments, checks and statuses as the non-DTX search.
+ */
+ZEPSAPI ZepStatus zepsOpenLoopPitchSearchDTXVAD1_GSMAMR_16s(const Zep16s* pSrcLPC, const Zep16s* pSrcSpch,
+                                                            Zep16s* pWgtFltMem, Zep16s* pWgtSpchHist,
+                                                            Zep16s* pOldLags, Zep16s* pOlGainFlg,
+                                                            Zep16s* pWghtVadRegs, Zep16s* pDstWgtSpch,
+                                                            Zep16s* pDstOpenLoopLag, Zep32s rate);
+
+/**
+ * GSM-AMR open-loop pitch search with DTX and VAD option 2: as
+ * zepsOpenLoopPitchSearchNonDTX_GSMAMR_16s, and also returns the sums over
+ * the frame's searches of the maximum correlation and of the energy at the
+ * chosen lag (the reference's L_Rmax and L_R0 after zeroing them at the
+ * start of the frame), from which the LTP flag for zepsVAD2_GSMAMR_16s is
+ * formed as LTP_flag_update does: L_Rmax > Mpy_32_16(L_R0, thresh) with
+ * thresh 18022 (rates 0, 1), 19660 (rate 11), 21299 (others).
+ *
+ * @param pDstMaxCorr out: L_Rmax (32-bit)
+ * @param pDstEnergy  out: L_R0 (32-bit)
+ * Other arguments, checks (the eleven pointers in order, then the rate) and
+ * statuses as the non-DTX search.
+ */
+ZEPSAPI ZepStatus zepsOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s(const Zep16s* pSrcLPC, const Zep16s* pSrcSpch,
+                                                               Zep16s* pWgtFltMem, Zep16s* pWgtSpchHist,
+                                                               Zep16s* pOldLags, Zep16s* pOlGainFlg,
+                                                               Zep16s* pWghtState, Zep16s* pDstWgtSpch,
+                                                               Zep16s* pDstOpenLoopLag, Zep32s* pDstMaxCorr,
+                                                               Zep32s* pDstEnergy, Zep32s rate);
+/** @} */
+
+/** @defgroup amr_dtx GSM-AMR DTX
+ *  DTX history buffers, the DTX handler, SID parameters and the LSP quantiser (3GPP TS 26.073/26.093).
+ *  @{ */
+/* ---- amr_dtx: declarations go here ---- */
+/**
+ * GSM-AMR encoder DTX history update (3GPP TS 26.073 dtx_enc.c, dtx_buffer).
+ *
+ * Advances the history pointer (7 wraps to 0), copies the LSP vector into
+ * row pointer of the LSP history and stores the frame's log energy, halved,
+ * at the same place: log_en = (e << 10) + (f >> 5) - 8521, where e, f are the
+ * Log2 exponent and Q15 fraction of the saturating sum of 2 x^2 over the 160
+ * samples and 8521 = log2(160) in Q10; the history keeps log_en >> 1.
+ *
+ * @param pSrcSpch          160 speech samples of the frame (the encoder's new_speech, pre-processed)
+ * @param pSrcLSP           10 LSPs of the frame, Q15 (the encoder's unquantised lsp_new)
+ * @param pHistPtr          in/out: history pointer 0..7 (hist_ptr). A value outside 0..7 is taken
+ *                          modulo 8 (the library never writes one; the reference would address
+ *                          outside its buffers)
+ * @param pLSPHistory       in/out: 8 x 10 LSP history, Q15, row-major (lsp_hist)
+ * @param pLogEnergyHistory in/out: 8 log energies, Q10, halved (log_en_hist)
+ * @return zepStsNullPtrErr for any null pointer (checked in argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsEncDTXBuffer_GSMAMR_16s(const Zep16s* pSrcSpch, const Zep16s* pSrcLSP, Zep16s* pHistPtr,
+                                              Zep16s* pLSPHistory, Zep16s* pLogEnergyHistory);
+
+/**
+ * GSM-AMR encoder DTX handler (3GPP TS 26.073 dtx_enc.c, tx_dtx_handler).
+ *
+ * The elapsed count is incremented with saturation (32767 stays 32767) and
+ * the SID flag cleared. A nonzero VAD flag sets the hangover count to 7.
+ * Otherwise, with a hangover count of 0, the elapsed count is cleared, the
+ * used mode becomes 25 (DTX) and the SID flag 1; with a nonzero hangover
+ * count, it is decremented and the used mode becomes 25 when elapsed count +
+ * hangover count < 30. The used mode is otherwise left as passed.
+ *
+ * @param pHangoverCount in/out: dtxHangoverCount (reset value 7)
+ * @param pElapsedCount  in/out: decAnaElapsedCount, frames since the last SID analysis (reset value 32767)
+ * @param pUsedMode      in/out: the frame's rate code; 25 written when the frame becomes a DTX frame
+ * @param pSidFlag       out: 1 when a new SID frame may be computed (compute_new_sid_possible), else 0
+ * @param vadFlag        the frame's VAD decision, nonzero = speech
+ * @return zepStsNullPtrErr for any null pointer (checked in argument order), else zepStsNoErr.
+ *         The used mode is not range-checked.
+ */
+ZEPSAPI ZepStatus zepsEncDTXHandler_GSMAMR_16s(Zep16s* pHangoverCount, Zep16s* pElapsedCount, Zep16s* pUsedMode,
+                                               Zep16s* pSidFlag, Zep16s vadFlag);
+
+/**
+ * GSM-AMR decoder DTX history update (3GPP TS 26.073 dtx_dec.c,
+ * dtx_dec_activity_update), run on every decoded speech frame.
+ *
+ * As zepsEncDTXBuffer_GSMAMR_16s, but with the decoder's LSF vector and with
+ * the log energy stored without halving (the decoder reads it as Q11).
+ * The reference keeps two pointers that move together, lsf_hist_ptr (an
+ * element offset 0, 10, .., 70) and log_en_hist_ptr (0..7); pHistPtr is
+ * log_en_hist_ptr and the LSF row starts at 10 x pHistPtr.
+ *
+ * @param pSrcSpch          160 synthesised speech samples
+ * @param pSrcLSF           10 LSFs of the frame (the decoder's past_lsf_q)
+ * @param pHistPtr          in/out: history pointer 0..7; a value outside 0..7 is taken modulo 8
+ * @param pLSFHistory       in/out: 8 x 10 LSF history, row-major (lsf_hist)
+ * @param pLogEnergyHistory in/out: 8 log energies, Q10 (log_en_hist)
+ * @return zepStsNullPtrErr for any null pointer (checked in argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecDTXBuffer_GSMAMR_16s(const Zep16s* pSrcSpch, const Zep16s* pSrcLSF, Zep16s* pHistPtr,
+                                              Zep16s* pLSFHistory, Zep16s* pLogEnergyHistory);
+
+/**
+ * GSM-AMR SID parameters (3GPP TS 26.073 dtx_enc.c, dtx_enc, with its
+ * Q_plsf_3 call in MRDTX and the gain predictor update).
+ *
+ * When computeSidFlag is nonzero, or the stored energy index pSidParams[4]
+ * is 0 (the reference's log_en_index == 0 test), new parameters are
+ * computed: the 8 LSP vectors are averaged (sum >> 3) and the 8 halved log
+ * energies averaged as (sum of x >> 2) >> 1; the energy index is
+ * (log_en + 2560 + 128) >> 8 limited to 0..63; both gain predictor memories
+ * are set from it (past_qua_en = min(0, max(-14436, (index << 8) - 11560)),
+ * past_qua_en_MR122 = mult(5443, past_qua_en)); the averaged LSPs are ordered
+ * through the LSF domain (Lsp_lsf, Reorder_lsf with gap 205, Lsf_lsp) and
+ * quantised by zepsLSPQuant_GSMAMR_16s with rate code 25, which overwrites
+ * the predictor memory. Otherwise nothing is written and the stored
+ * parameters in pSidParams are the ones to send again.
+ *
+ * The argument order follows the reference routine: the DTX state (history
+ * and stored parameters), the quantiser state, the gain predictor state;
+ * the flag comes last by value, as in zepsEncDTXHandler_GSMAMR_16s.
+ *
+ * @param pLSPHistory       8 x 10 LSP history, Q15 (as zepsEncDTXBuffer_GSMAMR_16s keeps it)
+ * @param pLogEnergyHistory 8 log energies, Q10 halved (as zepsEncDTXBuffer_GSMAMR_16s keeps them)
+ * @param pSidParams        in/out: the 5 SID parameters in bit-stream order: init_lsf_vq_index
+ *                          (3 bits), lsp_index[0..2] (8, 9, 9 bits), log_en_index (6 bits); on
+ *                          entry the stored values of the previous SID (zeros at reset)
+ * @param pPastRq           in/out: 10 values, the LSP quantiser's predictor memory (past_rq)
+ * @param pPastQuaEn        in/out: 4 values, gain predictor memory past_qua_en (Q10, log2)
+ * @param pPastQuaEnMR122   in/out: 4 values, gain predictor memory past_qua_en_MR122 (Q10, 20 log10)
+ * @param computeSidFlag    nonzero: compute new parameters (the handler's SID flag)
+ * @return zepStsNullPtrErr for any null pointer (checked in argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsEncDTXSID_GSMAMR_16s(const Zep16s* pLSPHistory, const Zep16s* pLogEnergyHistory,
+                                           Zep16s* pSidParams, Zep16s* pPastRq, Zep16s* pPastQuaEn,
+                                           Zep16s* pPastQuaEnMR122, Zep16s computeSidFlag);
+
+/**
+ * GSM-AMR LSP quantiser (3GPP TS 26.073 q_plsf_3.c Q_plsf_3 and q_plsf_5.c
+ * Q_plsf_5), selected by rate code as the reference encoder does.
+ *
+ * - Rate 12 (MR122), Q_plsf_5: two LSP vectors (2nd and 4th subframe) after
+ *   MA prediction (factor 0.65, mean_lsf_5) quantised jointly by split
+ *   matrix quantisation in 5 parts; pSrcLSP, pDstQLSP hold 20 values (the
+ *   two vectors one after the other), pDstIndex receives 5 indices.
+ * - Rates 0, 1, 3, 6, 7, 8, 11, Q_plsf_3: one LSP vector after MA prediction
+ *   (pred_fac_3, mean_lsf_3) quantised by split-VQ 3 + 3 + 4 (codebooks of
+ *   MR475/MR515: dico1_lsf_3, half of dico2_lsf_3, mr515_3_lsf; MR795:
+ *   mr795_1_lsf, dico2_lsf_3, dico3_lsf_3; others: dico1/2/3_lsf_3);
+ *   10 values in and out, 3 indices.
+ * - Rate 25 (SID frame), Q_plsf_3 in MRDTX: the predictor memory is replaced
+ *   by the start vector of past_rq_init giving the smallest residual energy;
+ *   10 values in and out, pDstIndex receives 4 values: the 3 indices, then
+ *   that start vector's index (pred_init_i).
+ * The quantised LSFs are spaced by at least 205 (Reorder_lsf) before the
+ * conversion back to LSPs; the residual is stored as the new predictor
+ * memory. Decision where the reference would read outside its cosine table
+ * (Lsf_lsp given a quantised LSF outside 0..16384, e.g. from a corrupt
+ * predictor memory): an LSF of 16384 or more converts to -32768 (the
+ * reference's value at exactly 16384), a negative one to 32767. The same
+ * conversion serves zepsEncDTXSID_GSMAMR_16s.
+ *
+ * Arguments follow the reference's order (state, input, output, indices),
+ * with the rate code last.
+ *
+ * @param pPastRq   in/out: 10 values, predictor memory past_rq (LSF residual, 16384 = 4 kHz)
+ * @param pSrcLSP   10 (or 20 for rate 12) unquantised LSPs, Q15
+ * @param pDstQLSP  out: 10 (or 20) quantised LSPs, Q15
+ * @param pDstIndex out: 3 indices (5 for rate 12, 4 for rate 25)
+ * @param rate      rate code: 0, 1, 3, 6, 7, 8, 11, 12 or 25
+ * @return zepStsNullPtrErr for a null pointer (checked in argument order), then zepStsRangeErr for
+ *         any other rate code; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLSPQuant_GSMAMR_16s(Zep16s* pPastRq, const Zep16s* pSrcLSP, Zep16s* pDstQLSP,
+                                          Zep16s* pDstIndex, Zep32s rate);
+/** @} */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* ZEPSC_AMR_H */

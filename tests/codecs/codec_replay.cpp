@@ -1,0 +1,71 @@
+#include "tests/codecs/codec_replay.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+
+#include "zepsc.h"
+
+namespace zeps::codec_test {
+
+std::string shared_dir() {
+    const char* env = std::getenv("ZEPS_SHARED_DIR");
+    return env && *env ? env : ZEPS_SHARED_DIR;
+}
+
+std::vector<std::uint8_t> read_bytes(const std::string& path) {
+    std::ifstream f(path, std::ios::binary);
+    if (!f) {
+        ADD_FAILURE() << "cannot open " << path;
+        return {};
+    }
+    return {std::istreambuf_iterator<char>(f), std::istreambuf_iterator<char>()};
+}
+
+std::vector<std::int16_t> read_pcm(const std::string& path) {
+    const std::vector<std::uint8_t> b = read_bytes(path);
+    std::vector<std::int16_t> pcm(b.size() / 2);
+    for (std::size_t i = 0; i < pcm.size(); ++i)
+        pcm[i] = static_cast<std::int16_t>(b[2 * i] | (b[2 * i + 1] << 8));
+    return pcm;
+}
+
+const zepsc_cli::CodecSpec& codec(const std::string& name) {
+    const zepsc_cli::CodecSpec* c = zepsc_cli::find_codec(name);
+    if (!c) throw std::runtime_error("no codec named " + name);
+    return *c;
+}
+
+namespace {
+template <class T>
+void expect_same(const std::vector<T>& got, const std::vector<T>& want, std::size_t frame, const std::string& what,
+                 const char* unit) {
+    if (got == want) return;
+    std::size_t i = 0;
+    while (i < got.size() && i < want.size() && got[i] == want[i]) ++i;
+    ADD_FAILURE() << what << ": " << got.size() << " " << unit << " against " << want.size() << " expected; first "
+                  << "difference at " << unit << " " << i << " (frame " << i / frame << ")";
+}
+}  // namespace
+
+void expect_same_bytes(const std::vector<std::uint8_t>& got, const std::vector<std::uint8_t>& want,
+                       std::size_t frame_bytes, const std::string& what) {
+    expect_same(got, want, frame_bytes, what, "bytes");
+}
+
+void expect_same_pcm(const std::vector<std::int16_t>& got, const std::vector<std::int16_t>& want,
+                     std::size_t frame_samples, const std::string& what) {
+    expect_same(got, want, frame_samples, what, "samples");
+}
+
+// Every replay runs on the processor build ctest asked for (u8 or n8).
+TEST(CodecBuild, IsTheOneAskedFor) {
+    const char* want = std::getenv("ZEPS_EXPECT_BUILD");
+    if (!want) GTEST_SKIP() << "run outside ctest: whichever build this processor selects";
+    EXPECT_STREQ(zepscGetLibVersion()->targetCpu, want);
+}
+
+}  // namespace zeps::codec_test
