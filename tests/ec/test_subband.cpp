@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <random>
 
 #include "tests/ec/subband_fixture.h"
 #include "tests/variant_check.h"
@@ -125,6 +126,97 @@ TEST(Subband, ProcessingChecksPointersAndReportsFftFailures) {
     EXPECT_EQ(u8::zepsSubbandSynthesis_32sc16s_Sfs(X.data(), y.data(), s.state.p, -32, s.buf.p), zepStsErr);
     EXPECT_EQ(s.state.bytes(), s0);
     EXPECT_TRUE(std::all_of(y.begin(), y.end(), [](Zep16s v) { return v == 7; }));
+}
+
+/// A block holding something other than a state built in it.
+enum class Bad { Zero, Random, Copied, Realigned, LengthEdited, OtherPrecision };
+
+/// The state block of `good` spoilt as `bad` (`other`: a state of the other
+/// precision of the same configuration).
+Block spoilt(const Block& good, const Block& other, Bad bad) {
+    Block b(good);  // a byte copy at another address (and the same skew)
+    switch (bad) {
+        case Bad::Zero: std::memset(b.p, 0, b.size); break;
+        case Bad::Random: {
+            std::mt19937 r(11);
+            for (std::size_t i = 0; i < b.size; ++i) b.p[i] = static_cast<std::uint8_t>(r());
+            break;
+        }
+        case Bad::Copied: break;
+        case Bad::Realigned: {  // moved to another place inside its buffer
+            Block m(good.size, good.skew + 8);
+            std::memcpy(m.p, good.p, good.size);
+            return m;
+        }
+        case Bad::LengthEdited: {  // in place: pointers right, length wrong
+            Block e(good.size, good.skew);
+            std::memcpy(e.p, good.p, good.size);
+            return e;  // edited by the caller (needs the original addresses)
+        }
+        case Bad::OtherPrecision: {
+            Block o(std::max(good.size, other.size), good.skew);
+            std::memcpy(o.p, other.p, other.size);
+            return o;
+        }
+    }
+    return b;
+}
+
+// A copied, moved, zero, random or edited block is refused (-5) before its
+// pointers are used: nothing read out of bounds (sanitizers), nothing written.
+TEST(Subband, ProcessingRefusesABlockThatIsNotAStateBuiltThere) {
+    for (const Config c : {kA, kB})
+        for (Bad bad : {Bad::Zero, Bad::Random, Bad::Copied, Bad::Realigned, Bad::LengthEdited, Bad::OtherPrecision}) {
+            SCOPED_TRACE(testing::Message() << "order " << c.order << ", case " << static_cast<int>(bad));
+            Bank16s<> b16(c.order, c.F, c.L, nullptr);
+            Bank32f<> b32(c.order, c.F, c.L, nullptr);
+            const int N = 1 << c.order;
+            for (bool fixed : {true, false}) {
+                Block& good = fixed ? b16.state : b32.state;
+                Block st = spoilt(good, fixed ? b32.state : b16.state, bad);
+                if (bad == Bad::LengthEdited) {
+                    // Same block address as a fresh Init there would use.
+                    ASSERT_EQ(fixed ? u8::zepsSubbandProcessInit_16s(st.p, c.order, c.F, c.L, nullptr, nullptr)
+                                    : u8::zepsSubbandProcessInit_32f(st.p, c.order, c.F, c.L, nullptr, nullptr),
+                              zepStsNoErr);
+                    std::int32_t len;
+                    const std::size_t at = static_cast<std::size_t>((16 - (reinterpret_cast<std::uintptr_t>(st.p) & 15)) & 15) + (fixed ? 24 : 0);
+                    std::memcpy(&len, st.p + at, 4);
+                    len += N;
+                    std::memcpy(st.p + at, &len, 4);
+                }
+                Block& buf = fixed ? b16.buf : b32.buf;
+                const auto st0 = st.bytes(), buf0 = buf.bytes();
+                std::vector<Zep16s> x(c.F, 1000), y(c.F, 7);
+                std::vector<Zep32sc> X(N / 2 + 1, Zep32sc{9, 9});
+                std::vector<float> xf(c.F, 1.0f), yf(c.F, 7.0f);
+                std::vector<Zep32fc> Xf(N / 2 + 1, Zep32fc{9, 9});
+                for (int build : {0, 1}) {
+                    if (fixed) {
+                        EXPECT_EQ((build ? n8::zepsSubbandAnalysis_16s32sc_Sfs : u8::zepsSubbandAnalysis_16s32sc_Sfs)(
+                                      x.data(), X.data(), st.p, 0, buf.p), zepStsBadArgErr);
+                        EXPECT_EQ((build ? n8::zepsSubbandSynthesis_32sc16s_Sfs : u8::zepsSubbandSynthesis_32sc16s_Sfs)(
+                                      X.data(), y.data(), st.p, 0, buf.p), zepStsBadArgErr);
+                    } else {
+                        EXPECT_EQ((build ? n8::zepsSubbandAnalysis_32f32fc : u8::zepsSubbandAnalysis_32f32fc)(
+                                      xf.data(), Xf.data(), st.p, buf.p), zepStsBadArgErr);
+                        EXPECT_EQ((build ? n8::zepsSubbandSynthesis_32fc32f : u8::zepsSubbandSynthesis_32fc32f)(
+                                      Xf.data(), yf.data(), st.p, buf.p), zepStsBadArgErr);
+                    }
+                }
+                EXPECT_EQ(st.bytes(), st0);
+                EXPECT_EQ(buf.bytes(), buf0);
+                EXPECT_TRUE(std::all_of(X.begin(), X.end(), [](Zep32sc v) { return v.re == 9 && v.im == 9; }));
+                EXPECT_TRUE(std::all_of(Xf.begin(), Xf.end(), [](Zep32fc v) { return v.re == 9 && v.im == 9; }));
+                EXPECT_TRUE(std::all_of(y.begin(), y.end(), [](Zep16s v) { return v == 7; }));
+                EXPECT_TRUE(std::all_of(yf.begin(), yf.end(), [](float v) { return v == 7.0f; }));
+            }
+            // The originals still work: the check refuses nothing valid.
+            std::vector<Zep16s> x(c.F, 1000);
+            b16.analyse(x.data(), 0);
+            std::vector<float> xf(c.F, 1.0f);
+            b32.analyse(xf.data());
+        }
 }
 
 // ---------------------------------------------------------------- windows and edge cases
