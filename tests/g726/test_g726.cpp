@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 #include "g722/g726_coder.h"
@@ -49,6 +50,59 @@ TEST(G726, ResultsDoNotDependOnBlockCutting) {
                 EXPECT_EQ(x, y) << rate << " law " << law;
                 EXPECT_EQ(dw.bytes, ds.bytes) << rate << " law " << law;
             }
+        }
+    }
+}
+
+/// The state words at their G.726 widths (YL 19 bits, YU 13, DMS 12, DML
+/// 14, AP 10, TD and the PK signs 1): what the coder reads of any block.
+void mask_to_word_widths(std::uint8_t* block) {
+    using zeps::ZEPS_VARIANT_NS::g726::Core;
+    auto mask = [&](std::size_t off, auto width_mask) {
+        decltype(width_mask) w;
+        std::memcpy(&w, block + off, sizeof w);
+        w = static_cast<decltype(w)>(w & width_mask);
+        std::memcpy(block + off, &w, sizeof w);
+    };
+    mask(offsetof(Core, yl), std::int32_t{0x7FFFF});
+    mask(offsetof(Core, yu), std::int16_t{8191});
+    mask(offsetof(Core, dms), std::int16_t{4095});
+    mask(offsetof(Core, dml), std::int16_t{16383});
+    mask(offsetof(Core, ap), std::int16_t{1023});
+    for (std::size_t off : {offsetof(Core, td), offsetof(Core, pk1), offsetof(Core, pk2)}) mask(off, std::int16_t{1});
+}
+
+// Any bytes in a state block (a zeroed, stale or overwritten block) give
+// defined arithmetic (the sanitizer build checks the shifts and sums) and
+// the coding of the words read at their widths; both builds agree.
+TEST(G726, AnyStateContentIsReadAtTheWordWidths) {
+    const auto pcm = speech14("loud.s16", 4000, 160);
+    std::vector<std::uint8_t> codes(160);
+    for (std::size_t n = 0; n < codes.size(); ++n) codes[n] = static_cast<std::uint8_t>((n * 2654435761u) >> 24);
+    for (int k = 0; k < 12; ++k) {
+        Block garbage;
+        constexpr std::uint8_t kFill[4] = {0x00, 0xFF, 0x80, 0x7F};
+        if (k < 4) std::fill(garbage.bytes.begin(), garbage.bytes.end(), kFill[k]);
+        else
+            for (std::size_t i = 0; i < garbage.bytes.size(); ++i)
+                garbage.bytes[i] = static_cast<std::uint8_t>(((i + 1) * (k * 40503u + 1)) >> 7);
+        Block masked = garbage;
+        mask_to_word_widths(masked.bytes.data());
+        std::vector<std::uint8_t> first_codes;
+        std::vector<std::int16_t> first_pcm;
+        for (const Coder& c : kBuilds) {
+            Block eg = garbage, em = masked, dg = garbage, dm = masked;
+            std::vector<std::uint8_t> a(160), b(160);
+            ASSERT_EQ(c.encode(eg.enc(), pcm.data(), a.data(), 160), 0);
+            ASSERT_EQ(c.encode(em.enc(), pcm.data(), b.data(), 160), 0);
+            EXPECT_EQ(a, b) << "state " << k;
+            std::vector<std::int16_t> x(160), y(160);
+            ASSERT_EQ(c.decode(dg.dec(), codes.data(), x.data(), 160), 0);
+            ASSERT_EQ(c.decode(dm.dec(), codes.data(), y.data(), 160), 0);
+            EXPECT_EQ(x, y) << "state " << k;
+            if (first_codes.empty()) first_codes = a, first_pcm = x;
+            EXPECT_EQ(a, first_codes) << "builds differ, state " << k;
+            EXPECT_EQ(x, first_pcm) << "builds differ, state " << k;
         }
     }
 }
