@@ -85,6 +85,7 @@ TEST(AmrVadEdges, AllZeroSpeechTakesTheLowPowerExit) {
 }
 
 TEST(AmrVadEdges, Vad2FlagsSpeechInTheSecondHalfOnly) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/amr");
     // The stream file holds frames where only the second half is speech;
     // replaying up to them must give 1 from the OR of the halves.
     const VecFile f = load_vec(shared_path("vectors/amr/zepsVAD2_GSMAMR_16s.vec"));

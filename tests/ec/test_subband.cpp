@@ -361,6 +361,7 @@ double frame_error(const std::vector<C>& got, const std::vector<double>& ref) {
 // peak (an output frame sums several input frames of unrelated size).
 // Measured (docs/ec.md): analysis 2.0e-7, synthesis 1.7e-7.
 TEST(Subband, FloatMatchesDirectModelOnSpeech) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");
     const std::vector<float> s = speech_f("male.s16");
     for (const Config c : {kA, kB}) {
         const std::vector<float> w = builtin_window(c.L);
@@ -388,6 +389,7 @@ TEST(Subband, FloatMatchesDirectModelOnSpeech) {
 // 16-bit analysis on speech: every bin within 1 of the exactly rounded DFT
 // of the folded block computed here.
 TEST(Subband, FixedAnalysisMatchesRoundedDftOfTheFold) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");
     const std::vector<std::int16_t> s = load_speech("loud.s16");
     for (const Config c : {kA, kB}) {
         const int N = 1 << c.order;
@@ -443,6 +445,7 @@ RoundTrip measure(const std::vector<double>& x, const std::vector<double>& y, in
 // (L - F samples), and requires the float and 16-bit banks to reach the SNR
 // of the bank evaluated in double precision (figures in docs/ec.md).
 TEST(Subband, RoundTripOnSpeech) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");
     std::vector<std::int16_t> s = load_speech("female.s16");
     s.resize(std::min<std::size_t>(s.size(), 48000));  // 6 s
     for (const Config c : {kA, kB}) {

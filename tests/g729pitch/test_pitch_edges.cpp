@@ -171,6 +171,7 @@ TEST(G729PitchEdges, SearchRangeAndFractionLimits) {
 }
 
 TEST(G729PitchEdges, AnnexDSecondSubframeMatchesReference) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g729");
     const auto f = load("zepsAdaptiveCodebookSearch_G729_16s.vec");
     std::size_t k = 0;
     int differs_from_base = 0;
@@ -204,6 +205,7 @@ TEST(G729PitchEdges, AnnexDSecondSubframeMatchesReference) {
 }
 
 TEST(G729PitchEdges, FloatMembersFollowAnnexC) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g729");
     // Open loop: the lag of the Annex C single-precision reference, exactly.
     const auto f = load("zepsOpenLoopPitchSearch_G729A_16s.vec");
     ASSERT_EQ(f.cases.size(), std::size(zeps::test::kAnnexCOpenLoopLags));
