@@ -36,11 +36,13 @@ mode=${FUZZ_MODE:-gate}
 
 CC=clang CXX=clang++ cmake -S . -B "$bdir" -DZEPS_WERROR=ON -DZEPS_FUZZ=ON -DZEPS_BUILD_TESTS=OFF \
   -DZEPS_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZEPS_SHARED_DIR="$shared" >/dev/null
-cmake --build "$bdir" -j"$(nproc)" --target zepsc_fuzz zepsc_fuzz_basic_op
+cmake --build "$bdir" -j"$(nproc)" --target zepsc_fuzz zepsc_fuzz_basic_op zepsc_fuzz_decoder
 
 export FUZZER="$PWD/$bdir/fuzz/zepsc_fuzz" OUT="$PWD/$bdir/fuzz-out" SEEDS="$PWD/$bdir/fuzz-seeds" MODE=$mode
-# Targets: every contract row and decoder of zepsc_fuzz, plus the basic operators.
-mapfile -t targets < <({ ZEPS_FUZZ_LIST=1 "$FUZZER"; echo basic_op; } | grep -E "${FUZZ_TARGETS:-.}")
+# Targets: every contract row (zepsc_fuzz), every decoder of the codec
+# commands (zepsc_fuzz_decoder, "decode.<codec>.<format>"), the basic operators.
+mapfile -t targets < <({ ZEPS_FUZZ_LIST=1 "$FUZZER"; ZEPS_FUZZ_LIST=1 "${FUZZER}_decoder"; echo basic_op; } |
+                       grep -E "${FUZZ_TARGETS:-.}")
 n=${#targets[@]}
 if [ "$mode" = explore ]; then
   export RUNS=-1 CAP=${FUZZ_SECONDS:-60}
@@ -52,12 +54,14 @@ else
   echo "fuzzing $n targets: corpus replay, then $RUNS executions each with a fixed seed (cap $CAP s), $jobs at once"
 fi
 
-# Seeds: 2 KiB pieces of each speech file (sample data for the buffers).
-rm -rf "$SEEDS" "$OUT" && mkdir -p "$SEEDS" "$OUT"
+# Seeds: 2 KiB pieces of each speech file (sample data for the buffers);
+# for the decoders, each codec's bitstream of a piece of each speech file.
+rm -rf "$SEEDS" "$OUT" && mkdir -p "$SEEDS/speech" "$SEEDS/decode" "$OUT"
+ZEPS_SHARED_DIR="$shared" ZEPS_FUZZ_SEEDS="$SEEDS/decode" "${FUZZER}_decoder"
 for f in "$shared"/speech/*.s16; do
   [ -e "$f" ] || { echo "no speech files under $shared/speech: fuzzing from the corpus alone"; break; }
   for k in 0 8 24; do
-    dd if="$f" of="$SEEDS/$(basename "$f" .s16)_$k" bs=1024 skip=$k count=2 status=none
+    dd if="$f" of="$SEEDS/speech/$(basename "$f" .s16)_$k" bs=1024 skip=$k count=2 status=none
   done
 done
 
@@ -68,8 +72,9 @@ if setarch "$(uname -m)" -R true 2>/dev/null; then norand=(setarch "$(uname -m)"
 export NORAND="${norand[*]}"
 
 run_one() {
-  local t=$1 work="$OUT/work/$1" reg="fuzz/corpus/$1" log="$OUT/$1.log" bin=$FUZZER seed
+  local t=$1 work="$OUT/work/$1" reg="fuzz/corpus/$1" log="$OUT/$1.log" bin=$FUZZER seed seeds=$SEEDS/speech
   if [ "$t" = basic_op ]; then bin=${FUZZER}_basic_op; fi
+  case $t in decode.*) bin=${FUZZER}_decoder seeds=$SEEDS/decode/$t ;; esac
   mkdir -p "$work" "$reg"
   local opts=(-max_len=4096 -timeout=30 -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$OUT/$t-")
   # 1. Corpus replay: every committed input, one by one.
@@ -82,7 +87,7 @@ run_one() {
   # 2. Fuzzing: fixed seed and execution count (gate) or open-ended (explore).
   if [ "$MODE" = explore ]; then seed=0; else seed=$(printf %s "$t" | cksum | cut -d' ' -f1); fi
   if ZEPS_FUZZ_TARGET="$t" $NORAND "$bin" "${opts[@]}" -seed="$seed" -runs="$RUNS" -max_total_time="$CAP" \
-       "$work" "$reg" "$SEEDS" >>"$log" 2>&1; then
+       "$work" "$reg" "$seeds" >>"$log" 2>&1; then
     if [ "$MODE" = explore ]; then
       ZEPS_FUZZ_TARGET="$t" "$bin" -merge=1 -max_len=1024 "$reg" "$work" >>"$log" 2>&1
       find "$reg" -type f -size +1k -delete
