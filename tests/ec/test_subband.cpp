@@ -221,6 +221,31 @@ TEST(Subband, ProcessingRefusesABlockThatIsNotAStateBuiltThere) {
 
 // ---------------------------------------------------------------- windows and edge cases
 
+/// FNV-1a, 64 bits, of a block of bytes.
+std::uint64_t fnv1a(const void* p, std::size_t n) {
+    std::uint64_t h = 14695981039346656037ull;
+    for (std::size_t i = 0; i < n; ++i) h = (h ^ static_cast<const unsigned char*>(p)[i]) * 1099511628211ull;
+    return h;
+}
+
+// Every tap of both built-in windows, pinned by checksums of the float half
+// tables and of their Q13 truncations (a changed tap changes both).
+TEST(Subband, BuiltInWindowTablesArePinned) {
+    struct Pinned {
+        const float* half;
+        int taps;
+        std::uint64_t f32, q13;
+    };
+    const Pinned tables[] = {{kSubbandWinA_32f, kSubbandWinAHalf, 0x62a3400bffee6ff2ull, 0x334b1740cd7a9b97ull},
+                             {kSubbandWinB_32f, kSubbandWinBHalf, 0xb06f5e0c58442972ull, 0x77807b1e2c56a0d8ull}};
+    for (const Pinned& t : tables) {
+        std::vector<Zep16s> q(static_cast<std::size_t>(t.taps));
+        for (int n = 0; n < t.taps; ++n) q[static_cast<std::size_t>(n)] = static_cast<Zep16s>(t.half[n] * 8192.0f);
+        EXPECT_EQ(fnv1a(t.half, sizeof(float) * static_cast<std::size_t>(t.taps)), t.f32) << t.taps * 2 << " taps";
+        EXPECT_EQ(fnv1a(q.data(), sizeof(Zep16s) * q.size()), t.q13) << t.taps * 2 << " taps";
+    }
+}
+
 TEST(Subband, BuiltInWindowsAndTheirTruncatedQ13Taps) {
     for (const Config c : {kA, kB}) {
         const std::vector<float> w = builtin_window(c.L);
