@@ -583,6 +583,33 @@ std::vector<std::string> check_row(const Row& row, int build, std::uint64_t seed
             expect_call({&vk[0], &vj[0]}, checks[k], vk[0].label + " with " + vj[0].label);
         }
     }
+    // Edges: the valid values right beside each rejected range (and each
+    // value of a valid set) get the status the row predicts, so an
+    // off-by-one in a range check shows.
+    for (const Check* c : checks) {
+        if (c->kind != CK::Reject) continue;
+        const Param& q = find_export(row.name)->params[static_cast<std::size_t>(c->arg)];
+        double tlo, thi;
+        type_range(q, tlo, thi);
+        std::vector<double> edge = c->set;
+        if (!c->not_in) edge.insert(edge.end(), {c->lo - 1, c->hi + 1});
+        else if (c->lo <= c->hi) edge.insert(edge.end(), {c->lo, c->hi});
+        for (double x : edge) {
+            if (x < tlo || x > thi || rejects(*c, x)) continue;
+            Plan p = base_plan;
+            set_scalar(p.v[static_cast<std::size_t>(c->arg)], q, x);
+            SeededSource content(seed ^ 0xc0ffee);
+            Call call;
+            if (!materialize(p, build, content, call, init_plan ? &*init_plan : nullptr)) continue;
+            const auto e = expected(call);
+            const std::int64_t st = call.run();
+            const bool ok = e ? st == e->status : std::find(row.ok.begin(), row.ok.end(), st) != row.ok.end();
+            if (!ok)
+                problems.push_back(tag + row.args[static_cast<std::size_t>(c->arg)].name + " = " + fmt(x) +
+                                   " (valid edge): status " + std::to_string(st) +
+                                   (e ? ", the row predicts " + std::to_string(e->status) : ", outside the success set"));
+        }
+    }
     return problems;
 }
 
