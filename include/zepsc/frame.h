@@ -105,7 +105,7 @@ enum ZepRateCode {
  *  @{ */
 
 /** Major version of this header; a new major version changes the ABI and
- *  the soname (libzepsc.so.<major>). */
+ *  the soname (libzepsc.so.8 for major version 8). */
 #define ZEPSC_VERSION_MAJOR 8
 /** Minor version of this header: exports added, none changed or removed. */
 #define ZEPSC_VERSION_MINOR 1
