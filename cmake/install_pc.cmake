@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # Writes and installs zepsc.pc at install time (included by the install
 # script). Input variables: ZEPS_PC_LIBDIR, ZEPS_PC_INCLUDEDIR (as
 # CMAKE_INSTALL_LIBDIR/INCLUDEDIR, relative or absolute), ZEPS_PC_VERSION,

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * GSM-AMR voice activity detection (option 1) and DTX, one decision per
  * 20 ms frame, on a raw 8 kHz 16-bit little-endian PCM file, in the order of

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * G.726 over a G.711 mu-law channel: a raw 8 kHz 16-bit little-endian PCM
  * file is mu-law companded (ITU-T G.711), the G.711 codes are expanded to

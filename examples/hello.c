@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * The smallest zepsc program: prints the version of the header it was built
  * with, the version record of the processor build the library chose when it

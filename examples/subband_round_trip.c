@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * Echo-canceller sub-band filter bank round trip: analysis then synthesis of
  * a raw 8 kHz 16-bit little-endian PCM file with the built-in configuration

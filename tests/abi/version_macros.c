@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /* The header's version macros against the version record of the loaded
  * library and the version the build was configured with (ZEPS_PROJECT_VERSION,
  * "major.minor.patch"). Prints each mismatch; exits 1 on any. */
