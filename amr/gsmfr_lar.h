@@ -16,9 +16,6 @@ namespace gsmfr {
 /// "<<" where its bounds exclude overflow).
 inline Word32 shl_wrap(Word32 v, int n) { return static_cast<Word32>(static_cast<std::uint32_t>(v) << n); }
 
-/// Samples of the four interpolation segments of a frame (4.2.9.1).
-inline constexpr int kSegmentLength[4] = {13, 14, 13, 120};
-
 /// True when every LARc code lies in 0..MAC[i] - MIC[i].
 inline bool lar_codes_valid(const Word16* LARc) {
     for (int i = 0; i < 8; ++i)

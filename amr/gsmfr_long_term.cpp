@@ -3,6 +3,7 @@
 // synthesis filter of the decoder. Residual signals in the Q15 of the
 // pre-processed speech; gains DLB and QLB in Q15.
 #include <algorithm>
+#include <cstddef>
 
 #include "amr/gsmfr_lar.h"
 #include "common/args.h"
@@ -110,21 +111,25 @@ ZepStatus zepsLongTermSynthesisFilter_GSMFR_16s(ZepGSMFRLongTermSynthesisState* 
                                                 const Zep16s* pErp, Zep16s* pDst) {
     if (any_null(pState, pErp, pDst)) return zepStsNullPtrErr;
     if (bcr < 0 || bcr > 3) return zepStsRangeErr;
-    SynthesisState st = gsmfr::load_state<SynthesisState>(pState);
+    // The block is read and written in place, field by field (no alignment
+    // is required of it).
+    auto* block = reinterpret_cast<unsigned char*>(pState);
+    constexpr std::size_t kNrp = offsetof(SynthesisState, nrp), kDrp = offsetof(SynthesisState, drp);
+    Word16 nrp;
+    std::memcpy(&nrp, block + kNrp, sizeof nrp);
     // A lag outside 40..120 repeats the last valid one; a state whose stored
     // lag is itself invalid (only a corrupted block) falls back to 40.
-    Word16 Nr = Ncr < 40 || Ncr > 120 ? st.nrp : Ncr;
+    Word16 Nr = Ncr < 40 || Ncr > 120 ? nrp : Ncr;
     if (Nr < 40 || Nr > 120) Nr = 40;
-    st.nrp = Nr;
     const Word16 brp = gsmfr_QLB[bcr];
     // History and the new sub-frame in one line: drp[-120..39].
     Word16 line[160];
-    std::memcpy(line, st.drp, sizeof st.drp);
+    std::memcpy(line, block + kDrp, 120 * sizeof(Word16));
     Word16* drp = line + 120;
     for (int k = 0; k < 40; ++k) drp[k] = add(pErp[k], mult_r(brp, drp[k - Nr]));
     std::memcpy(pDst, drp, 40 * sizeof(Word16));
-    std::memcpy(st.drp, line + 40, sizeof st.drp);
-    gsmfr::store_state(pState, st);
+    std::memcpy(block + kDrp, line + 40, 120 * sizeof(Word16));
+    std::memcpy(block + kNrp, &Nr, sizeof Nr);
     return zepStsNoErr;
 }
 

@@ -2,6 +2,7 @@
 // de-emphasis (coefficient 28180 in Q15), upscaling by 2 and truncation of
 // the output to 13 bits, left-justified in 16-bit PCM.
 #include "amr/gsmfr_lar.h"
+#include "amr/gsmfr_lattice.h"
 #include "common/args.h"
 #include "common/exports.h"
 
@@ -32,11 +33,7 @@ ZepStatus zepsPostprocess_GSMFR_16s(ZepGSMFRPostprocessState* pState, const Zep1
     if (any_null(pState, pSrc, pDst)) return zepStsNullPtrErr;
     PostprocessState st = gsmfr::load_state<PostprocessState>(pState);
     Word16 msr = st.msr;
-    for (int k = 0; k < 160; ++k) {
-        msr = add(pSrc[k], mult_r(msr, 28180));
-        pDst[k] = static_cast<Word16>(add(msr, msr) & 0xFFF8);
-    }
-    st.msr = msr;
+    st.msr = gsmfr::postprocess_frame_simd(msr, pSrc, pDst);
     gsmfr::store_state(pState, st);
     return zepStsNoErr;
 }

@@ -1,9 +1,10 @@
 // GSM 06.10 4.2.8 to 4.2.10 short-term analysis filter of the full-rate
-// encoder and 4.3.3 short-term synthesis filter of the decoder: order-8
-// lattice filters with the reflection coefficients rp (Q15) of the four
-// interpolation segments of a frame; signals in the Q15 of the
-// pre-processed speech, 16-bit saturating arithmetic.
+// encoder and 4.3.3 short-term synthesis filter of the decoder: the LAR
+// decoding and interpolation of gsmfr_lar.h, then the order-8 lattice
+// filters of gsmfr_lattice.h over the frame (rp in Q15, signals in the Q15
+// of the pre-processed speech, 16-bit saturating arithmetic).
 #include "amr/gsmfr_lar.h"
+#include "amr/gsmfr_lattice.h"
 #include "common/args.h"
 #include "common/exports.h"
 
@@ -22,32 +23,6 @@ struct SynthesisState {
     Word16 pad;
 };
 static_assert(sizeof(SynthesisState) == 36);
-
-/// 4.2.10: d[k] from s[k] through the analysis lattice, in place.
-void analysis_lattice(const Word16* rp, Word16* u, Word16* s, int n) {
-    for (int k = 0; k < n; ++k) {
-        Word16 di = s[k], sav = di;
-        for (int i = 0; i < 8; ++i) {
-            const Word16 ui = u[i];
-            u[i] = sav;
-            sav = add(ui, mult_r(rp[i], di));
-            di = add(di, mult_r(rp[i], ui));
-        }
-        s[k] = di;
-    }
-}
-
-/// 4.3.3: sr[k] from wt[k] through the synthesis lattice.
-void synthesis_lattice(const Word16* rrp, Word16* v, const Word16* wt, Word16* sr, int n) {
-    for (int k = 0; k < n; ++k) {
-        Word16 sri = wt[k];
-        for (int i = 7; i >= 0; --i) {
-            sri = sub(sri, mult_r(rrp[i], v[i]));
-            v[i + 1] = add(v[i], mult_r(rrp[i], sri));
-        }
-        sr[k] = v[0] = sri;
-    }
-}
 
 }  // namespace
 
@@ -68,14 +43,10 @@ ZepStatus zepsShortTermAnalysisFilter_GSMFR_16s_I(ZepGSMFRShortTermAnalysisState
     if (any_null(pState, pLARc, pSrcDst)) return zepStsNullPtrErr;
     if (!gsmfr::lar_codes_valid(pLARc)) return zepStsOutOfRangeErr;
     AnalysisState st = gsmfr::load_state<AnalysisState>(pState);
-    Word16 cur[8], rp[8];
+    Word16 cur[8], rp[4][8];
     gsmfr::decode_lar(pLARc, cur);
-    Word16* s = pSrcDst;
-    for (int seg = 0; seg < 4; ++seg) {
-        gsmfr::segment_rp(seg, st.LARpp, cur, rp);
-        analysis_lattice(rp, st.u, s, gsmfr::kSegmentLength[seg]);
-        s += gsmfr::kSegmentLength[seg];
-    }
+    for (int seg = 0; seg < 4; ++seg) gsmfr::segment_rp(seg, st.LARpp, cur, rp[seg]);
+    gsmfr::analysis_frame_simd(rp, st.u, pSrcDst);
     std::memcpy(st.LARpp, cur, sizeof cur);
     gsmfr::store_state(pState, st);
     return zepStsNoErr;
@@ -98,14 +69,10 @@ ZepStatus zepsShortTermSynthesisFilter_GSMFR_16s(ZepGSMFRShortTermSynthesisState
     if (any_null(pState, pLARc, pSrc, pDst)) return zepStsNullPtrErr;
     if (!gsmfr::lar_codes_valid(pLARc)) return zepStsOutOfRangeErr;
     SynthesisState st = gsmfr::load_state<SynthesisState>(pState);
-    Word16 cur[8], rrp[8];
+    Word16 cur[8], rrp[4][8];
     gsmfr::decode_lar(pLARc, cur);
-    int at = 0;
-    for (int seg = 0; seg < 4; ++seg) {
-        gsmfr::segment_rp(seg, st.LARpp, cur, rrp);
-        synthesis_lattice(rrp, st.v, pSrc + at, pDst + at, gsmfr::kSegmentLength[seg]);
-        at += gsmfr::kSegmentLength[seg];
-    }
+    for (int seg = 0; seg < 4; ++seg) gsmfr::segment_rp(seg, st.LARpp, cur, rrp[seg]);
+    gsmfr::synthesis_frame_simd(rrp, st.v, pSrc, pDst);
     std::memcpy(st.LARpp, cur, sizeof cur);
     gsmfr::store_state(pState, st);
     return zepStsNoErr;

@@ -136,11 +136,18 @@ private:
         if ((frame[0] >> 4) != 0xD)
             throw CodecError("corrupt frame at byte " + std::to_string(at_byte) + ": signature nibble " +
                              std::to_string(frame[0] >> 4) + ", not 13 (0xD)");
-        unsigned at = 4;
+        // MSB-first bit reader: a 64-bit window refilled a byte at a time.
+        std::uint64_t acc = frame[0] & 0x0Fu;
+        int have = 4;
+        std::size_t next = 1;
         for (std::size_t i = 0; i < kCodWords; ++i) {
-            unsigned v = 0;
-            for (int b = param_bits(i); b > 0; --b, ++at) v = v << 1 | ((frame[at >> 3] >> (7 - (at & 7))) & 1u);
-            p[i] = static_cast<Zep16s>(v);
+            const int n = param_bits(i);
+            while (have < n) {
+                acc = acc << 8 | frame[next++];
+                have += 8;
+            }
+            have -= n;
+            p[i] = static_cast<Zep16s>((acc >> have) & ((1u << n) - 1));
         }
         return true;
     }
