@@ -32,10 +32,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             bits[2 * w] = static_cast<std::uint8_t>(bits[2 * w] & ((1 << field_bits(w % 76)) - 1));
             bits[2 * w + 1] = 0;
         }
-    const zepsc_cli::CodecSpec* spec = zepsc_cli::find_codec("gsmfr");
-    if (spec == nullptr) __builtin_trap();
+    const zepsc_cli::CodecSpec* gsmfr = zepsc_cli::find_codec("gsmfr");
+    if (gsmfr == nullptr) __builtin_trap();
     try {
-        const auto pcm = zepsc_cli::decode_all(*spec, {}, cod ? "cod" : "gsm", bits.data(), bits.size());
+        const auto pcm = zepsc_cli::decode_all(*gsmfr, {}, cod ? "cod" : "gsm", bits.data(), bits.size());
         const std::size_t frame = cod ? 152 : 33;
         if (pcm.size() != bits.size() / frame * 160) __builtin_trap();  // a whole frame gives 160 samples
         for (std::int16_t s : pcm)
