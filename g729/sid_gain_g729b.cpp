@@ -106,7 +106,7 @@ ZepStatus zepsSIDGainDecode_G729B_16s(Zep16s frameType, Zep16s gainIdx, Zep16s p
     if (any_null(pDstGain, pState)) return zepStsNullPtrErr;
     if (frameType != 0 && frameType != 2) return zepStsRangeErr;
     if (pastFrameType < 0 || pastFrameType > 2) return zepStsRangeErr;
-    if (frameType == 2 && (gainIdx < 0 || gainIdx > 31)) return zepStsOutOfRangeErr;
+    if (gainIdx < 0 || gainIdx > 31) return zepStsOutOfRangeErr;
     SidGainState s;
     std::memcpy(&s, pState, sizeof s);
     const bool after_speech = pastFrameType == 1;

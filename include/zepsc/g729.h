@@ -727,7 +727,8 @@ ZEPSAPI ZepStatus zepsSIDGainDecodeInit_G729B(Zep8u* pState);
  * first SID) quantises the saved energy; the gain is the SID gain after a
  * speech frame, else 7/8 of the previous gain plus 1/8 of the SID gain.
  * @param frameType     2: SID frame, 0: untransmitted (or erased) frame
- * @param gainIdx       SID energy index 0..31 (read on SID frames only)
+ * @param gainIdx       SID energy index 0..31 (used on SID frames; checked on every
+ *                      frame, so pass 0 for an untransmitted frame)
  * @param pastFrameType type of the previous frame: 1 speech, 2 SID, 0 untransmitted
  * @param sidSav        saved energy of the last good frame (zepsFrameEnergy_G729B_16s)
  * @param shSidSav      its exponent
@@ -735,7 +736,7 @@ ZEPSAPI ZepStatus zepsSIDGainDecodeInit_G729B(Zep8u* pState);
  * @param pState        SID gain state, updated
  * Checks: pDstGain, pState null -> zepStsNullPtrErr; frameType not 0 or 2 ->
  * zepStsRangeErr; pastFrameType outside 0..2 -> zepStsRangeErr; gainIdx
- * outside 0..31 on a SID frame -> zepStsOutOfRangeErr.
+ * outside 0..31 -> zepStsOutOfRangeErr.
  */
 ZEPSAPI ZepStatus zepsSIDGainDecode_G729B_16s(Zep16s frameType, Zep16s gainIdx, Zep16s pastFrameType,
                                               Zep16s sidSav, Zep16s shSidSav, Zep16s* pDstGain, Zep8u* pState);
