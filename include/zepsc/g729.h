@@ -553,10 +553,12 @@ ZEPSAPI ZepStatus zepsInterpolateC_NR_G729_16s_Sfs(const Zep16s* pSrc1, Zep16s v
  *  4. pastVad, ppastVad := vad, pastVad on every frame; on active frames the seed
  *     returns to 11111.
  *  Decoder, per SID (2) or untransmitted (0) frame: zepsSIDGainDecode_G729B_16s,
- *  on a SID frame zepsLSFDecode_G729B_16s and zepsLSFToLSP_G729_16s (lspSid,
- *  kept by the caller, starts as the standard's lspSid), zepsCNGExcitation_G729B_16s
- *  with pitch null; after every good frame zepsFrameEnergy_G729B_16s saves the
- *  excitation energy used when a first SID frame is lost.
+ *  on a SID frame zepsLSFDecode_G729B_16s and zepsLSFToLSP_G729_16s into lspSid
+ *  (kept by the caller; start value 31441, 27566, 21458, 13612, 4663, -4663,
+ *  -13612, -21458, -27566, -31441), zepsCNGExcitation_G729B_16s with pitch null;
+ *  the seed returns to 11111 on speech frames; after every good frame
+ *  zepsFrameEnergy_G729B_16s saves the excitation energy used when a first SID
+ *  frame is lost. docs/g729b.md shows both sequences in full.
  *  @{ */
 
 /**

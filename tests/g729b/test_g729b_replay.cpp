@@ -155,6 +155,8 @@ constexpr EncoderStream kEncoderStreams[] = {
     {"speech/quiet.s16", "g729b/quiet.bit", "enc_b_quiet.gain", false},
     {"speech/tones.s16", "g729b/tones.bit", "enc_b_tones.gain", false},
     {"speech/female.s16", "g729ab/female.bit", "enc_ab_female.gain", true},
+    {"speech/loud.s16", "g729ab/loud.bit", "enc_ab_loud.gain", true},
+    {"speech/male.s16", "g729ab/male.bit", "enc_ab_male.gain", true},
     {"speech/noisy.s16", "g729ab/noisy.bit", "enc_ab_noisy.gain", true},
     {"speech/quiet.s16", "g729ab/quiet.bit", "enc_ab_quiet.gain", true},
     {"speech/tones.s16", "g729ab/tones.bit", "enc_ab_tones.gain", true},
