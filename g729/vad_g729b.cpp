@@ -8,6 +8,7 @@
 #include "common/basic_op.h"
 #include "common/exports.h"
 #include "common/fixed_math.h"
+#include "g729/fast_ops.h"
 #include "g729/g729b_tables.h"
 
 ZEPS_BEGIN_VARIANT
@@ -39,11 +40,14 @@ inline Word16 incr(Word16 x) { return static_cast<Word16>(static_cast<std::uint1
 
 /// 10 log10 of an energy in Q11 less the reference's 4875 offset (Log2 scaled by 9864).
 Word16 energy_db(Word32 acc, Word16 exp_r0) {
-    Word16 exp, frac;
-    Log2(acc, exp, frac);
+    Word16 exp = 0, frac = 0;
+    if (acc > 0) {
+        const Word16 n = norm_l_fast(acc);
+        Log2_norm(L_shl_fast(acc, n), n, exp, frac);
+    }
     acc = Mpy_32_16(exp, frac, 9864);
     acc = L_mac(acc, 9864, sub(sub(exp_r0, 1), 1));
-    acc = L_shl(acc, 11);
+    acc = L_shl_fast(acc, 11);
     return sub(extract_h(acc), 4875);
 }
 
@@ -166,8 +170,8 @@ ZepStatus zepsVAD_G729B_16s(Zep16s rc, const Zep16s* pLSF, const Zep32s* pAutoCo
     }
     const Word16 SD = extract_h(acc);
     Word16 ZC = 0;
-    for (int i = kZcStart + 1; i <= kZcEnd; ++i)
-        if (mult(pSrc[i - 1], pSrc[i]) < 0) ZC = add(ZC, 410);
+    for (int i = kZcStart + 1; i <= kZcEnd; ++i)  // mult(a, b) < 0 exactly when a * b < 0
+        if (Word32{pSrc[i - 1]} * pSrc[i] < 0) ZC = add(ZC, 410);
 
     track_minimum(s, energy, frm);
 
