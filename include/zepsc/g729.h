@@ -665,8 +665,9 @@ ZEPSAPI ZepStatus zepsSIDGainQuant_G729B_16s(const Zep16s* pEner, const Zep16s* 
 
 /**
  * SID LSP quantiser (G.729 Annex B B.4.2, lsfq_noise): LSP -> LSF, spacing
- * (first LSF at least 40, neighbours at least 642 apart, last at most 25681),
- * weighting, two-stage search over the 32 + 16 SID subsets of lspcb1 and
+ * (first LSF at least 40, each next at least 642 above the previous, the last
+ * at most 25681 and, if it falls below its neighbour, that neighbour set 321
+ * below it), weighting, two-stage search over the 32 + 16 SID subsets of lspcb1 and
  * lspcb2 with both MA predictors (4 survivors), gap 10, MA composition with
  * noise_fg, memory update, stability, LSF -> LSP.
  * @param pLSP      10 LSPs, Q15
