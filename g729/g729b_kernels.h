@@ -10,9 +10,11 @@ ZEPS_BEGIN_VARIANT
 /// enerq receives the quantised energy in dB.
 Word16 qua_sidgain(const Word16* ener, const Word16* sh_ener, int nb, Word16& enerq);
 
-/// Random: seed = seed * 31821 + 13849 (16 bits), returned.
+/// Random: seed = extract_l(L_add(L_shr(L_mult(seed, 31821), 1), 13849)).
+/// L_mult cannot saturate (31821 is not -32768) and |seed x 31821| + 13849
+/// stays below 2^31, so this is the plain product and sum taken modulo 2^16.
 inline Word16 random16(Word16& seed) {
-    seed = extract_l(L_add(L_shr(L_mult(seed, 31821), 1), 13849));
+    seed = static_cast<Word16>(Word32{seed} * 31821 + 13849);
     return seed;
 }
 
