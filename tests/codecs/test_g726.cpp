@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <regex>
+#include <cstring>
 
 #include "tests/codecs/codec_replay.h"
 
@@ -48,31 +48,45 @@ std::vector<std::uint8_t> as_bytes(const std::vector<std::int16_t>& words) {
 
 std::string itu_dir() { return shared_dir() + "/vectors/g726/itu"; }
 
+// A sequence name "r<set><rate>f<law>.<ext>": set one of `sets`, rate 16, 24,
+// 32 or 40, law one of `laws`.
+struct SequenceName {
+    char set = 0, law = 0;
+    std::string kbps;
+};
+bool parse_name(const std::string& name, const char* sets, const char* laws, const char* ext, SequenceName& out) {
+    if (name.size() != 6 + std::strlen(ext) || name[0] != 'r' || name[4] != 'f' || name.compare(6, std::string::npos, ext) != 0)
+        return false;
+    out.set = name[1];
+    out.kbps = name.substr(2, 2);
+    out.law = name[5];
+    const bool rate_ok = out.kbps == "16" || out.kbps == "24" || out.kbps == "32" || out.kbps == "40";
+    return rate_ok && std::strchr(sets, out.set) && std::strchr(laws, out.law);
+}
+
 // Encoder: r{n,v}RRf{a,m}.i are the codes of nrm.{a,m} / ovr.{a,m}.
 // Decoder: r{n,v}RRf{a,x}.o decode r?RRfa.i, r{n,v}RRf{m,c}.o decode
 // r?RRfm.i, riRRf{a,m}.o decode iRR; a and c give A-law, m and x mu-law.
 TEST(G726, ItuSequencesReplay) {
     const zepsc_cli::CodecSpec& g726 = codec("g726");
-    const std::regex enc_name("r([nv])(16|24|32|40)f([am])\\.i"), dec_name("r([nvi])(16|24|32|40)f([amxc])\\.o");
     int encoded = 0, decoded = 0;
     for (const auto& entry : std::filesystem::directory_iterator(itu_dir())) {
         const std::string name = entry.path().filename().string();
-        std::smatch m;
-        if (std::regex_match(name, m, enc_name)) {
-            const std::string input = itu_dir() + (m[1] == "n" ? "/nrm." : "/ovr.") + m[3].str();
+        SequenceName m;
+        if (parse_name(name, "nv", "am", ".i", m)) {
+            const std::string input = itu_dir() + (m.set == 'n' ? "/nrm." : "/ovr.") + m.law;
             std::vector<std::int16_t> pcm = read_pcm(input);
-            for (std::int16_t& s : pcm) s = m[3] == "a" ? alaw_to_linear(static_cast<unsigned>(s)) : mulaw_to_linear(static_cast<unsigned>(s));
-            const auto bits = zepsc_cli::encode_all(g726, opts(m[2]), "itu", pcm.data(), pcm.size());
+            for (std::int16_t& s : pcm) s = m.law == 'a' ? alaw_to_linear(static_cast<unsigned>(s)) : mulaw_to_linear(static_cast<unsigned>(s));
+            const auto bits = zepsc_cli::encode_all(g726, opts(m.kbps), "itu", pcm.data(), pcm.size());
             expect_same_bytes(bits, read_bytes(entry.path().string()), 160, name);
             ++encoded;
-        } else if (std::regex_match(name, m, dec_name)) {
-            const std::string f = m[3];
-            const std::string input = m[1] == "i" ? itu_dir() + "/i" + m[2].str()
-                                                  : itu_dir() + "/r" + m[1].str() + m[2].str() +
-                                                        (f == "a" || f == "x" ? "fa.i" : "fm.i");
-            const std::string law = f == "a" || f == "c" ? "alaw" : "mulaw";
+        } else if (parse_name(name, "nvi", "amxc", ".o", m)) {
+            const char f = m.law;
+            const std::string input = m.set == 'i' ? itu_dir() + "/i" + m.kbps
+                                                   : itu_dir() + "/r" + m.set + m.kbps + (f == 'a' || f == 'x' ? "fa.i" : "fm.i");
+            const std::string law = f == 'a' || f == 'c' ? "alaw" : "mulaw";
             const auto bits = read_bytes(input);
-            const auto out = zepsc_cli::decode_all(g726, opts(m[2], law), "itu", bits.data(), bits.size());
+            const auto out = zepsc_cli::decode_all(g726, opts(m.kbps, law), "itu", bits.data(), bits.size());
             expect_same_bytes(as_bytes(out), read_bytes(entry.path().string()), 160, name);
             ++decoded;
         }
