@@ -1,0 +1,81 @@
+// G.729 whole-codec replays through the public library: every shared
+// stream of the main body and of Annex A (six speech files and the
+// erased-frame stream) and the ITU-T conformance sequences of both, decoder
+// .bit -> .pst, byte for byte.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/codecs/codec_replay.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using zeps::codec_test::expect_same_bytes;
+using zeps::codec_test::expect_same_pcm;
+using zeps::codec_test::read_bytes;
+using zeps::codec_test::read_pcm;
+
+constexpr std::size_t kFrameBytes = 164;  // ITU serial format: 82 words
+constexpr std::size_t kFrameSamples = 80;
+
+std::string root() { return zeps::codec_test::shared_dir() + "/codecs/g729"; }
+
+zepsc_cli::CodecOptions annex(const std::string& a) {
+    zepsc_cli::CodecOptions o;
+    o.values["annex"] = a;
+    return o;
+}
+
+std::string lower(std::string s) {
+    std::transform(s.begin(), s.end(), s.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return s;
+}
+
+/// The file of folder whose name is stem + ext in any letter case, or "".
+std::string find_file(const std::string& folder, const std::string& stem, const std::string& ext) {
+    for (const auto& e : fs::directory_iterator(folder))
+        if (lower(e.path().filename().string()) == lower(stem + ext)) return e.path().string();
+    return "";
+}
+
+struct Folder {
+    const char* path;   // under codecs/g729
+    const char* annex;  // codec option
+    int streams;        // .bit files with a decoded output expected there
+};
+
+/// Every .bit of the folder decodes to its .pst.
+void replay_decoder(const Folder& f) {
+    const auto& codec = zeps::codec_test::codec("g729");
+    const std::string dir = root() + "/" + f.path;
+    int streams = 0;
+    for (const auto& e : fs::directory_iterator(dir)) {
+        if (lower(e.path().extension().string()) != ".bit") continue;
+        const std::string stem = e.path().stem().string();
+        const std::string pst = find_file(dir, stem, ".pst");
+        ASSERT_FALSE(pst.empty()) << "no output for " << e.path();
+        const auto bits = read_bytes(e.path().string());
+        const auto out = zepsc_cli::decode_all(codec, annex(f.annex), "bit", bits.data(), bits.size());
+        expect_same_pcm(out, read_pcm(pst), kFrameSamples, std::string(f.path) + "/" + stem + " decoder");
+        ++streams;
+    }
+    EXPECT_EQ(streams, f.streams) << f.path;
+}
+
+const Folder kFolders[] = {
+    {"g729a", "A", 7},
+    {"conformance/g729a", "A", 10},
+    {"g729", "0", 7},
+    {"conformance/g729", "0", 9},
+};
+
+TEST(G729Replay, DecoderStreamsAndConformance) {
+    for (const Folder& f : kFolders) replay_decoder(f);
+}
+
+}  // namespace
