@@ -728,6 +728,129 @@ ZEPSAPI ZepStatus zepsResidual_G729_16s(const Zep16s* pLPC, const Zep16s* pSrc, 
 ZEPSAPI ZepStatus zepsWeightLPC_G729_16s(const Zep16s* pLPC, Zep16s gamma, Zep16s* pDst);
 /** @} */
 
+/** @defgroup g729_encoder G.729 encoder stages
+ *  Weighting, fixed-codebook search, pitch gain, gain quantisation, taming and the weighted-error memory (ITU-T G.729 and Annex A).
+ *  @{ */
+/* Conventions as the g729_excitation group; impulse responses Q12,
+ * filtered fixed-codebook vectors Q12. The 32-bit taming record is four
+ * values Q14, newest first, reset to 0x00004000 each by the caller. */
+
+/**
+ * Annex A weighting denominator (ITU-T G.729 Annex A A.3.3): pDstLPC[0] =
+ * 4096, pDstLPC[i] = sub(Ap[i], mult(Ap[i-1], 22938)) for i = 1..10, Ap the
+ * weighted filter A(z/0.75); the weighted speech is the LPC residual
+ * through 1/pDstLPC(z).
+ * @param pSrcWeightedLPC A(z/0.75), 11 values, Q12
+ * @param pDstLPC         11 values, Q12; may equal pSrcWeightedLPC
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsWeightingDenominator_G729A_16s(const Zep16s* pSrcWeightedLPC, Zep16s* pDstLPC);
+
+/**
+ * Annex A fast fixed-codebook search (ITU-T G.729 Annex A A.3.8,
+ * ACELP_Code_A): the impulse response is pitch-sharpened (as
+ * zepsPitchSharpening_G729_16s_I) in a copy, its correlations and the
+ * backward-filtered target (normalised to 13 bits) are formed, and the
+ * four pulses are searched depth first (D4i40_17_fast: for each of tracks
+ * 3 and 4, two orders of pulse pairs each starting from the two largest
+ * correlations of one track; a later candidate wins only if strictly
+ * better). The codeword is returned pitch-sharpened, the filtered codeword
+ * from the sharpened response without it.
+ * @param pSrcFixedTarget     target of the codebook search, 40 samples, Q0
+ * @param pSrcImpulseResponse impulse response of the weighted synthesis filter, 40 samples, Q12 (not changed)
+ * @param lag                 integer pitch lag of the subframe, at least 1
+ * @param sharp               previous quantised pitch gain bounded to 0.2..0.8, Q14
+ * @param pDstFixedVector     codeword, 40 samples, Q13 (pulses +-8191/-8192, sharpened)
+ * @param pDstFltFixedVector  filtered codeword, 40 samples, Q12
+ * @param pDstIndex           13-bit position code, then 4-bit sign code (the order of the bitstream's C, S)
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         lag < 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsFixedCodebookSearch_G729A_16s(const Zep16s* pSrcFixedTarget, const Zep16s* pSrcImpulseResponse,
+                                                    Zep16s lag, Zep16s sharp, Zep16s* pDstFixedVector,
+                                                    Zep16s* pDstFltFixedVector, Zep16s* pDstIndex);
+
+/**
+ * Pitch gain of an already filtered adaptive vector (ITU-T G.729 3.7.3,
+ * G_pitch): <x,y>/<y,y> in Q14, 0 when the correlation is not positive, at
+ * most 19661 (1.2); energies computed on y / 4 when they saturate. The
+ * Annex A encoder filters its adaptive vector with the synthesis filter
+ * (zepsSynthesisFilter_G729_16s) rather than by convolution, hence this
+ * member beside zepsAdaptiveCodebookGain_G729A_16s.
+ * @param pSrcAdptTarget    target, 40 samples, Q0
+ * @param pSrcFltAdptVector filtered adaptive vector, 40 samples, Q0
+ * @param pResultAdptGain   the gain, Q14
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPitchGain_G729_16s(const Zep16s* pSrcAdptTarget, const Zep16s* pSrcFltAdptVector,
+                                         Zep16s* pResultAdptGain);
+
+/**
+ * Gain quantisation of a subframe (ITU-T G.729 3.9, Qua_gain with the
+ * correlations of G_pitch and Corr_xy2; the same in Annex A): the
+ * unquantised optimum gains select 4 first-stage and 8 second-stage
+ * candidates (Gbk_presel); among the 32 pairs the one of least weighted
+ * error wins (the first on a tie); with tameFlag 1 the optimum pitch gain is
+ * limited to 481 (Q9) before pre-selection and pairs with a pitch gain of
+ * 16383 or more are skipped. The code-gain predictor memory is updated
+ * (Gain_update).
+ * @param pSrcAdptTarget     target of the pitch search, 40 samples, Q0
+ * @param pSrcFltAdptVector  filtered adaptive vector, 40 samples, Q0
+ * @param pSrcFixedVector    codeword (sharpened), 40 samples, Q13
+ * @param pSrcFltFixedVector filtered codeword, 40 samples, Q12
+ * @param pPastQuaEn         past quantised energies, 4 values, Q10, updated
+ * @param tameFlag           1 when taming is needed (zepsTamingTest_G729_16s), else 0
+ * @param pDstGain           quantised pitch gain (Q14), code gain (Q1)
+ * @param pDstIndex          7-bit gain index: map1[i1] * 16 + map2[i2]
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         tameFlag is not 0 or 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainQuant_G729_16s(const Zep16s* pSrcAdptTarget, const Zep16s* pSrcFltAdptVector,
+                                         const Zep16s* pSrcFixedVector, const Zep16s* pSrcFltFixedVector,
+                                         Zep16s* pPastQuaEn, Zep16s tameFlag, Zep16s* pDstGain, Zep16s* pDstIndex);
+
+/**
+ * Taming test (ITU-T G.729 3.9, test_err): 1 when the largest error
+ * estimate over the zones reached by the delay (lag, plus one for a
+ * positive fraction, from lag - 50 to lag + 8 samples back) exceeds
+ * 983040000 (60000 in Q14), else 0.
+ * @param pExcErr   taming record, 4 values (read only)
+ * @param pSrcDelay delay record: lag 1..143, fraction -1..1
+ * @param pTaming   0 or 1
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         the delay is out of range; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsTamingTest_G729_16s(const Zep32s* pExcErr, const Zep16s* pSrcDelay, Zep16s* pTaming);
+
+/**
+ * Taming update (ITU-T G.729 3.9, update_exc_err): the worst of
+ * 1 + gp * err over the zones the lag reaches (twice recursively for lags
+ * below 40) becomes the newest value of the record.
+ * @param gainPitch     the subframe's quantised pitch gain, Q14
+ * @param lag           integer pitch lag, 1..144
+ * @param pSrcDstExcErr taming record, 4 values, updated
+ * @return zepStsNullPtrErr if pSrcDstExcErr is null; zepStsRangeErr if lag is
+ *         outside 1..144; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsTamingUpdate_G729_16s(Zep16s gainPitch, Zep16s lag, Zep32s* pSrcDstExcErr);
+
+/**
+ * Weighting-filter memory for the next subframe (ITU-T G.729 3.10):
+ * pDstMem[j] = sub(x[30+j], add(extract_h(L_shl(L_mult(y1[30+j], gainPitch), 1)),
+ * extract_h(L_shl(L_mult(y2[30+j], gainCode), 2)))) for j = 0..9.
+ * @param gainPitch          quantised pitch gain, Q14
+ * @param gainCode           quantised code gain, Q1
+ * @param pSrcAdptTarget     target of the pitch search, 40 samples, Q0
+ * @param pSrcFltAdptVector  filtered adaptive vector, 40 samples, Q0
+ * @param pSrcFltFixedVector filtered codeword, 40 samples, Q12
+ * @param pDstMem            10 values: the memory of the target's weighting filter
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsWeightedErrorMemory_G729_16s(Zep16s gainPitch, Zep16s gainCode, const Zep16s* pSrcAdptTarget,
+                                                   const Zep16s* pSrcFltAdptVector, const Zep16s* pSrcFltFixedVector,
+                                                   Zep16s* pDstMem);
+/** @} */
+
 /** @defgroup g729_postfilter G.729 post-filter and post-processing
  *  Decoder post-filters of the main body and Annex A and the output high-pass (ITU-T G.729 4.2, Annex A A.4.2).
  *  @{ */

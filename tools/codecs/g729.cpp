@@ -58,7 +58,7 @@ std::vector<std::uint8_t> state_block(ZepStatus (*size)(Zep32s*)) {
 
 using Params = std::array<Zep16s, kPrmSize>;
 
-[[maybe_unused]] void params_to_bits(const Params& prm, std::uint8_t* bits /* 80 values 0/1 */) {
+void params_to_bits(const Params& prm, std::uint8_t* bits /* 80 values 0/1 */) {
     int k = 0;
     for (int p = 0; p < kPrmSize; ++p)
         for (int b = kPrmBits[p] - 1; b >= 0; --b) bits[k++] = static_cast<std::uint8_t>((prm[p] >> b) & 1);
@@ -75,7 +75,7 @@ Params bits_to_params(const std::uint8_t* bits) {
     return prm;
 }
 
-[[maybe_unused]] void put_word(std::vector<std::uint8_t>& out, std::uint16_t w) {
+void put_word(std::vector<std::uint8_t>& out, std::uint16_t w) {
     out.push_back(static_cast<std::uint8_t>(w & 0xff));
     out.push_back(static_cast<std::uint8_t>(w >> 8));
 }
@@ -268,6 +268,175 @@ private:
     Zep16s voicing_ = 60;
 };
 
+
+// ---- encoder ---------------------------------------------------------------
+
+constexpr int kWindow = 240;               // L_WINDOW = L_TOTAL
+constexpr int kSpeechAt = kWindow - kFrame - 40;  // the frame being coded, 40 samples before the newest
+constexpr Zep16s kGamma1A = 24576;         // 0.75, Annex A weighting
+constexpr Zep16s kGpClip = 15564;          // pitch-gain ceiling under taming, Q14
+
+class Encoder final : public zepsc_cli::FrameEncoder {
+public:
+    Encoder(Variant v, bool serial) : variant_(v), serial_(serial) {
+        hp_ = state_block(zepsHighPassFilterSize_G729);
+        check(zepsHighPassFilterInit_G729(kHighPass140, hp_.data()), "pre-processing initialisation");
+        for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
+        std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
+        std::memcpy(lsp_old_q_, kLspReset, sizeof lsp_old_q_);
+        old_a_[0] = 4096;
+    }
+    int sample_rate() const override { return 8000; }
+    std::size_t frame_samples() const override { return kFrame; }
+
+    void encode(const std::int16_t* pcm, std::vector<std::uint8_t>& out) override {
+        Zep16s* new_speech = old_speech_ + kWindow - kFrame;
+        std::memcpy(new_speech, pcm, kFrame * sizeof(Zep16s));
+        check(zepsHighPassFilter_G729_16s_ISfs(new_speech, kFrame, 12, hp_.data()), "pre-processing");
+        const Params prm = code_frame();
+        std::memmove(old_speech_, old_speech_ + kFrame, (kWindow - kFrame) * sizeof(Zep16s));
+
+        std::uint8_t bits[kBits];
+        params_to_bits(prm, bits);
+        if (serial_) {
+            put_word(out, kSync);
+            put_word(out, kBits);
+            for (std::uint8_t b : bits) put_word(out, b ? kBit1 : kBit0);
+        } else {
+            for (int i = 0; i < kBits; i += 8) {
+                std::uint8_t byte = 0;
+                for (int k = 0; k < 8; ++k) byte = static_cast<std::uint8_t>((byte << 1) | bits[i + k]);
+                out.push_back(byte);
+            }
+        }
+    }
+
+private:
+    /// Coder_ld8a: LP analysis and quantisation, weighting, open-loop pitch,
+    /// then per subframe the target, the adaptive and fixed codebooks and the gains.
+    Params code_frame() {
+        Params prm{};
+        const Zep16s* speech = old_speech_ + kSpeechAt;
+        Zep16s aq[2 * (kOrder + 1)], ap[2 * (kOrder + 1)];
+        analyse_lp(prm, aq, ap);
+
+        // LPC residual and weighted speech of the frame.
+        Zep16s* exc = old_exc_ + kExcHistory;
+        Zep16s* wsp = old_wsp_ + kPitMax;
+        for (int sf = 0; sf < 2; ++sf) {
+            const int o = sf * kSubfr;
+            check(zepsResidual_G729_16s(aq + sf * (kOrder + 1), speech + o, exc + o, kSubfr), "LPC residual");
+            Zep16s ap1[kOrder + 1];
+            check(zepsWeightingDenominator_G729A_16s(ap + sf * (kOrder + 1), ap1), "weighting filter");
+            check(zepsSynthesisFilter_G729_16s(ap1, exc + o, wsp + o, kSubfr, mem_w_, 1), "weighting filter");
+        }
+        Zep16s t_op = 0;
+        check(zepsOpenLoopPitchSearch_G729A_16s(wsp, &t_op), "open-loop pitch");
+
+        Zep16s t0_first = 0;
+        for (int sf = 0; sf < 2; ++sf) {
+            const int o = sf * kSubfr;
+            const Zep16s* a_w = ap + sf * (kOrder + 1);
+            Zep16s zero[kOrder] = {};
+
+            // Impulse response of the weighted synthesis filter, target.
+            Zep16s h1[kSubfr] = {4096};
+            check(zepsSynthesisFilter_G729_16s(a_w, h1, h1, kSubfr, zero, 0), "impulse response");
+            Zep16s xn[kSubfr];
+            check(zepsSynthesisFilter_G729_16s(a_w, exc + o, xn, kSubfr, mem_w0_, 0), "target");
+
+            // Adaptive codebook.
+            Zep16s delay[2], adapt[kSubfr];
+            check(zepsAdaptiveCodebookSearch_G729A_16s(sf == 0 ? t_op : t0_first, xn, h1, old_exc_ + o, delay, adapt,
+                                                       static_cast<Zep16s>(sf)),
+                  "closed-loop pitch");
+            Zep16s index = 0;
+            check(zepsEncodeLag_G729_16s(delay, t0_first, static_cast<Zep16s>(sf), &index), "pitch-delay code");
+            if (sf == 0) {
+                t0_first = delay[0];
+                prm[2] = index;
+                check(zepsParityPitch_G729_16s(index, &prm[3]), "pitch parity");
+            } else {
+                prm[7] = index;
+            }
+            Zep16s y1[kSubfr];
+            check(zepsSynthesisFilter_G729_16s(a_w, exc + o, y1, kSubfr, zero, 0),
+                  "filtered adaptive vector");
+            Zep16s gain_pit = 0, taming = 0;
+            check(zepsPitchGain_G729_16s(xn, y1, &gain_pit), "pitch gain");
+            check(zepsTamingTest_G729_16s(exc_err_, delay, &taming), "taming test");
+            if (taming == 1 && gain_pit > kGpClip) gain_pit = kGpClip;
+            Zep16s xn2[kSubfr];
+            check(zepsAdaptiveCodebookContribution_G729_16s(gain_pit, y1, xn, xn2), "codebook target");
+
+            // Fixed codebook.
+            Zep16s code[kSubfr], y2[kSubfr], cidx[2];
+            check(zepsFixedCodebookSearch_G729A_16s(xn2, h1, delay[0], sharp_, code, y2, cidx), "fixed codebook");
+            prm[sf == 0 ? 4 : 8] = cidx[0];
+            prm[sf == 0 ? 5 : 9] = cidx[1];
+
+            // Gains, excitation and memories.
+            Zep16s gains[2];
+            check(zepsGainQuant_G729_16s(xn, y1, code, y2, past_qua_en_, taming, gains, &prm[sf == 0 ? 6 : 10]),
+                  "gain quantisation");
+            sharp_ = gains[0] > kSharpMax ? kSharpMax : gains[0] < kSharpMin ? kSharpMin : gains[0];
+            check(zepsMixExcitation_G729_16s_I(gains[0], gains[1], code, exc + o, kSubfr), "excitation");
+            check(zepsTamingUpdate_G729_16s(gains[0], delay[0], exc_err_), "taming update");
+            check(zepsWeightedErrorMemory_G729_16s(gains[0], gains[1], xn, y1, y2, mem_w0_), "weighting memory");
+        }
+        std::memmove(old_wsp_, old_wsp_ + kFrame, kPitMax * sizeof(Zep16s));
+        std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
+        return prm;
+    }
+
+    /// Autocorrelation, lag window, Levinson-Durbin (the last stable filter
+    /// kept when unstable), LSP conversion and quantisation, interpolation
+    /// and the weighted filters of the two subframes.
+    void analyse_lp(Params& prm, Zep16s* aq, Zep16s* ap) {
+        Zep32s r[13];
+        Zep16s norm = 0;
+        check(zepsAutoCorr_G729B(old_speech_, &norm, r), "autocorrelation");
+        check(zepsLagWindow_G729_32s_I(r + 1, kOrder), "lag window");
+        Zep16s a[kOrder + 1], rc[kOrder], err = 0;
+        const ZepStatus s = zepsLevinsonDurbin_G729_32s16s(r, kOrder, a, rc, &err);
+        check(s, "Levinson-Durbin");
+        if (s == zepStsOverflow)
+            std::memcpy(a, old_a_, sizeof a);
+        else
+            std::memcpy(old_a_, a, sizeof a);
+
+        Zep16s lsp_new[kOrder], lsp_new_q[kOrder], idx[2];
+        check(zepsLPCToLSP_G729A_16s(a, lsp_old_, lsp_new), "LP to LSP");
+        check(zepsLSPQuant_G729_16s(lsp_new, &freq_prev_[0][0], lsp_new_q, idx), "LSP quantisation");
+        prm[0] = idx[0];
+        prm[1] = idx[1];
+        Zep16s lsp_mid[kOrder];
+        check(zepsInterpolate_G729_16s(lsp_old_q_, lsp_new_q, lsp_mid, kOrder), "LSP interpolation");
+        check(zepsLSPToLPC_G729_16s(lsp_mid, aq), "LSP to LPC");
+        check(zepsLSPToLPC_G729_16s(lsp_new_q, aq + kOrder + 1), "LSP to LPC");
+        for (int sf = 0; sf < 2; ++sf)
+            check(zepsWeightLPC_G729_16s(aq + sf * (kOrder + 1), kGamma1A, ap + sf * (kOrder + 1)), "weighting");
+        std::memcpy(lsp_old_, lsp_new, sizeof lsp_new);
+        std::memcpy(lsp_old_q_, lsp_new_q, sizeof lsp_new_q);
+    }
+
+    Variant variant_;
+    bool serial_;
+    std::vector<std::uint8_t> hp_;
+    Zep16s old_speech_[kWindow] = {};
+    Zep16s old_wsp_[kPitMax + kFrame] = {};
+    Zep16s old_exc_[kExcHistory + kFrame] = {};
+    Zep16s mem_w_[kOrder] = {};
+    Zep16s mem_w0_[kOrder] = {};
+    Zep16s freq_prev_[4][kOrder];
+    Zep16s lsp_old_[kOrder];
+    Zep16s lsp_old_q_[kOrder];
+    Zep16s old_a_[kOrder + 1] = {};
+    Zep16s sharp_ = kSharpMin;
+    Zep16s past_qua_en_[4] = {-14336, -14336, -14336, -14336};
+    Zep32s exc_err_[4] = {0x4000, 0x4000, 0x4000, 0x4000};
+};
+
 Variant variant_of(const zepsc_cli::CodecOptions& o) {
     const std::string annex = o.get("annex", "0");
     if (annex != "0" && annex != "A")
@@ -300,9 +469,9 @@ zepsc_cli::CodecSpec make_spec() {
     s.pad_last_frame = false;
     s.make_encoder = [](const zepsc_cli::CodecOptions& o,
                         const std::string& format) -> std::unique_ptr<zepsc_cli::FrameEncoder> {
-        (void)variant_of(o);
-        (void)format;
-        throw CodecError("the G.729 encoder is not available yet");
+        const Variant v = variant_of(o);
+        if (v == Variant::Main) throw CodecError("the G.729 main-body encoder is not available yet (use --annex A)");
+        return std::make_unique<Encoder>(v, format == "bit");
     };
     s.make_decoder = [](const zepsc_cli::CodecOptions& o,
                         const std::string& format) -> std::unique_ptr<zepsc_cli::FrameDecoder> {
