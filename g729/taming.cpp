@@ -22,7 +22,9 @@ inline Word32 scaled_error(Word32 err, Word16 gain_pit) {
 
 ZepStatus zepsTamingTest_G729_16s(const Zep32s* pExcErr, const Zep16s* pSrcDelay, Zep16s* pTaming) {
     if (any_null(pExcErr, pSrcDelay, pTaming)) return zepStsNullPtrErr;
-    if (!in_range<Word16>(pSrcDelay[0], 1, 143) || !in_range<Word16>(pSrcDelay[1], -1, 1)) return zepStsRangeErr;
+    if (!in_range<Word16>(pSrcDelay[0], 1, 144) || !in_range<Word16>(pSrcDelay[1], -1, 1) ||
+        (pSrcDelay[0] == 144 && pSrcDelay[1] > 0))
+        return zepStsRangeErr;
     const Word16 t1 = pSrcDelay[1] > 0 ? add(pSrcDelay[0], 1) : pSrcDelay[0];
     Word16 i = sub(t1, 40 + 10);
     if (i < 0) i = 0;

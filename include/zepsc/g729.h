@@ -771,6 +771,55 @@ ZEPSAPI ZepStatus zepsFixedCodebookSearch_G729A_16s(const Zep16s* pSrcFixedTarge
                                                     Zep16s* pDstFltFixedVector, Zep16s* pDstIndex);
 
 /**
+ * Main-body fixed-codebook search (ITU-T G.729 3.8, ACELP_Codebook with
+ * D4i40_17): the impulse response pitch-sharpened in a copy, its
+ * correlations and the backward-filtered target as in the Annex A member;
+ * four nested pulse loops, the fourth entered only when the first three
+ * correlations exceed average + 0.4 (maximum - average); a later candidate
+ * wins only if strictly better. The search budget is 75 entries of the
+ * fourth loop plus what the previous subframe left: 30 in subframe 0, in
+ * subframe 1 the value subframe 0 returned in *pSrcDstBudget.
+ * @param pSrcFixedTarget     target of the codebook search, 40 samples, Q0
+ * @param pSrcImpulseResponse impulse response, 40 samples, Q12 (not changed)
+ * @param lag                 integer pitch lag, at least 1
+ * @param sharp               previous quantised pitch gain bounded to 0.2..0.8, Q14
+ * @param subframe            0 or 1
+ * @param pSrcDstBudget       budget record: read in subframe 1 (-32693..32692; 0..105
+ *                            as subframe 0 leaves it), written with what is left
+ * @param pDstFixedVector     codeword, 40 samples, Q13 (sharpened)
+ * @param pDstFltFixedVector  filtered codeword, 40 samples, Q12
+ * @param pDstIndex           13-bit position code, then 4-bit sign code
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         lag < 1, subframe is not 0 or 1, or the subframe-1 budget is out of
+ *         range; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsFixedCodebookSearch_G729_16s(const Zep16s* pSrcFixedTarget, const Zep16s* pSrcImpulseResponse,
+                                                   Zep16s lag, Zep16s sharp, Zep16s subframe, Zep16s* pSrcDstBudget,
+                                                   Zep16s* pDstFixedVector, Zep16s* pDstFltFixedVector,
+                                                   Zep16s* pDstIndex);
+
+/**
+ * Adaptive perceptual weighting factors of the main body (ITU-T G.729 3.3,
+ * perc_var): log-area ratios of the first two reflection coefficients (Q11,
+ * three linear segments), averaged with the previous frame's for subframe
+ * 0; "smooth" switches off when LAR1 < -1.74 and LAR2 > 0.65 and on again
+ * when LAR1 > -1.52 or LAR2 < 0.43; when off, gamma1 = 0.98 and gamma2 =
+ * 1 - 6 pi d_min (bounded to 0.4..0.7, d_min the least distance of the
+ * normalised LSFs); when on, 0.94 and 0.6.
+ * @param pSrcLSFInt LSFs of the interpolated (subframe 0) unquantised LSPs, 10, normalised Q15
+ *                   (zepsLSPToLSF_Norm_G729_16s)
+ * @param pSrcLSFNew LSFs of the frame's unquantised LSPs, 10, normalised Q15
+ * @param pSrcRC     the frame's first two reflection coefficients, Q15
+ * @param pSrcDstMem record of three values: the previous frame's two LARs, then
+ *                   smooth (0 or 1); reset to {0, 0, 1}; updated
+ * @param pDstGamma  gamma1 of subframes 0 and 1, then gamma2 of subframes 0 and 1, Q15
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         the smooth flag is not 0 or 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsWeightingFactors_G729_16s(const Zep16s* pSrcLSFInt, const Zep16s* pSrcLSFNew,
+                                                const Zep16s* pSrcRC, Zep16s* pSrcDstMem, Zep16s* pDstGamma);
+
+/**
  * Pitch gain of an already filtered adaptive vector (ITU-T G.729 3.7.3,
  * G_pitch): <x,y>/<y,y> in Q14, 0 when the correlation is not positive, at
  * most 19661 (1.2); energies computed on y / 4 when they saturate. The
@@ -815,7 +864,8 @@ ZEPSAPI ZepStatus zepsGainQuant_G729_16s(const Zep16s* pSrcAdptTarget, const Zep
  * positive fraction, from lag - 50 to lag + 8 samples back) exceeds
  * 983040000 (60000 in Q14), else 0.
  * @param pExcErr   taming record, 4 values (read only)
- * @param pSrcDelay delay record: lag 1..143, fraction -1..1
+ * @param pSrcDelay delay record: lag 1..144, fraction -1..1 (144 with fraction 1
+ *                  excluded: 144 - 1/3 is the longest delay a code carries)
  * @param pTaming   0 or 1
  * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
  *         the delay is out of range; else zepStsNoErr.

@@ -104,4 +104,9 @@ TEST(G729Replay, AnnexAEncoder) {
     replay_encoder(kFolders[1], 7);
 }
 
+TEST(G729Replay, MainBodyEncoder) {
+    replay_encoder(kFolders[2], 6);
+    replay_encoder(kFolders[3], 6);
+}
+
 }  // namespace

@@ -293,7 +293,7 @@ public:
         Zep16s* new_speech = old_speech_ + kWindow - kFrame;
         std::memcpy(new_speech, pcm, kFrame * sizeof(Zep16s));
         check(zepsHighPassFilter_G729_16s_ISfs(new_speech, kFrame, 12, hp_.data()), "pre-processing");
-        const Params prm = code_frame();
+        const Params prm = variant_ == Variant::AnnexA ? code_frame() : code_frame_main();
         std::memmove(old_speech_, old_speech_ + kFrame, (kWindow - kFrame) * sizeof(Zep16s));
 
         std::uint8_t bits[kBits];
@@ -389,6 +389,135 @@ private:
         return prm;
     }
 
+    /// Coder_ld8k: the main body's chain, with the unquantised filter for
+    /// the weighting, adaptive weighting factors, the error filter memory,
+    /// convolution for the filtered adaptive vector and the 17-bit search.
+    Params code_frame_main() {
+        Params prm{};
+        const Zep16s* speech = old_speech_ + kSpeechAt;
+        Zep16s a_t[2 * (kOrder + 1)], aq[2 * (kOrder + 1)], gamma[4];
+        analyse_lp_main(prm, a_t, aq, gamma);
+
+        Zep16s* exc = old_exc_ + kExcHistory;
+        Zep16s* wsp = old_wsp_ + kPitMax;
+        Zep16s ap1[2][kOrder + 1], ap2[2][kOrder + 1];
+        for (int sf = 0; sf < 2; ++sf) {
+            const int o = sf * kSubfr;
+            check(zepsWeightLPC_G729_16s(a_t + sf * (kOrder + 1), gamma[sf], ap1[sf]), "weighting");
+            check(zepsWeightLPC_G729_16s(a_t + sf * (kOrder + 1), gamma[2 + sf], ap2[sf]), "weighting");
+            check(zepsResidual_G729_16s(ap1[sf], speech + o, wsp + o, kSubfr), "weighting filter");
+            check(zepsSynthesisFilter_G729_16s(ap2[sf], wsp + o, wsp + o, kSubfr, mem_w_, 1), "weighting filter");
+        }
+        Zep16s t_op = 0;
+        check(zepsOpenLoopPitchSearch_G729_16s(wsp, &t_op), "open-loop pitch");
+
+        Zep16s t0_first = 0;
+        for (int sf = 0; sf < 2; ++sf) {
+            const int o = sf * kSubfr;
+            const Zep16s* a_q = aq + sf * (kOrder + 1);
+            Zep16s zero[kOrder] = {};
+
+            // Impulse response of W(z)/A(z), target through the error filter.
+            Zep16s ai_zero[kSubfr] = {}, h1[kSubfr];
+            std::memcpy(ai_zero, ap1[sf], sizeof ap1[sf]);
+            check(zepsSynthesisFilter_G729_16s(a_q, ai_zero, h1, kSubfr, zero, 0), "impulse response");
+            check(zepsSynthesisFilter_G729_16s(ap2[sf], h1, h1, kSubfr, zero, 0), "impulse response");
+            check(zepsResidual_G729_16s(a_q, speech + o, exc + o, kSubfr), "LPC residual");
+            Zep16s error[kOrder + kSubfr];
+            std::memcpy(error, mem_err_, sizeof mem_err_);
+            check(zepsSynthesisFilter_G729_16s(a_q, exc + o, error + kOrder, kSubfr, mem_err_, 0), "error filter");
+            Zep16s xn[kSubfr];
+            check(zepsResidual_G729_16s(ap1[sf], error + kOrder, xn, kSubfr), "target");
+            check(zepsSynthesisFilter_G729_16s(ap2[sf], xn, xn, kSubfr, mem_w0_, 0), "target");
+
+            // Adaptive codebook.
+            Zep16s delay[2], adapt[kSubfr];
+            check(zepsAdaptiveCodebookSearch_G729_16s(sf == 0 ? t_op : t0_first, xn, h1, old_exc_ + o, delay, adapt,
+                                                      static_cast<Zep16s>(sf)),
+                  "closed-loop pitch");
+            Zep16s index = 0;
+            check(zepsEncodeLag_G729_16s(delay, t0_first, static_cast<Zep16s>(sf), &index), "pitch-delay code");
+            if (sf == 0) {
+                t0_first = delay[0];
+                prm[2] = index;
+                check(zepsParityPitch_G729_16s(index, &prm[3]), "pitch parity");
+            } else {
+                prm[7] = index;
+            }
+            Zep16s y1[kSubfr], gain_pit = 0, taming = 0;
+            check(zepsAdaptiveCodebookGain_G729_16s(xn, h1, adapt, y1, &gain_pit), "pitch gain");
+            check(zepsTamingTest_G729_16s(exc_err_, delay, &taming), "taming test");
+            if (taming == 1 && gain_pit > kGpClip) gain_pit = kGpClip;
+            Zep16s xn2[kSubfr];
+            check(zepsAdaptiveCodebookContribution_G729_16s(gain_pit, y1, xn, xn2), "codebook target");
+
+            // Fixed codebook.
+            Zep16s code[kSubfr], y2[kSubfr], cidx[2];
+            check(zepsFixedCodebookSearch_G729_16s(xn2, h1, delay[0], sharp_, static_cast<Zep16s>(sf), &budget_, code,
+                                                   y2, cidx),
+                  "fixed codebook");
+            prm[sf == 0 ? 4 : 8] = cidx[0];
+            prm[sf == 0 ? 5 : 9] = cidx[1];
+
+            // Gains, excitation, synthesis and memories.
+            Zep16s gains[2];
+            check(zepsGainQuant_G729_16s(xn, y1, code, y2, past_qua_en_, taming, gains, &prm[sf == 0 ? 6 : 10]),
+                  "gain quantisation");
+            sharp_ = gains[0] > kSharpMax ? kSharpMax : gains[0] < kSharpMin ? kSharpMin : gains[0];
+            check(zepsMixExcitation_G729_16s_I(gains[0], gains[1], code, exc + o, kSubfr), "excitation");
+            check(zepsTamingUpdate_G729_16s(gains[0], delay[0], exc_err_), "taming update");
+            Zep16s synth[kSubfr], diff[kSubfr];
+            check(zepsSynthesisFilter_G729_16s(a_q, exc + o, synth, kSubfr, mem_syn_, 1), "local synthesis");
+            // speech - synth with saturation: the target update with a gain of 1.0 (Q14).
+            check(zepsAdaptiveCodebookContribution_G729_16s(16384, synth, speech + o, diff), "error memory");
+            std::memcpy(mem_err_, diff + kSubfr - kOrder, sizeof mem_err_);
+            check(zepsWeightedErrorMemory_G729_16s(gains[0], gains[1], xn, y1, y2, mem_w0_), "weighting memory");
+        }
+        std::memmove(old_wsp_, old_wsp_ + kFrame, kPitMax * sizeof(Zep16s));
+        std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
+        return prm;
+    }
+
+    /// The main body's LP analysis: the unquantised filter of subframe 1
+    /// from Levinson-Durbin and of subframe 0 from the interpolated LSPs
+    /// (Int_lpc), the quantised ones as in Annex A, and the weighting factors.
+    void analyse_lp_main(Params& prm, Zep16s* a_t, Zep16s* aq, Zep16s* gamma) {
+        Zep32s r[13];
+        Zep16s norm = 0;
+        check(zepsAutoCorr_G729B(old_speech_, &norm, r), "autocorrelation");
+        check(zepsLagWindow_G729_32s_I(r + 1, kOrder), "lag window");
+        Zep16s* a = a_t + kOrder + 1;
+        Zep16s rc[kOrder], err = 0;
+        const ZepStatus s = zepsLevinsonDurbin_G729_32s16s(r, kOrder, a, rc, &err);
+        check(s, "Levinson-Durbin");
+        if (s == zepStsOverflow) {
+            std::memcpy(a, old_a_, sizeof old_a_);
+            rc[0] = old_rc_[0];
+            rc[1] = old_rc_[1];
+        } else {
+            std::memcpy(old_a_, a, sizeof old_a_);
+            old_rc_[0] = rc[0];
+            old_rc_[1] = rc[1];
+        }
+        Zep16s lsp_new[kOrder], lsp_new_q[kOrder], idx[2];
+        check(zepsLPCToLSP_G729_16s(a, lsp_old_, lsp_new), "LP to LSP");
+        check(zepsLSPQuant_G729_16s(lsp_new, &freq_prev_[0][0], lsp_new_q, idx), "LSP quantisation");
+        prm[0] = idx[0];
+        prm[1] = idx[1];
+
+        Zep16s lsp_mid[kOrder], lsf_int[kOrder], lsf_new[kOrder];
+        check(zepsInterpolate_G729_16s(lsp_old_, lsp_new, lsp_mid, kOrder), "LSP interpolation");
+        check(zepsLSPToLPC_G729_16s(lsp_mid, a_t), "LSP to LPC");
+        check(zepsLSPToLSF_Norm_G729_16s(lsp_mid, lsf_int), "LSP to LSF");
+        check(zepsLSPToLSF_Norm_G729_16s(lsp_new, lsf_new), "LSP to LSF");
+        check(zepsInterpolate_G729_16s(lsp_old_q_, lsp_new_q, lsp_mid, kOrder), "LSP interpolation");
+        check(zepsLSPToLPC_G729_16s(lsp_mid, aq), "LSP to LPC");
+        check(zepsLSPToLPC_G729_16s(lsp_new_q, aq + kOrder + 1), "LSP to LPC");
+        std::memcpy(lsp_old_, lsp_new, sizeof lsp_new);
+        std::memcpy(lsp_old_q_, lsp_new_q, sizeof lsp_new_q);
+        check(zepsWeightingFactors_G729_16s(lsf_int, lsf_new, rc, weighting_mem_, gamma), "weighting factors");
+    }
+
     /// Autocorrelation, lag window, Levinson-Durbin (the last stable filter
     /// kept when unstable), LSP conversion and quantisation, interpolation
     /// and the weighted filters of the two subframes.
@@ -435,6 +564,12 @@ private:
     Zep16s sharp_ = kSharpMin;
     Zep16s past_qua_en_[4] = {-14336, -14336, -14336, -14336};
     Zep32s exc_err_[4] = {0x4000, 0x4000, 0x4000, 0x4000};
+    // Main body only.
+    Zep16s mem_err_[kOrder] = {};
+    Zep16s mem_syn_[kOrder] = {};
+    Zep16s old_rc_[2] = {};
+    Zep16s weighting_mem_[3] = {0, 0, 1};
+    Zep16s budget_ = 30;
 };
 
 Variant variant_of(const zepsc_cli::CodecOptions& o) {
@@ -469,9 +604,7 @@ zepsc_cli::CodecSpec make_spec() {
     s.pad_last_frame = false;
     s.make_encoder = [](const zepsc_cli::CodecOptions& o,
                         const std::string& format) -> std::unique_ptr<zepsc_cli::FrameEncoder> {
-        const Variant v = variant_of(o);
-        if (v == Variant::Main) throw CodecError("the G.729 main-body encoder is not available yet (use --annex A)");
-        return std::make_unique<Encoder>(v, format == "bit");
+        return std::make_unique<Encoder>(variant_of(o), format == "bit");
     };
     s.make_decoder = [](const zepsc_cli::CodecOptions& o,
                         const std::string& format) -> std::unique_ptr<zepsc_cli::FrameDecoder> {
