@@ -375,3 +375,89 @@ ZEPS_VARIANT_CHECK(zepsPostProcess_G729_16s_I) {
 }
 
 }  // namespace
+
+// ---- no-rounding synthesis filters and constant multiply -----------------
+
+namespace {
+
+TEST(CommonNR, SynthesisTruncatesWhereTheG729FilterRounds) {
+    // a = {4096, -2048}: y[n] = x[n] + y[n-1] / 2 in Q12, shift 12.
+    const V16 a = {4096, -2048, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    const V16 x = {3, 0, 0, 0, -3, 0};
+    V16 y(6), mem(10, 0);
+    ASSERT_EQ(u8::zepsSynthesisFilter_NR_16s_Sfs(a.data(), x.data(), y.data(), 6, 12, mem.data()), zepStsNoErr);
+    EXPECT_EQ(y, (V16{3, 1, 0, 0, -3, -2}));  // 3/2 -> 1, -3/2 -> -2: toward minus infinity
+    V16 r(6);
+    ASSERT_EQ(u8::zepsSynthesisFilter_G729_16s(a.data(), x.data(), r.data(), 6, mem.data(), 0), zepStsNoErr);
+    EXPECT_EQ(r, (V16{3, 2, 1, 1, -2, -1}));  // the rounding member
+    // Zero-state response equals the Sfs member with zero memory; ISfs updates the memory.
+    V16 z(6), io = x;
+    ASSERT_EQ(u8::zepsSynthesisFilterZeroStateResponse_NR_16s(a.data(), x.data(), z.data(), 6, 12), zepStsNoErr);
+    EXPECT_EQ(z, y);
+    ASSERT_EQ(u8::zepsSynthesisFilter_NR_16s_ISfs(a.data(), io.data(), 6, 12, mem.data()), zepStsNoErr);
+    EXPECT_EQ(io, y);
+    EXPECT_EQ(V16(mem.begin() + 4, mem.end()), y);
+    // Order 1 of the Low member ignores the other coefficients.
+    V16 a_low = a, lo = x, lm(10, 0);
+    a_low[5] = 30000;
+    ASSERT_EQ(u8::zepsSynthesisFilterLow_NR_16s_ISfs(a_low.data(), lo.data(), 6, 1, 12, lm.data()), zepStsNoErr);
+    EXPECT_EQ(lo, y);
+}
+
+TEST(CommonNR, OverflowAndMultiplyBoundaries) {
+    const V16 a = {4096, -4096, 0, 0, 0, 0, 0, 0, 0, 0, 0};  // integrator
+    V16 x(40, 30000), y(40, 0), mem(10, 0);
+    EXPECT_EQ(u8::zepsSynthesisFilter_NR_16s_Sfs(a.data(), x.data(), y.data(), 40, 12, mem.data()), zepStsOverflow);
+    EXPECT_EQ(y.back(), 32767);
+    const V16 s = {-32768, 32767, -1, 3};
+    V16 d(4, 7);
+    ASSERT_EQ(u8::zepsMulC_NR_16s_Sfs(s.data(), -32768, d.data(), 4, 15), zepStsNoErr);
+    EXPECT_EQ(d, (V16{32767, -32767, 1, -3}));  // 2^30 >> 15 saturates; -1 * -32768 >> 15 = 1
+    V16 keep(4, 7);
+    EXPECT_EQ(u8::zepsMulC_NR_16s_Sfs(s.data(), 2, keep.data(), 4, 32), zepStsScaleRangeErr);
+    EXPECT_EQ(keep, V16(4, 7));
+}
+
+}  // namespace
+
+ZEPS_VARIANT_CHECK(zepsSynthesisFilter_NR_16s_Sfs) {
+    for (int rep = 0; rep < 40; ++rep) {
+        const int len = static_cast<int>(rng.uniform(0, 40)), sf = static_cast<int>(rng.uniform(-1, 32));
+        both(u8::zepsSynthesisFilter_NR_16s_Sfs, n8::zepsSynthesisFilter_NR_16s_Sfs,
+             {rep % 2 ? stable_lpc(rng) : rand16(rng, 11), rand16(rng, 40), V16(40), rand16(rng, 10)},
+             [&](auto f, auto& v) { return f(v[0].data(), v[1].data(), v[2].data(), len, sf, v[3].data()); });
+    }
+}
+ZEPS_VARIANT_CHECK(zepsSynthesisFilter_NR_16s_ISfs) {
+    for (int rep = 0; rep < 40; ++rep) {
+        const int len = static_cast<int>(rng.uniform(0, 40)), sf = static_cast<int>(rng.uniform(-1, 32));
+        both(u8::zepsSynthesisFilter_NR_16s_ISfs, n8::zepsSynthesisFilter_NR_16s_ISfs,
+             {rep % 2 ? stable_lpc(rng) : rand16(rng, 11), rand16(rng, 40), rand16(rng, 10)},
+             [&](auto f, auto& v) { return f(v[0].data(), v[1].data(), len, sf, v[2].data()); });
+    }
+}
+ZEPS_VARIANT_CHECK(zepsSynthesisFilterLow_NR_16s_ISfs) {
+    for (int rep = 0; rep < 40; ++rep) {
+        const int len = static_cast<int>(rng.uniform(0, 40)), sf = static_cast<int>(rng.uniform(-1, 32));
+        const int order = static_cast<int>(rng.uniform(0, 11));
+        both(u8::zepsSynthesisFilterLow_NR_16s_ISfs, n8::zepsSynthesisFilterLow_NR_16s_ISfs,
+             {rand16(rng, 11), rand16(rng, 40), rand16(rng, 10)},
+             [&](auto f, auto& v) { return f(v[0].data(), v[1].data(), len, order, sf, v[2].data()); });
+    }
+}
+ZEPS_VARIANT_CHECK(zepsSynthesisFilterZeroStateResponse_NR_16s) {
+    for (int rep = 0; rep < 40; ++rep) {
+        const int len = static_cast<int>(rng.uniform(0, 40)), sf = static_cast<int>(rng.uniform(-1, 32));
+        both(u8::zepsSynthesisFilterZeroStateResponse_NR_16s, n8::zepsSynthesisFilterZeroStateResponse_NR_16s,
+             {rand16(rng, 11), rand16(rng, 40), V16(40)},
+             [&](auto f, auto& v) { return f(v[0].data(), v[1].data(), v[2].data(), len, sf); });
+    }
+}
+ZEPS_VARIANT_CHECK(zepsMulC_NR_16s_Sfs) {
+    for (int rep = 0; rep < 40; ++rep) {
+        const int len = static_cast<int>(rng.uniform(0, 40)), sf = static_cast<int>(rng.uniform(-1, 32));
+        const Zep16s val = rng.s16();
+        both(u8::zepsMulC_NR_16s_Sfs, n8::zepsMulC_NR_16s_Sfs, {rand16(rng, 40), V16(40)},
+             [&](auto f, auto& v) { return f(v[0].data(), val, v[1].data(), len, sf); });
+    }
+}
