@@ -109,4 +109,75 @@ TEST(G729Replay, MainBodyEncoder) {
     replay_encoder(kFolders[3], 6);
 }
 
+/// The 80 bits of each serial frame, packed MSB first: the RTP payloads.
+std::vector<std::uint8_t> rtp_payloads(const std::vector<std::uint8_t>& serial) {
+    std::vector<std::uint8_t> out;
+    for (std::size_t f = 0; f + kFrameBytes <= serial.size(); f += kFrameBytes)
+        for (int byte = 0; byte < 10; ++byte) {
+            std::uint8_t v = 0;
+            for (int b = 0; b < 8; ++b) {
+                const std::size_t w = f + 4 + 2 * static_cast<std::size_t>(byte * 8 + b);
+                v = static_cast<std::uint8_t>((v << 1) | (serial[w] == 0x81 ? 1 : 0));
+            }
+            out.push_back(v);
+        }
+    return out;
+}
+
+TEST(G729Replay, RtpPayloadFormat) {
+    const auto& codec = zeps::codec_test::codec("g729");
+    for (const char* a : {"0", "A"}) {
+        const std::string dir = root() + (std::string(a) == "A" ? "/g729a" : "/g729");
+        const auto pcm = read_pcm(zeps::codec_test::shared_dir() + "/speech/female.s16");
+        const auto serial = read_bytes(dir + "/female.bit");
+        const auto payloads = zepsc_cli::encode_all(codec, annex(a), "g729", pcm.data(), pcm.size());
+        expect_same_bytes(payloads, rtp_payloads(serial), 10, std::string(a) + " .g729 encoder");
+        const auto out = zepsc_cli::decode_all(codec, annex(a), "g729", payloads.data(), payloads.size());
+        expect_same_pcm(out, read_pcm(dir + "/female.pst"), kFrameSamples, std::string(a) + " .g729 decoder");
+    }
+}
+
+/// Runs the decoder on bytes that may be corrupt: it either decodes or
+/// throws CodecError, and writes 80 samples a decoded frame.
+void decode_corrupt(const std::vector<std::uint8_t>& bits, const std::string& format, bool must_throw) {
+    const auto& codec = zeps::codec_test::codec("g729");
+    for (const char* a : {"0", "A"}) {
+        try {
+            const auto out = zepsc_cli::decode_all(codec, annex(a), format, bits.data(), bits.size());
+            EXPECT_FALSE(must_throw) << format << " " << bits.size() << " bytes";
+            EXPECT_EQ(out.size() % kFrameSamples, 0u);
+        } catch (const zepsc_cli::CodecError& e) {
+            EXPECT_TRUE(must_throw) << e.what();
+        }
+    }
+}
+
+TEST(G729Replay, CorruptBitstreams) {
+    const auto good = read_bytes(root() + "/g729a/male.bit");
+    ASSERT_GE(good.size(), 20 * kFrameBytes);
+    std::vector<std::uint8_t> head(good.begin(), good.begin() + 20 * kFrameBytes);
+    std::uint32_t seed = 1;
+    auto next = [&] { return seed = seed * 1664525u + 1013904223u; };
+    // Bit words of any value (0x0000 erases, others count as 0): decoded.
+    for (int rep = 0; rep < 20; ++rep) {
+        auto bits = head;
+        for (std::size_t f = 0; f < 20; ++f)
+            for (int k = 0; k < 8; ++k) {
+                const std::size_t w = f * kFrameBytes + 4 + 2 * (next() % 80);
+                bits[w] = static_cast<std::uint8_t>(next());
+                bits[w + 1] = static_cast<std::uint8_t>(next() % 3 == 0 ? next() : 0);
+            }
+        decode_corrupt(bits, "bit", false);
+    }
+    // Random payloads of whole frames decode; truncated frames and foreign sizes are refused.
+    std::vector<std::uint8_t> noise(400);
+    for (auto& b : noise) b = static_cast<std::uint8_t>(next() >> 24);
+    decode_corrupt(noise, "g729", false);
+    decode_corrupt(std::vector<std::uint8_t>(noise.begin(), noise.begin() + 15), "g729", true);
+    decode_corrupt(std::vector<std::uint8_t>(head.begin(), head.begin() + kFrameBytes + 100), "bit", true);
+    auto sid = head;
+    sid[kFrameBytes + 2] = 16;  // a SID frame needs Annex B
+    decode_corrupt(sid, "bit", true);
+}
+
 }  // namespace
