@@ -8,6 +8,9 @@
 // pitch gains Q14.
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
+
 #include "common/basic_op.h"
 #include "common/fixed_math.h"
 #include "g729/g729_codec_tables.h"
@@ -20,21 +23,56 @@ inline constexpr int kSubfr = 40;   // L_SUBFR
 inline constexpr int kPitMin = 20;  // PIT_MIN
 inline constexpr int kPitMax = 143; // PIT_MAX
 
+/// One output sample of Syn_filt with the reference's saturating operators;
+/// y_at(j) gives y[i-j]. Sets ovf when an operator saturated.
+template <class Past>
+inline Word16 syn_sample_saturating(const Word16* a, Word16 x, Past y_at, Flag& ovf) {
+    Word32 s = L_mult(x, a[0], ovf);
+    for (int j = 1; j <= kOrder; ++j) s = L_msu(s, a[j], y_at(j), ovf);
+    s = L_shl(s, 3, ovf);
+    return round_fx(s, ovf);
+}
+
 /// Syn_filt: y = x / A(z), a Q12, with the memory mem[0..9] (oldest first).
 /// In-place use (y == x) is allowed. Returns true when a basic operator
 /// saturated (the reference's Overflow flag). The memory is not touched.
+///
+/// While 2 * sum|a| * max|value so far| stays within 31 bits no product or
+/// partial sum of the reference's L_mult / L_msu chain can saturate, and the
+/// sample is the plain 32-bit sum; otherwise the saturating operators run.
 inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, const Word16* mem) {
     Word16 hist[kOrder];
     for (int i = 0; i < kOrder; ++i) hist[i] = mem[i];
+    std::int64_t sum_a = 0;
+    for (int j = 0; j <= kOrder; ++j) sum_a += a[j] < 0 ? -std::int64_t{a[j]} : a[j];
+    std::int64_t peak = 0;
+    for (int j = 0; j < kOrder; ++j) peak = std::max<std::int64_t>(peak, hist[j] < 0 ? -std::int64_t{hist[j]} : hist[j]);
     Flag ovf = false;
     for (int i = 0; i < lg; ++i) {
-        Word32 s = L_mult(x[i], a[0], ovf);
-        for (int j = 1; j <= kOrder; ++j) {
-            const Word16 past = i - j >= 0 ? y[i - j] : hist[kOrder + i - j];
-            s = L_msu(s, a[j], past, ovf);
+        auto y_at = [&](int j) { return i - j >= 0 ? y[i - j] : hist[kOrder + i - j]; };
+        const Word16 xi = x[i];
+        peak = std::max<std::int64_t>(peak, xi < 0 ? -std::int64_t{xi} : xi);
+        Word16 out;
+        if (2 * sum_a * peak <= MAX_32) {
+            Word32 s = 2 * Word32{a[0]} * xi;
+            for (int j = 1; j <= kOrder; ++j) s -= 2 * Word32{a[j]} * y_at(j);
+            if (s > 0x0fffffff || s < -0x10000000) {
+                ovf = true;
+                s = s > 0 ? MAX_32 : MIN_32;
+            } else {
+                s *= 8;
+            }
+            if (s > MAX_32 - 0x8000) {
+                ovf = true;
+                out = MAX_16;
+            } else {
+                out = extract_h(s + 0x8000);
+            }
+        } else {
+            out = syn_sample_saturating(a, xi, y_at, ovf);
         }
-        s = L_shl(s, 3, ovf);
-        y[i] = round_fx(s, ovf);
+        y[i] = out;
+        peak = std::max<std::int64_t>(peak, out < 0 ? -std::int64_t{out} : out);
     }
     return ovf;
 }
