@@ -77,13 +77,39 @@ inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, const 
     return ovf;
 }
 
-/// Residu: y = A(z) x, a Q12; x[-10..-1] are read.
+/// Residu: y = A(z) x, a Q12; x[-10..-1] are read. While 2 * sum|a| *
+/// max|x| stays within 31 bits the L_mult / L_mac chain is a plain sum.
 inline void residu(const Word16* a, const Word16* x, Word16* y, int lg) {
+    std::int64_t sum_a = 0;
+    for (int j = 0; j <= kOrder; ++j) sum_a += a[j] < 0 ? -std::int64_t{a[j]} : a[j];
+    std::int64_t peak = 0;
+    for (int i = -kOrder; i < lg; ++i) peak = std::max<std::int64_t>(peak, x[i] < 0 ? -std::int64_t{x[i]} : x[i]);
+    const bool plain = 2 * sum_a * peak <= MAX_32;
     for (int i = 0; i < lg; ++i) {
-        Word32 s = L_mult(x[i], a[0]);
-        for (int j = 1; j <= kOrder; ++j) s = L_mac(s, a[j], x[i - j]);
+        Word32 s;
+        if (plain) {
+            s = 2 * Word32{a[0]} * x[i];
+            for (int j = 1; j <= kOrder; ++j) s += 2 * Word32{a[j]} * x[i - j];
+        } else {
+            s = L_mult(x[i], a[0]);
+            for (int j = 1; j <= kOrder; ++j) s = L_mac(s, a[j], x[i - j]);
+        }
         y[i] = round_fx(L_shl(s, 3));
     }
+}
+
+/// Sum of L_mac(a[k], b[k]) over n terms, each partial sum as the reference's
+/// saturating chain leaves it; when bound_ok (2 sum|a b| proven below 2^31)
+/// the plain sum is that value.
+inline Word32 mac_sum(Word32 init, const Word16* a, const Word16* b, int n, bool bound_ok) {
+    if (bound_ok) {
+        Word32 s = 0;
+        for (int k = 0; k < n; ++k) s += Word32{a[k]} * b[k];
+        return init + 2 * s;
+    }
+    Word32 s = init;
+    for (int k = 0; k < n; ++k) s = L_mac(s, a[k], b[k]);
+    return s;
 }
 
 /// Weight_Az: ap[i] = a[i] * gamma^i (Q12), order 10.

@@ -41,19 +41,24 @@ static_assert(sizeof(PostFilterAState) == 616);
 /// pit_pst_filt: res and scal point at the current subframe of buffers
 /// holding kPitMax past samples.
 void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word16 t0_max, Word16* out) {
+    // Every correlation and energy below is a sum of 40 products of samples
+    // of scal[-t0_max .. 39]; by Cauchy-Schwarz none of their partial sums
+    // exceeds the energy of that span, so twice that energy (plus the 1 the
+    // energies start from) within 31 bits proves the saturating chains exact.
+    std::int64_t span = 0;
+    for (int j = -t0_max; j < kSubfr; ++j) span += std::int64_t{scal[j]} * scal[j];
+    const bool plain = 2 * span + 1 <= MAX_32;
     Word32 cor_max = MIN_32;
     Word16 t0 = t0_min;
     for (Word16 i = t0_min; i <= t0_max; ++i) {
-        Word32 corr = 0;
-        for (int j = 0; j < kSubfr; ++j) corr = L_mac(corr, scal[j], scal[j - i]);
+        const Word32 corr = mac_sum(0, scal, scal - i, kSubfr, plain);
         if (L_sub(corr, cor_max) > 0) {
             cor_max = corr;
             t0 = i;
         }
     }
-    Word32 ener = 1, ener0 = 1;
-    for (int i = 0; i < kSubfr; ++i) ener = L_mac(ener, scal[i - t0], scal[i - t0]);
-    for (int i = 0; i < kSubfr; ++i) ener0 = L_mac(ener0, scal[i], scal[i]);
+    const Word32 ener = mac_sum(1, scal - t0, scal - t0, kSubfr, plain);
+    const Word32 ener0 = mac_sum(1, scal, scal, kSubfr, plain);
     if (cor_max < 0) cor_max = 0;
     Word32 temp = cor_max;
     if (ener > temp) temp = ener;
