@@ -55,27 +55,29 @@ inline void cor_h(const Word16* H, RR& rr) {
         const Word16 k = shr(norm_l(cor), 1);
         for (int i = 0; i < kSubfr; ++i) h[i] = shl(H[i], k);
     }
-    Word16 *p0 = rr.i0i0() + kNbPos - 1, *p1 = rr.i1i1() + kNbPos - 1, *p2 = rr.i2i2() + kNbPos - 1,
-           *p3 = rr.i3i3() + kNbPos - 1, *p4 = rr.i4i4() + kNbPos - 1;
+    // The diagonals, filled from their last position down (indices, so that
+    // no pointer steps before the start of rr).
     const Word16* ph = h;
     cor = 0;
     for (int i = 0; i < kNbPos; ++i) {
-        cor = L_mac(cor, *ph, *ph); ++ph; *p4-- = extract_h(cor);
-        cor = L_mac(cor, *ph, *ph); ++ph; *p3-- = extract_h(cor);
-        cor = L_mac(cor, *ph, *ph); ++ph; *p2-- = extract_h(cor);
-        cor = L_mac(cor, *ph, *ph); ++ph; *p1-- = extract_h(cor);
-        cor = L_mac(cor, *ph, *ph); ++ph; *p0-- = extract_h(cor);
+        const int at = kNbPos - 1 - i;
+        cor = L_mac(cor, *ph, *ph); ++ph; rr.i4i4()[at] = extract_h(cor);
+        cor = L_mac(cor, *ph, *ph); ++ph; rr.i3i3()[at] = extract_h(cor);
+        cor = L_mac(cor, *ph, *ph); ++ph; rr.i2i2()[at] = extract_h(cor);
+        cor = L_mac(cor, *ph, *ph); ++ph; rr.i1i1()[at] = extract_h(cor);
+        cor = L_mac(cor, *ph, *ph); ++ph; rr.i0i0()[at] = extract_h(cor);
     }
+    Word16 *p0, *p1, *p2, *p3, *p4;
     constexpr int ldec = kNbPos + 1;
     // Lag 1 (mod 5) blocks.
     {
         int l_fin_sup = kMSize - 1, l_fin_inf = l_fin_sup - 1;
-        const Word16* hf = h + 1;
+        constexpr int lag = 1;
         for (int k = 0; k < kNbPos; ++k) {
             p3 = rr.i2i3() + l_fin_sup; p2 = rr.i1i2() + l_fin_sup; p1 = rr.i0i1() + l_fin_sup;
             p0 = rr.i0i4() + l_fin_inf;
             cor = 0;
-            const Word16 *a = h, *b = hf;
+            const Word16 *a = h, *b = h + lag + kStep * k;
             for (int i = k + 1; i < kNbPos; ++i) {
                 cor = mac_step(cor, a, b);
                 cor = mac_step(cor, a, b); *p3 = extract_h(cor);
@@ -88,18 +90,18 @@ inline void cor_h(const Word16* H, RR& rr) {
             cor = mac_step(cor, a, b); *p3 = extract_h(cor);
             cor = mac_step(cor, a, b); *p2 = extract_h(cor);
             cor = mac_step(cor, a, b); *p1 = extract_h(cor);
-            l_fin_sup -= kNbPos; --l_fin_inf; hf += kStep;
+            l_fin_sup -= kNbPos; --l_fin_inf;
         }
     }
     // Lag 2 blocks.
     {
         int l_fin_sup = kMSize - 1, l_fin_inf = l_fin_sup - 1;
-        const Word16* hf = h + 2;
+        constexpr int lag = 2;
         for (int k = 0; k < kNbPos; ++k) {
             p4 = rr.i2i4() + l_fin_sup; p3 = rr.i1i3() + l_fin_sup; p2 = rr.i0i2() + l_fin_sup;
             p1 = rr.i1i4() + l_fin_inf; p0 = rr.i0i3() + l_fin_inf;
             cor = 0;
-            const Word16 *a = h, *b = hf;
+            const Word16 *a = h, *b = h + lag + kStep * k;
             for (int i = k + 1; i < kNbPos; ++i) {
                 cor = mac_step(cor, a, b); *p4 = extract_h(cor);
                 cor = mac_step(cor, a, b); *p3 = extract_h(cor);
@@ -111,18 +113,18 @@ inline void cor_h(const Word16* H, RR& rr) {
             cor = mac_step(cor, a, b); *p4 = extract_h(cor);
             cor = mac_step(cor, a, b); *p3 = extract_h(cor);
             cor = mac_step(cor, a, b); *p2 = extract_h(cor);
-            l_fin_sup -= kNbPos; --l_fin_inf; hf += kStep;
+            l_fin_sup -= kNbPos; --l_fin_inf;
         }
     }
     // Lag 3 blocks.
     {
         int l_fin_sup = kMSize - 1, l_fin_inf = l_fin_sup - 1;
-        const Word16* hf = h + 3;
+        constexpr int lag = 3;
         for (int k = 0; k < kNbPos; ++k) {
             p4 = rr.i1i4() + l_fin_sup; p3 = rr.i0i3() + l_fin_sup; p2 = rr.i2i4() + l_fin_inf;
             p1 = rr.i1i3() + l_fin_inf; p0 = rr.i0i2() + l_fin_inf;
             cor = 0;
-            const Word16 *a = h, *b = hf;
+            const Word16 *a = h, *b = h + lag + kStep * k;
             for (int i = k + 1; i < kNbPos; ++i) {
                 cor = mac_step(cor, a, b); *p4 = extract_h(cor);
                 cor = mac_step(cor, a, b); *p3 = extract_h(cor);
@@ -133,18 +135,18 @@ inline void cor_h(const Word16* H, RR& rr) {
             }
             cor = mac_step(cor, a, b); *p4 = extract_h(cor);
             cor = mac_step(cor, a, b); *p3 = extract_h(cor);
-            l_fin_sup -= kNbPos; --l_fin_inf; hf += kStep;
+            l_fin_sup -= kNbPos; --l_fin_inf;
         }
     }
     // Lag 4 blocks.
     {
         int l_fin_sup = kMSize - 1, l_fin_inf = l_fin_sup - 1;
-        const Word16* hf = h + 4;
+        constexpr int lag = 4;
         for (int k = 0; k < kNbPos; ++k) {
             p3 = rr.i0i4() + l_fin_sup; p2 = rr.i2i3() + l_fin_inf; p1 = rr.i1i2() + l_fin_inf;
             p0 = rr.i0i1() + l_fin_inf;
             cor = 0;
-            const Word16 *a = h, *b = hf;
+            const Word16 *a = h, *b = h + lag + kStep * k;
             for (int i = k + 1; i < kNbPos; ++i) {
                 cor = mac_step(cor, a, b); *p3 = extract_h(cor);
                 cor = mac_step(cor, a, b);
@@ -154,7 +156,7 @@ inline void cor_h(const Word16* H, RR& rr) {
                 p3 -= ldec; p2 -= ldec; p1 -= ldec; p0 -= ldec;
             }
             cor = mac_step(cor, a, b); *p3 = extract_h(cor);
-            l_fin_sup -= kNbPos; --l_fin_inf; hf += kStep;
+            l_fin_sup -= kNbPos; --l_fin_inf;
         }
     }
 }

@@ -195,17 +195,18 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
         sq = -1;
         alp = 1;
         {
-            const Word16* p0 = ptr_rri2i3_i4 + mult(i0b, 6554);
+            // Column of the track-2 / track-3|4 block read by index: a pointer
+            // stepping past the last row would leave the rr array.
+            const Word16* col = ptr_rri2i3_i4 + mult(i0b, 6554);
             const Word16* p1 = rr.i0i2() + i1_offset;
             const Word16* p2 = rr.i2i2();
-            Word16* p3 = tmp_vect;
-            for (int i3 = 2; i3 < kSubfr; i3 += kStep) {
-                Word32 s = L_mult(*p0, k1_4); p0 += kNbPos;
+            for (int k = 0; k < kNbPos; ++k) {
+                Word32 s = L_mult(col[k * kNbPos], k1_4);
                 s = L_mac(s, *p1++, k1_4);
                 s = L_mac(s, *p2++, k1_8);
-                *p3++ = round_fx(s);
+                tmp_vect[k] = round_fx(s);
             }
-            p0 = ptr_rri1i3_i4 + mult(i0b, 6554);
+            const Word16* p0 = ptr_rri1i3_i4 + mult(i0b, 6554);
             p1 = rr.i0i1() + i1_offset;
             p2 = rr.i1i1();
             const Word16* p3c = rr.i1i2();
