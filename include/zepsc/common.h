@@ -50,6 +50,69 @@ ZEPSAPI ZepStatus zepsAutoCorr_NormE_16s32s(const Zep16s* pSrc, int len, Zep32s*
  */
 ZEPSAPI ZepStatus zepsInterpolateC_NR_16s(const Zep16s* pSrc1, Zep16s val1, int val1ScaleFactor, const Zep16s* pSrc2,
                                           Zep16s val2, int val2ScaleFactor, Zep16s* pDst, int len);
+
+/**
+ * Order-10 all-pole synthesis filter without rounding (NR): y[n] =
+ * saturate16((a[0] x[n] - sum_{j=1..10} a[j] y[n-j]) >> scaleFactor), the
+ * 16 x 16-bit products not doubled, accumulated in 32 bits with saturation
+ * at every step, the shift arithmetic (truncation toward minus infinity).
+ * With Q12 coefficients and scaleFactor 12 it is the G.729 synthesis filter
+ * with truncation where the standard rounds (zepsSynthesisFilter_G729_16s
+ * is the rounding member).
+ * @param pLPC        11 coefficients a[0..10], Q(scaleFactor)
+ * @param pSrc        input, len samples
+ * @param pDst        output, len samples; may equal pSrc
+ * @param len         number of samples, at least 1
+ * @param scaleFactor right shift of the accumulator, 0..31
+ * @param pMem        the 10 past outputs, oldest first (read only)
+ * Checks: pLPC, pSrc, pDst, pMem null -> zepStsNullPtrErr; len < 1 ->
+ * zepStsSizeErr; scaleFactor outside 0..31 -> zepStsScaleRangeErr.
+ * @return zepStsOverflow when an accumulation or an output saturated, with
+ *         the saturated output written (a caller scales its input down and
+ *         filters again); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSynthesisFilter_NR_16s_Sfs(const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst, int len,
+                                                 int scaleFactor, const Zep16s* pMem);
+
+/**
+ * In-place form of zepsSynthesisFilter_NR_16s_Sfs whose memory is updated:
+ * pMem receives the last 10 outputs (earlier memory values when len < 10),
+ * also when zepStsOverflow is returned. Same checks in the same order.
+ */
+ZEPSAPI ZepStatus zepsSynthesisFilter_NR_16s_ISfs(const Zep16s* pLPC, Zep16s* pSrcDst, int len, int scaleFactor,
+                                                  Zep16s* pMem);
+
+/**
+ * The NR synthesis filter of a lower order: only a[0..order] are used
+ * (pLPC holds order + 1 values), the memory is still the 10 past outputs,
+ * updated as by zepsSynthesisFilter_NR_16s_ISfs; saturation is silent (no
+ * overflow warning).
+ * Checks: pLPC, pSrcDst, pMem null -> zepStsNullPtrErr; len < 1 ->
+ * zepStsSizeErr; order outside 1..10 -> zepStsRangeErr; scaleFactor outside
+ * 0..31 -> zepStsScaleRangeErr.
+ */
+ZEPSAPI ZepStatus zepsSynthesisFilterLow_NR_16s_ISfs(const Zep16s* pLPC, Zep16s* pSrcDst, int len, int order,
+                                                     int scaleFactor, Zep16s* pMem);
+
+/**
+ * Zero-state response of the NR synthesis filter (zero memory): with pSrc
+ * the weighted filter's numerator (a[0] = 1 << scaleFactor, the rest zero)
+ * it gives the impulse response used by the codebook searches. Saturation
+ * is silent.
+ * Checks: pLPC, pSrc, pDst null -> zepStsNullPtrErr; len < 1 ->
+ * zepStsSizeErr; scaleFactor outside 0..31 -> zepStsScaleRangeErr.
+ */
+ZEPSAPI ZepStatus zepsSynthesisFilterZeroStateResponse_NR_16s(const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst,
+                                                              int len, int scaleFactor);
+
+/**
+ * Vector times a constant without rounding: pDst[i] = saturate16((pSrc[i] *
+ * val) >> scaleFactor), the 32-bit product shifted arithmetically. pDst may
+ * equal pSrc.
+ * Checks: pSrc, pDst null -> zepStsNullPtrErr; len < 1 -> zepStsSizeErr;
+ * scaleFactor outside 0..31 -> zepStsScaleRangeErr.
+ */
+ZEPSAPI ZepStatus zepsMulC_NR_16s_Sfs(const Zep16s* pSrc, Zep16s val, Zep16s* pDst, int len, int scaleFactor);
 /**
  * Block normalisation: scales a block of 16-bit samples so that its largest
  * magnitude has `headroom` spare bits (the block_norm routine of the

@@ -533,6 +533,469 @@ ZEPSAPI ZepStatus zepsInterpolateC_NR_G729_16s_Sfs(const Zep16s* pSrc1, Zep16s v
                                                    Zep16s val2, Zep16s* pDst, int len, int scaleFactor);
 /** @} */
 
+/** @defgroup g729_excitation G.729 excitation, gains and synthesis
+ *  Pitch-delay code, fixed-codebook vector, gain prediction and decoding, excitation, LP synthesis and inverse filters (ITU-T G.729 and Annex A).
+ *  @{ */
+/* Conventions of this group: subframes of 40 samples; LP coefficients Q12
+ * (11 values, a[0] = 4096), speech and excitation Q0, fixed-codebook
+ * vectors Q13, pitch gains Q14, code gains Q1, past quantised energies Q10
+ * (the gain predictor's memory: four values, newest first, reset to -14336
+ * each by the caller). Every member reproduces the ITU-T G.729 fixed-point
+ * reference (v3.3; Annex A v1.1, whose routines of these stages are the
+ * same) bit for bit. */
+
+/**
+ * Pitch delay from its code (ITU-T G.729 4.1.3, Dec_lag3).
+ * Subframe 0: an 8-bit code; below 197 the lag (index + 2) / 3 + 19 with a
+ * fraction, from 197 the integer lag index - 112. Subframe 1: a 5-bit code
+ * relative to t0_min = max(20, T1 - 5) (t0_min + 9 at most 143), T1 the
+ * first subframe's integer lag, read from pSrcDstDelay[0].
+ * @param index        the code: 0..255 (subframe 0) or 0..31 (subframe 1)
+ * @param subframe     0 or 1
+ * @param pSrcDstDelay delay record (integer lag, fraction -1..1); in subframe 1
+ *                     its lag (18..145) is read first
+ * @return zepStsNullPtrErr if pSrcDstDelay is null; zepStsRangeErr if subframe
+ *         is not 0 or 1; zepStsOutOfRangeErr if the index is outside its code
+ *         range or the subframe-1 reference lag outside 18..145; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeLag_G729_16s(Zep16s index, Zep16s subframe, Zep16s* pSrcDstDelay);
+
+/**
+ * Pitch-delay code (ITU-T G.729 3.7.2, Enc_lag3): subframe 0, 3 T0 - 58 +
+ * frac for lags up to 85 and T0 + 112 above; subframe 1, 3 (T0 - t0_min) +
+ * 2 + frac with t0_min = max(20, t0Prev - 5) (t0_min + 9 at most 143).
+ * @param pSrcDelay delay record (integer lag, fraction -1..1)
+ * @param t0Prev    subframe 1: the first subframe's integer lag, 18..145 (ignored in subframe 0)
+ * @param subframe  0 or 1
+ * @param pDstIndex the code, 0..255 or 0..31
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         subframe is not 0 or 1, or (subframe 1) t0Prev is outside 18..145;
+ *         zepStsOutOfRangeErr if the delay has no code (fraction outside
+ *         -1..1, subframe-0 lag outside 19..143 or above 85 with a fraction,
+ *         subframe-1 lag outside t0_min - 1 .. t0_min + 10 or code outside 0..31);
+ *         else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsEncodeLag_G729_16s(const Zep16s* pSrcDelay, Zep16s t0Prev, Zep16s subframe,
+                                         Zep16s* pDstIndex);
+
+/**
+ * Parity bit of the first subframe's pitch code (ITU-T G.729 3.7.2,
+ * Parity_Pitch): 1 XOR the six most significant of its 8 bits. A decoder
+ * compares it with the received bit (Check_Parity_Pitch).
+ * @param index   8-bit pitch code, 0..255
+ * @param pParity the parity bit, 0 or 1
+ * @return zepStsNullPtrErr if pParity is null; zepStsOutOfRangeErr if index is
+ *         outside 0..255; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsParityPitch_G729_16s(Zep16s index, Zep16s* pParity);
+
+/**
+ * Fixed-codebook vector from its codes (ITU-T G.729 4.1.4, Decod_ACELP):
+ * 40 samples, zero but for four pulses of +8191 or -8192 (Q13) at positions
+ * 5 m0, 5 m1 + 1, 5 m2 + 2, 5 m3 + 3 + j (index bits 0-2, 3-5, 6-8, 10-12;
+ * j = bit 9); sign bit k set gives pulse k a positive sign.
+ * @param sign  4-bit sign code, 0..15
+ * @param index 13-bit position code, 0..8191
+ * @param pDst  the vector, 40 samples, Q13
+ * @return zepStsNullPtrErr if pDst is null; zepStsOutOfRangeErr if a code is
+ *         outside its range; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeFixedCodebook_G729_16s(Zep16s sign, Zep16s index, Zep16s* pDst);
+
+/**
+ * Pitch sharpening (ITU-T G.729 3.8): pSrcDst[i] += mult(pSrcDst[i - lag],
+ * shl(sharp, 1)) for i = lag..39, in increasing i (so a lag below 20 repeats
+ * the pulses). Applied to the fixed-codebook vector (decoder and encoder)
+ * and to the impulse response before the codebook search. Nothing changes
+ * for lags of 40 and above.
+ * @param lag     integer pitch lag, at least 1
+ * @param sharp   previous quantised pitch gain bounded to 3277..13017 (0.2..0.8), Q14
+ * @param pSrcDst 40 samples, in place
+ * @return zepStsNullPtrErr if pSrcDst is null; zepStsRangeErr if lag < 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPitchSharpening_G729_16s_I(Zep16s lag, Zep16s sharp, Zep16s* pSrcDst);
+
+/**
+ * Predicted fixed-codebook gain (ITU-T G.729 3.9.1, Gain_predict): from the
+ * innovation energy of pCode and the MA predictor (pred = {5571, 4751, 2785,
+ * 1556}, Q13) over the past quantised energies; the gain is
+ * *pGcode0 * 2^-*pExpGcode0 (16768 < *pGcode0 <= 32767 before the exponent).
+ * @param pPastQuaEn past quantised energies, 4 values, Q10 (read only)
+ * @param pCode      fixed-codebook vector, 40 samples, Q13
+ * @param pGcode0    predicted gain mantissa
+ * @param pExpGcode0 its Q format
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainPredict_G729_16s(const Zep16s* pPastQuaEn, const Zep16s* pCode, Zep16s* pGcode0,
+                                           Zep16s* pExpGcode0);
+
+/**
+ * Update of the code-gain predictor memory (ITU-T G.729 3.9.1, Gain_update):
+ * the four values shift (oldest dropped) and the newest becomes
+ * 20 log10(gbk12 / 8192) in Q10.
+ * @param gbk12      the chosen correction factor gbk1[.][1] + gbk2[.][1], Q13, at least 1
+ * @param pPastQuaEn past quantised energies, 4 values, Q10, updated
+ * @return zepStsNullPtrErr if pPastQuaEn is null; zepStsRangeErr if gbk12 < 1;
+ *         else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainUpdate_G729_16s(Zep32s gbk12, Zep16s* pPastQuaEn);
+
+/**
+ * Gain decoding of a received subframe (ITU-T G.729 4.1.5, Dec_gain): the
+ * 7-bit index (3 bits of the first stage, then 4 of the second, each through
+ * imap1 / imap2), the pitch gain gbk1[.][0] + gbk2[.][0], the code gain as
+ * the predicted gain of pCode times the correction; the predictor memory
+ * is updated.
+ * @param index      gain index, 0..127
+ * @param pCode      the subframe's fixed-codebook vector after pitch sharpening, 40 samples, Q13
+ * @param pPastQuaEn past quantised energies, 4 values, Q10, updated
+ * @param pDstGain   pitch gain (Q14), code gain (Q1)
+ * @return zepStsNullPtrErr for a null pointer (argument order);
+ *         zepStsOutOfRangeErr if index is outside 0..127 (nothing written); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeGain_G729_16s(Zep16s index, const Zep16s* pCode, Zep16s* pPastQuaEn,
+                                          Zep16s* pDstGain);
+
+/**
+ * Gains of an erased subframe (ITU-T G.729 4.4.2, the erasure branch of
+ * Dec_gain): pitch gain times 0.9 (29491, Q15), at most 29491; code gain
+ * times 0.98 (32111); the predictor memory gets the mean of its four values
+ * minus 4 dB (4096), at least -14336 (Gain_update_erasure).
+ * @param pPastQuaEn  past quantised energies, 4 values, Q10, updated
+ * @param pSrcDstGain the previous subframe's gains in, this subframe's out:
+ *                    pitch gain (Q14), code gain (Q1)
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeGainErased_G729_16s(Zep16s* pPastQuaEn, Zep16s* pSrcDstGain);
+
+/**
+ * Total excitation of a subframe (ITU-T G.729 4.1.6): pSrcDstExc[i] =
+ * round(L_shl(L_mac(L_mult(pSrcDstExc[i], gainPitch), pCode[i], gainCode), 1)),
+ * the adaptive vector replaced in place.
+ * @param gainPitch  pitch gain, Q14
+ * @param gainCode   code gain, Q1
+ * @param pCode      fixed-codebook vector, Q13, len samples
+ * @param pSrcDstExc adaptive vector in, excitation out, Q0, len samples
+ * @param len        number of samples, at least 1 (40 in the codec)
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsSizeErr if
+ *         len < 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsMixExcitation_G729_16s_I(Zep16s gainPitch, Zep16s gainCode, const Zep16s* pCode,
+                                               Zep16s* pSrcDstExc, int len);
+
+/**
+ * Order-10 synthesis filter 1/A(z) (ITU-T G.729 4.1.6, Syn_filt): per sample
+ * s = L_mult(x, a0) - sum L_mult(a[j], y[-j]) (L_msu), y = round(L_shl(s, 3)).
+ * pDst may equal pSrc; pSrcDstMem may overlap pDst (it is read before any
+ * output is written), as the reference's impulse-response calls do.
+ * @param pLPC       A(z), 11 values, Q12
+ * @param pSrc       excitation, len samples
+ * @param pDst       synthesis, len samples
+ * @param len        number of samples, at least 1
+ * @param pSrcDstMem the 10 past outputs, oldest first; replaced by the last
+ *                   10 outputs (earlier memory values when len < 10) if update is not 0
+ * @param update     0: memory left as it is; otherwise updated
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsSizeErr if
+ *         len < 1; zepStsOverflow when a basic operator saturated (the
+ *         reference's Overflow flag: the decoder then scales its excitation
+ *         down by 4 and filters again), with the saturated output written and
+ *         the memory handled as on success; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSynthesisFilter_G729_16s(const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst, int len,
+                                               Zep16s* pSrcDstMem, int update);
+
+/**
+ * Order-10 inverse filter A(z) (ITU-T G.729 3.6, Residu): y = round(L_shl(
+ * L_mult(x, a0) + sum L_mult(a[j], x[-j]), 3)) with L_mac.
+ * @param pLPC A(z), 11 values, Q12
+ * @param pSrc input, len samples; pSrc[-10..-1] are read too
+ * @param pDst output, len samples; must not overlap pSrc[-10..len-1]
+ * @param len  number of samples, at least 1
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsSizeErr if
+ *         len < 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsResidual_G729_16s(const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst, int len);
+
+/**
+ * Bandwidth expansion A(z/gamma) (ITU-T G.729 3.3, Weight_Az): pDst[0] =
+ * pLPC[0], pDst[i] = round(L_mult(pLPC[i], gamma^i)) with gamma^i formed by
+ * repeated rounded products.
+ * @param pLPC  A(z), 11 values, Q12
+ * @param gamma Q15 (the codec's values: 24576 = 0.75 in Annex A, 18022 and 22938 in its post-filter)
+ * @param pDst  A(z/gamma), 11 values, Q12; may equal pLPC
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsWeightLPC_G729_16s(const Zep16s* pLPC, Zep16s gamma, Zep16s* pDst);
+/** @} */
+
+/** @defgroup g729_encoder G.729 encoder stages
+ *  Weighting, fixed-codebook search, pitch gain, gain quantisation, taming and the weighted-error memory (ITU-T G.729 and Annex A).
+ *  @{ */
+/* Conventions as the g729_excitation group; impulse responses Q12,
+ * filtered fixed-codebook vectors Q12. The 32-bit taming record is four
+ * values Q14, newest first, reset to 0x00004000 each by the caller. */
+
+/**
+ * Annex A weighting denominator (ITU-T G.729 Annex A A.3.3): pDstLPC[0] =
+ * 4096, pDstLPC[i] = sub(Ap[i], mult(Ap[i-1], 22938)) for i = 1..10, Ap the
+ * weighted filter A(z/0.75); the weighted speech is the LPC residual
+ * through 1/pDstLPC(z).
+ * @param pSrcWeightedLPC A(z/0.75), 11 values, Q12
+ * @param pDstLPC         11 values, Q12; may equal pSrcWeightedLPC
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsWeightingDenominator_G729A_16s(const Zep16s* pSrcWeightedLPC, Zep16s* pDstLPC);
+
+/**
+ * Annex A fast fixed-codebook search (ITU-T G.729 Annex A A.3.8,
+ * ACELP_Code_A): the impulse response is pitch-sharpened (as
+ * zepsPitchSharpening_G729_16s_I) in a copy, its correlations and the
+ * backward-filtered target (normalised to 13 bits) are formed, and the
+ * four pulses are searched depth first (D4i40_17_fast: for each of tracks
+ * 3 and 4, two orders of pulse pairs each starting from the two largest
+ * correlations of one track; a later candidate wins only if strictly
+ * better). The codeword is returned pitch-sharpened, the filtered codeword
+ * from the sharpened response without it.
+ * @param pSrcFixedTarget     target of the codebook search, 40 samples, Q0
+ * @param pSrcImpulseResponse impulse response of the weighted synthesis filter, 40 samples, Q12 (not changed)
+ * @param lag                 integer pitch lag of the subframe, at least 1
+ * @param sharp               previous quantised pitch gain bounded to 0.2..0.8, Q14
+ * @param pDstFixedVector     codeword, 40 samples, Q13 (pulses +-8191/-8192, sharpened)
+ * @param pDstFltFixedVector  filtered codeword, 40 samples, Q12
+ * @param pDstIndex           13-bit position code, then 4-bit sign code (the order of the bitstream's C, S)
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         lag < 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsFixedCodebookSearch_G729A_16s(const Zep16s* pSrcFixedTarget, const Zep16s* pSrcImpulseResponse,
+                                                    Zep16s lag, Zep16s sharp, Zep16s* pDstFixedVector,
+                                                    Zep16s* pDstFltFixedVector, Zep16s* pDstIndex);
+
+/**
+ * Main-body fixed-codebook search (ITU-T G.729 3.8, ACELP_Codebook with
+ * D4i40_17): the impulse response pitch-sharpened in a copy, its
+ * correlations and the backward-filtered target as in the Annex A member;
+ * four nested pulse loops, the fourth entered only when the first three
+ * correlations exceed average + 0.4 (maximum - average); a later candidate
+ * wins only if strictly better. The search budget is 75 entries of the
+ * fourth loop plus what the previous subframe left: 30 in subframe 0, in
+ * subframe 1 the value subframe 0 returned in *pSrcDstBudget.
+ * @param pSrcFixedTarget     target of the codebook search, 40 samples, Q0
+ * @param pSrcImpulseResponse impulse response, 40 samples, Q12 (not changed)
+ * @param lag                 integer pitch lag, at least 1
+ * @param sharp               previous quantised pitch gain bounded to 0.2..0.8, Q14
+ * @param subframe            0 or 1
+ * @param pSrcDstBudget       budget record: read in subframe 1 (-32693..32692; 0..105
+ *                            as subframe 0 leaves it), written with what is left
+ * @param pDstFixedVector     codeword, 40 samples, Q13 (sharpened)
+ * @param pDstFltFixedVector  filtered codeword, 40 samples, Q12
+ * @param pDstIndex           13-bit position code, then 4-bit sign code
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         lag < 1, subframe is not 0 or 1, or the subframe-1 budget is out of
+ *         range; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsFixedCodebookSearch_G729_16s(const Zep16s* pSrcFixedTarget, const Zep16s* pSrcImpulseResponse,
+                                                   Zep16s lag, Zep16s sharp, Zep16s subframe, Zep16s* pSrcDstBudget,
+                                                   Zep16s* pDstFixedVector, Zep16s* pDstFltFixedVector,
+                                                   Zep16s* pDstIndex);
+
+/**
+ * Adaptive perceptual weighting factors of the main body (ITU-T G.729 3.3,
+ * perc_var): log-area ratios of the first two reflection coefficients (Q11,
+ * three linear segments), averaged with the previous frame's for subframe
+ * 0; "smooth" switches off when LAR1 < -1.74 and LAR2 > 0.65 and on again
+ * when LAR1 > -1.52 or LAR2 < 0.43; when off, gamma1 = 0.98 and gamma2 =
+ * 1 - 6 pi d_min (bounded to 0.4..0.7, d_min the least distance of the
+ * normalised LSFs); when on, 0.94 and 0.6.
+ * @param pSrcLSFInt LSFs of the interpolated (subframe 0) unquantised LSPs, 10, normalised Q15
+ *                   (zepsLSPToLSF_Norm_G729_16s)
+ * @param pSrcLSFNew LSFs of the frame's unquantised LSPs, 10, normalised Q15
+ * @param pSrcRC     the frame's first two reflection coefficients, Q15
+ * @param pSrcDstMem record of three values: the previous frame's two LARs, then
+ *                   smooth (0 or 1); reset to {0, 0, 1}; updated
+ * @param pDstGamma  gamma1 of subframes 0 and 1, then gamma2 of subframes 0 and 1, Q15
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         the smooth flag is not 0 or 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsWeightingFactors_G729_16s(const Zep16s* pSrcLSFInt, const Zep16s* pSrcLSFNew,
+                                                const Zep16s* pSrcRC, Zep16s* pSrcDstMem, Zep16s* pDstGamma);
+
+/**
+ * Pitch gain of an already filtered adaptive vector (ITU-T G.729 3.7.3,
+ * G_pitch): <x,y>/<y,y> in Q14, 0 when the correlation is not positive, at
+ * most 19661 (1.2); energies computed on y / 4 when they saturate. The
+ * Annex A encoder filters its adaptive vector with the synthesis filter
+ * (zepsSynthesisFilter_G729_16s) rather than by convolution, hence this
+ * member beside zepsAdaptiveCodebookGain_G729A_16s.
+ * @param pSrcAdptTarget    target, 40 samples, Q0
+ * @param pSrcFltAdptVector filtered adaptive vector, 40 samples, Q0
+ * @param pResultAdptGain   the gain, Q14
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPitchGain_G729_16s(const Zep16s* pSrcAdptTarget, const Zep16s* pSrcFltAdptVector,
+                                         Zep16s* pResultAdptGain);
+
+/**
+ * Gain quantisation of a subframe (ITU-T G.729 3.9, Qua_gain with the
+ * correlations of G_pitch and Corr_xy2; the same in Annex A): the
+ * unquantised optimum gains select 4 first-stage and 8 second-stage
+ * candidates (Gbk_presel); among the 32 pairs the one of least weighted
+ * error wins (the first on a tie); with tameFlag 1 the optimum pitch gain is
+ * limited to 481 (Q9) before pre-selection and pairs with a pitch gain of
+ * 16383 or more are skipped. The code-gain predictor memory is updated
+ * (Gain_update).
+ * @param pSrcAdptTarget     target of the pitch search, 40 samples, Q0
+ * @param pSrcFltAdptVector  filtered adaptive vector, 40 samples, Q0
+ * @param pSrcFixedVector    codeword (sharpened), 40 samples, Q13
+ * @param pSrcFltFixedVector filtered codeword, 40 samples, Q12
+ * @param pPastQuaEn         past quantised energies, 4 values, Q10, updated
+ * @param tameFlag           1 when taming is needed (zepsTamingTest_G729_16s), else 0
+ * @param pDstGain           quantised pitch gain (Q14), code gain (Q1)
+ * @param pDstIndex          7-bit gain index: map1[i1] * 16 + map2[i2]
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         tameFlag is not 0 or 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainQuant_G729_16s(const Zep16s* pSrcAdptTarget, const Zep16s* pSrcFltAdptVector,
+                                         const Zep16s* pSrcFixedVector, const Zep16s* pSrcFltFixedVector,
+                                         Zep16s* pPastQuaEn, Zep16s tameFlag, Zep16s* pDstGain, Zep16s* pDstIndex);
+
+/**
+ * Taming test (ITU-T G.729 3.9, test_err): 1 when the largest error
+ * estimate over the zones reached by the delay (lag, plus one for a
+ * positive fraction, from lag - 50 to lag + 8 samples back) exceeds
+ * 983040000 (60000 in Q14), else 0.
+ * @param pExcErr   taming record, 4 values (read only)
+ * @param pSrcDelay delay record: lag 1..144, fraction -1..1 (144 with fraction 1
+ *                  excluded: 144 - 1/3 is the longest delay a code carries)
+ * @param pTaming   0 or 1
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         the delay is out of range; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsTamingTest_G729_16s(const Zep32s* pExcErr, const Zep16s* pSrcDelay, Zep16s* pTaming);
+
+/**
+ * Taming update (ITU-T G.729 3.9, update_exc_err): the worst of
+ * 1 + gp * err over the zones the lag reaches (twice recursively for lags
+ * below 40) becomes the newest value of the record.
+ * @param gainPitch     the subframe's quantised pitch gain, Q14
+ * @param lag           integer pitch lag, 1..144
+ * @param pSrcDstExcErr taming record, 4 values, updated
+ * @return zepStsNullPtrErr if pSrcDstExcErr is null; zepStsRangeErr if lag is
+ *         outside 1..144; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsTamingUpdate_G729_16s(Zep16s gainPitch, Zep16s lag, Zep32s* pSrcDstExcErr);
+
+/**
+ * Weighting-filter memory for the next subframe (ITU-T G.729 3.10):
+ * pDstMem[j] = sub(x[30+j], add(extract_h(L_shl(L_mult(y1[30+j], gainPitch), 1)),
+ * extract_h(L_shl(L_mult(y2[30+j], gainCode), 2)))) for j = 0..9.
+ * @param gainPitch          quantised pitch gain, Q14
+ * @param gainCode           quantised code gain, Q1
+ * @param pSrcAdptTarget     target of the pitch search, 40 samples, Q0
+ * @param pSrcFltAdptVector  filtered adaptive vector, 40 samples, Q0
+ * @param pSrcFltFixedVector filtered codeword, 40 samples, Q12
+ * @param pDstMem            10 values: the memory of the target's weighting filter
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsWeightedErrorMemory_G729_16s(Zep16s gainPitch, Zep16s gainCode, const Zep16s* pSrcAdptTarget,
+                                                   const Zep16s* pSrcFltAdptVector, const Zep16s* pSrcFltFixedVector,
+                                                   Zep16s* pDstMem);
+/** @} */
+
+/** @defgroup g729_postfilter G.729 post-filter and post-processing
+ *  Decoder post-filters of the main body and Annex A and the output high-pass (ITU-T G.729 4.2, Annex A A.4.2).
+ *  @{ */
+
+/**
+ * Size of the Annex A post-filter state: writes 616.
+ * @return zepStsNullPtrErr if pSize is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilterGetStateSize_G729A_16s(Zep32s* pSize);
+
+/**
+ * Initialises the Annex A post-filter state (Init_Post_Filter with the
+ * filters' own start values): residual histories, filter memories and the
+ * last input samples zeroed, tilt memory 0, AGC gain 1.0 (4096, Q12).
+ * @return zepStsNullPtrErr if pState is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilterInit_G729A_16s(Zep8u* pState);
+
+/**
+ * Annex A post-filter of one 40-sample subframe (ITU-T G.729 Annex A A.4.2,
+ * Post_Filter for one subframe): residual of A(z/0.55) over the input (the
+ * state keeps the last 10 input samples and 143 residual samples); integer
+ * long-term delay of maximum correlation in lag-3 .. lag+3 (143 at most),
+ * gain from the normalised correlation, off below 3 dB of prediction gain;
+ * tilt compensation 1 - mu z^-1 with mu = 0.8 r(1)/r(0) of the 22-sample
+ * impulse response of A(z/0.55)/A(z/0.7) (0 when r(1) <= 0); synthesis
+ * 1/A(z/0.7); gain control following the input energy with factor 0.9.
+ * The reference works on two subframes a call; calling this once per
+ * subframe in order gives the same output.
+ * @param lag     the subframe's decoded integer pitch lag, 18..145 (a second
+ *                subframe's lag can be 144)
+ * @param pLPC    the subframe's decoded A(z), 11 values, Q12
+ * @param pSrcDst the subframe's synthesis in, post-filtered speech out, 40 samples
+ * @param pState  state of zepsPostFilterGetStateSize_G729A_16s bytes
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         lag is outside 18..145; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilter_G729A_16s(Zep16s lag, const Zep16s* pLPC, Zep16s* pSrcDst, Zep8u* pState);
+
+/**
+ * Size of the main-body post-filter state: writes 348.
+ * @return zepStsNullPtrErr if pSize is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilterGetStateSize_G729_16s(Zep32s* pSize);
+
+/**
+ * Initialises the main-body post-filter state (Init_Post_Filter): residual
+ * history, 1/A(z/0.7) memory and the last input samples zeroed, gain 1.0
+ * (16384, Q14).
+ * @return zepStsNullPtrErr if pState is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilterInit_G729_16s(Zep8u* pState);
+
+/**
+ * Main-body post-filter of one 40-sample subframe (ITU-T G.729 4.2, Post):
+ * residual of A(z/0.55) (the state keeps the last 10 input samples and 152
+ * residual samples); long-term delay of 1/8-sample resolution: the best of
+ * lag-1, lag, lag+1 (a later one only if strictly better), then the 7
+ * phases on either side with the 4-tap filters, the chosen phase again with
+ * the 16-tap filter and the better of the two kept; off when the normalised
+ * correlation is below 0.5; gain 1/(1 + 0.5 g) with g at most 1; short-term
+ * filter A(z/0.55)/A(z/0.7) scaled by the sum of |h| of its 20-sample
+ * impulse response when above 1; tilt (1 + mu z^-1)/(1 - |mu|) from that
+ * response's first reflection coefficient (weighted 0.2 when positive, 0.9
+ * when negative); gain control on sums of absolute values, factor 0.9875.
+ * @param lag      the first subframe's decoded integer lag (used for both subframes), 18..143
+ * @param pLPC     the subframe's decoded A(z), 11 values, Q12
+ * @param pSrc     the subframe's synthesis, 40 samples
+ * @param pDst     post-filtered speech, 40 samples; may equal pSrc
+ * @param pVoicing the long-term delay found (its integer part), 0 when the
+ *                 long-term filter is off: the main-body decoder's voicing
+ *                 decision for frame-erasure concealment
+ * @param pState   state of zepsPostFilterGetStateSize_G729_16s bytes
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         lag is outside 18..143; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilter_G729_16s(Zep16s lag, const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst,
+                                          Zep16s* pVoicing, Zep8u* pState);
+
+/**
+ * Output high-pass of the decoder (ITU-T G.729 4.2.5, Post_Process), bit for
+ * bit: the 100 Hz filter of zepsHighPassFilter_G729_16s_ISfs with
+ * scaleFactor 13 on the same state (zepsHighPassFilterInit_G729 with
+ * {7699, -15398, 7699, 8192, 15836, -7667}), the output being
+ * round(L_shl(acc, 1)) (the speech doubled, with saturation) where that
+ * export writes round(acc).
+ * @param pSrcDst speech, len samples, in place
+ * @param len     number of samples, at least 1
+ * @param pState  high-pass filter state (24 bytes)
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsSizeErr if
+ *         len < 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostProcess_G729_16s_I(Zep16s* pSrcDst, int len, Zep8u* pState);
+/** @} */
+
 /** @defgroup g729b G.729 Annex B: voice activity detection, DTX and comfort noise
  *  The VAD, the encoder's DTX decision with its SID quantisers, the comfort-noise
  *  excitation and the decoder's SID decoding (ITU-T G.729 Annex B, also used on Annex A).

@@ -1,0 +1,293 @@
+// G.729 Annex A fast fixed-codebook search (ITU-T G.729 Annex A A.3.8,
+// ACELP_Code_A with Cor_h, Cor_h_X and D4i40_17_fast): four pulses on the
+// tracks {0,5,..35}, {1,6,..36}, {2,7,..37}, {3,8,..38 / 4,9,..39}; the
+// signs follow the backward-filtered target; a depth-first search over the
+// two track-3/4 choices, each starting from the two largest correlations of
+// one track. Impulse response Q12, target Q0, codeword Q13, filtered
+// codeword Q12.
+#include <cstring>
+
+#include "common/args.h"
+#include "common/exports.h"
+#include "g729/acelp_kernels.h"
+
+ZEPS_BEGIN_VARIANT
+namespace {
+
+using namespace g729c;
+
+/// The best of the candidates so far: keep (sq2, alp2) when sq2/alp2 > sq/alp.
+inline bool better(Word16 sq2, Word16 alp2, Word16 sq, Word16 alp) {
+    return L_msu(L_mult(alp, sq2), sq, alp2) > 0;
+}
+
+/// D4i40_17_fast: the four pulse positions and signs; returns the 13-bit
+/// position code, writes the codeword, its filtered form and the sign code.
+Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y, Word16& sign) {
+    Word16 sign_dn[kSubfr], sign_dn_inv[kSubfr];
+    for (int i = 0; i < kSubfr; ++i) {
+        if (dn[i] >= 0) {
+            sign_dn[i] = MAX_16;
+            sign_dn_inv[i] = MIN_16;
+        } else {
+            sign_dn[i] = MIN_16;
+            sign_dn_inv[i] = MAX_16;
+            dn[i] = negate(dn[i]);
+        }
+    }
+    // Signs into the cross blocks, in the reference's interleaved order.
+    {
+        Word16 *p0 = rr.i0i1(), *p1 = rr.i0i2(), *p2 = rr.i0i3(), *p3 = rr.i0i4();
+        for (int i0 = 0; i0 < kSubfr; i0 += kStep) {
+            const Word16* psign = sign_dn[i0] < 0 ? sign_dn_inv : sign_dn;
+            for (int i1 = 1; i1 < kSubfr; i1 += kStep) {
+                *p0 = mult(*p0, psign[i1]); ++p0;
+                *p1 = mult(*p1, psign[i1 + 1]); ++p1;
+                *p2 = mult(*p2, psign[i1 + 2]); ++p2;
+                *p3 = mult(*p3, psign[i1 + 3]); ++p3;
+            }
+        }
+        p0 = rr.i1i2(); p1 = rr.i1i3(); p2 = rr.i1i4();
+        for (int i1 = 1; i1 < kSubfr; i1 += kStep) {
+            const Word16* psign = sign_dn[i1] < 0 ? sign_dn_inv : sign_dn;
+            for (int i2 = 2; i2 < kSubfr; i2 += kStep) {
+                *p0 = mult(*p0, psign[i2]); ++p0;
+                *p1 = mult(*p1, psign[i2 + 1]); ++p1;
+                *p2 = mult(*p2, psign[i2 + 2]); ++p2;
+            }
+        }
+        p0 = rr.i2i3(); p1 = rr.i2i4();
+        for (int i2 = 2; i2 < kSubfr; i2 += kStep) {
+            const Word16* psign = sign_dn[i2] < 0 ? sign_dn_inv : sign_dn;
+            for (int i3 = 3; i3 < kSubfr; i3 += kStep) {
+                *p0 = mult(*p0, psign[i3]); ++p0;
+                *p1 = mult(*p1, psign[i3 + 1]); ++p1;
+            }
+        }
+    }
+
+    Word16 psk = -1, alpk = 1;
+    Word16* ptr_rri0i3_i4 = rr.i0i3();
+    Word16* ptr_rri1i3_i4 = rr.i1i3();
+    Word16* ptr_rri2i3_i4 = rr.i2i3();
+    Word16* ptr_rri3i3_i4 = rr.i3i3();
+    Word16 ip0 = 0, ip1 = 1, ip2 = 2, ip3 = 3, ix = 0, iy = 0, ps = 0;
+    Word16 tmp_vect[kNbPos];
+    for (int track = 3; track < 5; ++track) {
+        // Pulses in tracks 2 and 3/4 first, then tracks 0 and 1.
+        Word16 sq = -1, alp = 1, prev_i0 = -1, i0 = 0;
+        for (int i = 0; i < 2; ++i) {
+            Word16 max = -1;
+            for (int j = 2; j < kSubfr; j += kStep)
+                if (sub(dn[j], max) > 0 && prev_i0 != j) {
+                    max = dn[j];
+                    i0 = static_cast<Word16>(j);
+                }
+            prev_i0 = i0;
+            const Word16 j = mult(i0, 6554);
+            const Word16 ps1 = dn[i0];
+            const Word32 alp1 = L_mult(rr.i2i2()[j], k1_4);
+            const Word16* p0 = ptr_rri2i3_i4 + shl(j, 3);
+            const Word16* p1 = ptr_rri3i3_i4;
+            for (int i1 = track; i1 < kSubfr; i1 += kStep) {
+                const Word16 ps2 = add(ps1, dn[i1]);
+                Word32 alp2 = L_mac(alp1, *p0++, k1_2);
+                alp2 = L_mac(alp2, *p1++, k1_4);
+                const Word16 sq2 = mult(ps2, ps2);
+                const Word16 alp_16 = round_fx(alp2);
+                if (better(sq2, alp_16, sq, alp)) {
+                    sq = sq2;
+                    ps = ps2;
+                    alp = alp_16;
+                    ix = i0;
+                    iy = static_cast<Word16>(i1);
+                }
+            }
+        }
+        Word16 i0b = ix, i1b = iy;
+        Word16 i1_offset = shl(mult(i1b, 6554), 3);
+        Word16 ps0 = ps;
+        Word32 alp0 = L_mult(alp, k1_4);
+        sq = -1;
+        alp = 1;
+        {
+            const Word16* p0 = rr.i1i2() + mult(i0b, 6554);
+            const Word16* p1 = ptr_rri1i3_i4 + mult(i1b, 6554);
+            const Word16* p2 = rr.i1i1();
+            Word16* p3 = tmp_vect;
+            for (int i3 = 1; i3 < kSubfr; i3 += kStep) {
+                Word32 s = L_mult(*p0, k1_4); p0 += kNbPos;
+                s = L_mac(s, *p1, k1_4); p1 += kNbPos;
+                s = L_mac(s, *p2++, k1_8);
+                *p3++ = round_fx(s);
+            }
+            p0 = rr.i0i2() + mult(i0b, 6554);
+            p1 = ptr_rri0i3_i4 + mult(i1b, 6554);
+            p2 = rr.i0i0();
+            const Word16* p3c = rr.i0i1();
+            for (int i2 = 0; i2 < kSubfr; i2 += kStep) {
+                const Word16 ps1 = add(ps0, dn[i2]);
+                Word32 alp1 = L_mac(alp0, *p0, k1_8); p0 += kNbPos;
+                alp1 = L_mac(alp1, *p1, k1_8); p1 += kNbPos;
+                alp1 = L_mac(alp1, *p2++, k1_16);
+                const Word16* p4 = tmp_vect;
+                for (int i3 = 1; i3 < kSubfr; i3 += kStep) {
+                    const Word16 ps2 = add(ps1, dn[i3]);
+                    Word32 alp2 = L_mac(alp1, *p3c++, k1_8);
+                    alp2 = L_mac(alp2, *p4++, k1_2);
+                    const Word16 sq2 = mult(ps2, ps2);
+                    const Word16 alp_16 = round_fx(alp2);
+                    if (better(sq2, alp_16, sq, alp)) {
+                        sq = sq2;
+                        alp = alp_16;
+                        ix = static_cast<Word16>(i2);
+                        iy = static_cast<Word16>(i3);
+                    }
+                }
+            }
+        }
+        if (better(sq, alp, psk, alpk)) {
+            psk = sq;
+            alpk = alp;
+            ip2 = i0b;
+            ip3 = i1b;
+            ip0 = ix;
+            ip1 = iy;
+        }
+
+        // Pulses in tracks 3/4 and 0 first, then tracks 1 and 2.
+        sq = -1;
+        alp = 1;
+        prev_i0 = -1;
+        for (int i = 0; i < 2; ++i) {
+            Word16 max = -1;
+            for (int j = track; j < kSubfr; j += kStep)
+                if (sub(dn[j], max) > 0 && prev_i0 != j) {
+                    max = dn[j];
+                    i0 = static_cast<Word16>(j);
+                }
+            prev_i0 = i0;
+            const Word16 j = mult(i0, 6554);
+            const Word16 ps1 = dn[i0];
+            const Word32 alp1 = L_mult(ptr_rri3i3_i4[j], k1_4);
+            const Word16* p0 = ptr_rri0i3_i4 + j;
+            const Word16* p1 = rr.i0i0();
+            for (int i1 = 0; i1 < kSubfr; i1 += kStep) {
+                const Word16 ps2 = add(ps1, dn[i1]);
+                Word32 alp2 = L_mac(alp1, *p0, k1_2); p0 += kNbPos;
+                alp2 = L_mac(alp2, *p1++, k1_4);
+                const Word16 sq2 = mult(ps2, ps2);
+                const Word16 alp_16 = round_fx(alp2);
+                if (better(sq2, alp_16, sq, alp)) {
+                    sq = sq2;
+                    ps = ps2;
+                    alp = alp_16;
+                    ix = i0;
+                    iy = static_cast<Word16>(i1);
+                }
+            }
+        }
+        i0b = ix;
+        i1b = iy;
+        i1_offset = shl(mult(i1b, 6554), 3);
+        ps0 = ps;
+        alp0 = L_mult(alp, k1_4);
+        sq = -1;
+        alp = 1;
+        {
+            // Column of the track-2 / track-3|4 block read by index: a pointer
+            // stepping past the last row would leave the rr array.
+            const Word16* col = ptr_rri2i3_i4 + mult(i0b, 6554);
+            const Word16* p1 = rr.i0i2() + i1_offset;
+            const Word16* p2 = rr.i2i2();
+            for (int k = 0; k < kNbPos; ++k) {
+                Word32 s = L_mult(col[k * kNbPos], k1_4);
+                s = L_mac(s, *p1++, k1_4);
+                s = L_mac(s, *p2++, k1_8);
+                tmp_vect[k] = round_fx(s);
+            }
+            const Word16* p0 = ptr_rri1i3_i4 + mult(i0b, 6554);
+            p1 = rr.i0i1() + i1_offset;
+            p2 = rr.i1i1();
+            const Word16* p3c = rr.i1i2();
+            for (int i2 = 1; i2 < kSubfr; i2 += kStep) {
+                const Word16 ps1 = add(ps0, dn[i2]);
+                Word32 alp1 = L_mac(alp0, *p0, k1_8); p0 += kNbPos;
+                alp1 = L_mac(alp1, *p1++, k1_8);
+                alp1 = L_mac(alp1, *p2++, k1_16);
+                const Word16* p4 = tmp_vect;
+                for (int i3 = 2; i3 < kSubfr; i3 += kStep) {
+                    const Word16 ps2 = add(ps1, dn[i3]);
+                    Word32 alp2 = L_mac(alp1, *p3c++, k1_8);
+                    alp2 = L_mac(alp2, *p4++, k1_2);
+                    const Word16 sq2 = mult(ps2, ps2);
+                    const Word16 alp_16 = round_fx(alp2);
+                    if (better(sq2, alp_16, sq, alp)) {
+                        sq = sq2;
+                        alp = alp_16;
+                        ix = static_cast<Word16>(i2);
+                        iy = static_cast<Word16>(i3);
+                    }
+                }
+            }
+        }
+        if (better(sq, alp, psk, alpk)) {
+            psk = sq;
+            alpk = alp;
+            ip3 = i0b;
+            ip0 = i1b;
+            ip1 = ix;
+            ip2 = iy;
+        }
+        ptr_rri0i3_i4 = rr.i0i4();
+        ptr_rri1i3_i4 = rr.i1i4();
+        ptr_rri2i3_i4 = rr.i2i4();
+        ptr_rri3i3_i4 = rr.i4i4();
+    }
+
+    const Word16 s0 = sign_dn[ip0], s1 = sign_dn[ip1], s2 = sign_dn[ip2], s3 = sign_dn[ip3];
+    std::memset(cod, 0, kSubfr * sizeof(Word16));
+    cod[ip0] = shr(s0, 2);
+    cod[ip1] = shr(s1, 2);
+    cod[ip2] = shr(s2, 2);
+    cod[ip3] = shr(s3, 2);
+    for (int i = 0; i < ip0; ++i) y[i] = 0;
+    for (int i = ip0, j = 0; i < kSubfr; ++i, ++j) y[i] = s0 > 0 ? h[j] : negate(h[j]);
+    const Word16 ips[3] = {ip1, ip2, ip3};
+    const Word16 sgs[3] = {s1, s2, s3};
+    for (int k = 0; k < 3; ++k)
+        for (int i = ips[k], j = 0; i < kSubfr; ++i, ++j) y[i] = sgs[k] > 0 ? add(y[i], h[j]) : sub(y[i], h[j]);
+    sign = static_cast<Word16>((s0 > 0 ? 1 : 0) + (s1 > 0 ? 2 : 0) + (s2 > 0 ? 4 : 0) + (s3 > 0 ? 8 : 0));
+    const Word16 q0 = mult(ip0, 6554), q1 = mult(ip1, 6554), q2 = mult(ip2, 6554), q = mult(ip3, 6554);
+    const Word16 j = sub(ip3, add(add(q, shl(q, 2)), 3));
+    const Word16 q3 = add(shl(q, 1), j);
+    return add(add(add(q0, shl(q1, 3)), shl(q2, 6)), shl(q3, 9));
+}
+
+}  // namespace
+
+ZepStatus zepsFixedCodebookSearch_G729A_16s(const Zep16s* pSrcFixedTarget, const Zep16s* pSrcImpulseResponse,
+                                            Zep16s lag, Zep16s sharp, Zep16s* pDstFixedVector,
+                                            Zep16s* pDstFltFixedVector, Zep16s* pDstIndex) {
+    if (any_null(pSrcFixedTarget, pSrcImpulseResponse, pDstFixedVector, pDstFltFixedVector, pDstIndex))
+        return zepStsNullPtrErr;
+    if (lag < 1) return zepStsRangeErr;
+    const Word16 beta = shl(sharp, 1);
+    Word16 h[kSubfr];
+    std::memcpy(h, pSrcImpulseResponse, sizeof h);
+    for (int i = lag; i < kSubfr; ++i) h[i] = add(h[i], mult(h[i - lag], beta));
+    RR rr;
+    cor_h(h, rr);
+    Word16 dn[kSubfr];
+    cor_h_x(h, pSrcFixedTarget, dn);
+    Word16 code[kSubfr], y[kSubfr], sign = 0;
+    const Word16 index = d4i40_17_fast(dn, rr, h, code, y, sign);
+    for (int i = lag; i < kSubfr; ++i) code[i] = add(code[i], mult(code[i - lag], beta));
+    std::memcpy(pDstFixedVector, code, sizeof code);
+    std::memcpy(pDstFltFixedVector, y, sizeof y);
+    pDstIndex[0] = index;
+    pDstIndex[1] = sign;
+    return zepStsNoErr;
+}
+
+ZEPS_END_VARIANT

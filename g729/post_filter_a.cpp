@@ -1,0 +1,218 @@
+// G.729 Annex A post-filter of one 40-sample subframe (ITU-T G.729 Annex A
+// A.4.2, postfilt.c): long-term filter on the residual of A(z/0.55) with an
+// integer delay searched around the decoded lag, tilt compensation from the
+// impulse response of A(z/0.55)/A(z/0.7), short-term filter 1/A(z/0.7) and
+// adaptive gain control (AGC factor 0.9). Speech Q0, LP coefficients Q12,
+// gains Q15 / Q12.
+#include <cstring>
+
+#include "common/args.h"
+#include "common/exports.h"
+#include "g729/codec_kernels.h"
+
+ZEPS_BEGIN_VARIANT
+namespace {
+
+using namespace g729c;
+
+constexpr int kLh = 22;              // L_H
+constexpr Word16 kGamma2 = 18022;    // GAMMA2_PST, 0.55
+constexpr Word16 kGamma1 = 22938;    // GAMMA1_PST, 0.70
+constexpr Word16 kMu = 26214;        // MU, 0.8
+constexpr Word16 kAgcFac = 29491;    // AGC_FAC, 0.9
+constexpr Word16 kAgcFac1 = 32767 - kAgcFac;
+constexpr Word16 kGammaP = 16384;    // GAMMAP, 0.5
+constexpr Word16 kInvGammaP = 21845; // 1 / (1 + GAMMAP)
+constexpr Word16 kGammaP2 = 10923;   // GAMMAP / (1 + GAMMAP)
+
+/// The 616-byte state: residual histories (plain and divided by 4), the
+/// memory of 1/A(z/0.7), the last 10 input samples, the tilt filter's
+/// memory and the AGC gain (Q12).
+struct PostFilterAState {
+    Word16 res2[kPitMax];
+    Word16 scal_res2[kPitMax];
+    Word16 mem_syn_pst[kOrder];
+    Word16 syn[kOrder];
+    Word16 mem_pre;
+    Word16 past_gain;
+};
+static_assert(sizeof(PostFilterAState) == 616);
+
+/// pit_pst_filt: res and scal point at the current subframe of buffers
+/// holding kPitMax past samples.
+void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word16 t0_max, Word16* out) {
+    // Every correlation and energy below is a sum of 40 products of samples
+    // of scal[-t0_max .. 39]; by Cauchy-Schwarz none of their partial sums
+    // exceeds the energy of that span, so twice that energy (plus the 1 the
+    // energies start from) within 31 bits proves the saturating chains exact.
+    std::int64_t span = 0;
+    for (int j = -t0_max; j < kSubfr; ++j) span += std::int64_t{scal[j]} * scal[j];
+    const bool plain = 2 * span + 1 <= MAX_32;
+    Word32 cor_max = MIN_32;
+    Word16 t0 = t0_min;
+    for (Word16 i = t0_min; i <= t0_max; ++i) {
+        const Word32 corr = mac_sum(0, scal, scal - i, kSubfr, plain);
+        if (L_sub(corr, cor_max) > 0) {
+            cor_max = corr;
+            t0 = i;
+        }
+    }
+    const Word32 ener = mac_sum(1, scal - t0, scal - t0, kSubfr, plain);
+    const Word32 ener0 = mac_sum(1, scal, scal, kSubfr, plain);
+    if (cor_max < 0) cor_max = 0;
+    Word32 temp = cor_max;
+    if (ener > temp) temp = ener;
+    if (ener0 > temp) temp = ener0;
+    const Word16 j = norm_l(temp);
+    Word16 cmax = round_fx(L_shl(cor_max, j));
+    Word16 en = round_fx(L_shl(ener, j));
+    const Word16 en0 = round_fx(L_shl(ener0, j));
+    temp = L_mult(cmax, cmax);
+    temp = L_sub(temp, L_shr(L_mult(en, en0), 1));
+    if (temp < 0) {  // prediction gain below 3 dB: no long-term filtering
+        std::memcpy(out, res, kSubfr * sizeof(Word16));
+        return;
+    }
+    Word16 g0, gain;
+    if (cmax > en) {
+        g0 = kInvGammaP;
+        gain = kGammaP2;
+    } else {
+        cmax = shr(mult(cmax, kGammaP), 1);
+        en = shr(en, 1);
+        const Word16 s = add(cmax, en);
+        if (s > 0) {
+            gain = div_s(cmax, s);
+            g0 = sub(32767, gain);
+        } else {
+            g0 = 32767;
+            gain = 0;
+        }
+    }
+    for (int i = 0; i < kSubfr; ++i) out[i] = add(mult(g0, res[i]), mult(gain, res[i - t0]));
+}
+
+/// Tilt factor of the compensation filter: MU * r(1)/r(0) of the impulse
+/// response of A(z/0.55)/A(z/0.7), 0 when r(1) <= 0.
+Word16 tilt_factor(const Word16* ap3, const Word16* ap4) {
+    Word16 h[kLh] = {};
+    std::memcpy(h, ap3, (kOrder + 1) * sizeof(Word16));
+    const Word16 zero[kOrder] = {};
+    syn_filt(ap4, h, h, kLh, zero);
+    Word32 L_tmp = L_mult(h[0], h[0]);
+    for (int i = 1; i < kLh; ++i) L_tmp = L_mac(L_tmp, h[i], h[i]);
+    const Word16 temp1 = extract_h(L_tmp);
+    L_tmp = L_mult(h[0], h[1]);
+    for (int i = 1; i < kLh - 1; ++i) L_tmp = L_mac(L_tmp, h[i], h[i + 1]);
+    Word16 temp2 = extract_h(L_tmp);
+    if (temp2 <= 0) return 0;
+    temp2 = mult(temp2, kMu);
+    return div_s(temp2, temp1);
+}
+
+/// preemphasis: x[n] -= g x[n-1], with the last sample of the previous call in mem.
+void preemphasis(Word16* x, Word16 g, Word16& mem) {
+    const Word16 last = x[kSubfr - 1];
+    for (int i = kSubfr - 1; i > 0; --i) x[i] = sub(x[i], mult(g, x[i - 1]));
+    x[0] = sub(x[0], mult(g, mem));
+    mem = last;
+}
+
+/// agc: scales out so that its energy follows the input's, smoothed by AGC_FAC.
+void agc(const Word16* in, Word16* out, Word16& past_gain) {
+    Word32 s = 0;
+    for (int i = 0; i < kSubfr; ++i) {
+        const Word16 v = shr(out[i], 2);
+        s = L_mac(s, v, v);
+    }
+    if (s == 0) {
+        past_gain = 0;
+        return;
+    }
+    Word16 exp = sub(norm_l(s), 1);
+    const Word16 gain_out = round_fx(L_shl(s, exp));
+    s = 0;
+    for (int i = 0; i < kSubfr; ++i) {
+        const Word16 v = shr(in[i], 2);
+        s = L_mac(s, v, v);
+    }
+    Word16 g0;
+    if (s == 0) {
+        g0 = 0;
+    } else {
+        const Word16 i = norm_l(s);
+        const Word16 gain_in = round_fx(L_shl(s, i));
+        exp = sub(exp, i);
+        s = L_deposit_l(div_s(gain_out, gain_in));
+        s = L_shl(s, 7);
+        s = L_shr(s, exp);
+        s = Inv_sqrt(s);
+        g0 = mult(round_fx(L_shl(s, 9)), kAgcFac1);
+    }
+    Word16 gain = past_gain;
+    for (int i = 0; i < kSubfr; ++i) {
+        gain = mult(gain, kAgcFac);
+        gain = add(gain, g0);
+        out[i] = extract_h(L_shl(L_mult(out[i], gain), 3));
+    }
+    past_gain = gain;
+}
+
+}  // namespace
+
+ZepStatus zepsPostFilterGetStateSize_G729A_16s(Zep32s* pSize) {
+    if (any_null(pSize)) return zepStsNullPtrErr;
+    *pSize = sizeof(PostFilterAState);
+    return zepStsNoErr;
+}
+
+ZepStatus zepsPostFilterInit_G729A_16s(Zep8u* pState) {
+    if (any_null(pState)) return zepStsNullPtrErr;
+    PostFilterAState st{};
+    st.past_gain = 4096;
+    std::memcpy(pState, &st, sizeof st);
+    return zepStsNoErr;
+}
+
+ZepStatus zepsPostFilter_G729A_16s(Zep16s lag, const Zep16s* pLPC, Zep16s* pSrcDst, Zep8u* pState) {
+    if (any_null(pLPC, pSrcDst, pState)) return zepStsNullPtrErr;
+    if (!in_range<Word16>(lag, 18, 145)) return zepStsRangeErr;
+    PostFilterAState st;
+    std::memcpy(&st, pState, sizeof st);
+
+    Word16 t0_min = sub(lag, 3);
+    Word16 t0_max = add(t0_min, 6);
+    if (t0_max > kPitMax) {
+        t0_max = kPitMax;
+        t0_min = kPitMax - 6;
+    }
+    Word16 ap3[kOrder + 1], ap4[kOrder + 1];
+    weight_az(pLPC, kGamma2, ap3);
+    weight_az(pLPC, kGamma1, ap4);
+
+    Word16 syn[kOrder + kSubfr];
+    std::memcpy(syn, st.syn, sizeof st.syn);
+    std::memcpy(syn + kOrder, pSrcDst, kSubfr * sizeof(Word16));
+    Word16 res2[kPitMax + kSubfr], scal[kPitMax + kSubfr];
+    std::memcpy(res2, st.res2, sizeof st.res2);
+    std::memcpy(scal, st.scal_res2, sizeof st.scal_res2);
+    residu(ap3, syn + kOrder, res2 + kPitMax, kSubfr);
+    for (int j = 0; j < kSubfr; ++j) scal[kPitMax + j] = shr(res2[kPitMax + j], 2);
+
+    Word16 res2_pst[kSubfr];
+    pitch_postfilter(res2 + kPitMax, scal + kPitMax, t0_min, t0_max, res2_pst);
+    preemphasis(res2_pst, tilt_factor(ap3, ap4), st.mem_pre);
+    Word16 out[kSubfr];
+    syn_filt(ap4, res2_pst, out, kSubfr, st.mem_syn_pst);
+    std::memcpy(st.mem_syn_pst, out + kSubfr - kOrder, sizeof st.mem_syn_pst);
+    agc(syn + kOrder, out, st.past_gain);
+
+    std::memcpy(st.res2, res2 + kSubfr, sizeof st.res2);
+    std::memcpy(st.scal_res2, scal + kSubfr, sizeof st.scal_res2);
+    std::memcpy(st.syn, syn + kSubfr, sizeof st.syn);
+    std::memcpy(pSrcDst, out, sizeof out);
+    std::memcpy(pState, &st, sizeof st);
+    return zepStsNoErr;
+}
+
+ZEPS_END_VARIANT
