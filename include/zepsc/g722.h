@@ -124,6 +124,151 @@ ZEPSAPI ZepStatus zepsDecodeInit_G726_8u16s(ZepG726DecodeState* pState, Zep32s r
 ZEPSAPI ZepStatus zepsDecode_G726_8u16s(ZepG726DecodeState* pState, const Zep8u* pSrcCode, Zep16s* pDst, Zep32s len);
 /** @} */
 
+/** @defgroup g722 G.722 sub-band ADPCM
+ *  The 64, 56 and 48 kbit/s wide-band coder (ITU-T G.722): transmit and
+ *  receive QMF, lower and higher sub-band ADPCM encoders and decoders with
+ *  their adaptation, bit-exact with the ITU-T G.191 STL G.722 module and the
+ *  G.722 Appendix II test sequences.
+ *
+ *  Codes: one 8-bit G.722 code word per 16-bit element, IH in bits 6-7 and
+ *  IL in bits 0-5 (the low byte of the reference's word format; RFC 3551
+ *  carries the same byte). The encoder always produces 64 kbit/s codes; the
+ *  56 and 48 kbit/s modes are the decoder's (modes 2 and 3 read only the 5
+ *  or 4 high bits of IL for the output, and 6 bits are still passed).
+ *
+ *  State blocks: 144 bytes for either direction (both bands' predictor and
+ *  scale-factor memory and the QMF delay line of that direction), any byte
+ *  alignment. The encoder and decoder blocks hold the same layout; a block
+ *  is used by one direction only.
+ *  @{ */
+
+/** G.722 encoder state block (opaque; 144 bytes). */
+typedef struct ZepG722EncodeState ZepG722EncodeState;
+/** G.722 decoder state block (opaque; 144 bytes). */
+typedef struct ZepG722DecodeState ZepG722DecodeState;
+
+/**
+ * Writes the size in bytes of the G.722 encoder state block: 144.
+ *
+ * @param pSize  receives the size
+ * @return zepStsNullPtrErr (-8) if pSize is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSBADPCMEncodeStateSize_G722_16s(Zep32s* pSize);
+
+/**
+ * Writes the size in bytes of the G.722 decoder state block: 144.
+ *
+ * @param pSize  receives the size
+ * @return zepStsNullPtrErr (-8) if pSize is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSBADPCMDecodeStateSize_G722_16s(Zep32s* pSize);
+
+/**
+ * Resets a G.722 encoder state block (ITU-T G.722 6.1 reset: DETL = 32,
+ * DETH = 8, all other band variables and the transmit QMF delay line zero).
+ * The whole block is written; its earlier content does not matter. This is
+ * also the reset a reset word of the Appendix II test sequences asks for.
+ *
+ * @param pState  the caller's block of at least 144 bytes
+ * @return zepStsNullPtrErr (-8) if pState is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSBADPCMEncodeInit_G722_16s(ZepG722EncodeState* pState);
+
+/**
+ * Resets a G.722 decoder state block (the encoder's reset values, with the
+ * receive QMF delay line zero). The whole block is written.
+ *
+ * @param pState  the caller's block of at least 144 bytes
+ * @return zepStsNullPtrErr (-8) if pState is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSBADPCMDecodeInit_G722_16s(ZepG722DecodeState* pState);
+
+/**
+ * Encodes len 16 kHz samples into len / 2 G.722 code words (reference
+ * g722_encode of the ITU-T G.191 STL): transmit QMF (G.722 3.2), then the
+ * lower (LSBCOD) and higher (HSBCOD) sub-band ADPCM encoders, one code word
+ * per pair of samples, the first sample of each pair being the earlier one.
+ * The state is carried from call to call, so the codes do not depend on how
+ * a stream is cut into blocks of even length.
+ *
+ * @param pSrc    len samples, 16-bit linear PCM (full 16-bit range)
+ * @param pDst    len / 2 code words, 0..255
+ * @param len     number of input samples: even and at least 2 (the
+ *                reference silently drops an odd last sample; here an odd
+ *                length is refused so that no sample is lost unnoticed)
+ * @param pState  state initialised by zepsSBADPCMEncodeInit_G722_16s
+ * @return checks in order: pSrc, pDst, pState null -> zepStsNullPtrErr (-8);
+ *         len below 2 or odd -> zepStsSizeErr (-6); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSBADPCMEncode_G722_16s(const Zep16s* pSrc, Zep16s* pDst, Zep32s len,
+                                             ZepG722EncodeState* pState);
+
+/**
+ * Decodes len G.722 code words into 2 * len 16 kHz samples (reference
+ * g722_decode of the ITU-T G.191 STL): lower (LSBDEC, with the mode's
+ * inverse quantiser) and higher (HSBDEC) sub-band ADPCM decoders, then the
+ * receive QMF (G.722 4.4), whose output saturates to the 16-bit range as in
+ * the reference (L_shl and extract_h).
+ *
+ * @param pSrcCode  len code words; each must lie in 0..255 (IL in bits 0-5,
+ *                  IH in bits 6-7); in modes 2 and 3 the low 1 or 2 bits of
+ *                  IL do not change the output but do drive the adaptation,
+ *                  exactly as in the standard
+ * @param pDst      2 * len output samples, 16-bit linear PCM
+ * @param mode      1 (64 kbit/s), 2 (56 kbit/s) or 3 (48 kbit/s)
+ * @param len       number of code words, at least 1
+ * @param pState    state initialised by zepsSBADPCMDecodeInit_G722_16s
+ * @return checks in order: pSrcCode, pDst, pState null -> zepStsNullPtrErr
+ *         (-8); len below 1 -> zepStsSizeErr (-6); mode not 1, 2 or 3 ->
+ *         zepStsRangeErr (-7); a code word outside 0..255 ->
+ *         zepStsOutOfRangeErr (-11), with output and state untouched (all
+ *         codes are checked before the first is decoded); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSBADPCMDecode_G722_16s(const Zep16s* pSrcCode, Zep16s* pDst, Zep32s mode, Zep32s len,
+                                             ZepG722DecodeState* pState);
+
+/**
+ * The sub-band ADPCM encoders alone, the QMF bypassed (reference lsbcod and
+ * hsbcod, the configuration of the G.722 Appendix II encoder test): len
+ * lower and higher sub-band samples into len code words. The transmit QMF
+ * delay line in the state is neither read nor written.
+ *
+ * @param pSrcLow   len lower sub-band samples XL (16-bit; the standard's
+ *                  QMF output range is -16384..16383, larger values are
+ *                  processed with the reference's saturating arithmetic)
+ * @param pSrcHigh  len higher sub-band samples XH
+ * @param pDst      len code words, 0..255
+ * @param len       number of samples, at least 1
+ * @param pState    state initialised by zepsSBADPCMEncodeInit_G722_16s
+ * @return checks in order: pSrcLow, pSrcHigh, pDst, pState null ->
+ *         zepStsNullPtrErr (-8); len below 1 -> zepStsSizeErr (-6); else
+ *         zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSBADPCMEncodeBands_G722_16s(const Zep16s* pSrcLow, const Zep16s* pSrcHigh, Zep16s* pDst,
+                                                  Zep32s len, ZepG722EncodeState* pState);
+
+/**
+ * The sub-band ADPCM decoders alone, the QMF bypassed (reference lsbdec and
+ * hsbdec, the configuration of the G.722 Appendix II decoder test): len
+ * code words into len lower sub-band samples RL and len higher sub-band
+ * samples RH, each limited to -16384..16383 (LIMIT). The receive QMF delay
+ * line in the state is neither read nor written.
+ *
+ * @param pSrcCode  len code words, each in 0..255
+ * @param pDstLow   len lower sub-band output samples
+ * @param pDstHigh  len higher sub-band output samples
+ * @param mode      1, 2 or 3 (lower sub-band inverse quantiser of 6, 5 or 4 bits)
+ * @param len       number of code words, at least 1
+ * @param pState    state initialised by zepsSBADPCMDecodeInit_G722_16s
+ * @return checks in order: pSrcCode, pDstLow, pDstHigh, pState null ->
+ *         zepStsNullPtrErr (-8); len below 1 -> zepStsSizeErr (-6); mode
+ *         not 1, 2 or 3 -> zepStsRangeErr (-7); a code word outside 0..255
+ *         -> zepStsOutOfRangeErr (-11), nothing written; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSBADPCMDecodeBands_G722_16s(const Zep16s* pSrcCode, Zep16s* pDstLow, Zep16s* pDstHigh,
+                                                  Zep32s mode, Zep32s len, ZepG722DecodeState* pState);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif
