@@ -224,11 +224,17 @@ template <int Offset>
 constexpr int kLowMax = 18432, kHighMax = 22528;
 constexpr int kLowOffset = 64, kHighOffset = 0;
 
+/// The lower sub-band adaptation to the code il (INVQAL, LOGSCL, SCALEL and
+/// the predictor), the same in encoder and decoder.
+[[gnu::always_inline]] inline void update_low(Band& w, int il) {
+    const Word16 dq = scaled(w.det, g722_invqal[il >> 2]);
+    adapt<kLowOffset>(w, dq, log_scale<kLowMax>(w.nb, g722_wl_code[il >> 2]));
+}
+
 /// Lower sub-band encoder (LSBCOD): one sample xl to its 6-bit code.
 [[gnu::always_inline]] inline int encode_low(Band& w, Word16 xl) {
     const int il = quantl(sub(xl, w.s), w.det);
-    const Word16 dq = scaled(w.det, g722_invqal[il >> 2]);
-    adapt<kLowOffset>(w, dq, log_scale<kLowMax>(w.nb, g722_wl_code[il >> 2]));
+    update_low(w, il);
     return il;
 }
 
@@ -246,8 +252,7 @@ constexpr int kLowOffset = 64, kHighOffset = 0;
 [[gnu::always_inline]] inline Word16 decode_low(Band& w, int il, int mode_index) {
     const Word16 dl = scaled(w.det, g722_invqbl[mode_index][il]);
     const Word16 yl = limit(add(w.s, dl));
-    const Word16 dq = scaled(w.det, g722_invqal[il >> 2]);
-    adapt<kLowOffset>(w, dq, log_scale<kLowMax>(w.nb, g722_wl_code[il >> 2]));
+    update_low(w, il);
     return yl;
 }
 

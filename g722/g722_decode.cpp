@@ -5,7 +5,7 @@
 // PCM, two samples per code word.
 #include "common/args.h"
 #include "common/exports.h"
-#include "g722/g722_band.h"
+#include "g722/g722_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -34,11 +34,24 @@ template <int ModeIndex, class Out>
     g722::store(st.high, high);
 }
 
+/// The whole decoder with the vector QMF and zero sections (g722_simd.h).
 template <int ModeIndex>
 void decode_pcm(g722::State& st, const Zep16s* code, Zep16s* dst, int len) {
-    decode_bands<ModeIndex>(st, code, len, [&](int n, Word16 rl, Word16 rh) {
-        g722::qmf_rx(st.qmf, rl, rh, dst[2 * n], dst[2 * n + 1]);
-    });
+    static const g722::QmfCoefs coefs;
+    g722::QmfRegs qmf;
+    g722::FastBand low, high;
+    qmf.load(st.qmf);
+    low.load(st.low);
+    high.load(st.high);
+    for (int n = 0; n < len; ++n) {
+        const int c = code[n];
+        const Word16 rl = g722::decode_low_simd(low, c & 0x3F, ModeIndex);
+        const Word16 rh = g722::decode_high_simd(high, c >> 6);
+        g722::qmf_rx_simd(qmf, coefs, rl, rh, dst + 2 * n);
+    }
+    qmf.store(st.qmf);
+    low.store(st.low);
+    high.store(st.high);
 }
 
 template <int ModeIndex>

@@ -5,7 +5,7 @@
 // state block and its reset are shared with the decoder (g722_band.h).
 #include "common/args.h"
 #include "common/exports.h"
-#include "g722/g722_band.h"
+#include "g722/g722_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -50,15 +50,25 @@ ZepStatus zepsSBADPCMEncode_G722_16s(const Zep16s* pSrc, Zep16s* pDst, Zep32s le
     if (len < 2 || (len & 1)) return zepStsSizeErr;
     g722::State st;
     std::memcpy(&st, pState, sizeof st);
-    Bands w(st);
+    static const g722::QmfCoefs coefs;
+    static const g722::QuantlLevels levels;
+    g722::QmfRegs qmf;
+    g722::FastBand low, high;
+    qmf.load(st.qmf);
+    low.load(st.low);
+    high.load(st.high);
     for (int n = 0; n < len / 2; ++n) {
         Word16 xl, xh;
-        g722::qmf_tx(st.qmf, pSrc[2 * n], pSrc[2 * n + 1], xl, xh);
-        const int il = g722::encode_low(w.low, xl);
-        const int ih = g722::encode_high(w.high, xh);
+        g722::qmf_tx_simd(qmf, coefs, pSrc[2 * n], pSrc[2 * n + 1], xl, xh);
+        const int il = g722::quantl_simd(levels, sub(xl, low.w.s), low.w.det);
+        g722::update_low_simd(low, il);
+        const int ih = g722::quanth(sub(xh, high.w.s), high.w.det);
+        g722::update_high_simd(high, ih);
         pDst[n] = g722::code_word(il, ih);
     }
-    w.store(st);
+    qmf.store(st.qmf);
+    low.store(st.low);
+    high.store(st.high);
     std::memcpy(pState, &st, sizeof st);
     return zepStsNoErr;
 }
