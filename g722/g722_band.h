@@ -22,6 +22,12 @@
 ZEPS_BEGIN_VARIANT
 namespace g722 {
 
+/// add / sub of the reference (16-bit saturation), written as a clamp so
+/// that it compiles to conditional moves.
+[[gnu::always_inline]] inline Word16 sat16(int x) {
+    return static_cast<Word16>(x > 32767 ? 32767 : x < -32768 ? -32768 : x);
+}
+
 /// One sub-band's predictor and quantiser adaptation, indexed as in the
 /// standard: a[1..2], b[1..6], d[0..6] and p[0..2], r[0..2] with [0] the
 /// current sample.
@@ -158,30 +164,35 @@ template <int Offset>
     }
 }
 
-/// UPPOL2: second pole coefficient, limited to +-12288.
+/// -1 when the two signals have different signs, else 0 (the reference's
+/// comparisons of shr(x, 15)), so that the sign-sign updates below need no
+/// branch.
+[[gnu::always_inline]] inline int signs_differ(Word16 x, Word16 y) { return (x ^ y) >> 15; }
+
+/// UPPOL2: second pole coefficient, limited to +-12288. |AL1| <= 27648
+/// (UPPOL1's limit) and |AL2| <= 12288, so only shl(AL1, 2) can saturate;
+/// mult(AL2, 32512) and the sums are exact in plain arithmetic.
 [[gnu::always_inline]] inline void uppol2(Word16* a, const Word16* p) {
-    const Word16 sg0 = static_cast<Word16>(p[0] >> 15);
-    const Word16 sg1 = static_cast<Word16>(p[1] >> 15);
-    const Word16 sg2 = static_cast<Word16>(p[2] >> 15);
-    const Word16 wd1 = shl(a[1], 2);
-    Word16 wd2 = sg0 == sg1 ? sub(0, wd1) : wd1;
-    wd2 = static_cast<Word16>(wd2 >> 7);
-    const Word16 wd3 = sg0 == sg2 ? 128 : -128;
-    Word16 apl2 = add(add(wd2, wd3), mult(a[2], 32512));
-    apl2 = apl2 > 12288 ? 12288 : apl2 < -12288 ? -12288 : apl2;
-    a[2] = apl2;
+    const int m01 = signs_differ(p[0], p[1]), m02 = signs_differ(p[0], p[2]);
+    const int wd1 = sat16(a[1] * 4);
+    const int neg = sat16(-wd1);
+    const int wd2 = ((wd1 & m01) | (neg & ~m01)) >> 7;  // same signs: -wd1
+    const int wd3 = 128 - (256 & m02);                  // same signs: +128
+    const int apl2 = wd2 + wd3 + ((a[2] * 32512) >> 15);
+    a[2] = static_cast<Word16>(apl2 > 12288 ? 12288 : apl2 < -12288 ? -12288 : apl2);
 }
 
-/// UPPOL1: first pole coefficient, limited by 15360 - AL2; shifts p.
+/// UPPOL1: first pole coefficient, limited to +-(15360 - AL2); shifts p.
+/// (The reference's tests apl1 > wd3, then add(apl1, wd3) < 0 are this
+/// clamp: wd3 lies in 3072..27648, and the saturating sum keeps its sign;
+/// |AL1| <= 27648 keeps mult(AL1, 32640) + 192 exact.)
 [[gnu::always_inline]] inline void uppol1(Word16* a, Word16* p) {
-    const Word16 wd1 = (p[0] >> 15) == (p[1] >> 15) ? 192 : -192;
-    Word16 apl1 = add(wd1, mult(a[1], 32640));
-    const Word16 wd3 = sub(15360, a[2]);
-    if (apl1 > wd3) apl1 = wd3;
-    else if (add(apl1, wd3) < 0) apl1 = negate(wd3);
+    const int wd1 = 192 - (384 & signs_differ(p[0], p[1]));  // same signs: +192
+    const int apl1 = wd1 + ((a[1] * 32640) >> 15);
+    const int wd3 = 15360 - a[2];
     p[2] = p[1];
     p[1] = p[0];
-    a[1] = apl1;
+    a[1] = static_cast<Word16>(apl1 > wd3 ? wd3 : apl1 < -wd3 ? -wd3 : apl1);
 }
 
 /// FILTEZ: zero-section prediction, accumulated from b6 down to b1 with
@@ -192,11 +203,13 @@ template <int Offset>
     return sz;
 }
 
-/// FILTEP: pole-section prediction; shifts r.
+/// FILTEP: pole-section prediction; shifts r. |AL1| <= 27648 and |AL2| <=
+/// 12288, so the two mult() are plain products; add(r, r) and the sum
+/// saturate.
 [[gnu::always_inline]] inline Word16 filtep(Word16* r, const Word16* a) {
     r[2] = r[1];
     r[1] = r[0];
-    return add(mult(a[1], add(r[1], r[1])), mult(a[2], add(r[2], r[2])));
+    return sat16(((a[1] * sat16(2 * r[1])) >> 15) + ((a[2] * sat16(2 * r[2])) >> 15));
 }
 
 /// LIMIT: the reconstructed signal to -16384..16383.
@@ -212,13 +225,13 @@ template <int Offset>
     w.d[0] = dq;
     w.nb = nbp;
     w.det = scale<Offset>(nbp);
-    w.p[0] = add(dq, w.sz);
-    w.r[0] = add(w.s, dq);
+    w.p[0] = sat16(dq + w.sz);
+    w.r[0] = sat16(w.s + dq);
     upzero(w.d, w.b);
     uppol2(w.a, w.p);
     uppol1(w.a, w.p);
     w.sz = filtez(w.d, w.b);
-    w.s = add(filtep(w.r, w.a), w.sz);
+    w.s = sat16(filtep(w.r, w.a) + w.sz);
 }
 
 constexpr int kLowMax = 18432, kHighMax = 22528;
@@ -233,14 +246,14 @@ constexpr int kLowOffset = 64, kHighOffset = 0;
 
 /// Lower sub-band encoder (LSBCOD): one sample xl to its 6-bit code.
 [[gnu::always_inline]] inline int encode_low(Band& w, Word16 xl) {
-    const int il = quantl(sub(xl, w.s), w.det);
+    const int il = quantl(sat16(xl - w.s), w.det);
     update_low(w, il);
     return il;
 }
 
 /// Higher sub-band encoder (HSBCOD): one sample xh to its 2-bit code.
 [[gnu::always_inline]] inline int encode_high(Band& w, Word16 xh) {
-    const int ih = quanth(sub(xh, w.s), w.det);
+    const int ih = quanth(sat16(xh - w.s), w.det);
     const Word16 dq = scaled(w.det, g722_invqah[ih]);
     adapt<kHighOffset>(w, dq, log_scale<kHighMax>(w.nb, g722_wh_code[ih]));
     return ih;
@@ -251,7 +264,7 @@ constexpr int kLowOffset = 64, kHighOffset = 0;
 /// (mode index 0..2 for modes 1..3) for the output.
 [[gnu::always_inline]] inline Word16 decode_low(Band& w, int il, int mode_index) {
     const Word16 dl = scaled(w.det, g722_invqbl[mode_index][il]);
-    const Word16 yl = limit(add(w.s, dl));
+    const Word16 yl = limit(w.s + dl);  // add, then LIMIT: the clamp of the exact sum
     update_low(w, il);
     return yl;
 }

@@ -111,25 +111,32 @@ struct QuantlLevels {
     }
 };
 
-/// QUANTL with the level search as a count (see quantl).
-[[gnu::always_inline]] inline int quantl_simd(const QuantlLevels& lv, Word16 el, Word16 detl) {
+/// QUANTL with the level search as a count (see quantl), returning the
+/// sign (1 negative) times 32 plus the interval mil; low_code() maps it to
+/// the code IL.
+[[gnu::always_inline]] inline int quantl_index(const QuantlLevels& lv, Word16 el, Word16 detl) {
     const int sil = el < 0;
     const int wd = sil ? ~el & 0x7FFF : el;
     const __m128i det = _mm_set1_epi16(detl);
     const __m128i w = _mm_set1_epi16(static_cast<Word16>(wd));
-    int above = 0;  // bit i set: level i lies above wd
+    __m128i gt[4];
     for (int v = 0; v < 4; ++v) {
         const __m128i hi = _mm_mulhi_epi16(lv.q[v], det);
         const __m128i lo = _mm_mullo_epi16(lv.q[v], det);
         const __m128i val = _mm_or_si128(_mm_slli_epi16(hi, 1), _mm_srli_epi16(lo, 15));
-        const __m128i gt = _mm_packs_epi16(_mm_cmpgt_epi16(val, w), _mm_setzero_si128());
-        above |= (_mm_movemask_epi8(gt) & 0xFF) << (8 * v);
+        gt[v] = _mm_cmpgt_epi16(val, w);
     }
-    // The levels above wd are a suffix of 0..30: the first one is the
-    // lowest set bit; bit 30 forced caps the search at level 30.
-    const int mil = __builtin_ctz(static_cast<unsigned>(above) | (1u << 30));
-    return g722_misil[1 - sil][mil];
+    // bit i set: level i lies above wd. The levels above wd are a suffix of
+    // 0..30: the first one is the lowest set bit; bit 30 forced caps the
+    // search at level 30.
+    const unsigned above = static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(gt[0], gt[1]))) |
+                           static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(gt[2], gt[3]))) << 16;
+    return sil * 32 + __builtin_ctz(above | (1u << 30));
 }
+
+/// The lower sub-band code and its adaptation entries for a QUANTL result
+/// (sign * 32 + interval, as quantl_index returns it).
+[[gnu::always_inline]] inline const G722LowCode& low_code(int index) { return g722_low_code[index]; }
 
 // ------------------------------------------------------------ zero section
 
@@ -202,13 +209,13 @@ template <int Offset>
 [[gnu::always_inline]] inline void adapt_simd(Band& w, ZeroSection& z, Word16 dq, Word16 nbp) {
     w.nb = nbp;
     w.det = scale<Offset>(nbp);
-    w.p[0] = add(dq, w.sz);
-    w.r[0] = add(w.s, dq);
+    w.p[0] = sat16(dq + w.sz);
+    w.r[0] = sat16(w.s + dq);
     upzero_simd(z, dq);
     uppol2(w.a, w.p);
     uppol1(w.a, w.p);
     w.sz = filtez_simd(z);
-    w.s = add(filtep(w.r, w.a), w.sz);
+    w.s = sat16(filtep(w.r, w.a) + w.sz);
 }
 
 /// A band with its zero section in registers.
@@ -230,6 +237,14 @@ struct FastBand {
     adapt_simd<kLowOffset>(f.w, f.z, dq, log_scale<kLowMax>(f.w.nb, g722_wl_code[il >> 2]));
 }
 
+/// QUANTL and the lower sub-band adaptation in one step: the code's table
+/// entry carries its inverse-quantiser level and log scale-factor adder.
+[[gnu::always_inline]] inline int encode_low_simd(FastBand& f, const QuantlLevels& lv, Word16 xl) {
+    const G722LowCode& c = low_code(quantl_index(lv, sat16(xl - f.w.s), f.w.det));
+    adapt_simd<kLowOffset>(f.w, f.z, scaled(f.w.det, c.invqal), log_scale<kLowMax>(f.w.nb, c.wl));
+    return c.il;
+}
+
 [[gnu::always_inline]] inline void update_high_simd(FastBand& f, int ih) {
     const Word16 dq = scaled(f.w.det, g722_invqah[ih]);
     adapt_simd<kHighOffset>(f.w, f.z, dq, log_scale<kHighMax>(f.w.nb, g722_wh_code[ih]));
@@ -237,7 +252,7 @@ struct FastBand {
 
 /// LSBDEC / HSBDEC with the register zero sections (see decode_low, decode_high).
 [[gnu::always_inline]] inline Word16 decode_low_simd(FastBand& f, int il, int mode_index) {
-    const Word16 yl = limit(add(f.w.s, scaled(f.w.det, g722_invqbl[mode_index][il])));
+    const Word16 yl = limit(f.w.s + scaled(f.w.det, g722_invqbl[mode_index][il]));
     update_low_simd(f, il);
     return yl;
 }

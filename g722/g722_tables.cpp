@@ -121,8 +121,21 @@ constexpr std::array<std::int16_t, 31> build_q6_x8() {
     return t;
 }
 
+constexpr std::array<G722LowCode, 64> build_low_code() {
+    std::array<G722LowCode, 64> t{};
+    for (int neg = 0; neg < 2; ++neg)
+        for (int mil = 0; mil < 32; ++mil) {
+            const int il = g722_misil[1 - neg][mil];
+            t[neg * 32 + mil] = {static_cast<std::int16_t>(il),
+                                 signed_level(g722_qq4[g722_ril4[il >> 2]], g722_risi4[il >> 2]),
+                                 g722_wl[g722_ril4[il >> 2]]};
+        }
+    return t;
+}
+
 }  // namespace
 
+constexpr std::array<G722LowCode, 64> g722_low_code = build_low_code();
 constexpr std::array<std::int16_t, 16> g722_invqal = build_invqal();
 constexpr std::array<std::array<std::int16_t, 64>, 3> g722_invqbl = build_invqbl();
 constexpr std::array<std::int16_t, 4> g722_invqah = build_invqah();

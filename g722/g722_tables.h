@@ -52,6 +52,13 @@ extern const std::array<std::int16_t, 4> g722_invqah;
 /// WL by IL >> 2 and WH by IH (the log scale-factor adders by code).
 extern const std::array<std::int16_t, 16> g722_wl_code;
 extern const std::array<std::int16_t, 4> g722_wh_code;
+/// The lower sub-band encoder's entry per QUANTL outcome, indexed by
+/// sign (1 negative) * 32 + interval mil: the code IL (Table 6) and its
+/// INVQAL multiplicand and WL adder.
+struct G722LowCode {
+    std::int16_t il, invqal, wl;
+};
+extern const std::array<G722LowCode, 64> g722_low_code;
 /// Q6 decision levels shifted left by 3 (the quantiser's multiplicands).
 extern const std::array<std::int16_t, 31> g722_q6_x8;
 

@@ -118,9 +118,7 @@ TEST(G722, VectorFormsEqualScalarForms) {
             ASSERT_EQ(xl, vl) << n;
             ASSERT_EQ(xh, vh) << n;
             const int il = g::encode_low(low, xl);
-            const int vil = g::quantl_simd(levels, zeps::ref::sub(xl, flow.w.s), flow.w.det);
-            ASSERT_EQ(il, vil) << n;
-            g::update_low_simd(flow, vil);
+            ASSERT_EQ(il, g::encode_low_simd(flow, levels, xl)) << n;
             const int ih = g::encode_high(high, xh);
             g::update_high_simd(fhigh, ih);
             ASSERT_EQ(low.s, flow.w.s) << n;
