@@ -28,15 +28,16 @@ namespace g722 {
     return static_cast<Word16>(x > 32767 ? 32767 : x < -32768 ? -32768 : x);
 }
 
-/// One sub-band's predictor and quantiser adaptation, indexed as in the
-/// standard: a[1..2], b[1..6], d[0..6] and p[0..2], r[0..2] with [0] the
-/// current sample.
+/// One sub-band's predictor and quantiser adaptation, named and indexed as
+/// in the standard: b[1..6], d[0..6] with [0] the current sample, the pole
+/// section's AL1, AL2, PLT0..2, RLT0..2 as scalars (so that they live in
+/// registers across a block).
 struct Band {
-    Word16 a[3];
+    Word16 a1, a2;
     Word16 b[7];
     Word16 d[7];
-    Word16 p[3];
-    Word16 r[3];
+    Word16 p0, p1, p2;
+    Word16 r0, r1, r2;
     Word16 det;
     Word16 nb;
     Word16 s;   ///< signal estimate SL / SH
@@ -60,19 +61,18 @@ struct State {
 static_assert(sizeof(State) == 144);
 
 [[gnu::always_inline]] inline void load(Band& w, const StoredBand& s) {
-    w.a[0] = 0;
-    w.a[1] = s.a[0];
-    w.a[2] = s.a[1];
+    w.a1 = s.a[0];
+    w.a2 = s.a[1];
     w.b[0] = 0;
     std::memcpy(w.b + 1, s.b, sizeof s.b);
     w.d[0] = 0;
     std::memcpy(w.d + 1, s.d, sizeof s.d);
-    w.p[0] = 0;
-    w.p[1] = s.p[0];
-    w.p[2] = s.p[1];
-    w.r[0] = 0;
-    w.r[1] = s.r[0];
-    w.r[2] = s.r[1];
+    w.p0 = 0;
+    w.p1 = s.p[0];
+    w.p2 = s.p[1];
+    w.r0 = 0;
+    w.r1 = s.r[0];
+    w.r2 = s.r[1];
     w.det = s.det;
     w.nb = s.nb;
     w.s = s.s;
@@ -80,14 +80,14 @@ static_assert(sizeof(State) == 144);
 }
 
 [[gnu::always_inline]] inline void store(StoredBand& s, const Band& w) {
-    s.a[0] = w.a[1];
-    s.a[1] = w.a[2];
+    s.a[0] = w.a1;
+    s.a[1] = w.a2;
     std::memcpy(s.b, w.b + 1, sizeof s.b);
     std::memcpy(s.d, w.d + 1, sizeof s.d);
-    s.p[0] = w.p[1];
-    s.p[1] = w.p[2];
-    s.r[0] = w.r[1];
-    s.r[1] = w.r[2];
+    s.p[0] = w.p1;
+    s.p[1] = w.p2;
+    s.r[0] = w.r1;
+    s.r[1] = w.r2;
     s.det = w.det;
     s.nb = w.nb;
     s.s = w.s;
@@ -165,34 +165,36 @@ template <int Offset>
 }
 
 /// -1 when the two signals have different signs, else 0 (the reference's
-/// comparisons of shr(x, 15)), so that the sign-sign updates below need no
-/// branch.
+/// comparisons of shr(x, 15)).
 [[gnu::always_inline]] inline int signs_differ(Word16 x, Word16 y) { return (x ^ y) >> 15; }
 
 /// UPPOL2: second pole coefficient, limited to +-12288. |AL1| <= 27648
 /// (UPPOL1's limit) and |AL2| <= 12288, so only shl(AL1, 2) can saturate;
-/// mult(AL2, 32512) and the sums are exact in plain arithmetic.
-[[gnu::always_inline]] inline void uppol2(Word16* a, const Word16* p) {
-    const int m01 = signs_differ(p[0], p[1]), m02 = signs_differ(p[0], p[2]);
-    const int wd1 = sat16(a[1] * 4);
-    const int neg = sat16(-wd1);
-    const int wd2 = ((wd1 & m01) | (neg & ~m01)) >> 7;  // same signs: -wd1
-    const int wd3 = 128 - (256 & m02);                  // same signs: +128
-    const int apl2 = wd2 + wd3 + ((a[2] * 32512) >> 15);
-    a[2] = static_cast<Word16>(apl2 > 12288 ? 12288 : apl2 < -12288 ? -12288 : apl2);
+/// mult(AL2, 32512) and the sums are exact in plain arithmetic. The sign
+/// tests stay branches: consecutive signals mostly keep their signs, and a
+/// predicted branch keeps the signal out of the coefficient's dependency
+/// chain.
+[[gnu::always_inline]] inline void uppol2(Band& w) {
+    const int wd1 = sat16(w.a1 * 4);
+    int wd2 = wd1, wd3 = -128;
+    if (signs_differ(w.p0, w.p1) == 0) wd2 = sat16(-wd1);
+    if (signs_differ(w.p0, w.p2) == 0) wd3 = 128;
+    const int apl2 = (wd2 >> 7) + wd3 + ((w.a2 * 32512) >> 15);
+    w.a2 = static_cast<Word16>(apl2 > 12288 ? 12288 : apl2 < -12288 ? -12288 : apl2);
 }
 
-/// UPPOL1: first pole coefficient, limited to +-(15360 - AL2); shifts p.
+/// UPPOL1: first pole coefficient, limited to +-(15360 - AL2); shifts PLT.
 /// (The reference's tests apl1 > wd3, then add(apl1, wd3) < 0 are this
 /// clamp: wd3 lies in 3072..27648, and the saturating sum keeps its sign;
 /// |AL1| <= 27648 keeps mult(AL1, 32640) + 192 exact.)
-[[gnu::always_inline]] inline void uppol1(Word16* a, Word16* p) {
-    const int wd1 = 192 - (384 & signs_differ(p[0], p[1]));  // same signs: +192
-    const int apl1 = wd1 + ((a[1] * 32640) >> 15);
-    const int wd3 = 15360 - a[2];
-    p[2] = p[1];
-    p[1] = p[0];
-    a[1] = static_cast<Word16>(apl1 > wd3 ? wd3 : apl1 < -wd3 ? -wd3 : apl1);
+[[gnu::always_inline]] inline void uppol1(Band& w) {
+    int apl1 = (w.a1 * 32640) >> 15;
+    if (signs_differ(w.p0, w.p1) == 0) apl1 += 192;
+    else apl1 -= 192;
+    const int wd3 = 15360 - w.a2;
+    w.p2 = w.p1;
+    w.p1 = w.p0;
+    w.a1 = static_cast<Word16>(apl1 > wd3 ? wd3 : apl1 < -wd3 ? -wd3 : apl1);
 }
 
 /// FILTEZ: zero-section prediction, accumulated from b6 down to b1 with
@@ -203,13 +205,13 @@ template <int Offset>
     return sz;
 }
 
-/// FILTEP: pole-section prediction; shifts r. |AL1| <= 27648 and |AL2| <=
-/// 12288, so the two mult() are plain products; add(r, r) and the sum
+/// FILTEP: pole-section prediction; shifts RLT. |AL1| <= 27648 and |AL2|
+/// <= 12288, so the two mult() are plain products; add(r, r) and the sum
 /// saturate.
-[[gnu::always_inline]] inline Word16 filtep(Word16* r, const Word16* a) {
-    r[2] = r[1];
-    r[1] = r[0];
-    return sat16(((a[1] * sat16(2 * r[1])) >> 15) + ((a[2] * sat16(2 * r[2])) >> 15));
+[[gnu::always_inline]] inline Word16 filtep(Band& w) {
+    w.r2 = w.r1;
+    w.r1 = w.r0;
+    return sat16(((w.a1 * sat16(2 * w.r1)) >> 15) + ((w.a2 * sat16(2 * w.r2)) >> 15));
 }
 
 /// LIMIT: the reconstructed signal to -16384..16383.
@@ -225,13 +227,13 @@ template <int Offset>
     w.d[0] = dq;
     w.nb = nbp;
     w.det = scale<Offset>(nbp);
-    w.p[0] = sat16(dq + w.sz);
-    w.r[0] = sat16(w.s + dq);
+    w.p0 = sat16(dq + w.sz);
+    w.r0 = sat16(w.s + dq);
     upzero(w.d, w.b);
-    uppol2(w.a, w.p);
-    uppol1(w.a, w.p);
+    uppol2(w);
+    uppol1(w);
     w.sz = filtez(w.d, w.b);
-    w.s = sat16(filtep(w.r, w.a) + w.sz);
+    w.s = sat16(filtep(w) + w.sz);
 }
 
 constexpr int kLowMax = 18432, kHighMax = 22528;
@@ -274,7 +276,7 @@ constexpr int kLowOffset = 64, kHighOffset = 0;
 [[gnu::always_inline]] inline Word16 decode_high(Band& w, int ih) {
     const Word16 dq = scaled(w.det, g722_invqah[ih]);
     adapt<kHighOffset>(w, dq, log_scale<kHighMax>(w.nb, g722_wh_code[ih]));
-    return limit(w.r[0]);
+    return limit(w.r0);
 }
 
 // ------------------------------------------------------------ QMF

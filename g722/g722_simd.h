@@ -209,13 +209,13 @@ template <int Offset>
 [[gnu::always_inline]] inline void adapt_simd(Band& w, ZeroSection& z, Word16 dq, Word16 nbp) {
     w.nb = nbp;
     w.det = scale<Offset>(nbp);
-    w.p[0] = sat16(dq + w.sz);
-    w.r[0] = sat16(w.s + dq);
+    w.p0 = sat16(dq + w.sz);
+    w.r0 = sat16(w.s + dq);
     upzero_simd(z, dq);
-    uppol2(w.a, w.p);
-    uppol1(w.a, w.p);
+    uppol2(w);
+    uppol1(w);
     w.sz = filtez_simd(z);
-    w.s = sat16(filtep(w.r, w.a) + w.sz);
+    w.s = sat16(filtep(w) + w.sz);
 }
 
 /// A band with its zero section in registers.
@@ -258,7 +258,7 @@ struct FastBand {
 }
 [[gnu::always_inline]] inline Word16 decode_high_simd(FastBand& f, int ih) {
     update_high_simd(f, ih);
-    return limit(f.w.r[0]);
+    return limit(f.w.r0);
 }
 
 }  // namespace g722
