@@ -1,0 +1,204 @@
+// ITU-T G.722.1 modulated lapped transform and its inverse (G.722.1 3.2,
+// 4.3 / 5.3.4 and Annex C for the 640-sample frame; reference routines
+// samples_to_rmlt_coefs, dct_type_iv_a, rmlt_coefs_to_samples and
+// dct_type_iv_s of the fixed-point reference):
+//  - forward: the window over the previous and the new frame, the block
+//    scaling that brings the windowed data's peak near 14000 (mag_shift),
+//    then the fixed-point DCT-IV (butterfly stages halving the span, the
+//    10-point core matrix, rotation stages back up to the full length);
+//  - inverse: the DCT-IV with the first stage's dither, the scaling undone,
+//    then the overlap-add of the windowed halves with the previous frame.
+// Samples and coefficients are 16-bit; the windows and rotations Q15; every
+// operation is the reference's saturating basic operator.
+#pragma once
+
+#include <cstdint>
+
+#include "common/basic_op.h"
+#include "g722/g7221_tables.h"
+
+ZEPS_BEGIN_VARIANT
+namespace g7221 {
+
+constexpr int kMaxDctLength = 640;
+constexpr int kCoreSize = 10;
+
+/// log2(n / 5): 6 for 320, 7 for 640.
+constexpr int dct_length_log(int n) { return n == 320 ? 6 : 7; }
+
+/// The 10-point core of both transforms: each group of ten inputs times the
+/// core matrix, rounded.
+inline void dct_core(const Word16* in, Word16* out, int n, const std::int16_t (&core)[10][10]) {
+    for (int base = 0; base < n; base += kCoreSize)
+        for (int k = 0; k < kCoreSize; ++k) {
+            Word32 sum = 0;
+            for (int i = 0; i < kCoreSize; ++i) sum = L_mac(sum, in[base + i], core[i][k]);
+            out[base + k] = round_fx(sum);
+        }
+}
+
+/// The rotation stages from span 20 up to n. Synthesis doubles each sum
+/// (L_shl by 1) before rounding; analysis does not.
+template <bool Synthesis>
+inline void rotation_stages(Word16* in, Word16* out, Word16* spare, int n, const G7221CosMsin* const* table) {
+    const int log = dct_length_log(n);
+    Word16* in_buffer = in;
+    Word16* out_buffer = spare;
+    auto rnd = [](Word32 s) { return round_fx(Synthesis ? L_shl(s, 1) : s); };
+    for (int set_count_log = log - 2; set_count_log >= 0; --set_count_log, ++table) {
+        const int set_span = n >> set_count_log;
+        const int set_count = 1 << set_count_log;
+        Word16* next_out = set_count_log == 0 ? out : out_buffer;
+        for (int set = 0; set < set_count; ++set) {
+            const Word16* low = in_buffer + set * set_span;
+            const Word16* high = low + set_span / 2;
+            Word16* out_low = next_out + set * set_span;
+            Word16* out_high = out_low + set_span;
+            const G7221CosMsin* cm = *table;
+            while (out_low < out_high) {
+                const Word16 low_even = *low++, low_odd = *low++;
+                const Word16 high_even = *high++, high_odd = *high++;
+                const Word16 cos_even = cm[0].cosine, msin_even = cm[0].minus_sine;
+                const Word16 cos_odd = cm[1].cosine, msin_odd = cm[1].minus_sine;
+                cm += 2;
+                *out_low++ = rnd(L_mac(L_mac(0, cos_even, low_even), negate(msin_even), high_even));
+                *--out_high = rnd(L_mac(L_mac(0, msin_even, low_even), cos_even, high_even));
+                *out_low++ = rnd(L_mac(L_mac(0, cos_odd, low_odd), msin_odd, high_odd));
+                *--out_high = rnd(L_mac(L_mac(0, msin_odd, low_odd), negate(cos_odd), high_odd));
+            }
+        }
+        Word16* swap = in_buffer;
+        in_buffer = out_buffer;
+        out_buffer = swap;
+    }
+}
+
+/// Analysis DCT-IV (dct_type_iv_a); input is modified (the 320-point bias).
+inline void dct4_analysis(Word16* input, Word16* output, int n) {
+    Word16 a[kMaxDctLength], b[kMaxDctLength], c[kMaxDctLength];
+    if (n == 320)
+        for (int i = 0; i < n; ++i) input[i] = add(input[i], g7221_anal_bias[i]);
+    const int log = dct_length_log(n);
+    Word16* in_buffer = input;
+    Word16* out_buffer = a;
+    for (int set_count_log = 0; set_count_log <= log - 2; ++set_count_log) {
+        const int set_span = n >> set_count_log;
+        const int set_count = 1 << set_count_log;
+        const Word16* in = in_buffer;
+        for (int set = 0; set < set_count; ++set) {
+            Word16* out_low = out_buffer + set * set_span;
+            Word16* out_high = out_low + set_span;
+            while (out_low < out_high) {
+                const Word16 lo = *in++, hi = *in++;
+                *out_low++ = extract_l(L_shr(L_add(lo, hi), 1));
+                *--out_high = extract_l(L_shr(L_sub(lo, hi), 1));
+            }
+        }
+        in_buffer = out_buffer;
+        out_buffer = out_buffer == a ? b : a;
+    }
+    dct_core(in_buffer, c, n, g7221_dct_core_a);
+    for (int i = 0; i < n; ++i) in_buffer[i] = c[i];
+    rotation_stages<false>(in_buffer, output, out_buffer, n, g7221_a_cos_msin_table);
+}
+
+/// Synthesis DCT-IV (dct_type_iv_s).
+inline void dct4_synthesis(const Word16* input, Word16* output, int n) {
+    Word16 a[kMaxDctLength], b[kMaxDctLength], c[kMaxDctLength];
+    const std::int16_t* dither = n == 320 ? g7221_dither : g7221_max_dither;
+    const int log = dct_length_log(n);
+    const Word16* in_buffer = input;
+    Word16* out_buffer = a;
+    int d = 0;
+    for (int set_count_log = 0; set_count_log <= log - 2; ++set_count_log) {
+        const int set_span = n >> set_count_log;
+        const int set_count = 1 << set_count_log;
+        const Word16* in = in_buffer;
+        for (int set = 0; set < set_count; ++set) {
+            Word16* out_low = out_buffer + set * set_span;
+            Word16* out_high = out_low + set_span;
+            while (out_low < out_high) {
+                const Word16 lo = *in++, hi = *in++;
+                if (set_count_log == 0) {  // first stage: dithered, halved
+                    *out_low++ = extract_l(L_shr(L_add(add(lo, dither[d]), hi), 1));
+                    ++d;
+                    *--out_high = extract_l(L_shr(L_add(add(lo, dither[d]), -Word32{hi}), 1));
+                    ++d;
+                } else {
+                    *out_low++ = add(lo, hi);
+                    *--out_high = add(lo, negate(hi));
+                }
+            }
+        }
+        in_buffer = out_buffer;
+        out_buffer = out_buffer == a ? b : a;
+    }
+    Word16* core_in = const_cast<Word16*>(in_buffer);  // one of a, b
+    dct_core(core_in, c, n, g7221_dct_core_s);
+    for (int i = 0; i < n; ++i) core_in[i] = c[i];
+    rotation_stages<true>(core_in, output, out_buffer, n, g7221_s_cos_msin_table);
+    if (n == 320)
+        for (int i = 0; i < 320; ++i) output[i] = saturate(Word32{output[i]} + g7221_syn_bias_7khz[i]);
+}
+
+/// Forward MLT (samples_to_rmlt_coefs): n new samples and the n previous
+/// ones (replaced by the new ones) to n coefficients; returns mag_shift,
+/// the power of two the windowed data was scaled by.
+inline int samples_to_rmlt(const Word16* new_samples, Word16* old_samples, Word16* coefs, int n) {
+    Word16 windowed[kMaxDctLength];
+    const int half = n / 2;
+    const std::int16_t* win = n == 320 ? g7221_samples_to_rmlt_window : g7221_max_samples_to_rmlt_window;
+    for (int i = 0; i < half; ++i)  // first half: old samples, mirrored about the middle
+        windowed[i] = round_fx(L_mac(L_mac(0, win[half - 1 - i], old_samples[half - 1 - i]), win[half + i],
+                                     old_samples[half + i]));
+    for (int i = 0; i < half; ++i)  // second half: new samples
+        windowed[half + i] = round_fx(
+            L_mac(L_mac(0, win[n - 1 - i], new_samples[i]), negate(win[i]), new_samples[n - 1 - i]));
+    for (int i = 0; i < n; ++i) old_samples[i] = new_samples[i];
+
+    Word16 peak = 0;
+    Word32 total = 0;
+    for (int i = 0; i < n; ++i) {
+        const Word16 m = abs_s(windowed[i]);
+        if (m > peak) peak = m;
+        total = L_add(total, m);
+    }
+    int mag_shift = 0;
+    if (peak < 14000) {
+        const Word16 t = peak < 438 ? add(peak, 1) : peak;
+        const Word16 t5 = extract_l(L_shr(L_mult(t, 9587), 20));
+        const int norm = norm_s(t5);
+        mag_shift = norm == 0 ? 9 : norm - 6;
+    }
+    if (peak < L_shr(total, 7)) --mag_shift;
+    if (mag_shift > 0)
+        for (int i = 0; i < n; ++i) windowed[i] = shl(windowed[i], static_cast<Word16>(mag_shift));
+    else if (mag_shift < 0)
+        for (int i = 0; i < n; ++i) windowed[i] = shr(windowed[i], static_cast<Word16>(-mag_shift));
+    dct4_analysis(windowed, coefs, n);
+    return mag_shift;
+}
+
+/// Inverse MLT (rmlt_coefs_to_samples): n coefficients scaled by 2^mag_shift
+/// to n output samples, overlapped with the half frame kept in old_samples
+/// (n / 2 values, replaced).
+inline void rmlt_to_samples(const Word16* coefs, Word16* old_samples, Word16* out, int n, int mag_shift) {
+    Word16 fresh[kMaxDctLength];
+    const int half = n / 2;
+    dct4_synthesis(coefs, fresh, n);
+    if (mag_shift > 0)
+        for (int i = 0; i < n; ++i) fresh[i] = shr(fresh[i], static_cast<Word16>(mag_shift));
+    else if (mag_shift < 0)
+        for (int i = 0; i < n; ++i) fresh[i] = shl(fresh[i], static_cast<Word16>(-mag_shift));
+    const std::int16_t* win = n == 320 ? g7221_rmlt_to_samples_window : g7221_max_rmlt_to_samples_window;
+    for (int i = 0; i < half; ++i)
+        out[i] = round_fx(L_shl(L_mac(L_mac(0, win[i], fresh[half - 1 - i]), win[n - 1 - i], old_samples[i]), 2));
+    for (int i = 0; i < half; ++i)
+        out[half + i] = round_fx(
+            L_shl(L_mac(L_mac(0, win[half + i], fresh[i]), negate(win[half - 1 - i]), old_samples[half - 1 - i]),
+                  2));
+    for (int i = 0; i < half; ++i) old_samples[i] = fresh[half + i];
+}
+
+}  // namespace g7221
+ZEPS_END_VARIANT
