@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "g722/g7221_decoder.h"
 #include "g722/g7221_encoder.h"
 #include "g722/g7221_mlt.h"
 #include "tests/vec_reader.h"
@@ -64,6 +65,64 @@ TEST(G7221Stages, EncoderMatchesReferenceStreams) {
             while (i < got.size() && i < want.size() && got[i] == want[i]) ++i;
             EXPECT_TRUE(got == want) << s.folder << "/" << name << " first difference at word " << i << " (frame "
                                      << i / static_cast<std::size_t>(s.bits / 16) << ")";
+        }
+}
+
+/// Decodes frames of bits / 16 words; erased[i] marks frame i as lost.
+std::vector<Word16> decode(const std::vector<Word16>& words, int bits, bool annex_c, const std::vector<bool>& erased) {
+    const int n = annex_c ? 640 : 320;
+    const std::size_t per = static_cast<std::size_t>(bits / 16);
+    g::DecoderMemory m;
+    g::reset(m);
+    std::vector<Word16> coefs(static_cast<std::size_t>(n)), old(static_cast<std::size_t>(n / 2), 0),
+        frame(static_cast<std::size_t>(n)), out;
+    for (std::size_t f = 0; (f + 1) * per <= words.size(); ++f) {
+        const bool lost = f < erased.size() && erased[f];
+        const int shift = g::decode_frame(&words[f * per], bits, annex_c, lost, m, coefs.data());
+        g::rmlt_to_samples(coefs.data(), old.data(), frame.data(), n, shift);
+        for (auto& x : frame) x = static_cast<Word16>(x & 0xFFFC);
+        out.insert(out.end(), frame.begin(), frame.end());
+    }
+    return out;
+}
+
+/// The G.192 serial form: per frame a sync word (0x6B21, else erased), the
+/// bit count, one word per bit (0x7F = 0, 0x81 = 1).
+void from_g192(const std::vector<Word16>& serial, int bits, std::vector<Word16>& words, std::vector<bool>& erased) {
+    const std::size_t per = static_cast<std::size_t>(bits + 2);
+    for (std::size_t f = 0; (f + 1) * per <= serial.size(); ++f) {
+        const Word16* s = &serial[f * per];
+        erased.push_back(s[0] != 0x6B21);
+        for (int w = 0; w < bits / 16; ++w) {
+            int v = 0;
+            for (int b = 0; b < 16; ++b) {
+                const Word16 x = s[2 + 16 * w + b];
+                if (x != 0x7F && x != 0x81) erased.back() = true;
+                v = (v << 1) | (x == 0x81);
+            }
+            words.push_back(static_cast<Word16>(v));
+        }
+    }
+}
+
+TEST(G7221Stages, DecoderMatchesReferenceOutputs) {
+    for (int bits : {480, 640}) {
+        const std::string rate = std::to_string(bits * 50);
+        const auto want = read_words("codecs/g7221/conformance/g722_1_dec_out_" + rate + ".pcm");
+        EXPECT_TRUE(decode(read_words("codecs/g7221/conformance/g722_1_enc_out_" + rate + ".pak"), bits, false, {}) == want) << rate;
+        std::vector<Word16> words;
+        std::vector<bool> erased;
+        from_g192(read_words("codecs/g7221/conformance/g722_1_dec_in_" + rate + "_fe.itu"), bits, words, erased);
+        EXPECT_TRUE(decode(words, bits, false, erased) ==
+                    read_words("codecs/g7221/conformance/g722_1_dec_out_" + rate + "_fe.pcm")) << rate << " erasures";
+    }
+    for (const Set& s : kSets)
+        for (const char* name : kNames) {
+            const auto got = decode(read_words(std::string("codecs/g7221/") + s.folder + "/" + name + ".pak"), s.bits, s.annex_c, {});
+            const auto want = read_words(std::string("codecs/g7221/") + s.folder + "/" + name + ".out");
+            std::size_t i = 0;
+            while (i < got.size() && i < want.size() && got[i] == want[i]) ++i;
+            EXPECT_TRUE(got == want) << s.folder << "/" << name << " first difference at sample " << i;
         }
 }
 
