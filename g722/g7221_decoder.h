@@ -41,9 +41,9 @@ struct BitReader {
 };
 
 /// The decoder's random generator (get_rand): four 16-bit seeds, all 1 at
-/// the start.
+/// the start (reset()).
 struct Random {
-    Word16 seed[4] = {1, 1, 1, 1};
+    Word16 seed[4];
     Word16 next() {
         Word16 w = extract_l(L_add(seed[0], seed[3]));
         if (w & 0x8000) w = add(w, 1);
@@ -209,7 +209,7 @@ inline void reset(DecoderMemory& m) {
     for (auto& c : m.old_coefs) c = 0;
     m.old_mag_shift = 0;
     m.mag_shift = 0;
-    m.rnd = Random{};
+    for (auto& x : m.rnd.seed) x = 1;
 }
 
 /// decoder(): one frame (or an erased one) to n coefficients; returns the

@@ -25,6 +25,11 @@ constexpr int kMaxControlPossibilities = 32;
 constexpr int kDrpDiffMin = -12, kDrpDiffMax = 11;
 constexpr int kEsfAdjustment = 7;  // ESF_ADJUSTMENT_TO_RMS_INDEX
 constexpr int kPowerTableNegatives = 24;
+/// 32-bit words kept per region for its bits. The reference keeps four
+/// (128 bits); a region can need up to 180 (ten vectors of a 16-bit code
+/// and two sign bits), so eight are kept here: streams whose regions fit in
+/// 128 bits, i.e. every real one, come out the same.
+constexpr int kRegionWords = 8;
 
 /// The frame parameters of one mode: 14 regions, 320 samples, 4 control
 /// bits (7 kHz) or 28 regions, 640 samples, 5 control bits (14 kHz).
@@ -173,7 +178,7 @@ inline void adjust_region_powers(Word16* rms, Word16* coefs, int regions) {
 
 /// vector_huffman: quantises one region in a category below 7, packs the
 /// Huffman code and sign bits of each vector MSB first into 32-bit words
-/// (at most four) and returns the bit count.
+/// (at most six) and returns the bit count.
 inline int vector_huffman(int category, int power_index, const Word16* x, std::uint32_t* words) {
     const int dim = g7221_vector_dimension[category];
     const int vectors = g7221_number_of_vectors[category];
@@ -227,19 +232,19 @@ inline int code_region(int category, int power_index, const Word16* x, std::uint
 
 /// vector_quantize_mlts: codes every region at the middle categorisation,
 /// then moves the categorisation control until the bits fit; returns the
-/// control value. bit_counts[r] and words[4 r..] hold each region's bits.
+/// control value. bit_counts[r] and words[kRegionWords r..] hold each region's bits.
 inline int vector_quantize(int available, int regions, int possibilities, const Word16* coefs, const Word16* rms,
                            Word16* categories, const Word16* balances, Word16* bit_counts, std::uint32_t* words) {
     int control = 0;
     for (; control < possibilities / 2 - 1; ++control) ++categories[balances[control]];
     int total = 0;
     for (int r = 0; r < regions; ++r) {
-        bit_counts[r] = static_cast<Word16>(code_region(categories[r], rms[r], coefs + r * kRegionSize, words + 4 * r));
+        bit_counts[r] = static_cast<Word16>(code_region(categories[r], rms[r], coefs + r * kRegionSize, words + kRegionWords * r));
         total += bit_counts[r];
     }
     auto recode = [&](int r) {
         total -= bit_counts[r];
-        bit_counts[r] = static_cast<Word16>(code_region(categories[r], rms[r], coefs + r * kRegionSize, words + 4 * r));
+        bit_counts[r] = static_cast<Word16>(code_region(categories[r], rms[r], coefs + r * kRegionSize, words + kRegionWords * r));
         total += bit_counts[r];
     };
     while (total < available && control > 0) {
@@ -262,12 +267,20 @@ inline int vector_quantize(int available, int regions, int possibilities, const 
 inline void bits_to_words(const std::uint32_t* region_words, const Word16* bit_counts, const Word16* drp_bits,
                           const std::uint16_t* drp_codes, int control, int regions, int control_bits,
                           int bits_per_frame, Word16* out) {
+    // The envelope alone can exceed a small frame (28 regions at 320 bits):
+    // words past the frame are counted but not stored, as the reference
+    // writes only the frame's words out.
+    const int frame_words = bits_per_frame / 16;
     int at = 0, free_bits = 16;
     std::uint32_t word = 0;
+    auto emit = [&](std::uint32_t w) {
+        if (at < frame_words) out[at] = static_cast<Word16>(w);
+        ++at;
+    };
     auto put = [&](std::uint32_t value, int len) {  // len <= 16 bits, value < 2^len
         const int j = len - free_bits;
         if (j >= 0) {
-            out[at++] = static_cast<Word16>(word + (value >> j));
+            emit(word + (value >> j));
             free_bits = 16 - j;
             word = (value << free_bits) & 0xFFFF;
         } else {
@@ -278,7 +291,7 @@ inline void bits_to_words(const std::uint32_t* region_words, const Word16* bit_c
     for (int r = 0; r < regions; ++r) put(drp_codes[r], drp_bits[r]);
     put(static_cast<std::uint32_t>(control), control_bits);
     for (int r = 0; r < regions && at * 16 < bits_per_frame; ++r) {
-        const std::uint32_t* in = region_words + 4 * r;
+        const std::uint32_t* in = region_words + kRegionWords * r;
         int count = bit_counts[r];
         int left = count < 32 ? count : 32;
         std::uint32_t current = *in++;
@@ -287,7 +300,7 @@ inline void bits_to_words(const std::uint32_t* region_words, const Word16* bit_c
                 word += current >> (32 - free_bits);
                 current <<= free_bits;
                 left -= free_bits;
-                out[at++] = static_cast<Word16>(word);
+                emit(word);
                 word = 0;
                 free_bits = 16;
             } else {
@@ -303,7 +316,7 @@ inline void bits_to_words(const std::uint32_t* region_words, const Word16* bit_c
         }
     }
     while (at * 16 < bits_per_frame) {
-        out[at++] = static_cast<Word16>(word + (0xFFFFu >> (16 - free_bits)));
+        emit(word + (0xFFFFu >> (16 - free_bits)));
         word = 0;
         free_bits = 16;
     }
@@ -315,7 +328,7 @@ inline void encode_frame(Word16* coefs, int mag_shift, int bits_per_frame, bool 
     Word16 rms[kMaxRegions], drp_bits[kMaxRegions], categories[kMaxRegions], balances[kMaxControlPossibilities];
     std::uint16_t drp_codes[kMaxRegions];
     Word16 bit_counts[kMaxRegions] = {};
-    std::uint32_t words[4 * kMaxRegions + 1] = {};  // bits_to_words reads one word past a full region
+    std::uint32_t words[kRegionWords * kMaxRegions] = {};
     const int envelope = compute_region_powers(coefs, mag_shift, l.regions, rms, drp_bits, drp_codes);
     const int available = bits_per_frame - envelope - l.control_bits;
     categorize(available, l.regions, l.control_possibilities, rms, categories, balances);
