@@ -122,7 +122,9 @@ inline void decode_coefficients(BitReader& in, Random& rnd, int regions, const W
     static constexpr Word16 kNoiseFillFactor[3] = {5793, 8192, 23170};
     bool ran_out = false;
     for (int r = 0; r < regions; ++r) {
-        int category = categories[r];
+        // (above 7 only after the categorisation's guard for arbitrary bit
+        // patterns; such a region is noise-filled like category 7)
+        int category = categories[r] > 7 ? 7 : categories[r];
         Word16* x = coefs + r * kRegionSize;
         const Word16 sd = std_dev[r];
         if (category < 7) {

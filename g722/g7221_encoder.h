@@ -126,9 +126,14 @@ inline void categorize(int available, int regions, int possibilities, const Word
     int max = expected, min = expected;
     int max_ptr = possibilities, min_ptr = possibilities;
     Word16 temp_balances[2 * kMaxControlPossibilities];
+    // When no region can move (every category already at its end, which
+    // only arbitrary bit patterns reach), the reference uses an index it
+    // never set; here the last one found is kept and its category left
+    // inside 0..7.
+    int raw_min_at = 0, raw_max_at = 0;
     for (int j = 0; j < possibilities - 1; ++j) {
         if (max + min <= 2 * available) {
-            int raw_min = 99, at = 0;
+            int raw_min = 99, &at = raw_min_at;
             for (int r = 0; r < regions; ++r)
                 if (max_cat[r] > 0) {
                     const int v = offset - rms[r] - 2 * max_cat[r];
@@ -139,10 +144,10 @@ inline void categorize(int available, int regions, int possibilities, const Word
                 }
             temp_balances[--max_ptr] = static_cast<Word16>(at);
             max -= g7221_expected_bits_table[max_cat[at]];
-            --max_cat[at];
+            if (max_cat[at] > 0) --max_cat[at];
             max += g7221_expected_bits_table[max_cat[at]];
         } else {
-            int raw_max = -99, at = 0;
+            int raw_max = -99, &at = raw_max_at;
             for (int r = regions - 1; r >= 0; --r)
                 if (min_cat[r] < kNumCategories - 1) {
                     const int v = offset - rms[r] - 2 * min_cat[r];
@@ -153,7 +158,7 @@ inline void categorize(int available, int regions, int possibilities, const Word
                 }
             temp_balances[min_ptr++] = static_cast<Word16>(at);
             min -= g7221_expected_bits_table[min_cat[at]];
-            ++min_cat[at];
+            if (min_cat[at] < kNumCategories - 1) ++min_cat[at];
             min += g7221_expected_bits_table[min_cat[at]];
         }
     }

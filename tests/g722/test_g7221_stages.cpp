@@ -11,6 +11,8 @@
 #include "g722/g7221_decoder.h"
 #include "g722/g7221_encoder.h"
 #include "g722/g7221_mlt.h"
+#include "frame/variants.h"
+#include "tests/variant_check.h"
 #include "tests/vec_reader.h"
 
 namespace {
@@ -127,3 +129,113 @@ TEST(G7221Stages, DecoderMatchesReferenceOutputs) {
 }
 
 }  // namespace
+
+// ---- both builds
+
+namespace {
+
+constexpr Zep32s kBits[] = {320, 480, 640, 960};
+
+/// Speech-like input: a shared file's frame, scaled, or noise.
+std::vector<Zep16s> some_frame(zeps::test::Rng& rng, int n) {
+    static const auto speech = read_words("codecs/g7221/input32k/loud.s16");
+    std::vector<Zep16s> v(static_cast<std::size_t>(n));
+    const std::size_t at = static_cast<std::size_t>(rng.uniform(0, static_cast<std::int64_t>(speech.size()) - n));
+    const int shift = static_cast<int>(rng.uniform(0, 8));
+    for (std::size_t i = 0; i < v.size(); ++i)
+        v[i] = rng.chance(4) ? rng.s16() : static_cast<Zep16s>(speech[at + i] >> shift);
+    return v;
+}
+
+}  // namespace
+
+ZEPS_VARIANT_CHECK(zepsMLTFwd_G7221_16s) {
+    const Zep32s len = rng.chance(8) ? static_cast<Zep32s>(rng.uniform(-1, 700)) : (rng.chance(2) ? 320 : 640);
+    const int n = len == 640 ? 640 : 320;
+    auto src = some_frame(rng, 640), ha = some_frame(rng, 640), hb = ha;
+    std::vector<Zep16s> da(640, 0x5EE5), db(640, 0x5EE5);
+    Zep32s sa = 77, sb = 77;
+    EXPECT_EQ(zeps::u8::zepsMLTFwd_G7221_16s(src.data(), ha.data(), da.data(), len, &sa),
+              zeps::n8::zepsMLTFwd_G7221_16s(src.data(), hb.data(), db.data(), len, &sb));
+    (void)n;
+    EXPECT_EQ(sa, sb);
+    EXPECT_TRUE(zeps::test::same_bytes(da, db));
+    EXPECT_TRUE(zeps::test::same_bytes(ha, hb));
+}
+
+ZEPS_VARIANT_CHECK(zepsMLTInv_G7221_16s) {
+    const Zep32s len = rng.chance(8) ? static_cast<Zep32s>(rng.uniform(-1, 700)) : (rng.chance(2) ? 320 : 640);
+    const Zep32s shift = static_cast<Zep32s>(rng.uniform(-3, 11));
+    auto src = some_frame(rng, 640), ha = some_frame(rng, 320), hb = ha;
+    std::vector<Zep16s> da(640, 0x5EE5), db(640, 0x5EE5);
+    EXPECT_EQ(zeps::u8::zepsMLTInv_G7221_16s(src.data(), ha.data(), da.data(), len, shift),
+              zeps::n8::zepsMLTInv_G7221_16s(src.data(), hb.data(), db.data(), len, shift));
+    EXPECT_TRUE(zeps::test::same_bytes(da, db));
+    EXPECT_TRUE(zeps::test::same_bytes(ha, hb));
+}
+
+ZEPS_VARIANT_CHECK(zepsEncode_G7221_16s) {
+    const Zep32s bits = rng.chance(8) ? static_cast<Zep32s>(rng.uniform(300, 1000)) : kBits[rng.uniform(0, 3)];
+    const Zep32s regions = rng.chance(8) ? static_cast<Zep32s>(rng.uniform(0, 30)) : (rng.chance(2) ? 14 : 28);
+    const Zep32s shift = static_cast<Zep32s>(rng.uniform(-2, 10));
+    // Coefficients as the MLT makes them, or arbitrary ones.
+    std::vector<Zep16s> coefs(640), hist(640, 0);
+    if (rng.chance(3)) {
+        coefs = some_frame(rng, 640);
+    } else {
+        Zep32s s = 0;
+        zeps::u8::zepsMLTFwd_G7221_16s(some_frame(rng, 640).data(), hist.data(), coefs.data(), regions == 28 ? 640 : 320, &s);
+    }
+    std::vector<Zep16s> da(64, 0x5EE5), db(64, 0x5EE5);
+    EXPECT_EQ(zeps::u8::zepsEncode_G7221_16s(bits, regions, coefs.data(), shift, da.data()),
+              zeps::n8::zepsEncode_G7221_16s(bits, regions, coefs.data(), shift, db.data()));
+    EXPECT_TRUE(zeps::test::same_bytes(da, db));
+}
+
+ZEPS_VARIANT_CHECK(zepsDecodeStateSize_G7221_16s) {
+    Zep32s a = 0, b = 0;
+    EXPECT_EQ(zeps::u8::zepsDecodeStateSize_G7221_16s(&a), zeps::n8::zepsDecodeStateSize_G7221_16s(&b));
+    EXPECT_EQ(a, b);
+    EXPECT_EQ(a, 1296);
+    EXPECT_EQ(zeps::u8::zepsDecodeStateSize_G7221_16s(nullptr), zeps::n8::zepsDecodeStateSize_G7221_16s(nullptr));
+}
+
+ZEPS_VARIANT_CHECK(zepsDecodeInit_G7221_16s) {
+    std::vector<std::uint8_t> a(1296), b;
+    for (auto& x : a) x = static_cast<std::uint8_t>(rng.next());
+    b = a;
+    EXPECT_EQ(zeps::u8::zepsDecodeInit_G7221_16s(reinterpret_cast<ZepG7221DecodeState*>(a.data())),
+              zeps::n8::zepsDecodeInit_G7221_16s(reinterpret_cast<ZepG7221DecodeState*>(b.data())));
+    EXPECT_TRUE(zeps::test::same_bytes(a, b));
+}
+
+ZEPS_VARIANT_CHECK(zepsDecode_G7221_16s) {
+    const Zep32s bits = rng.chance(8) ? static_cast<Zep32s>(rng.uniform(300, 1000)) : kBits[rng.uniform(0, 3)];
+    const Zep32s regions = rng.chance(8) ? static_cast<Zep32s>(rng.uniform(0, 30)) : (rng.chance(2) ? 14 : 28);
+    const Zep32s erased = rng.chance(6) ? static_cast<Zep32s>(rng.uniform(-1, 2)) : 0;
+    std::vector<std::uint8_t> sa(1296);
+    zeps::u8::zepsDecodeInit_G7221_16s(reinterpret_cast<ZepG7221DecodeState*>(sa.data()));
+    auto sb = sa;
+    // A valid frame of the encoder, or one with some bits flipped, or noise.
+    std::vector<Zep16s> words(64, 0);
+    const int valid_bits = bits >= 320 && bits <= 960 && bits % 16 == 0 ? bits : 480;
+    std::vector<Zep16s> coefs(640), hist(640, 0);
+    Zep32s s = 0;
+    zeps::u8::zepsMLTFwd_G7221_16s(some_frame(rng, 640).data(), hist.data(), coefs.data(), regions == 28 ? 640 : 320, &s);
+    zeps::u8::zepsEncode_G7221_16s(valid_bits, regions == 28 ? 28 : 14, coefs.data(), s, words.data());
+    const int damage = static_cast<int>(rng.uniform(0, 3));
+    for (int k = 0; k < damage * 8; ++k) words[static_cast<std::size_t>(rng.uniform(0, valid_bits / 16 - 1))] ^= static_cast<Zep16s>(1 << rng.uniform(0, 15));
+    if (rng.chance(5)) for (auto& w : words) w = rng.s16();
+    std::vector<Zep16s> da(640, 0x5EE5), db(640, 0x5EE5);
+    Zep32s ma = 77, mb = 77;
+    for (int frame = 0; frame < 3; ++frame) {  // concealment carries state across frames
+        EXPECT_EQ(zeps::u8::zepsDecode_G7221_16s(words.data(), bits, reinterpret_cast<ZepG7221DecodeState*>(sa.data()),
+                                                 regions, da.data(), &ma, erased),
+                  zeps::n8::zepsDecode_G7221_16s(words.data(), bits, reinterpret_cast<ZepG7221DecodeState*>(sb.data()),
+                                                 regions, db.data(), &mb, erased));
+        EXPECT_EQ(ma, mb);
+        EXPECT_TRUE(zeps::test::same_bytes(da, db));
+        EXPECT_TRUE(zeps::test::same_bytes(sa, sb));
+        words[static_cast<std::size_t>(frame)] ^= 0x0100;
+    }
+}
