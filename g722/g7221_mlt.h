@@ -12,6 +12,8 @@
 // operation is the reference's saturating basic operator.
 #pragma once
 
+#include <tmmintrin.h>
+
 #include <cstdint>
 
 #include "common/basic_op.h"
@@ -73,6 +75,87 @@ inline void rotation_stages(Word16* in, Word16* out, Word16* spare, int n, const
     }
 }
 
+/// The rotation stages with pmaddwd (SSSE3), equal to rotation_stages for
+/// every input. Each output is round(sat(2 (A l + B h))) (analysis) or
+/// round(sat(4 (A l + B h))) (synthesis) of an input pair (l, h) and a
+/// coefficient pair (A, B) from the stage's table (cos, -sin, sin or -cos;
+/// no entry is -32768, so negate() is plain negation and L_mac's first
+/// product cannot saturate). |A| + |B| <= 50868, so A l + B h is exact in
+/// a 32-bit lane, and the saturations and the rounding reduce to
+/// (x + 2^14) >> 15, resp. (x + 2^13) >> 14, clamped by packssdw.
+struct RotationPairs {
+    // Per stage: span / 2 (A, B) pairs for the low outputs, then as many
+    // for the high outputs (in the order of the low index j).
+    alignas(16) Word16 pairs[6][2 * 640];
+    explicit RotationPairs(const G7221CosMsin* const* table) {
+        for (int stage = 0; stage < 6; ++stage) {
+            const int half = 10 << stage;  // span / 2
+            const G7221CosMsin* cm = table[stage];
+            for (int j = 0; j < half; ++j) {
+                const Word16 c = cm[j].cosine, ms = cm[j].minus_sine;
+                Word16* lo = pairs[stage] + 2 * j;
+                Word16* hi = pairs[stage] + 2 * half + 2 * j;
+                if (j % 2 == 0) {  // even: (c, -ms) low, (ms, c) high
+                    lo[0] = c, lo[1] = static_cast<Word16>(-ms), hi[0] = ms, hi[1] = c;
+                } else {  // odd: (c, ms) low, (ms, -c) high
+                    lo[0] = c, lo[1] = ms, hi[0] = ms, hi[1] = static_cast<Word16>(-c);
+                }
+            }
+        }
+    }
+};
+
+template <bool Synthesis>
+[[gnu::always_inline]] inline __m128i rotate4(__m128i lh, const Word16* pair) {
+    const __m128i x = _mm_madd_epi16(lh, _mm_loadu_si128(reinterpret_cast<const __m128i*>(pair)));
+    return Synthesis ? _mm_srai_epi32(_mm_add_epi32(x, _mm_set1_epi32(1 << 13)), 14)
+                     : _mm_srai_epi32(_mm_add_epi32(x, _mm_set1_epi32(1 << 14)), 15);
+}
+
+template <bool Synthesis>
+inline void rotation_stages_simd(Word16* in, Word16* out, Word16* spare, int n, const RotationPairs& rp) {
+    const int log = dct_length_log(n);
+    Word16* in_buffer = in;
+    Word16* out_buffer = spare;
+    const __m128i reverse4 = _mm_setr_epi8(6, 7, 4, 5, 2, 3, 0, 1, 8, 9, 10, 11, 12, 13, 14, 15);
+    for (int set_count_log = log - 2, stage = 0; set_count_log >= 0; --set_count_log, ++stage) {
+        const int set_span = n >> set_count_log;
+        const int half = set_span / 2;  // a multiple of 10: groups of four, then a pair
+        const Word16* low_pairs = rp.pairs[stage];
+        const Word16* high_pairs = low_pairs + 2 * half;
+        Word16* next_out = set_count_log == 0 ? out : out_buffer;
+        for (int set = 0; set < (1 << set_count_log); ++set) {
+            const Word16* low = in_buffer + set * set_span;
+            const Word16* high = low + half;
+            Word16* out_low = next_out + set * set_span;
+            Word16* out_high_end = out_low + set_span;  // out_high[-1 - j] = high output j
+            int j = 0;
+            for (; j + 4 <= half; j += 4) {
+                const __m128i lh = _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(low + j)),
+                                                      _mm_loadl_epi64(reinterpret_cast<const __m128i*>(high + j)));
+                const __m128i a = rotate4<Synthesis>(lh, low_pairs + 2 * j);
+                const __m128i b = rotate4<Synthesis>(lh, high_pairs + 2 * j);
+                const __m128i packed = _mm_packs_epi32(a, b);  // low j..j+3, high j..j+3
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(out_low + j), packed);
+                _mm_storel_epi64(reinterpret_cast<__m128i*>(out_high_end - j - 4),
+                                 _mm_shuffle_epi8(_mm_srli_si128(packed, 8), reverse4));
+            }
+            for (; j < half; ++j) {
+                const int l = low[j], h = high[j];
+                const Word16* pl = low_pairs + 2 * j;
+                const Word16* ph = high_pairs + 2 * j;
+                const int xl = pl[0] * l + pl[1] * h, xh = ph[0] * l + ph[1] * h;
+                const int sh = Synthesis ? 14 : 15;
+                out_low[j] = saturate((xl + (1 << (sh - 1))) >> sh);
+                out_high_end[-1 - j] = saturate((xh + (1 << (sh - 1))) >> sh);
+            }
+        }
+        Word16* swap = in_buffer;
+        in_buffer = out_buffer;
+        out_buffer = swap;
+    }
+}
+
 /// Analysis DCT-IV (dct_type_iv_a); input is modified (the 320-point bias).
 inline void dct4_analysis(Word16* input, Word16* output, int n) {
     Word16 a[kMaxDctLength], b[kMaxDctLength], c[kMaxDctLength];
@@ -99,7 +182,8 @@ inline void dct4_analysis(Word16* input, Word16* output, int n) {
     }
     dct_core(in_buffer, c, n, g7221_dct_core_a);
     for (int i = 0; i < n; ++i) in_buffer[i] = c[i];
-    rotation_stages<false>(in_buffer, output, out_buffer, n, g7221_a_cos_msin_table);
+    static const RotationPairs pairs(g7221_a_cos_msin_table);
+    rotation_stages_simd<false>(in_buffer, output, out_buffer, n, pairs);
 }
 
 /// Synthesis DCT-IV (dct_type_iv_s).
@@ -136,7 +220,8 @@ inline void dct4_synthesis(const Word16* input, Word16* output, int n) {
     Word16* core_in = const_cast<Word16*>(in_buffer);  // one of a, b
     dct_core(core_in, c, n, g7221_dct_core_s);
     for (int i = 0; i < n; ++i) core_in[i] = c[i];
-    rotation_stages<true>(core_in, output, out_buffer, n, g7221_s_cos_msin_table);
+    static const RotationPairs pairs(g7221_s_cos_msin_table);
+    rotation_stages_simd<true>(core_in, output, out_buffer, n, pairs);
     if (n == 320)
         for (int i = 0; i < 320; ++i) output[i] = saturate(Word32{output[i]} + g7221_syn_bias_7khz[i]);
 }

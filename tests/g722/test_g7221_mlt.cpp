@@ -96,3 +96,32 @@ TEST(G7221Mlt, MatchesTheReference) {
 }
 
 }  // namespace
+
+namespace {
+
+// The vector rotation stages against the scalar ones on arbitrary and
+// extreme inputs (full-scale values, where the saturations occur).
+TEST(G7221Mlt, VectorRotationsEqualScalar) {
+    const g::RotationPairs analysis(zeps::g7221_a_cos_msin_table), synthesis(zeps::g7221_s_cos_msin_table);
+    std::uint32_t lcg = 7;
+    auto next = [&] {
+        lcg = lcg * 1103515245u + 12345u;
+        return static_cast<Word16>(lcg >> 16);
+    };
+    for (int n : {320, 640})
+        for (int k = 0; k < 60; ++k) {
+            std::vector<Word16> in(static_cast<std::size_t>(n));
+            for (auto& x : in) x = k % 3 == 0 ? (next() & 1 ? 32767 : -32768) : static_cast<Word16>(next() >> (k % 5));
+            std::vector<Word16> a = in, b = in, sa(in.size()), sb(in.size()), oa(in.size()), ob(in.size());
+            if (k % 2) {
+                g::rotation_stages<true>(a.data(), oa.data(), sa.data(), n, zeps::g7221_s_cos_msin_table);
+                g::rotation_stages_simd<true>(b.data(), ob.data(), sb.data(), n, synthesis);
+            } else {
+                g::rotation_stages<false>(a.data(), oa.data(), sa.data(), n, zeps::g7221_a_cos_msin_table);
+                g::rotation_stages_simd<false>(b.data(), ob.data(), sb.data(), n, analysis);
+            }
+            ASSERT_EQ(oa, ob) << n << " " << k;
+        }
+}
+
+}  // namespace
