@@ -15,6 +15,7 @@
 #include <tmmintrin.h>
 
 #include <cstdint>
+#include <cstring>
 
 #include "common/basic_op.h"
 #include "g722/g7221_tables.h"
@@ -156,6 +157,57 @@ inline void rotation_stages_simd(Word16* in, Word16* out, Word16* spare, int n, 
     }
 }
 
+/// The 10-point core with pmaddwd (SSSE3), equal to dct_core for every
+/// input. A group whose ten inputs all lie within +-limit, where limit *
+/// (largest column sum of |core|) * 2 + 2^15 < 2^31, can saturate at no
+/// step of the reference's L_mac chain, so its outputs are the plain sums
+/// rounded, (x + 2^14) >> 15; other groups take the scalar path.
+struct CoreColumns {
+    alignas(16) Word16 col[10][16];  // column k of the core, padded with zeros
+    Word16 limit;
+    explicit CoreColumns(const std::int16_t (&core)[10][10]) {
+        int widest = 0;
+        for (int k = 0; k < 10; ++k) {
+            int sum = 0;
+            for (int i = 0; i < 16; ++i) col[k][i] = i < 10 ? core[i][k] : 0;
+            for (int i = 0; i < 10; ++i) sum += core[i][k] < 0 ? -core[i][k] : core[i][k];
+            if (sum > widest) widest = sum;
+        }
+        limit = static_cast<Word16>((2147483647 - 32768) / (2 * widest));
+    }
+};
+
+inline void dct_core_simd(const Word16* in, Word16* out, int n, const CoreColumns& cc,
+                          const std::int16_t (&core)[10][10]) {
+    const __m128i hi = _mm_set1_epi16(cc.limit), lo = _mm_set1_epi16(static_cast<Word16>(-cc.limit));
+    const __m128i bias = _mm_set1_epi32(1 << 14);
+    for (int base = 0; base < n; base += kCoreSize) {
+        std::int32_t tail;
+        std::memcpy(&tail, in + base + 8, 4);
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + base));
+        const __m128i b = _mm_cvtsi32_si128(tail);
+        const __m128i outside = _mm_or_si128(_mm_or_si128(_mm_cmpgt_epi16(a, hi), _mm_cmplt_epi16(a, lo)),
+                                             _mm_or_si128(_mm_cmpgt_epi16(b, hi), _mm_cmplt_epi16(b, lo)));
+        if (_mm_movemask_epi8(outside) != 0) [[unlikely]] {
+            dct_core(in + base, out + base, kCoreSize, core);
+            continue;
+        }
+        __m128i s[10];
+        for (int k = 0; k < 10; ++k)
+            s[k] = _mm_add_epi32(_mm_madd_epi16(a, _mm_load_si128(reinterpret_cast<const __m128i*>(cc.col[k]))),
+                                 _mm_madd_epi16(b, _mm_load_si128(reinterpret_cast<const __m128i*>(cc.col[k] + 8))));
+        const __m128i x0 = _mm_hadd_epi32(_mm_hadd_epi32(s[0], s[1]), _mm_hadd_epi32(s[2], s[3]));
+        const __m128i x1 = _mm_hadd_epi32(_mm_hadd_epi32(s[4], s[5]), _mm_hadd_epi32(s[6], s[7]));
+        const __m128i x2 = _mm_hadd_epi32(_mm_hadd_epi32(s[8], s[9]), _mm_setzero_si128());
+        const __m128i r0 = _mm_srai_epi32(_mm_add_epi32(x0, bias), 15);
+        const __m128i r1 = _mm_srai_epi32(_mm_add_epi32(x1, bias), 15);
+        const __m128i r2 = _mm_srai_epi32(_mm_add_epi32(x2, bias), 15);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + base), _mm_packs_epi32(r0, r1));
+        const std::int32_t last = _mm_cvtsi128_si32(_mm_packs_epi32(r2, r2));
+        std::memcpy(out + base + 8, &last, 4);
+    }
+}
+
 /// Analysis DCT-IV (dct_type_iv_a); input is modified (the 320-point bias).
 inline void dct4_analysis(Word16* input, Word16* output, int n) {
     Word16 a[kMaxDctLength], b[kMaxDctLength], c[kMaxDctLength];
@@ -180,7 +232,8 @@ inline void dct4_analysis(Word16* input, Word16* output, int n) {
         in_buffer = out_buffer;
         out_buffer = out_buffer == a ? b : a;
     }
-    dct_core(in_buffer, c, n, g7221_dct_core_a);
+    static const CoreColumns columns(g7221_dct_core_a);
+    dct_core_simd(in_buffer, c, n, columns, g7221_dct_core_a);
     for (int i = 0; i < n; ++i) in_buffer[i] = c[i];
     static const RotationPairs pairs(g7221_a_cos_msin_table);
     rotation_stages_simd<false>(in_buffer, output, out_buffer, n, pairs);
@@ -218,7 +271,8 @@ inline void dct4_synthesis(const Word16* input, Word16* output, int n) {
         out_buffer = out_buffer == a ? b : a;
     }
     Word16* core_in = const_cast<Word16*>(in_buffer);  // one of a, b
-    dct_core(core_in, c, n, g7221_dct_core_s);
+    static const CoreColumns columns(g7221_dct_core_s);
+    dct_core_simd(core_in, c, n, columns, g7221_dct_core_s);
     for (int i = 0; i < n; ++i) core_in[i] = c[i];
     static const RotationPairs pairs(g7221_s_cos_msin_table);
     rotation_stages_simd<true>(core_in, output, out_buffer, n, pairs);
