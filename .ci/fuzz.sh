@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
 # Builds the libFuzzer drivers (clang, ASan + UBSan) and runs every target.
 #
 # Gate (default, what CI runs): deterministic. For each target, the committed

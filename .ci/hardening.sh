@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
 # Hardening steps of CI, after .ci/run: the test suite under valgrind
 # memcheck, clang-tidy and cppcheck on the library sources (configuration in
 # .clang-tidy and .ci/cppcheck-suppressions.txt), the ThreadSanitizer build

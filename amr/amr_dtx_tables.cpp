@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Constant tables of the GSM-AMR LSP quantisers and LSP/LSF conversion
 // (3GPP TS 26.073: q_plsf_3.tab, q_plsf_5.tab, lsp_lsf.tab), under the
 // standard's names. LSFs are normalised frequencies (16384 = 4 kHz), LSPs

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Constant tables of the GSM-AMR LSP quantisers (3GPP TS 26.073 q_plsf_3.tab,
 // q_plsf_5.tab) and of the LSP/LSF conversion (lsp_lsf.tab), shared by both
 // processor builds. Names are the standard's; the split-VQ codebooks are

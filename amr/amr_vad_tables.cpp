@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Constant tables of the GSM-AMR VAD and open-loop pitch search
 // (3GPP TS 26.073 fixed-point reference), values as the standard gives them.
 #include "amr/amr_vad_tables.h"

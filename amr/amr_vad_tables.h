@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Constant tables of the GSM-AMR voice activity detectors and open-loop pitch
 // search (3GPP TS 26.073: corrwght.tab, cod_amr.c, r_fft.c, vad2.c).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsDecDTXBuffer_GSMAMR_16s: the decoder's DTX history update on each
 // synthesised frame, 3GPP TS 26.073 dtx_dec.c dtx_dec_activity_update.
 // LSFs as the decoder keeps them; log energies Q10 stored without halving

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsEncDTXBuffer_GSMAMR_16s: the encoder's DTX history update, 3GPP
 // TS 26.073 dtx_enc.c dtx_buffer. LSPs Q15; log energies Q10, halved (the
 // SID computation averages them as sums of quarters).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsEncDTXHandler_GSMAMR_16s: the encoder's DTX hangover state machine,
 // 3GPP TS 26.073 dtx_enc.c tx_dtx_handler (in step with the GSM EFR TX DTX
 // handler). All counters Q0.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Frame log energy of the GSM-AMR DTX history buffers (3GPP TS 26.073
 // dtx_enc.c dtx_buffer, dtx_dec.c dtx_dec_activity_update): log2 of the
 // mean square of 160 samples in Q10, i.e. (e << 10) + (f >> 5) - 8521 with

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsEncDTXSID_GSMAMR_16s: SID parameters of a GSM-AMR DTX frame, 3GPP
 // TS 26.073 dtx_enc.c dtx_enc with its Q_plsf_3(MRDTX) call and the gain
 // predictor update it makes. LSPs Q15; log energy history Q10 halved (as

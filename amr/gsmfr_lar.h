@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // GSM 06.10 4.2.8 and 4.2.9: decoding of the coded log-area ratios and their
 // interpolation into the four reflection-coefficient sets of a frame, shared
 // by the short-term analysis filter (encoder) and synthesis filter (decoder).

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // GSM 06.10 4.2.10 short-term analysis and 4.3.3 short-term synthesis
 // lattice filters over one frame (four coefficient sets for the segments
 // 0..12, 13..26, 27..39, 40..159), in two forms giving the same bits:

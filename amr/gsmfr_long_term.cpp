@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM 06.10 4.2.11 and 4.2.12 long-term predictor of the full-rate encoder
 // (lag and gain search, long-term analysis filtering) and 4.3.2 long-term
 // synthesis filter of the decoder. Residual signals in the Q15 of the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM 06.10 4.2.4 to 4.2.7 LPC analysis of the full-rate encoder:
 // autocorrelation of the 160 pre-processed samples with dynamic scaling,
 // reflection coefficients r (Q15) by the Schur recursion, log-area ratios

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM 06.10 4.3.4 to 4.3.6 postprocessing of the full-rate decoder:
 // de-emphasis (coefficient 28180 in Q15), upscaling by 2 and truncation of
 // the output to 13 bits, left-justified in 16-bit PCM.

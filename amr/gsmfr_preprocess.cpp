@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM 06.10 4.2.1 to 4.2.3 preprocessing of the full-rate encoder:
 // downscaling of the 13-bit input, offset compensation (high-pass filter
 // with a 31-bit recursive memory L_z2, coefficient 32735 in Q15) and

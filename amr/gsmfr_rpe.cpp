@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM 06.10 4.2.13 to 4.2.17 RPE encoding of the full-rate encoder
 // (weighting filter, grid selection, APCM quantisation, inverse
 // quantisation and grid positioning) and the RPE decoding of 4.3.1.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM 06.10 4.2.8 to 4.2.10 short-term analysis filter of the full-rate
 // encoder and 4.3.3 short-term synthesis filter of the decoder: the LAR
 // decoding and interpolation of gsmfr_lar.h, then the order-8 lattice

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // ETSI GSM 06.10 full-rate constant tables (GSM 06.10 Tables 4.1 to 4.6),
 // under the standard's names.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsLSPQuant_GSMAMR_16s: the GSM-AMR LSP quantiser selected by rate code,
 // as the 3GPP TS 26.073 encoder calls it (lsp.c: Q_plsf_5 for MR122,
 // Q_plsf_3 for the other modes and for SID frames). LSPs Q15, predictor

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // The two GSM-AMR LSP quantisers behind zepsLSPQuant_GSMAMR_16s
 // (3GPP TS 26.073 q_plsf_3.c Q_plsf_3 and q_plsf_5.c Q_plsf_5). LSPs Q15,
 // predictor memory past_rq in the LSF domain (16384 = 4 kHz).

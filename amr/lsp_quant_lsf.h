@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // LSP <-> LSF conversion, LSF reordering and LSF weighting of the GSM-AMR
 // LSP quantisers (3GPP TS 26.073 lsp_lsf.c Lsp_lsf/Lsf_lsp, reorder.c
 // Reorder_lsf, q_plsf.c Lsf_wt).

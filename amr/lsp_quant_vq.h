@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Codebook searches of the GSM-AMR LSP quantisers (3GPP TS 26.073
 // q_plsf_3.c Vq_subvec3/Vq_subvec4, q_plsf_5.c Vq_subvec/Vq_subvec_s).
 //

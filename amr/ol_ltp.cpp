@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR open-loop pitch analysis of one 20 ms frame (3GPP TS 26.073
 // cod_amr.c with pre_big.c, weight_a.c, residu.c, syn_filt.c, ol_ltp.c and
 // vad1.c vad_pitch_detection): perceptually weighted speech through

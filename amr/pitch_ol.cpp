@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR open-loop pitch lag search on weighted speech (3GPP TS 26.073
 // pitch_ol.c Pitch_ol, p_ol_wgh.c Pitch_ol_wgh, calc_cor.c comp_corr,
 // hp_max.c, gmed_n.c) with the VAD option 1 tone/complex hooks (vad1.c) and

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Internal interface of the GSM-AMR open-loop pitch search (3GPP TS 26.073
 // pre_big.c, ol_ltp.c, pitch_ol.c, p_ol_wgh.c, with the VAD hooks of vad1.c
 // and the correlation sums of vad2.c).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Pre-emphasis of GSM-AMR VAD option 2 (3GPP TS 26.073 vad2.c):
 // y[n] = x[n] + gamma * x[n-1], gamma in Q15 (-26214 = -0.8), x and y in the
 // same Q format, the product truncated by mult and the sum saturated.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Q_plsf_3 of 3GPP TS 26.073 (q_plsf_3.c): quantisation of one LSF vector
 // with 1st-order MA prediction and split-VQ in 3 sub-vectors (3 + 3 + 4),
 // used by every GSM-AMR mode but MR122 and by the SID frame (MRDTX).

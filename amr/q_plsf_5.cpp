@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Q_plsf_5 of 3GPP TS 26.073 (q_plsf_5.c), the MR122 LSP quantiser: the
 // residuals of two LSF vectors (2nd and 4th subframe) after 1st-order MA
 // prediction are quantised jointly by split matrix quantisation in 5 parts

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // 128-point fixed-point real FFT of GSM-AMR VAD option 2 (3GPP TS 26.073
 // r_fft.c: c_fft + r_fft). Input: 128 real samples (Q0, block-normalised by
 // the caller). A 64-point complex radix-2 decimation-in-time FFT halves its

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR voice activity detector, option 1 (3GPP TS 26.094; fixed-point
 // routine vad1 of TS 26.073 vad1.c). Input: pre-processed speech, Q0. Band
 // levels and noise estimates Q0 (filter-bank scaled), correlations Q15,

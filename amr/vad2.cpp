@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR voice activity detector, option 2 (3GPP TS 26.094; fixed-point
 // routine vad2 of TS 26.073 vad2.c), run on the two 10 ms halves of a frame.
 // Input Q0. Channel energies Q9 ("22,9", shift state 0) or Q4 ("27,4",

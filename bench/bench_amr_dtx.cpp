@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR DTX stages: ns per call of each export, both processor builds, on
 // frames of shared/speech/noisy.s16 and a realistic LSP history.
 #include <benchmark/benchmark.h>

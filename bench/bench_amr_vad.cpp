@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR VAD options 1 and 2, the open-loop pitch searches per rate and the
 // VAD option 2 FFT: nanoseconds per 20 ms frame (per call for the FFT), on
 // real speech. The peer line is a whole opencore-amrnb encoder frame with

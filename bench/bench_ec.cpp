@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Echo-canceller sub-band filter bank: ns per analysis and per synthesis
 // frame, configurations A (N 32, F 24, L 128) and B (N 64, F 44, L 256), in
 // float and 16-bit, beside the same bank written with FFTW 3 (single

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Cost of a call through the public forwarding entry versus a direct call of
 // the same build's implementation.
 #include <benchmark/benchmark.h>

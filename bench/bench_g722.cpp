@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.722 encoder and decoder throughput (64 kbit/s encoder, decoder modes 1
 // and 3) beside the peers (spandsp, FFmpeg's libavcodec g722) on the same
 // 16 kHz speech in the same run. Counters: ns per 16 kHz sample (best pass,

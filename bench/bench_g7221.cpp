@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.722.1 encoder and decoder time per 20 ms frame (MLT and frame coder;
 // inverse MLT and frame decoder) at 24 and 32 kbit/s and Annex C 24/32/48
 // kbit/s, on shared speech. Counter: us_per_frame (best pass of all frames

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.726 encoder and decoder throughput at the four rates, beside the peers
 // (spandsp, FFmpeg's libavcodec g726) on the same speech in the same run.
 // Counters: ns per sample (best pass, thread CPU time), and each peer's ns

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Whole G.729 codecs per 10 ms frame: the encoder and decoder of the main
 // body and of Annex A assembled from the public exports (the zepsc tool's
 // codec), beside Debian's libbcg729 (G.729 Annex A, here without VAD) on

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 LP analysis and LSP quantisation: ns per call of every export on
 // real speech frames, and ns per 10 ms frame of the encoder's front-end
 // chain (high-pass, windowed autocorrelation, lag window, Levinson-Durbin,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 pitch stages on real speech: ns per call of each export, and ns per
 // 10 ms frame for the encoder's pitch path (open-loop search, two closed-loop
 // searches, two gains), base codec and Annex A.

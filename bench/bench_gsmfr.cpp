@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM full-rate encoder and decoder per 20 ms frame, the whole codec of
 // `zepsc gsmfr` beside libgsm (Debian libgsm1) on the same speech, timed
 // in one loop. Counters: our µs per frame (best pass, thread CPU time),

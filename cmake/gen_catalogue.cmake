@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 cmake_minimum_required(VERSION 3.20)
 # Writes the export catalogue (Markdown): every export of the public headers,
 # by family in include order, with the first sentence of its documentation

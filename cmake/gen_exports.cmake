@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 cmake_minimum_required(VERSION 3.20)
 # Reads the public headers and writes the X-macro export list used by the
 # dispatch table, the forwarding entries and the variant declarations.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Argument-check helpers shared by every export.
 //
 // Each export checks its required pointers first, in argument order, then

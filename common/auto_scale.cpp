@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Block normalisation of 16-bit data to a given headroom (3GPP TS 26.073
 // vad2.c, block_norm). Q format of the data is preserved up to the returned
 // shift: out = in * 2^shift.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Autocorrelation normalised by its zero-lag energy, in the G.729 style:
 // r[k] = 2 * sum x[n] x[n+k] (the doubling of L_mac), all lags shifted left
 // by the normalisation shift of r[0]. Samples Q0/Q15, lags Q31 after the shift.

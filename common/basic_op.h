@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Saturating fixed-point basic operators of the ITU-T software tool library
 // (G.191 STL basicop, as used by the G.729, G.726 and 3GPP AMR references).
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Interpolation tables of the basic mathematical routines Inv_sqrt, Log2 and
 // Pow2, and the cosine table of the LSP/LSF conversions with its slopes: each
 // identical in ITU-T G.729 (tab_ld8k) and 3GPP TS 26.073 (lsp_lsf.tab).

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Constant tables shared by the fixed-point families (compiled once).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Dot product of two 16-bit vectors as the G.729 Annex A routines accumulate
 // it (L_mac, Q15 x Q15 -> Q31 with doubling), computed exactly in 64 bits and
 // clamped once to the 32-bit range.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Declarations of this build's implementation of every export, generated from
 // the export list. Implementation files include this header and define their
 // exports inside ZEPS_BEGIN_VARIANT ... ZEPS_END_VARIANT with the exact

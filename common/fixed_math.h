@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Table-interpolated fixed-point functions of the ITU-T G.729 reference
 // (dspfunc.c: Inv_sqrt, Log2, Pow2), which 3GPP TS 26.073 (inv_sqrt.c,
 // log2.c, pow2.c) computes identically.

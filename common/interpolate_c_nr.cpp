@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Weighted sum of two 16-bit vectors with one constant and one scale factor
 // each, truncating (the NR convention): each 16 x 16 -> 32-bit product is
 // shifted right arithmetically by its own scale factor, the two terms are

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Real FFT of length N = 2^order (order 1..16), the library's internal
 // transform for the echo-canceller filter bank. Not exported.
 //

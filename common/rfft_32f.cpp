@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Single-precision real FFT, N = 2^order, order 1..16 (see common/rfft.h).
 //
 // Description block (S bytes, S = 8 mod 16 so that a block placed at an

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // 32-bit fixed-point real FFT with scale factor, N = 2^order, order 1..16
 // (see common/rfft.h).
 //

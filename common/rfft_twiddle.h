@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Twiddle factors and bit reversal for the internal real FFT.
 // cos and sin of 2 pi t / n in double precision, reduced to the first octant
 // so that the values are exact at multiples of pi/4 (0, +-1) and symmetric.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Order-10 all-pole synthesis filters without rounding (the NR members):
 // y[n] = saturate16((a[0] x[n] - sum_{j=1..10} a[j] y[n-j]) >> scaleFactor),
 // products of 16 x 16 bits not doubled, accumulated in 32 bits with

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Processor-build namespace.
 //
 // Every implementation source is compiled twice, once per processor build

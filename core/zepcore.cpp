@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The core library: CPUID feature mask and 64-byte aligned scratch memory.
 #include "core/zepcore.h"
 

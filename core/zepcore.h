@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * zepcore.h - the core library beneath zepsc: processor features and aligned
  * scratch memory. Compiles as C and C++.

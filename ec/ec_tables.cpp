@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Built-in prototype windows of the echo-canceller sub-band filter bank.
 // Both are symmetric low-pass prototypes (h[L-1-n] = h[n]); only the first
 // half is stored, the initialiser mirrors it. The 16-bit form of a window is

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Constant tables of the echo-canceller sub-band filter bank (ec_tables.cpp).
 #pragma once
 

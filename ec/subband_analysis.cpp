@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Sub-band analysis, one frame: delay-line update, windowed fold of the L
 // taps onto N points, forward real FFT (N/2+1 bins). 16-bit samples with a
 // Q13 window into 32-bit bins scaled by 2^-scaleFactor, and float.

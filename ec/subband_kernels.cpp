@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Fold (analysis) and overlap-add (synthesis) kernels of the sub-band filter
 // bank, 16-bit Q13 window and float. The SSE versions process 8 (16-bit) or
 // 4 (float) taps per instruction with the same rounding, saturation and

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Fold and overlap-add kernels of the sub-band filter bank (see the .inc).
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Sub-band filter bank: block sizes and state initialisation, 16-bit (Q13
 // window) and float.
 //

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Sub-band filter-bank states (weighted overlap-add bank over a real FFT of
 // N = 2^order points, frame F, window L = m N taps) and their layout inside
 // the caller's block.

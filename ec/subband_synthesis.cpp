@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Sub-band synthesis, one frame: inverse real FFT (divided by N), delay-line
 // advance with zero fill, overlap-add of the periodically repeated block
 // through the time-reversed window, output of the F oldest samples.

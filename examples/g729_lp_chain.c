@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * Minimal zepsc consumer: the G.729 linear-prediction chain on a raw 8 kHz
  * 16-bit little-endian PCM file, frame by frame, in the standard's order:

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
 # Install tests: the installed tree as a user gets it.
 #
 #   test_install.sh prefix    BUILD SRC SPEECH FAKE_CORE_C [STATIC]

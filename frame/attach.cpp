@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Load-time entry: chooses the processor build once, when the module is
 // attached to a process, and stores it in the one module-wide variant index
 // that every forwarding entry reads.

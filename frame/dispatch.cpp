@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The dispatch table: for every export, in export-list order, the pair of
 // implementations {build 0 "u8", build 1 "n8"}. The forwarding entries in
 // entries.S index their own pair with the variant index.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * Forwarding entries, one per export, generated from the export list.
  *

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepscGetLibVersion: each build returns the address of its own record.
 #include "common/exports.h"
 #include "frame/version.h"

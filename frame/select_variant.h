@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Choice of the processor build from the core library's feature mask.
 #pragma once
 

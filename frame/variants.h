@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Declarations of both processor builds of every export, generated from the
 // export list. Used by the dispatch table and by internal tests, which call
 // zeps::u8::<name> and zeps::n8::<name> directly.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The two version records, compiled once. Both records point at the same
 // version and build-date text objects.
 #include "frame/version.h"

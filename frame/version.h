@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Version records of the two processor builds.
 #pragma once
 

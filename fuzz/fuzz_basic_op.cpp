@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // libFuzzer target for the basic operators and the table-interpolated
 // functions every fixed-point stage is built from (common/basic_op.h,
 // common/fixed_math.h): each 8-byte record of the input picks an operator and

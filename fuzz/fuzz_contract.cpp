@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // libFuzzer driver over the contract table: one target per row, chosen with
 // ZEPS_FUZZ_TARGET=<export> (ZEPS_FUZZ_LIST=1 lists them). The input decides
 // the scalar arguments (mostly valid, sometimes a check's boundary or any

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // libFuzzer driver for the bitstream decoders of the codec commands: one
 // target "decode.<codec>.<format>" per format of every codec registered with
 // the tool's framework (tools/codec.h), so a codec file under tools/codecs/

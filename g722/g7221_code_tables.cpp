@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.722.1 coding tables; see g7221_code_tables.h.
 #include "g722/g7221_code_tables.h"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // ITU-T G.722.1 coding tables (values of the G.722.1 fixed-point reference,
 // G.722.1 clauses 3.4 to 3.6 and 4.4 to 4.6): region power quantisation
 // (rms tables, the differential power Huffman codes and decoder trees per

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.722.1 frame decoder exports (G.722.1 clause 4 and Annex C, before
 // the inverse MLT); the stages are in g7221_decoder.h.
 #include <cstring>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // ITU-T G.722.1 decoder stages before the inverse MLT (G.722.1 clause 4 and
 // Annex C; reference routines of the fixed-point reference's decoder.c):
 // envelope decoding (decode_envelope), the categorisation the encoder made

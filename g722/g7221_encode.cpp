@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.722.1 frame encoder export (G.722.1 clause 3 and Annex C, after
 // the MLT); the stages are in g7221_encoder.h.
 #include <cstring>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // ITU-T G.722.1 encoder stages after the MLT (G.722.1 clause 3.3 to 3.7 and
 // Annex C; reference routines of the fixed-point reference's encoder.c and
 // common.c): region power computation and differential Huffman coding

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.722.1 forward and inverse MLT exports (G.722.1 3.2, 4.3 and
 // Annex C); the transforms are in g7221_mlt.h.
 #include "common/args.h"

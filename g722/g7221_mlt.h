@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // ITU-T G.722.1 modulated lapped transform and its inverse (G.722.1 3.2,
 // 4.3 / 5.3.4 and Annex C for the 640-sample frame; reference routines
 // samples_to_rmlt_coefs, dct_type_iv_a, rmlt_coefs_to_samples and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.722.1 MLT tables (values of the G.722.1 fixed-point reference);
 // see g7221_tables.h.
 #include "g722/g7221_tables.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // ITU-T G.722.1 constant tables of the modulated lapped transform (G.722.1
 // clause 3.2 and 5.3.4 / Annex C): the analysis and synthesis windows for the
 // 320-sample (7 kHz) and 640-sample (14 kHz) frames, and the tables of the

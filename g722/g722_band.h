@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // ITU-T G.722 sub-band ADPCM stages (G.722 clause 6, block by block as the
 // reference functions of the ITU-T G.191 STL: QUANTL, QUANTH, INVQAL, INVQBL,
 // INVQAH, LOGSCL, LOGSCH, SCALEL, SCALEH, UPZERO, UPPOL1, UPPOL2, FILTEZ,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.722 sub-band ADPCM decoder (G.722 clauses 4 and 6; reference
 // g722_decode, lsbdec, hsbdec and qmf_rx of the ITU-T G.191 STL): 8-bit
 // code words through the lower (mode 1, 2 or 3 inverse quantiser) and

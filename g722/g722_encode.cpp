@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.722 sub-band ADPCM encoder (G.722 clauses 3 and 6; reference
 // g722_encode, lsbcod, hsbcod and qmf_tx of the ITU-T G.191 STL): 16 kHz
 // 16-bit PCM through the transmit QMF into the lower and higher sub-band

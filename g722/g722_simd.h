@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // SSSE3 forms of the G.722 QMF banks and the lower sub-band quantiser
 // decision (G.722 3.2, 4.4, 6.2.1.2), equal to the scalar forms of
 // g722_band.h for every input; tests run both on the same data.

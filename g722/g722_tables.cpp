@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.722 constant tables and the lookups derived from them; see
 // g722_tables.h for the formats.
 #include "g722/g722_tables.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // ITU-T G.722 constant tables (G.722 clause 6, Tables 6 to 14 and the QMF
 // coefficients of clause 3.2), and the per-code lookups the sub-band ADPCM
 // coders derive from them at compile time.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // ITU-T G.726 ADPCM, the stages shared by encoder and decoder (G.726 4.2.2
 // to 4.2.7): adaptive predictor and signal estimate (FMULT, ACCUM), scale
 // factor (MIX, FILTD, LIMB, FILTE), speed control (FILTA, FILTB, SUBTC,

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // ITU-T G.726 encoder and decoder sample loops (G.726 4.2.1 to 4.2.8):
 // SUBTA, LOG, SUBTB and QUAN in the encoder; the output PCM conversion
 // (COMPRESS, EXPAND) and synchronous coding adjustment (SYNC) in the

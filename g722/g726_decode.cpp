@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.726 ADPCM decoder at 16, 24, 32 and 40 kbit/s (G.726 4.2.2 to
 // 4.2.8, reference G726_decode of the ITU-T G.191 STL): one code per byte in,
 // the 14-bit reconstructed signal SR or, for a G.711 connection, the output

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.726 ADPCM encoder at 16, 24, 32 and 40 kbit/s (G.726 4.2.1 to
 // 4.2.7, reference G726_encode of the ITU-T G.191 STL): 14-bit linear input
 // SL, one code of 2 to 5 bits per sample.

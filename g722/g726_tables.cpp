@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.726 constant tables (Tables 1 to 4 and the tables of RECONST,
 // FUNCTW and FUNCTF), the G.711 expansion tables, and the lookup tables
 // derived from them at compile time. See g726_tables.h for the formats.

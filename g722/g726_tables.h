@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // ITU-T G.726 constant tables: quantiser decision levels, inverse-quantiser
 // outputs, scale-factor multipliers and speed-control weights for the four
 // rates (G.726 Tables 1 to 4, 4.2.2 QUAN, 4.2.3 RECONST, 4.2.4 FUNCTW,

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Private kernels of the G.729 fixed-codebook searches (ITU-T G.729 3.8,
 // Annex A A.3.8): the correlation matrix of the impulse response at the
 // pulse positions (Cor_h) and the backward-filtered target (Cor_h_X), in

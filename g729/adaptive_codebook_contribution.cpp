@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.729 3.8 (Coder_ld8k / Coder_ld8a): the target of the fixed-
 // codebook search, the pitch target minus the filtered adaptive vector
 // scaled by the pitch gain: xn2 = xn - extract_h(L_shl(L_mult(y1, g), 1)).

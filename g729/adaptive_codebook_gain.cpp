@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.729 3.7.3 and Annex A A.3.7.3, adaptive-codebook gain: the
 // adaptive vector filtered by the weighted synthesis filter's impulse
 // response (Convolve, h in Q12) and the gain <x,y>/<y,y> of G_pitch, in Q14,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.729 3.7 (Pitch_fr3, Norm_Corr, Interpol_3) and Annex D D.3.7
 // (Pitch_fr3D at 6.4 kbit/s): closed-loop fractional pitch search of one
 // subframe, followed by the adaptive vector's construction (Pred_lt_3).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.729 Annex A A.3.7, fast closed-loop pitch search (Pitch_fr3_fast):
 // the integer lag maximises the correlation of the backward-filtered target
 // (Cor_h_X) with the past excitation; the fractions 0, -1/3, +1/3 are then

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Annex B windowed autocorrelation (B.3.2, Annex B Autocorr with
 // NP = 12): 240-sample window hamwindow (Q15), lags 0..12 normalised in
 // double precision, exponent of r[0] returned.

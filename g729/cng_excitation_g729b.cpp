@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Annex B comfort-noise excitation (B.4.4, Calc_exc_rand with Gauss,
 // Random and its 14-step square root): per 40-sample subframe a random
 // adaptive vector (lag 40..103, fraction -1..1, gain below 0.5 in Q14), a

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Private kernels shared by the G.729 excitation, gain, synthesis and
 // post-filter stages (ITU-T G.729 3.8 - 4.2): the order-10 synthesis and
 // inverse filters (Syn_filt, Residu), bandwidth expansion (Weight_Az), the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.729 3.7.1 / 4.1.3, adaptive-codebook vector (Pred_lt_3): the past
 // excitation interpolated at the delay T0 + frac/3 with the 1/3-resolution
 // filter inter_3l (Q15). Excitation Q0; the buffer holds 154 past samples,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.729 Annex A/C float adaptive-codebook vector (pred_lt_3 of the
 // Annex C floating-point reference): the past excitation interpolated at
 // T0 + frac/3 with the float inter_3l filter, written in place at the

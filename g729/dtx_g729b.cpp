@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Annex B DTX at the encoder (B.4.1, Update_cng and the decision part
 // of Cod_cng): autocorrelation histories (high halves with exponents), the
 // residual energies of the last two frames, the SID energy quantisation,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 total excitation of a subframe (ITU-T G.729 4.1.6, the loop of
 // Decod_ld8k and Coder_ld8k): u = round(2 (gp v + gc c)) with the adaptive
 // vector v (Q0, in place), the fixed vector c (Q13), gp in Q14, gc in Q1.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.729 Annex A/C float closed-loop search: the update of the
 // filtered past excitation from one lag to the next (norm_corr of the
 // Annex C floating-point reference). With h the impulse response (pSrc) and

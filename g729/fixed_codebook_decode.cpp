@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 fixed-codebook vector (ITU-T G.729 4.1.4, Decod_ACELP): four signed
 // unit pulses (+8191 / -8192, Q13) on the tracks i*5, i*5+1, i*5+2 and
 // i*5+3+j of a 40-sample subframe, from the 13-bit position code and the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 main-body fixed-codebook search (ITU-T G.729 3.8, ACELP_Codebook
 // with Cor_h, Cor_h_X and D4i40_17): four nested pulse loops over the
 // tracks {0,5,..35}, {1,6,..36}, {2,7,..37}, {3,8,..38 / 4,9,..39}, the

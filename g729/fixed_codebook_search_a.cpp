@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Annex A fast fixed-codebook search (ITU-T G.729 Annex A A.3.8,
 // ACELP_Code_A with Cor_h, Cor_h_X and D4i40_17_fast): four pulses on the
 // tracks {0,5,..35}, {1,6,..36}, {2,7,..37}, {3,8,..38 / 4,9,..39}; the

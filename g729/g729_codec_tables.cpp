@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Constant tables of the G.729 excitation and gain stages: values of ITU-T
 // G.729 tab_ld8k.c (gain codebooks, index maps, predictor, pre-selection and
 // taming tables).

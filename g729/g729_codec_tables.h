@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Constant tables of the G.729 excitation and gain stages (ITU-T G.729
 // tab_ld8k.c, identical in Annex A tab_ld8a.c), under the reference's names.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Constant tables of the G.729 pitch stages: values of ITU-T G.729
 // tab_ld8k.c (inter_3, inter_3l, Q15) and of the float Annex C tab_ld8a.c
 // (inter_3l).

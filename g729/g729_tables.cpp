@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Constant tables of the ITU-T G.729 LP analysis and LSP quantiser
 // (G.729 tab_ld8k.c, Annex A tab_ld8a.c, Annex B tab_ld8k.c), values as the
 // standard gives them.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Constant tables of the ITU-T G.729 LP analysis and LSP quantisation
 // (names as in the standard's tab_ld8k.c / tab_ld8a.c), compiled once.
 #pragma once

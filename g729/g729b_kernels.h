@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Internal routines shared by the G.729 Annex B stages: the SID energy
 // quantiser (Qua_Sidgain) and the comfort-noise random generator (Random).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Constant tables of ITU-T G.729 Annex B (tab_dtx.c), values as the standard
 // gives them. noise_fg[1] is the standard's 0.6 fg[0] + 0.4 fg[1]
 // (extract_h(L_mult(fg[0], 19660) + L_mult(fg[1], 13107)), formed by the

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Constant tables of ITU-T G.729 Annex B (VAD, DTX and comfort noise; names
 // as in the standard's tab_dtx.c), compiled once.
 #pragma once

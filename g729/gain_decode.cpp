@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 gain decoding (ITU-T G.729 4.1.5, Dec_gain): the pitch gain (Q14)
 // and the fixed-codebook gain (Q1) from the 7-bit conjugate-structure index
 // (3 bits first stage, 4 bits second stage) and the MA predictor; on an

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 MA prediction of the fixed-codebook gain (ITU-T G.729 3.9.1,
 // Gain_predict and Gain_update): the predicted gain from the energy of the
 // innovation (Q13) and the four past quantised energies (Q10, newest

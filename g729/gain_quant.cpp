@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 pitch gain and gain quantisation (ITU-T G.729 3.7.3 G_pitch, 3.9
 // Qua_gain with Corr_xy2 and Gbk_presel, 3.9.1 Gain_update), identical in
 // Annex A: the conjugate-structure codebook (3 + 4 bits) searched over the

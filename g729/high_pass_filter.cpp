@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 input/output high-pass filter (G.729 3.1 Pre_Process, 4.2.5
 // Post_Process): second-order pole/zero filter, coefficients in Q12 (140 Hz
 // pre-filter) or Q13 (100 Hz post-filter), output memories in double

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 LSP interpolation for the first subframe (3.2.5, Int_qlpc): the
 // average of two Q15 vectors, each halved by an arithmetic shift.
 #include "common/args.h"

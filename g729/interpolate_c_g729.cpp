@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Weighted sum of two vectors, pDst = pSrc1 * val1 + pSrc2 * val2, as the
 // G.729 family uses it to blend parameter vectors (e.g. the LSP and gain
 // interpolations of ITU-T G.729 3.2.5 and Annex D/E), in 16-bit fixed point

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 pitch-delay code (ITU-T G.729 3.7.2 / 4.1.3): Dec_lag3, the 8-bit
 // absolute code of subframe 0 (1/3 resolution below 85, integer above) and
 // the 5-bit code of subframe 1 relative to the first subframe's lag; the

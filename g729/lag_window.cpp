@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 lag window (3.2.1, Lag_window; Annex B extends it to order 12): the
 // autocorrelation r[1..len] and the window are both in double precision
 // (hi << 16 + lo << 1), multiplied with Mpy_32.

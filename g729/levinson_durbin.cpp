@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Levinson-Durbin recursion in double precision (3.2.2, Levinson; the
 // residual energy output of Annex B), generalised to orders 1..30.
 // Autocorrelations Q31 (hi/lo), reflection coefficients Q31 -> Q15 output,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Levinson-Durbin recursion in single-precision floating point,
 // following the G.729 Annex C routine levinson (3.2.2), generalised to
 // orders 1..30: a[0] = 1, reflection coefficients and the prediction error,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 order-10 LP filters (ITU-T G.729 3.6, 4.1.6; filter.c, lpcfunc.c):
 // the synthesis filter 1/A(z) with the reference's overflow report
 // (Syn_filt and its Overflow flag), the inverse filter A(z) (Residu) and the

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Internal kernels of the G.729 LP analysis shared by the stages, the tests
 // and the benchmark. Each vectorised kernel has a plain scalar twin with the
 // same results.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 LP to LSP conversion (3.2.3, Az_lsp; Annex A A.3.2.3): roots of the
 // sum and difference polynomials F1, F2 by Chebyshev evaluation on a cosine
 // grid, bisection and linear interpolation. LP Q12 in, LSP Q15 out; the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 LP to LSP conversion in single-precision floating point, following
 // the G.729 Annex C routine az_lsp (base codec: 60 grid intervals, 4
 // bisections; Annex A: 50 intervals, 2 bisections). As in Annex C, after a

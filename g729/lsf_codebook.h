@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Internal routines of the G.729 LSF quantiser and decoder (3.2.4, 4.1.1:
 // lspgetq.c): codebook vector reconstruction, gap expansion, MA prediction
 // and its memory, stability. LSFs and codebook vectors Q13, MA coefficients

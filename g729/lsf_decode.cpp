@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 LSF decoder (4.1.1, Lsp_iqua_cs): good frames (Lsp_get_quant with
 // Lsp_stability) and erased frames (Lsp_prev_extract, Lsp_prev_update).
 // LSFs Q13, MA memory freq_prev 4 x 10 Q13, newest row first.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 LSF decoder in single-precision floating point, following the G.729
 // Annex C routines lsp_get_quant, lsp_expand_1_2, lsp_prev_compose,
 // lsp_prev_extract, lsp_prev_update and lsp_stability (4.1.1). LSFs in

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Internal LSF/LSP conversions of the G.729 quantiser (Lsf_lsp2, Lsp_lsf2).
 #pragma once
 

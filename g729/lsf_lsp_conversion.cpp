@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 conversions between LSFs and LSPs by table interpolation (3.2.4,
 // Lsf_lsp2, Lsp_lsf2, Lsp_lsf). LSP Q15 (cosines); LSF Q13 radians, or Q15
 // normalised frequency for the Lsp_lsf form.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 LSF quantiser (3.2.4, Lsp_qua_cs: Get_wegt, Relspwed, Lsp_get_quant)
 // and the LSP quantiser around it (Qua_lsp). Two-stage split VQ with
 // fourth-order MA prediction in two modes; LSFs Q13, weights normalised Q11,

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Codebook searches of the G.729 LSF quantiser (3.2.4, Lsp_pre_select,
 // Lsp_select_1, Lsp_select_2). Target and codebooks Q13, distances Q26.
 #pragma once

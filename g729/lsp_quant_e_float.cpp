@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Annex E forward LSP quantiser in single-precision floating point,
 // following the G.729 Annex C+ routines qua_lspe, get_wegt, relspwede,
 // lsp_pre_select, lsp_select_1/_2, lsp_get_tdist, lsp_last_select and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 LSP to LP conversion (3.2.6, Lsp_Az and Get_lsp_pol): the two
 // symmetric polynomials are expanded in Q24 (double precision products),
 // combined and rounded to Q12. LSP Q15 in, LP Q12 out.

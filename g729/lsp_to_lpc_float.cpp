@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 LSP to LP conversion in single-precision floating point, following
 // the G.729 Annex C routines lsp_az and get_lsp_pol (3.2.6): each
 // polynomial recursion uses the factor -2.0 times the LSP.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.729 3.4, open-loop pitch analysis (Pitch_ol, Lag_max): the lag of
 // the 80-sample weighted-speech frame that maximises the normalised
 // autocorrelation over three lag sections, lower sections favoured.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.729 Annex A/C float open-loop pitch analysis (pitch_ol_fast of
 // the Annex C floating-point reference): correlations on every second
 // sample, lags 20..39, 40..79 and the even lags 80..142 refined by +-1,

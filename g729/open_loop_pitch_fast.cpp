@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.729 Annex A A.3.4, fast open-loop pitch analysis (Pitch_ol_fast):
 // correlations on every second sample, lags 20..39, 40..79 and the even
 // lags 80..142 refined by +-1, then the favouring of sub-multiples.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Private kernels of the G.729 pitch stages (ITU-T G.729 3.7, 3.8): the
 // 1/3-sample interpolations (Interpol_3, Pred_lt_3), the Q12 convolution
 // (Convolve), the normalised correlation of the closed-loop search

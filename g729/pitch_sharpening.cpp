@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 pitch sharpening of the fixed-codebook vector (ITU-T G.729 3.8,
 // 4.1.4): c[i] += beta * c[i - T0] for i = T0..39, beta the previous
 // subframe's quantised pitch gain bounded to 0.2..0.8 (Q14, doubled to Q15

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // SSSE3 kernels of the G.729 pitch stages. They compute the reference's
 // saturating multiply-accumulate loops (L_mac chains) in 32-bit lanes, which
 // is exact whenever no partial sum of the chain can leave the 32-bit range;

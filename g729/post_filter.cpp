@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 main-body post-filter of one 40-sample subframe (ITU-T G.729 4.2,
 // pst.c): long-term filter on the residual of A(z/0.55) with a delay of
 // 1/8-sample resolution searched around the first subframe's decoded lag

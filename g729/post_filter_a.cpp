@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Annex A post-filter of one 40-sample subframe (ITU-T G.729 Annex A
 // A.4.2, postfilt.c): long-term filter on the residual of A(z/0.55) with an
 // integer delay searched around the decoded lag, tilt compensation from the

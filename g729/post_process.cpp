@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 post-processing (ITU-T G.729 4.2.5, Post_Process): the 100 Hz
 // second-order high-pass filter (coefficients Q13) with the output doubled
 // and rounded, on the state of zepsHighPassFilterInit_G729. The filter

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Annex B SID energy: quantisation at the encoder (B.4.2, Qua_Sidgain
 // and Quant_Energy), the comfort-noise gain at the decoder (B.5, the gain
 // part of Dec_cng) and the excitation energy the decoder saves for a lost

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Annex B SID LSF quantiser (B.4.2, lsfq_noise with Qnt_e,
 // New_ML_search_1 and New_ML_search_2) and decoder (B.5, sid_lsfq_decode).
 // LSFs Q13 radians, LSPs Q15, MA predictors noise_fg Q15 with the same

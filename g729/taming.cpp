@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 taming procedure (ITU-T G.729 3.9 / taming.c, identical in Annex
 // A): a running worst-case estimate of the excitation error in four zones
 // of 40 samples (32-bit values Q14, newest first, reset to 0x00004000 each

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Annex B voice activity detector (B.3, vad and MakeDec).
 // Energies in dB-like Q11 (full band and low band), spectral distortion
 // against the running mean LSFs (normalised LSFs, Q15), zero-crossing rate

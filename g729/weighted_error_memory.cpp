@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 memory of the weighting filter for the next subframe's target
 // (ITU-T G.729 3.10, the end of Coder_ld8k): the last 10 samples of the
 // weighted error x - gp y1 - gc y2, with gp y1 = extract_h(L_shl(L_mult(y1,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Annex A perceptual weighting denominator (ITU-T G.729 Annex A
 // A.3.3, Coder_ld8a): Ap1(z) = A(z/0.75) (1 - 0.7 z^-1) truncated to order
 // 10, Ap1[i] = sub(Ap[i], mult(Ap[i-1], 22938)), Ap1[0] = 4096; the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 adaptive perceptual weighting factors (ITU-T G.729 3.3, perc_var):
 // gamma1 and gamma2 of each subframe from the first two reflection
 // coefficients (as piecewise-linear log-area ratios, Q11, interpolated for

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Annex E hybrid-window autocorrelation of the backward-adaptive
 // order-30 LP analysis (E.3.1, autocorr_hyb_window, the G.728 recursive
 // window): 145 samples of past synthesis (Q0) windowed by hw (Q15, applied

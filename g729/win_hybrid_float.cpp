@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Annex E hybrid-window autocorrelation in single-precision floating
 // point, following the G.729 Annex C+ routine autocorr_hyb_window: 145
 // samples windowed by hw (applied in reverse), 31 lags, the recursive part

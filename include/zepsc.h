@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * zepsc.h - the public interface of the zepsc speech-coding primitives.
  *

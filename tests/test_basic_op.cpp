@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Saturation and rounding boundaries of the basic operators and the
 // table-driven functions, against values worked out from the ITU-T
 // definitions.

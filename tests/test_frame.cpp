@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Build selection and version records.
 #include <gtest/gtest.h>
 

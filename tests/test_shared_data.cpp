@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // What the shared reference data holds, apart from the replays (which serve
 // any file of the same format, a user's own recordings included): every
 // vector file parses, and the files the library was validated against hold

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Both processor builds of every export give the same bytes and statuses.
 #include <set>
 #include <string>

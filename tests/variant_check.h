@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Both processor builds must give bit-identical outputs, statuses and states.
 // Each export registers one check with ZEPS_VARIANT_CHECK(name); the check
 // draws seeded inputs (typical, extreme and invalid), calls zeps::u8::name

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/vec_reader.h"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Reader of the reference-vector files (.vec) recorded from the ITU-T and
 // 3GPP reference code: a list of cases, each a list of named arguments
 // (in, out, io) and the expected status.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Shared pieces of the zepsc command-line tool: audio files (libsndfile),
 // progress display, error reporting, and the subcommands, each added to the
 // CLI11 command line by its own file.

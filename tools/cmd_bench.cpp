@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsc bench: encoder and decoder time per frame of every codec the tool
 // runs, on the embedded demo clip, and the full-duplex channels (one encoder
 // plus one decoder each) one core sustains in real time. It runs the same

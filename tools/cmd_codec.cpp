@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsc <codec> encode|decode [options] IN OUT: one command a registered
 // codec (tools/codecs/), its options and --help generated from its CodecSpec.
 //

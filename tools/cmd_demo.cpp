@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsc demo: every family on the embedded speech clip, in one report.
 #include <CLI/CLI.hpp>
 

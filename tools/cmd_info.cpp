@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsc info: version record, processor build chosen, CPU features seen.
 #include <CLI/CLI.hpp>
 

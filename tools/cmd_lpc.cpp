@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsc lpc: the G.729 front end per 10 ms frame.
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsc subband: sub-band analysis/synthesis round trip.
 #include <CLI/CLI.hpp>
 

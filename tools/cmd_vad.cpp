@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsc vad: per-frame GSM-AMR VAD decisions and DTX frame types.
 #include <CLI/CLI.hpp>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Codec registry and the frame loops shared by the codec commands, the
 // tests and `zepsc bench`.
 #include "tools/codec.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // What a codec command of the zepsc tool is made of.
 //
 // Every whole codec the tool runs (`zepsc <codec> encode|decode [options] IN OUT`)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The demo's speech clip: 1.5 s of 8 kHz speech in noise (0.4 s of noise, then
 // a male voice), cut from the project's synthetic speech corpus (espeak-ng
 // Harvard sentences with pink noise). Raw 16-bit PCM.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Speech clip embedded in the command-line tool for its demo.
 #pragma once
 

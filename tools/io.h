@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // File input and output of the zepsc tool: PCM (WAV through libsndfile, or
 // raw 16-bit little-endian), bitstreams, and output files that appear only
 // when complete.

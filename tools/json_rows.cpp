@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/json_rows.h"
 
 namespace zepsc_cli {

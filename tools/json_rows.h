@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // JSON output of the zepsc tool (nlohmann-json): an array of records, one
 // record a line, written as it is produced so a long input never has to be
 // held whole:

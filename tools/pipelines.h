@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Processing chains of the command-line tool, built from the library's public
 // stages in each standard's order. Shared by the subcommands and the demo.
 #pragma once

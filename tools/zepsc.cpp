@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsc: the library's command-line tool, a client of the public API only.
 // The command line is CLI11's; every failure ends as one line on stderr and
 // a non-zero exit status (1 for a bad input or option, 2 for an unknown

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * zepsc/alc.h - Automatic level control stages (G.169).
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * zepsc/amr.h - GSM-AMR and GSM full-rate stages.
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * zepsc/amrwb.h - AMR-WB and AMR-WB+ stages.
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * zepsc/common.h - Common speech-processing primitives shared by the codec families.
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * zepsc/ec.h - Echo-cancellation toolkit: sub-band filter bank, adaptive filters, controllers, tone detection, noise filter.
  *

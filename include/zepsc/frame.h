@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * zepsc/frame.h - Library frame: data types, status codes, rate codes and the version query.
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * zepsc/g722.h - G.722, G.722.1 and G.726 stages.
  *

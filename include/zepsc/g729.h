@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /*
  * zepsc/g729.h - G.729 family (G.729 and Annexes A, B, D, E, I): 16-bit fixed point and float stages.
  *

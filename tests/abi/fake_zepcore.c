@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /* Test double of the core library: same soname, reports the feature mask
  * given in the environment variable ZEPCORE_TEST_MASK (hexadecimal). */
 #include <stdint.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /* Compiled as C99, C11 and C++ by the header tests: the public headers must
  * stand alone in every mode. */
 #include "zepsc.h"

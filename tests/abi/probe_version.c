@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 /* Loads libzepsc.so through the dynamic loader and prints the version record
  * of the build it chose: "<targetCpu>|<name>|<version>|<buildDate>". */
 #include <stdio.h>

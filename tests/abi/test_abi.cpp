@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The built libzepsc.so as a dynamic library: exported names, forwarding
 // entries, and the build chosen at load for each processor feature mask.
 #include <gtest/gtest.h>

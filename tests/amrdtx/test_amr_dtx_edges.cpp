@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR DTX exports: boundary behaviour of the 3GPP TS 26.073 routines,
 // argument checks (null pointers in order, rate code, nothing written on
 // error) and equality of both processor builds.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Replays of the GSM-AMR DTX reference vectors (3GPP TS 26.073 dtx_buffer,
 // tx_dtx_handler, dtx_dec_activity_update, dtx_enc with Q_plsf_3 in MRDTX)
 // on both processor builds: every output element and the status must match.

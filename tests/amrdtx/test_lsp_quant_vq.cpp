@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The LSP quantisers' codebook searches: the SSSE3 scores, the plain scalar
 // scores and the reference's operators (mult, sub/add, saturating L_mac)
 // must choose the same row for every codebook and search shape, including

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Peer check of the GSM-AMR DTX stages against an implementation nobody here
 // wrote: Debian's opencore-amrnb encoder with DTX on (3GPP TS 26.073 lineage).
 //

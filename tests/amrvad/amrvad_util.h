@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Shared helpers of the GSM-AMR VAD tests: both builds as a table, and the
 // reference state dumps of the stream vectors.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The VAD option 2 FFT forms the reference's saturating operator chains
 // directly (and four butterflies at a time with SSSE3); here the r_fft.c
 // chains, written with the basic operators, are run on extreme inputs that

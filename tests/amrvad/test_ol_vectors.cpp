@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR open-loop pitch searches against the 3GPP reference's pre_big +
 // ol_ltp intermediates, for all rates, with and without the VAD hooks.
 #include <gtest/gtest.h>

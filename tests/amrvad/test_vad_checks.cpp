@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR VAD family: edge cases, argument checks (null order, rate codes,
 // nothing written on error) and the both-builds checks.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR VAD options 1 and 2 and the VAD option 2 FFT against the 3GPP
 // reference streams: every flag and every state word after every frame.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/codecs/codec_replay.h"
 
 #include <gtest/gtest.h>

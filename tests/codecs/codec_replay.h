@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Helpers of the whole-codec replays: where the shared data is, reading
 // files, and byte comparisons that name the first differing frame.
 #pragma once

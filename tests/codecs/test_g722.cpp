@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.722 whole-codec replays through the public library: every shared speech
 // stream (encoder, decoder modes 1 and 3), the ITU-T G.722 Appendix II full
 // codec sequences (inpsp / codspw / outsp1..3) and the Appendix II sub-band

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.722.1 whole-codec replays through the public library: every shared
 // speech stream (7 kHz at 24 and 32 kbit/s, Annex C at 24, 32 and 48
 // kbit/s; encoder and decoder) and the ITU conformance sequences in both

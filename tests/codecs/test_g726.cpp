@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.726 through the tool's codec (tools/codecs/g726.cpp): the ITU-T G.726
 // digital test sequences (reset versions) replayed through encode_all and
 // decode_all in the codec's "itu" format (one code a 16-bit word), then the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 whole-codec replays through the public library: every shared
 // stream of the main body and of Annex A (six speech files and the
 // erased-frame stream) and the ITU-T conformance sequences of both, decoder

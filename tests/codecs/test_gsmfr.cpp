@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM full rate through `zepsc gsmfr`: every shared stream (encoder against
 // the .gsm and .cod bitstreams, decoder against the decoded speech) and the
 // ETSI GSM 06.10 test sequences, byte for byte; corrupt bitstreams give a

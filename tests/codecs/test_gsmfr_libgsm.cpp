@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM full rate against libgsm, the independent GSM 06.10 implementation,
 // both ways: the encoder on the shared speech and on synthetic signals that
 // drive every stage to its limits (full-scale squares, noise, chirps, DC,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Common primitives used by the G.729 stages: dot product with L_mac
 // doubling and clamping, energy-normalised autocorrelation, and the
 // truncating two-vector weighted sum. Checks, saturation boundaries, both builds.

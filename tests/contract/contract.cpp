@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Contract machinery: the export registry built from the export list, call
 // materialisation from a row, the status oracle and the generic checks.
 #include "tests/contract/contract.h"

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Declarative calling contracts of the exports, and the machinery that
 // checks them (contract test, fuzz driver, thread test).
 //

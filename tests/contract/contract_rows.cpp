@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The library's contract table: one file of rows a family in rows/, gathered
 // by the build into contract_rows_list.inc (a family adds its file; no list
 // is edited by hand).

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Contract coverage switch. Every family's rows live in rows/<family>.inc;
 // the build gathers all of them. A row whose export is missing or whose
 // arguments disagree with the declaration fails

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Small model exports that exercise every feature of the contract table
 // (in-place buffer, size query, fixed-size state with init then process, a
 // documented no-op exception, a check on buffer contents), and three faulty

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The contract table, checked: every row's null pointers, out-of-range values,
 // check order and "nothing written on error", on both processor builds; every
 // export has a row; the checks catch the faults they are meant to catch.

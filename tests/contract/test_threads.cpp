@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Re-entrancy: eight threads run every contract row at once, each on its own
 // buffers and states (stateful rows: initialiser, then a sequence of calls
 // on one state), and must give exactly the single-threaded results. Run in

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Test access to the internal real FFT and the filter-bank kernels of both
 // processor builds (zeps::u8::..., zeps::n8::...).
 #pragma once

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Helpers for the sub-band filter-bank tests: caller blocks at deliberately
 // unaligned addresses, a double-precision model of the bank evaluated
 // directly (O(N^2) DFT), and a state comparison that allows for the

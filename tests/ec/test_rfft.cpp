@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The internal real FFT against a direct DFT in double precision, orders
 // 1..10, both precisions and both builds.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Echo-canceller sub-band filter bank: sizes, failure orders, the built-in
 // windows, the 16-bit fold, agreement with a direct double-precision model,
 // the analysis -> synthesis round trip and the reversed synthesis window.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Both processor builds of the sub-band filter bank give identical statuses,
 // outputs and states (states compared with their self-pointers rebased).
 #include <deque>

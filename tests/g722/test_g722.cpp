@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.722 coder behaviour beyond the reference streams: the vector QMF,
 // quantiser and zero sections against their scalar forms, results
 // independent of block cutting, the decoder's range check on code words leaving state

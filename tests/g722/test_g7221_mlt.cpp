@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.722.1 MLT and inverse MLT (7 kHz 320-point and 14 kHz 640-point frames)
 // against the fixed-point reference: a 64-bit FNV-1a digest of every
 // mag_shift, coefficient and resynthesised sample over shared speech (the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.722.1 encoder and decoder stages chained as the reference codec chains
 // them, against the reference bitstreams and outputs in shared/codecs/g7221
 // (7 kHz at 24 and 32 kbit/s with the ITU conformance sequences, Annex C at

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Helpers of the G.726 tests: state blocks and calls through either build.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.726 coder behaviour beyond the reference streams: block cutting, code
 // bits above the width, state blocks of any content, both builds agreeing,
 // and the codes of an independent implementation (spandsp).

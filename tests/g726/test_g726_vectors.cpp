@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.726 encoder and decoder against the ITU-T G.191 STL reference: the
 // recorded streams (.vec) and the ITU-T G.726 digital test sequences, both
 // builds, every output element and status.

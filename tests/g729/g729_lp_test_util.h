@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Helpers of the G.729 LP tests: replay of a .vec file through both builds.
 #pragma once
 

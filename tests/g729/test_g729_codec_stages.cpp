@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 codec stages: round trips between the encoder and decoder members
 // (pitch-delay codes, fixed-codebook codes, gain indices), the synthesis
 // filter's overflow report, and both-builds equality of every export of

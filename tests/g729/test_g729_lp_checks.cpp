@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 LP analysis and LSP quantisation: edge cases of the stages and
 // both-builds equality of every export (the argument checks of every export
 // are in the contract table).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 float members against values computed with the ITU-T G.729 Annex C
 // floating-point routines (levinson, az_lsp of the base codec and of Annex A,
 // lsp_az, lsp_get_quant, lsp_prev_extract/update), built in single precision

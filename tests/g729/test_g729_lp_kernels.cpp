@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The SSSE3 kernels of the G.729 LP stages against their scalar twins, on
 // speech-like and extreme inputs (both builds).
 #include <gtest/gtest.h>

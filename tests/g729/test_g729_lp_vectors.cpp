@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Bit-exact replay of the G.729 LP analysis and LSP quantisation reference
 // vectors (ITU-T G.729 / Annex A / Annex B fixed-point routines) on both builds.
 #include <cstdint>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Helpers of the G.729 Annex B tests: both builds' exports side by side,
 // raw 16-bit recordings and ITU serial bitstreams.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 Annex B stages: boundary cases the replays do not reach (LSF
 // clamping statuses, the ends of the SID energy scale, zero gain, saturated
 // energy, the VAD's start-up rule), the state protocol, and the both-builds

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Bit-exact replays of the G.729 Annex B stages on both builds.
 //
 // Encoder: the front end of the reference encoder (pre-processing, Annex B

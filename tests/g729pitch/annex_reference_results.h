@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Results of the ITU-T reference routines on the inputs of the shared G.729
 // vector files, for the members that have no vector file of their own.
 // Values only; computed outside this project with the ITU-T G.729 Release 2

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.729 pitch stages: search range and fraction edges, the Annex D second-subframe rule against the
 // Annex D reference, the float members against the Annex C reference and
 // the fixed-point routines, and saturation boundaries.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The vectorised G.729 pitch kernels against their plain reference loops,
 // on inputs chosen to sit on both sides of the energy bounds that select
 // the vector path (full-scale excitation, -32768 runs, tiny signals).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Both processor builds of every G.729 pitch-stage export give identical
 // statuses and bytes on typical, extreme and invalid inputs.
 #include "tests/variant_check.h"

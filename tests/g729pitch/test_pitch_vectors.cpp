@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Bit-exact replay of the G.729 pitch-stage reference vectors on both
 // processor builds: every output element and the status, with outputs that
 // must stay untouched pre-filled as recorded and the others canary-filled.

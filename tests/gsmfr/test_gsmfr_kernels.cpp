@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The SSSE3 forms of the GSM full-rate short-term lattices and
 // de-emphasis against their scalar baselines, bit for bit, on coefficient
 // sets and signals from quiet to full scale (rp over its whole range

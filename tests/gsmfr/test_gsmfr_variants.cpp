@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM full-rate stages: both processor builds give the same outputs, states
 // and statuses, over a few frames of loud, quiet and extreme input and
 // out-of-range codes.

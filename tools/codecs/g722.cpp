@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The G.722 codec of the zepsc tool (ITU-T G.722 at 64, 56 and 48 kbit/s),
 // from the public exports alone: 16 kHz 16-bit PCM in and out, one byte per
 // 8-bit code word in the bitstream (the ITU-T test sequences' code in the

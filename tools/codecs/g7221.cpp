@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The G.722.1 codec of the zepsc tool (ITU-T G.722.1 at 24 and 32 kbit/s,
 // 16 kHz; Annex C at 24, 32 and 48 kbit/s, 32 kHz), from the public exports
 // alone. Bitstreams as the reference programs write them: "pak" = the

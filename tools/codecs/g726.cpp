@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // G.726 ADPCM (ITU-T G.726) for `zepsc g726 encode|decode`, from the public
 // exports zepsEncode_G726_16s8u / zepsDecode_G726_8u16s.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The G.729 codec of the zepsc tool (ITU-T G.729 main body and Annex A,
 // 8 kbit/s), assembled from the public exports alone: the encoder and
 // decoder of the ITU-T reference, stage by stage, in its order.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM full rate (ETSI GSM 06.10, 13 kbit/s RPE-LTP), assembled from the
 // library's GSMFR stages: `zepsc gsmfr encode|decode IN OUT`.
 //

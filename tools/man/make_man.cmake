@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # Writes the zepsc(1) manual page from the tool's own help text, so the page
 # never drifts from the program: `zepsc --help`, then `--help` of every
 # command and of every command's subcommands, each as a section.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Test helper: wraps raw 16-bit PCM in a WAV file with a chosen sample rate
 // and channel count (used to feed the tool the shared speech corpus and to
 // make deliberately wrong inputs).

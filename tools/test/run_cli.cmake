@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # Runs one command of the zepsc tool and checks its exit status and output.
 #   -DCMD=<command|args>   the command, words separated by |
 #   -DRC=<n>               expected exit status (default 0)
