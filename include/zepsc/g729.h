@@ -941,6 +941,19 @@ ZEPSAPI ZepStatus zepsPostFilterInit_G729A_16s(Zep8u* pState);
 ZEPSAPI ZepStatus zepsPostFilter_G729A_16s(Zep16s lag, const Zep16s* pLPC, Zep16s* pSrcDst, Zep8u* pState);
 
 /**
+ * Annex A post-filter of one subframe of a comfort-noise frame (ITU-T G.729
+ * Annex B with Annex A: Post_Filter with a frame type other than speech):
+ * zepsPostFilter_G729A_16s without the long-term (pitch) post-filter, the
+ * residual of A(z/0.55) going straight to the tilt compensation; every
+ * memory is updated as on speech frames.
+ * @param pLPC    the subframe's decoded A(z), 11 values, Q12
+ * @param pSrcDst the subframe's synthesis in, post-filtered speech out, 40 samples
+ * @param pState  the state of zepsPostFilter_G729A_16s
+ * @return zepStsNullPtrErr for a null pointer (argument order); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilterInactive_G729A_16s(const Zep16s* pLPC, Zep16s* pSrcDst, Zep8u* pState);
+
+/**
  * Size of the main-body post-filter state: writes 348.
  * @return zepStsNullPtrErr if pSize is null, else zepStsNoErr.
  */
@@ -979,6 +992,20 @@ ZEPSAPI ZepStatus zepsPostFilterInit_G729_16s(Zep8u* pState);
  */
 ZEPSAPI ZepStatus zepsPostFilter_G729_16s(Zep16s lag, const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst,
                                           Zep16s* pVoicing, Zep8u* pState);
+
+/**
+ * Main-body post-filter of one subframe of a comfort-noise frame (ITU-T
+ * G.729 Annex B: Post with a frame type other than speech):
+ * zepsPostFilter_G729_16s without the long-term post-filter (the voicing
+ * decision is then 0), every memory updated as on speech frames.
+ * @param pLPC    the subframe's decoded A(z), 11 values, Q12
+ * @param pSrc    the subframe's synthesis, 40 samples
+ * @param pDst    post-filtered speech, 40 samples; may equal pSrc
+ * @param pState  the state of zepsPostFilter_G729_16s
+ * @return zepStsNullPtrErr for a null pointer (argument order); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilterInactive_G729_16s(const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst,
+                                                  Zep8u* pState);
 
 /**
  * Output high-pass of the decoder (ITU-T G.729 4.2.5, Post_Process), bit for

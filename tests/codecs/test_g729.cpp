@@ -1,7 +1,7 @@
 // G.729 whole-codec replays through the public library: every shared
-// stream of the main body and of Annex A (six speech files and the
-// erased-frame stream) and the ITU-T conformance sequences of both, decoder
-// .bit -> .pst, byte for byte.
+// stream of the main body and of Annex A, each also with Annex B (six speech
+// files and the erased-frame stream), and the ITU-T conformance sequences of
+// all four, encoder input -> .bit and decoder .bit -> .pst / .out, byte for byte.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -49,7 +49,26 @@ struct Folder {
     int streams;        // .bit files with a decoded output expected there
 };
 
-/// Every .bit of the folder decodes to its .pst.
+/// The decoded output of stem: <stem>.pst, or <stem>.out / <stem>a.out as
+/// the Annex B sequences name theirs; "" if none.
+std::string find_output(const std::string& dir, const std::string& stem) {
+    for (const char* name : {".pst", ".out", "a.out"})
+        if (std::string f = find_file(dir, stem, name); !f.empty()) return f;
+    return "";
+}
+
+/// The encoder input of stem: speech/<stem>.s16 for a codec stream;
+/// <stem>.IN, or <stem>.bin (its final "a" dropped on Annex A) for a
+/// conformance sequence; "" if none.
+std::string find_input(const std::string& dir, const std::string& stem, bool conformance) {
+    if (!conformance) return zeps::codec_test::shared_dir() + "/speech/" + stem + ".s16";
+    for (const char* ext : {".in", ".bin"})
+        if (std::string f = find_file(dir, stem, ext); !f.empty()) return f;
+    if (stem.size() > 1 && stem.back() == 'a') return find_file(dir, stem.substr(0, stem.size() - 1), ".bin");
+    return "";
+}
+
+/// Every .bit of the folder decodes to its output.
 void replay_decoder(const Folder& f) {
     const auto& codec = zeps::codec_test::codec("g729");
     const std::string dir = root() + "/" + f.path;
@@ -57,7 +76,7 @@ void replay_decoder(const Folder& f) {
     for (const auto& e : fs::directory_iterator(dir)) {
         if (lower(e.path().extension().string()) != ".bit") continue;
         const std::string stem = e.path().stem().string();
-        const std::string pst = find_file(dir, stem, ".pst");
+        const std::string pst = find_output(dir, stem);
         ASSERT_FALSE(pst.empty()) << "no output for " << e.path();
         const auto bits = read_bytes(e.path().string());
         const auto out = zepsc_cli::decode_all(codec, annex(f.annex), "bit", bits.data(), bits.size());
@@ -77,8 +96,7 @@ void replay_encoder(const Folder& f, int expected) {
     for (const auto& e : fs::directory_iterator(dir)) {
         if (lower(e.path().extension().string()) != ".bit") continue;
         const std::string stem = e.path().stem().string();
-        const std::string in = conformance ? find_file(dir, stem, ".in")
-                                           : zeps::codec_test::shared_dir() + "/speech/" + stem + ".s16";
+        const std::string in = find_input(dir, stem, conformance);
         if (in.empty() || !fs::exists(in)) continue;  // decoder-only sequences, erased streams
         const auto pcm = read_pcm(in);
         const auto bits = zepsc_cli::encode_all(codec, annex(f.annex), "bit", pcm.data(), pcm.size());
@@ -93,6 +111,10 @@ const Folder kFolders[] = {
     {"conformance/g729a", "A", 10},
     {"g729", "0", 7},
     {"conformance/g729", "0", 9},
+    {"g729b", "B", 7},
+    {"conformance/g729b", "B", 6},
+    {"g729ab", "AB", 7},
+    {"conformance/g729ab", "AB", 6},
 };
 
 TEST(G729Replay, DecoderStreamsAndConformance) {
@@ -107,6 +129,16 @@ TEST(G729Replay, AnnexAEncoder) {
 TEST(G729Replay, MainBodyEncoder) {
     replay_encoder(kFolders[2], 6);
     replay_encoder(kFolders[3], 6);
+}
+
+TEST(G729Replay, AnnexBEncoder) {
+    replay_encoder(kFolders[4], 6);
+    replay_encoder(kFolders[5], 4);
+}
+
+TEST(G729Replay, AnnexABEncoder) {
+    replay_encoder(kFolders[6], 6);
+    replay_encoder(kFolders[7], 4);
 }
 
 /// The 80 bits of each serial frame, packed MSB first: the RTP payloads.
