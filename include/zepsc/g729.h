@@ -1046,7 +1046,9 @@ ZEPSAPI ZepStatus zepsPostProcess_G729_16s_I(Zep16s* pSrcDst, int len, Zep8u* pS
  *  on a SID frame zepsLSFDecode_G729B_16s and zepsLSFToLSP_G729_16s into lspSid
  *  (kept by the caller; start value 31441, 27566, 21458, 13612, 4663, -4663,
  *  -13612, -21458, -27566, -31441), zepsCNGExcitation_G729B_16s with pitch null;
- *  the seed returns to 11111 on speech frames; after every good frame
+ *  the seed returns to 11111 on speech frames; such frames are post-filtered
+ *  without the long-term part (zepsPostFilterInactive_G729_16s, Annex A
+ *  zepsPostFilterInactive_G729A_16s); after every good frame
  *  zepsFrameEnergy_G729B_16s saves the excitation energy used when a first SID
  *  frame is lost. docs/g729b.md shows both sequences in full.
  *  @{ */

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstddef>
 #include <filesystem>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -121,6 +123,13 @@ TEST(G729Replay, DecoderStreamsAndConformance) {
     for (const Folder& f : kFolders) replay_decoder(f);
 }
 
+// The Annex B decoders decode plain streams as the plain decoders do.
+TEST(G729Replay, AnnexBDecodersOnPlainStreams) {
+    const Folder plain[] = {
+        {"g729", "B", 7}, {"conformance/g729", "B", 9}, {"g729a", "AB", 7}, {"conformance/g729a", "AB", 10}};
+    for (const Folder& f : plain) replay_decoder(f);
+}
+
 TEST(G729Replay, AnnexAEncoder) {
     replay_encoder(kFolders[0], 6);
     replay_encoder(kFolders[1], 7);
@@ -171,9 +180,10 @@ TEST(G729Replay, RtpPayloadFormat) {
 
 /// Runs the decoder on bytes that may be corrupt: it either decodes or
 /// throws CodecError, and writes 80 samples a decoded frame.
-void decode_corrupt(const std::vector<std::uint8_t>& bits, const std::string& format, bool must_throw) {
+void decode_corrupt(const std::vector<std::uint8_t>& bits, const std::string& format, bool must_throw,
+                    std::initializer_list<const char*> annexes = {"0", "A"}) {
     const auto& codec = zeps::codec_test::codec("g729");
-    for (const char* a : {"0", "A"}) {
+    for (const char* a : annexes) {
         try {
             const auto out = zepsc_cli::decode_all(codec, annex(a), format, bits.data(), bits.size());
             EXPECT_FALSE(must_throw) << format << " " << bits.size() << " bytes";
@@ -210,6 +220,70 @@ TEST(G729Replay, CorruptBitstreams) {
     auto sid = head;
     sid[kFrameBytes + 2] = 16;  // a SID frame needs Annex B
     decode_corrupt(sid, "bit", true);
+}
+
+/// The byte offsets of the frames of a serial stream (sizes 80, 16 or 0).
+std::vector<std::size_t> frame_offsets(const std::vector<std::uint8_t>& bits) {
+    std::vector<std::size_t> at;
+    for (std::size_t p = 0; p + 4 <= bits.size(); p += 4 + 2 * std::size_t{bits[p + 2]}) at.push_back(p);
+    return at;
+}
+
+TEST(G729Replay, CorruptAnnexBBitstreams) {
+    const auto good = read_bytes(root() + "/g729b/male.bit");
+    const auto at = frame_offsets(good);
+    ASSERT_GE(at.size(), 60u);
+    const std::vector<std::uint8_t> head(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(at[60]));
+    std::uint32_t seed = 7;
+    auto next = [&] { return seed = seed * 1664525u + 1013904223u; };
+    // Bit words of any value, SYNC words changed (erasing untransmitted
+    // frames): decoded by both Annex B decoders.
+    for (int rep = 0; rep < 20; ++rep) {
+        auto bits = head;
+        for (std::size_t f = 0; f < 60; ++f) {
+            const std::size_t size = bits[at[f] + 2];
+            if (next() % 4 == 0) bits[at[f]] = static_cast<std::uint8_t>(next());
+            for (std::size_t k = 0; size != 0 && k < 3; ++k) {
+                const std::size_t w = at[f] + 4 + 2 * (next() % size);
+                bits[w] = static_cast<std::uint8_t>(next() % 2 ? 0 : next());
+                bits[w + 1] = static_cast<std::uint8_t>(next() % 3 == 0 ? next() : 0);
+            }
+        }
+        decode_corrupt(bits, "bit", false, {"B", "AB"});
+    }
+    // Sizes other than 80, 16 and 0, and a truncated SID frame, are refused.
+    for (std::uint8_t size : {1, 15, 17, 79, 81}) {
+        auto bits = head;
+        bits[at[0] + 2] = size;
+        decode_corrupt(bits, "bit", true, {"B", "AB"});
+    }
+    ASSERT_EQ(head[at[0] + 2], 16);  // male starts with a SID frame
+    decode_corrupt(std::vector<std::uint8_t>(head.begin(), head.begin() + 20), "bit", true, {"B", "AB"});
+}
+
+TEST(G729Replay, AnnexBOptions) {
+    const auto& codec = zeps::codec_test::codec("g729");
+    struct Case {
+        const char* annex;
+        bool dtx;
+        const char* format;
+        bool accepted;
+    };
+    const Case cases[] = {{"B", true, "bit", true},   {"AB", false, "bit", true}, {"0", true, "bit", false},
+                          {"A", true, "bit", false},  {"B", false, "g729", false}, {"AB", true, "g729", false}};
+    const std::vector<std::int16_t> pcm(800, 0);
+    for (const Case& c : cases) {
+        auto o = annex(c.annex);
+        if (c.dtx) o.values["dtx"] = "";
+        bool ok = true;
+        try {
+            const auto bits = zepsc_cli::encode_all(codec, o, c.format, pcm.data(), pcm.size());
+            zepsc_cli::decode_all(codec, o, c.format, bits.data(), bits.size());
+        } catch (const zepsc_cli::CodecError&) {
+            ok = false;
+        }
+        EXPECT_EQ(ok, c.accepted) << c.annex << (c.dtx ? " --dtx " : " ") << c.format;
+    }
 }
 
 }  // namespace
