@@ -383,10 +383,12 @@ ZepStatus zepsPostFilterInit_G729_16s(Zep8u* pState) {
     return zepStsNoErr;
 }
 
-ZepStatus zepsPostFilter_G729_16s(Zep16s lag, const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst,
-                                  Zep16s* pVoicing, Zep8u* pState) {
-    if (any_null(pLPC, pSrc, pDst, pVoicing, pState)) return zepStsNullPtrErr;
-    if (!in_range<Word16>(lag, 18, 143)) return zepStsRangeErr;
+namespace {
+
+/// Post of one subframe; harmonic false skips pst_ltp (G.729 Annex B: SID
+/// and untransmitted frames), the residual passing through unchanged.
+void post_subframe(Word16 lag, bool harmonic, const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst,
+                   Zep16s* pVoicing, Zep8u* pState) {
     PostFilterState st;
     std::memcpy(&st, pState, sizeof st);
 
@@ -403,7 +405,10 @@ ZepStatus zepsPostFilter_G729_16s(Zep16s lag, const Zep16s* pLPC, const Zep16s* 
 
     Word16 sig_ltp[kSubfrP1];
     Word16 vo = 0;
-    pst_ltp(lag, res2 + kMemRes2, sig_ltp + 1, vo);
+    if (harmonic)
+        pst_ltp(lag, res2 + kMemRes2, sig_ltp + 1, vo);
+    else
+        std::memcpy(sig_ltp + 1, res2 + kMemRes2, kSubfr * sizeof(Word16));
     sig_ltp[0] = st.mem_stp[kOrder - 1];
     const Word16 parcor0 = calc_st_filt(apond2, apond1, sig_ltp + 1);
     syn_filt(apond1, sig_ltp + 1, sig_ltp + 1, kSubfr, st.mem_stp);
@@ -415,8 +420,23 @@ ZepStatus zepsPostFilter_G729_16s(Zep16s lag, const Zep16s* pLPC, const Zep16s* 
     std::memcpy(st.res2, res2 + kSubfr, sizeof st.res2);
     std::memcpy(st.syn, syn + kSubfr, sizeof st.syn);
     std::memcpy(pDst, out, sizeof out);
-    *pVoicing = vo;
+    if (pVoicing != nullptr) *pVoicing = vo;
     std::memcpy(pState, &st, sizeof st);
+}
+
+}  // namespace
+
+ZepStatus zepsPostFilter_G729_16s(Zep16s lag, const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst,
+                                  Zep16s* pVoicing, Zep8u* pState) {
+    if (any_null(pLPC, pSrc, pDst, pVoicing, pState)) return zepStsNullPtrErr;
+    if (!in_range<Word16>(lag, 18, 143)) return zepStsRangeErr;
+    post_subframe(lag, true, pLPC, pSrc, pDst, pVoicing, pState);
+    return zepStsNoErr;
+}
+
+ZepStatus zepsPostFilterInactive_G729_16s(const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst, Zep8u* pState) {
+    if (any_null(pLPC, pSrc, pDst, pState)) return zepStsNullPtrErr;
+    post_subframe(0, false, pLPC, pSrc, pDst, nullptr, pState);
     return zepStsNoErr;
 }
 

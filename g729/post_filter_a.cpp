@@ -175,9 +175,11 @@ ZepStatus zepsPostFilterInit_G729A_16s(Zep8u* pState) {
     return zepStsNoErr;
 }
 
-ZepStatus zepsPostFilter_G729A_16s(Zep16s lag, const Zep16s* pLPC, Zep16s* pSrcDst, Zep8u* pState) {
-    if (any_null(pLPC, pSrcDst, pState)) return zepStsNullPtrErr;
-    if (!in_range<Word16>(lag, 18, 145)) return zepStsRangeErr;
+namespace {
+
+/// Post_Filter of one subframe; harmonic false skips pit_pst_filt (G.729
+/// Annex B: SID and untransmitted frames), the residual passing through.
+void post_subframe_a(Word16 lag, bool harmonic, const Zep16s* pLPC, Zep16s* pSrcDst, Zep8u* pState) {
     PostFilterAState st;
     std::memcpy(&st, pState, sizeof st);
 
@@ -201,7 +203,10 @@ ZepStatus zepsPostFilter_G729A_16s(Zep16s lag, const Zep16s* pLPC, Zep16s* pSrcD
     for (int j = 0; j < kSubfr; ++j) scal[kPitMax + j] = shr(res2[kPitMax + j], 2);
 
     Word16 res2_pst[kSubfr];
-    pitch_postfilter(res2 + kPitMax, scal + kPitMax, t0_min, t0_max, res2_pst);
+    if (harmonic)
+        pitch_postfilter(res2 + kPitMax, scal + kPitMax, t0_min, t0_max, res2_pst);
+    else
+        std::memcpy(res2_pst, res2 + kPitMax, sizeof res2_pst);
     preemphasis(res2_pst, tilt_factor(ap3, ap4), st.mem_pre);
     Word16 out[kSubfr];
     syn_filt(ap4, res2_pst, out, kSubfr, st.mem_syn_pst);
@@ -213,6 +218,20 @@ ZepStatus zepsPostFilter_G729A_16s(Zep16s lag, const Zep16s* pLPC, Zep16s* pSrcD
     std::memcpy(st.syn, syn + kSubfr, sizeof st.syn);
     std::memcpy(pSrcDst, out, sizeof out);
     std::memcpy(pState, &st, sizeof st);
+}
+
+}  // namespace
+
+ZepStatus zepsPostFilter_G729A_16s(Zep16s lag, const Zep16s* pLPC, Zep16s* pSrcDst, Zep8u* pState) {
+    if (any_null(pLPC, pSrcDst, pState)) return zepStsNullPtrErr;
+    if (!in_range<Word16>(lag, 18, 145)) return zepStsRangeErr;
+    post_subframe_a(lag, true, pLPC, pSrcDst, pState);
+    return zepStsNoErr;
+}
+
+ZepStatus zepsPostFilterInactive_G729A_16s(const Zep16s* pLPC, Zep16s* pSrcDst, Zep8u* pState) {
+    if (any_null(pLPC, pSrcDst, pState)) return zepStsNullPtrErr;
+    post_subframe_a(60, false, pLPC, pSrcDst, pState);
     return zepStsNoErr;
 }
 

@@ -942,6 +942,19 @@ ZEPSAPI ZepStatus zepsPostFilterInit_G729A_16s(Zep8u* pState);
 ZEPSAPI ZepStatus zepsPostFilter_G729A_16s(Zep16s lag, const Zep16s* pLPC, Zep16s* pSrcDst, Zep8u* pState);
 
 /**
+ * Annex A post-filter of one subframe of a comfort-noise frame (ITU-T G.729
+ * Annex B with Annex A: Post_Filter with a frame type other than speech):
+ * zepsPostFilter_G729A_16s without the long-term (pitch) post-filter, the
+ * residual of A(z/0.55) going straight to the tilt compensation; every
+ * memory is updated as on speech frames.
+ * @param pLPC    the subframe's decoded A(z), 11 values, Q12
+ * @param pSrcDst the subframe's synthesis in, post-filtered speech out, 40 samples
+ * @param pState  the state of zepsPostFilter_G729A_16s
+ * @return zepStsNullPtrErr for a null pointer (argument order); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilterInactive_G729A_16s(const Zep16s* pLPC, Zep16s* pSrcDst, Zep8u* pState);
+
+/**
  * Size of the main-body post-filter state: writes 348.
  * @return zepStsNullPtrErr if pSize is null, else zepStsNoErr.
  */
@@ -982,6 +995,20 @@ ZEPSAPI ZepStatus zepsPostFilter_G729_16s(Zep16s lag, const Zep16s* pLPC, const 
                                           Zep16s* pVoicing, Zep8u* pState);
 
 /**
+ * Main-body post-filter of one subframe of a comfort-noise frame (ITU-T
+ * G.729 Annex B: Post with a frame type other than speech):
+ * zepsPostFilter_G729_16s without the long-term post-filter (the voicing
+ * decision is then 0), every memory updated as on speech frames.
+ * @param pLPC    the subframe's decoded A(z), 11 values, Q12
+ * @param pSrc    the subframe's synthesis, 40 samples
+ * @param pDst    post-filtered speech, 40 samples; may equal pSrc
+ * @param pState  the state of zepsPostFilter_G729_16s
+ * @return zepStsNullPtrErr for a null pointer (argument order); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilterInactive_G729_16s(const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst,
+                                                  Zep8u* pState);
+
+/**
  * Output high-pass of the decoder (ITU-T G.729 4.2.5, Post_Process), bit for
  * bit: the 100 Hz filter of zepsHighPassFilter_G729_16s_ISfs with
  * scaleFactor 13 on the same state (zepsHighPassFilterInit_G729 with
@@ -1020,7 +1047,9 @@ ZEPSAPI ZepStatus zepsPostProcess_G729_16s_I(Zep16s* pSrcDst, int len, Zep8u* pS
  *  on a SID frame zepsLSFDecode_G729B_16s and zepsLSFToLSP_G729_16s into lspSid
  *  (kept by the caller; start value 31441, 27566, 21458, 13612, 4663, -4663,
  *  -13612, -21458, -27566, -31441), zepsCNGExcitation_G729B_16s with pitch null;
- *  the seed returns to 11111 on speech frames; after every good frame
+ *  the seed returns to 11111 on speech frames; such frames are post-filtered
+ *  without the long-term part (zepsPostFilterInactive_G729_16s, Annex A
+ *  zepsPostFilterInactive_G729A_16s); after every good frame
  *  zepsFrameEnergy_G729B_16s saves the excitation energy used when a first SID
  *  frame is lost. docs/g729b.md shows both sequences in full.
  *  @{ */

@@ -335,6 +335,17 @@ ZEPS_VARIANT_CHECK(zepsPostFilter_G729A_16s) {
                         EXPECT_EQ(x, y);
                     });
 }
+ZEPS_VARIANT_CHECK(zepsPostFilterInactive_G729A_16s) {
+    post_filter_run(u8::zepsPostFilterGetStateSize_G729A_16s, n8::zepsPostFilterGetStateSize_G729A_16s,
+                    u8::zepsPostFilterInit_G729A_16s, n8::zepsPostFilterInit_G729A_16s,
+                    [&](std::vector<Zep8u>& a, std::vector<Zep8u>& b, int rep) {
+                        const V16 lpc = rep % 5 ? stable_lpc(rng) : rand16(rng, 11);
+                        V16 x = rep % 7 ? small16(rng, 40, 6000) : rand16(rng, 40), y = x;
+                        EXPECT_EQ(u8::zepsPostFilterInactive_G729A_16s(lpc.data(), x.data(), a.data()),
+                                  n8::zepsPostFilterInactive_G729A_16s(lpc.data(), y.data(), b.data()));
+                        EXPECT_EQ(x, y);
+                    });
+}
 ZEPS_VARIANT_CHECK(zepsPostFilterGetStateSize_G729_16s) {
     Zep32s a = 0, b = 1;
     EXPECT_EQ(u8::zepsPostFilterGetStateSize_G729_16s(&a), n8::zepsPostFilterGetStateSize_G729_16s(&b));
@@ -358,6 +369,18 @@ ZEPS_VARIANT_CHECK(zepsPostFilter_G729_16s) {
                                   n8::zepsPostFilter_G729_16s(lag, lpc.data(), x.data(), yb.data(), &vb, b.data()));
                         EXPECT_EQ(ya, yb);
                         EXPECT_EQ(va, vb);
+                    });
+}
+ZEPS_VARIANT_CHECK(zepsPostFilterInactive_G729_16s) {
+    post_filter_run(u8::zepsPostFilterGetStateSize_G729_16s, n8::zepsPostFilterGetStateSize_G729_16s,
+                    u8::zepsPostFilterInit_G729_16s, n8::zepsPostFilterInit_G729_16s,
+                    [&](std::vector<Zep8u>& a, std::vector<Zep8u>& b, int rep) {
+                        const V16 lpc = rep % 5 ? stable_lpc(rng) : rand16(rng, 11);
+                        const V16 x = rep % 7 ? small16(rng, 40, 6000) : rand16(rng, 40);
+                        V16 ya(40), yb(40);
+                        EXPECT_EQ(u8::zepsPostFilterInactive_G729_16s(lpc.data(), x.data(), ya.data(), a.data()),
+                                  n8::zepsPostFilterInactive_G729_16s(lpc.data(), x.data(), yb.data(), b.data()));
+                        EXPECT_EQ(ya, yb);
                     });
 }
 ZEPS_VARIANT_CHECK(zepsPostProcess_G729_16s_I) {

@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The G.729 codec of the zepsc tool (ITU-T G.729 main body and Annex A,
-// 8 kbit/s), assembled from the public exports alone: the encoder and
-// decoder of the ITU-T reference, stage by stage, in its order.
+// 8 kbit/s, each with or without the Annex B VAD, DTX and comfort noise),
+// assembled from the public exports alone: the encoder and decoder of the
+// ITU-T reference, stage by stage, in its order.
 //
 // Bitstreams: "bit", the ITU-T serial format (per 10 ms frame a SYNC word
 // 0x6B21, a size word 80, then one 16-bit word a bit, 0x0081 = 1, 0x007F =
 // 0); "g729", the RTP payload of RFC 3551 (10 bytes a frame, the 80 bits MSB
 // first). In the serial format a frame with any bit word 0x0000 is erased,
-// as the ITU-T decoders detect it.
+// as the ITU-T decoders detect it. Annex B adds SID frames (size 16: the
+// 15 SID bits and one padding bit 0x007F) and untransmitted frames (size 0,
+// erased when the SYNC word is not 0x6B21); an erased frame is erased
+// speech after a speech frame, an untransmitted frame otherwise (B.5).
 #include <array>
 #include <cstring>
 #include <string>
@@ -32,10 +36,18 @@ constexpr Zep16s kSharpMax = 13017;  // 0.8 in Q14
 constexpr std::uint16_t kSync = 0x6B21;
 constexpr std::uint16_t kBit0 = 0x007F;
 constexpr std::uint16_t kBit1 = 0x0081;
+constexpr int kSidBits = 16;  // 15 SID bits and one padding bit
+constexpr Zep16s kSeedCng = 11111;  // INIT_SEED of the comfort-noise generator
+
+/// Annex B frame types (the reference's ftyp).
+enum FrameType : Zep16s { kUntransmitted = 0, kSpeech = 1, kSid = 2 };
 
 /// Bits of each transmitted parameter, in stream order: L0+L1, L2+L3, P1, P0,
 /// C1, S1, GA1+GB1, P2, C2, S2, GA2+GB2.
 constexpr std::array<int, kPrmSize> kPrmBits = {8, 10, 8, 1, 13, 4, 7, 5, 13, 4, 7};
+/// SID parameters (Annex B B.4.2): LSF predictor switch, first and second
+/// stage, energy.
+constexpr std::array<int, 4> kSidPrmBits = {1, 5, 4, 5};
 
 constexpr Zep16s kFreqPrevReset[kOrder] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
 constexpr Zep16s kLspReset[kOrder] = {30000, 26000, 21000, 15000, 8000, 0, -8000, -15000, -21000, -26000};
@@ -43,6 +55,12 @@ constexpr Zep16s kHighPass140[6] = {1899, -3798, 1899, 4096, 7807, -3733};
 constexpr Zep16s kHighPass100[6] = {7699, -15398, 7699, 8192, 15836, -7667};
 
 enum class Variant { Main, AnnexA };
+
+/// The codec a command runs: the main body or Annex A, with or without Annex B.
+struct Setup {
+    Variant variant = Variant::Main;
+    bool annex_b = false;
+};
 
 /// A status of the library that the codec does not expect ends the run.
 void check(ZepStatus s, const char* what) {
@@ -85,7 +103,7 @@ void put_word(std::vector<std::uint8_t>& out, std::uint16_t w) {
 
 class Decoder final : public zepsc_cli::FrameDecoder {
 public:
-    Decoder(Variant v, bool serial) : variant_(v), serial_(serial) {
+    Decoder(Setup setup, bool serial) : variant_(setup.variant), annex_b_(setup.annex_b), serial_(serial) {
         post_ = variant_ == Variant::AnnexA ? state_block(zepsPostFilterGetStateSize_G729A_16s)
                                             : state_block(zepsPostFilterGetStateSize_G729_16s);
         check(variant_ == Variant::AnnexA ? zepsPostFilterInit_G729A_16s(post_.data())
@@ -93,6 +111,8 @@ public:
               "post-filter initialisation");
         hp_ = state_block(zepsHighPassFilterSize_G729);
         check(zepsHighPassFilterInit_G729(kHighPass100, hp_.data()), "post-processing initialisation");
+        sid_gain_ = state_block(zepsSIDGainDecodeGetStateSize_G729B);
+        check(zepsSIDGainDecodeInit_G729B(sid_gain_.data()), "SID gain initialisation");
         for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
         std::memcpy(prev_lsf_, kFreqPrevReset, sizeof prev_lsf_);
         std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
@@ -101,20 +121,19 @@ public:
     std::size_t max_frame_samples() const override { return kFrame; }
 
     std::size_t decode(zepsc_cli::ByteSource& in, std::int16_t* pcm) override {
-        std::uint8_t bits[kBits];
+        std::uint8_t bits[kBits] = {};
         bool erased = false;
+        Zep16s ftyp = kSpeech;
         if (serial_) {
             std::uint8_t head[4];
             if (!in.read_exact(head, 4, "frame header")) return 0;
             const unsigned size = head[2] | (head[3] << 8);
-            if (size != kBits)
-                throw CodecError("frame of " + std::to_string(size) + " bits at byte " +
-                                 std::to_string(in.position() - 4) + ": G.729 frames have 80 (SID and " +
-                                 "untransmitted frames need --annex B or AB)");
+            ftyp = frame_type(size, in.position() - 4);
+            if (ftyp == kUntransmitted) erased = (head[0] | (head[1] << 8)) != kSync;
             std::uint8_t words[2 * kBits];
-            if (!in.read_exact(words, sizeof words, "frame"))
+            if (size != 0 && !in.read_exact(words, 2 * size, "frame"))
                 throw CodecError("truncated frame at byte " + std::to_string(in.position()) + ": header without bits");
-            for (int i = 0; i < kBits; ++i) {
+            for (unsigned i = 0; i < size; ++i) {
                 const unsigned w = words[2 * i] | (words[2 * i + 1] << 8);
                 bits[i] = w == kBit1 ? 1 : 0;
                 if (w == 0) erased = true;
@@ -124,26 +143,49 @@ public:
             if (!in.read_exact(bytes, sizeof bytes, "frame")) return 0;
             for (int i = 0; i < kBits; ++i) bits[i] = (bytes[i / 8] >> (7 - i % 8)) & 1;
         }
-        decode_frame(bits_to_params(bits), erased, pcm);
+        // B.5: a lost frame is erased speech after speech, else comfort noise.
+        if (erased && annex_b_) ftyp = past_ftyp_ == kSpeech ? kSpeech : kUntransmitted;
+
+        Zep16s az[2 * (kOrder + 1)];
+        Zep16s synth[kFrame];
+        Zep16s lags[2];
+        if (ftyp == kSpeech) {
+            seed_cng_ = kSeedCng;
+            decode_speech(bits_to_params(bits), erased, az, synth, lags);
+        } else {
+            decode_noise(ftyp, bits, az, synth, lags);
+        }
+        if (annex_b_ && !erased)
+            check(zepsFrameEnergy_G729B_16s(old_exc_ + kExcHistory, &sid_sav_, &sh_sid_sav_), "frame energy");
+        std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
+        past_ftyp_ = ftyp;
+        post_filter(ftyp == kSpeech, az, synth, lags, pcm);
         return kFrame;
     }
 
 private:
-    /// Decod_ld8k / Decod_ld8a, then the post-filter and post-processing.
-    void decode_frame(Params prm, bool bfi, Zep16s* out) {
-        Zep16s az[2 * (kOrder + 1)];
+    /// The frame type a serial frame's size word gives.
+    Zep16s frame_type(unsigned size, std::uint64_t at) const {
+        if (size == kBits) return kSpeech;
+        if (annex_b_ && size == kSidBits) return kSid;
+        if (annex_b_ && size == 0) return kUntransmitted;
+        throw CodecError("frame of " + std::to_string(size) + " bits at byte " + std::to_string(at) +
+                         (annex_b_ ? ": G.729 Annex B frames have 80, 16 or 0"
+                                   : ": G.729 frames have 80 (SID and untransmitted frames need --annex B or AB)"));
+    }
+
+    /// Decod_ld8k / Decod_ld8a of a speech (or erased speech) frame: the
+    /// excitation of the two subframes and the synthesis.
+    void decode_speech(Params prm, bool bfi, Zep16s* az, Zep16s* synth, Zep16s* lags) {
         decode_lp(prm, bfi, az);
 
         Zep16s parity = 0;
         check(zepsParityPitch_G729_16s(prm[2], &parity), "pitch parity");
         const bool bad_pitch = bfi || parity != prm[3];
 
-        Zep16s synth[kFrame];
-        Zep16s lags[2];
         for (int sf = 0; sf < 2; ++sf) {
             const int i_subfr = sf * kSubfr;
             Zep16s* exc = old_exc_ + i_subfr;  // the buffer as the adaptive-vector stage addresses it
-            const Zep16s* a = az + sf * (kOrder + 1);
 
             // Pitch delay, with the erasure rule of 4.4.1.
             Zep16s delay[2] = {t0_, 0};
@@ -188,33 +230,69 @@ private:
                 else
                     gc = 0;
             }
-            Zep16s* cur = exc + kExcHistory;
-            check(zepsMixExcitation_G729_16s_I(gp, gc, code, cur, kSubfr), "excitation");
-
-            // Synthesis; on overflow the whole excitation buffer is scaled
-            // down by 4 and the subframe filtered again.
-            const ZepStatus s = zepsSynthesisFilter_G729_16s(a, cur, synth + i_subfr, kSubfr, mem_syn_, 0);
-            check(s, "synthesis filter");
-            if (s == zepStsOverflow) {
-                for (Zep16s& e : old_exc_) e = static_cast<Zep16s>(e >> 2);
-                check(zepsSynthesisFilter_G729_16s(a, cur, synth + i_subfr, kSubfr, mem_syn_, 1), "synthesis filter");
-            } else {
-                std::memcpy(mem_syn_, synth + i_subfr + kSubfr - kOrder, sizeof mem_syn_);
-            }
+            check(zepsMixExcitation_G729_16s_I(gp, gc, code, exc + kExcHistory, kSubfr), "excitation");
+            synthesise(az + sf * (kOrder + 1), i_subfr, synth);
         }
-        std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
+    }
 
+    /// Dec_cng (Annex B B.5): the comfort-noise gain, on a SID frame the
+    /// new filter, the random excitation and the synthesis.
+    void decode_noise(Zep16s ftyp, const std::uint8_t* bits, Zep16s* az, Zep16s* synth, Zep16s* lags) {
+        Zep16s sid[4] = {};
+        for (int p = 0, k = 0; p < 4 && ftyp == kSid; ++p)
+            for (int b = 0; b < kSidPrmBits[p]; ++b) sid[p] = static_cast<Zep16s>((sid[p] << 1) | bits[k++]);
+        Zep16s gain = 0;
+        check(zepsSIDGainDecode_G729B_16s(ftyp, sid[3], past_ftyp_, sid_sav_, sh_sid_sav_, &gain, sid_gain_.data()),
+              "SID gain decoding");
+        if (ftyp == kSid) {
+            Zep16s lsf[kOrder];
+            check(zepsLSFDecode_G729B_16s(sid, &freq_prev_[0][0], lsf), "SID LSF decoding");
+            check(zepsLSFToLSP_G729_16s(lsf, lsp_sid_), "LSF to LSP");
+        }
+        check(zepsCNGExcitation_G729B_16s(gain, old_exc_, &seed_cng_, nullptr), "comfort-noise excitation");
+        interpolate_filters(lsp_old_, lsp_sid_, az);
+        std::memcpy(lsp_old_, lsp_sid_, sizeof lsp_old_);
+        for (int sf = 0; sf < 2; ++sf) {
+            synthesise(az + sf * (kOrder + 1), sf * kSubfr, synth);
+            lags[sf] = old_t0_;
+        }
+        sharp_ = kSharpMin;
+    }
+
+    /// Synthesis of one subframe; on overflow the whole excitation buffer
+    /// is scaled down by 4 and the subframe filtered again.
+    void synthesise(const Zep16s* a, int i_subfr, Zep16s* synth) {
+        const Zep16s* cur = old_exc_ + kExcHistory + i_subfr;
+        const ZepStatus s = zepsSynthesisFilter_G729_16s(a, cur, synth + i_subfr, kSubfr, mem_syn_, 0);
+        check(s, "synthesis filter");
+        if (s == zepStsOverflow) {
+            for (Zep16s& e : old_exc_) e = static_cast<Zep16s>(e >> 2);
+            check(zepsSynthesisFilter_G729_16s(a, cur, synth + i_subfr, kSubfr, mem_syn_, 1), "synthesis filter");
+        } else {
+            std::memcpy(mem_syn_, synth + i_subfr + kSubfr - kOrder, sizeof mem_syn_);
+        }
+    }
+
+    /// The post-filter (without its long-term part on comfort-noise frames,
+    /// Annex B) and the post-processing.
+    void post_filter(bool speech, const Zep16s* az, const Zep16s* synth, const Zep16s* lags, Zep16s* out) {
         if (variant_ == Variant::AnnexA) {
-            std::memcpy(out, synth, sizeof synth);
-            for (int sf = 0; sf < 2; ++sf)
-                check(zepsPostFilter_G729A_16s(lags[sf], az + sf * (kOrder + 1), out + sf * kSubfr, post_.data()),
+            std::memcpy(out, synth, kFrame * sizeof(Zep16s));
+            for (int sf = 0; sf < 2; ++sf) {
+                const Zep16s* a = az + sf * (kOrder + 1);
+                check(speech ? zepsPostFilter_G729A_16s(lags[sf], a, out + sf * kSubfr, post_.data())
+                             : zepsPostFilterInactive_G729A_16s(a, out + sf * kSubfr, post_.data()),
                       "post-filter");
+            }
         } else {
             Zep16s voicing = 0;
             for (int sf = 0; sf < 2; ++sf) {
+                const Zep16s* a = az + sf * (kOrder + 1);
                 Zep16s v = 0;
-                check(zepsPostFilter_G729_16s(lags[0], az + sf * (kOrder + 1), synth + sf * kSubfr, out + sf * kSubfr,
-                                              &v, post_.data()),
+                check(speech ? zepsPostFilter_G729_16s(lags[0], a, synth + sf * kSubfr, out + sf * kSubfr, &v,
+                                                       post_.data())
+                             : zepsPostFilterInactive_G729_16s(a, synth + sf * kSubfr, out + sf * kSubfr,
+                                                               post_.data()),
                       "post-filter");
                 if (v != 0) voicing = v;
             }
@@ -237,12 +315,19 @@ private:
             std::memcpy(lsf, prev_lsf_, sizeof lsf);
             check(zepsLSFDecodeErased_G729_16s(prev_ma_, &freq_prev_[0][0], prev_lsf_), "erased LSF decoding");
         }
-        Zep16s lsp_new[kOrder], lsp_mid[kOrder];
+        Zep16s lsp_new[kOrder];
         check(zepsLSFToLSP_G729_16s(lsf, lsp_new), "LSF to LSP");
-        check(zepsInterpolate_G729_16s(lsp_old_, lsp_new, lsp_mid, kOrder), "LSP interpolation");
+        interpolate_filters(lsp_old_, lsp_new, az);
+        std::memcpy(lsp_old_, lsp_new, sizeof lsp_new);
+    }
+
+    /// Int_qlpc: A(z) of subframe 1 from the mean of the old and new LSPs,
+    /// of subframe 2 from the new ones.
+    static void interpolate_filters(const Zep16s* lsp_old, const Zep16s* lsp_new, Zep16s* az) {
+        Zep16s lsp_mid[kOrder];
+        check(zepsInterpolate_G729_16s(lsp_old, lsp_new, lsp_mid, kOrder), "LSP interpolation");
         check(zepsLSPToLPC_G729_16s(lsp_mid, az), "LSP to LPC");
         check(zepsLSPToLPC_G729_16s(lsp_new, az + kOrder + 1), "LSP to LPC");
-        std::memcpy(lsp_old_, lsp_new, sizeof lsp_new);
     }
 
     /// The reference decoder's random generator for erased fixed-codebook codes.
@@ -252,8 +337,9 @@ private:
     }
 
     Variant variant_;
+    bool annex_b_;
     bool serial_;
-    std::vector<std::uint8_t> post_, hp_;
+    std::vector<std::uint8_t> post_, hp_, sid_gain_;
     Zep16s old_exc_[kExcHistory + kFrame] = {};
     Zep16s freq_prev_[4][kOrder];
     Zep16s prev_lsf_[kOrder];
@@ -267,6 +353,12 @@ private:
     Zep16s past_qua_en_[4] = {-14336, -14336, -14336, -14336};
     Zep16s seed_ = 21845;
     Zep16s voicing_ = 60;
+    // Annex B.
+    Zep16s lsp_sid_[kOrder] = {31441, 27566, 21458, 13612, 4663, -4663, -13612, -21458, -27566, -31441};
+    Zep16s past_ftyp_ = kSpeech;
+    Zep16s seed_cng_ = kSeedCng;
+    Zep16s sid_sav_ = 0;
+    Zep16s sh_sid_sav_ = 1;
 };
 
 
@@ -279,13 +371,17 @@ constexpr Zep16s kGpClip = 15564;          // pitch-gain ceiling under taming, Q
 
 class Encoder final : public zepsc_cli::FrameEncoder {
 public:
-    Encoder(Variant v, bool serial) : variant_(v), serial_(serial) {
+    Encoder(Setup setup, bool serial) : variant_(setup.variant), dtx_on_(setup.annex_b), serial_(serial) {
         hp_ = state_block(zepsHighPassFilterSize_G729);
         check(zepsHighPassFilterInit_G729(kHighPass140, hp_.data()), "pre-processing initialisation");
+        vad_ = state_block(zepsVADGetStateSize_G729B);
+        check(zepsVADInit_G729B(vad_.data()), "VAD initialisation");
+        dtx_ = state_block(zepsDTXGetStateSize_G729B);
+        check(zepsDTXInit_G729B(dtx_.data()), "DTX initialisation");
         for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
         std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
         std::memcpy(lsp_old_q_, kLspReset, sizeof lsp_old_q_);
-        old_a_[0] = 4096;
+        prev_filter_[0] = 4096;
     }
     int sample_rate() const override { return 8000; }
     std::size_t frame_samples() const override { return kFrame; }
@@ -293,10 +389,21 @@ public:
     void encode(const std::int16_t* pcm, std::vector<std::uint8_t>& out) override {
         Zep16s* new_speech = old_speech_ + kWindow - kFrame;
         std::memcpy(new_speech, pcm, kFrame * sizeof(Zep16s));
+        frame_ = frame_ == 32767 ? Zep16s{256} : static_cast<Zep16s>(frame_ + 1);
         check(zepsHighPassFilter_G729_16s_ISfs(new_speech, kFrame, 12, hp_.data()), "pre-processing");
-        const Params prm = variant_ == Variant::AnnexA ? code_frame() : code_frame_main();
+        Params prm{};
+        const Zep16s ftyp = variant_ == Variant::AnnexA ? code_frame(prm) : code_frame_main(prm);
         std::memmove(old_speech_, old_speech_ + kFrame, (kWindow - kFrame) * sizeof(Zep16s));
+        std::memmove(old_wsp_, old_wsp_ + kFrame, kPitMax * sizeof(Zep16s));
+        std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
+        if (ftyp == kSpeech)
+            write_speech(prm, out);
+        else
+            write_noise(ftyp, out);
+    }
 
+private:
+    void write_speech(const Params& prm, std::vector<std::uint8_t>& out) const {
         std::uint8_t bits[kBits];
         params_to_bits(prm, bits);
         if (serial_) {
@@ -312,18 +419,122 @@ public:
         }
     }
 
-private:
-    /// Coder_ld8a: LP analysis and quantisation, weighting, open-loop pitch,
-    /// then per subframe the target, the adaptive and fixed codebooks and the gains.
-    Params code_frame() {
-        Params prm{};
-        const Zep16s* speech = old_speech_ + kSpeechAt;
-        Zep16s aq[2 * (kOrder + 1)], ap[2 * (kOrder + 1)];
-        analyse_lp(prm, aq, ap);
+    /// A SID frame (15 bits and the padding bit) or an untransmitted frame.
+    void write_noise(Zep16s ftyp, std::vector<std::uint8_t>& out) const {
+        put_word(out, kSync);
+        put_word(out, ftyp == kSid ? kSidBits : 0);
+        if (ftyp != kSid) return;
+        for (int p = 0; p < 4; ++p)
+            for (int b = kSidPrmBits[p] - 1; b >= 0; --b) put_word(out, (sid_[p] >> b) & 1 ? kBit1 : kBit0);
+        put_word(out, kBit0);
+    }
 
-        // LPC residual and weighted speech of the frame.
+    /// Autocorrelation (12 lags for the VAD), lag window, Levinson-Durbin
+    /// (the last stable filter and its first two reflection coefficients
+    /// kept when unstable: one record shared with the DTX stage) and the
+    /// LSPs. r keeps the autocorrelation before the lag window for the DTX.
+    void analyse(Zep32s* r, Zep32s* rw, Zep16s& exp_r0, Zep16s* a, Zep16s* rc, Zep16s* lsp_new) {
+        check(zepsAutoCorr_G729B(old_speech_, &exp_r0, r), "autocorrelation");
+        std::memcpy(rw, r, 13 * sizeof(Zep32s));
+        check(zepsLagWindow_G729_32s_I(rw + 1, 12), "lag window");
+        Zep16s err = 0;
+        const ZepStatus s = zepsLevinsonDurbin_G729_32s16s(rw, kOrder, a, rc, &err);
+        check(s, "Levinson-Durbin");
+        if (s == zepStsOverflow) {
+            std::memcpy(a, prev_filter_, (kOrder + 1) * sizeof(Zep16s));
+            rc[0] = prev_filter_[kOrder + 1];
+            rc[1] = prev_filter_[kOrder + 2];
+        } else {
+            std::memcpy(prev_filter_, a, (kOrder + 1) * sizeof(Zep16s));
+            prev_filter_[kOrder + 1] = rc[0];
+            prev_filter_[kOrder + 2] = rc[1];
+        }
+        check(variant_ == Variant::AnnexA ? zepsLPCToLSP_G729A_16s(a, lsp_old_, lsp_new)
+                                          : zepsLPCToLSP_G729_16s(a, lsp_old_, lsp_new),
+              "LP to LSP");
+    }
+
+    /// Annex B B.3: the VAD decision and the DTX autocorrelation history
+    /// (always 1 without Annex B).
+    Zep16s voice_activity(const Zep32s* r, const Zep32s* rw, Zep16s exp_r0, Zep16s rc1, const Zep16s* lsp_new) {
+        if (!dtx_on_) return 1;
+        Zep16s lsf[kOrder], vad = 1;
+        check(zepsLSPToLSF_Norm_G729_16s(lsp_new, lsf), "LSP to LSF");
+        check(zepsVAD_G729B_16s(rc1, lsf, rw, exp_r0, old_speech_, frame_, past_vad_, ppast_vad_, &vad, vad_.data()),
+              "VAD");
+        check(zepsDTXUpdate_G729B_16s(r, exp_r0, vad, dtx_.data()), "DTX update");
+        return vad;
+    }
+
+    /// Cod_cng (Annex B B.4): the DTX decision, on a SID frame the SID
+    /// parameters, the comfort-noise excitation with the taming update, and
+    /// the quantised filters of the frame (aq, 2 x 11).
+    Zep16s comfort_noise(Zep16s* aq) {
+        Zep16s ftyp = 0, lpc[kOrder + 1], gain_idx = 0, gain = 0;
+        check(zepsDTX_G729B_16s(past_vad_, prev_filter_, &ftyp, lpc, &gain_idx, &gain, dtx_.data()), "DTX");
+        if (ftyp == kSid) {
+            Zep16s lsp[kOrder], idx[3];
+            check(variant_ == Variant::AnnexA ? zepsLPCToLSP_G729A_16s(lpc, lsp_old_q_, lsp)
+                                              : zepsLPCToLSP_G729_16s(lpc, lsp_old_q_, lsp),
+                  "LP to LSP");
+            check(zepsLSPQuant_G729B_16s(lsp, &freq_prev_[0][0], lsp_sid_, idx), "SID LSP quantisation");
+            sid_ = {idx[0], idx[1], idx[2], gain_idx};
+        }
+        Zep16s pitch[4];
+        check(zepsCNGExcitation_G729B_16s(gain, old_exc_, &seed_, pitch), "comfort-noise excitation");
+        for (int sf = 0; sf < 2; ++sf)
+            check(zepsTamingUpdate_G729_16s(pitch[2 * sf], pitch[2 * sf + 1], exc_err_), "taming update");
+        Zep16s lsp_mid[kOrder];
+        check(zepsInterpolate_G729_16s(lsp_old_q_, lsp_sid_, lsp_mid, kOrder), "LSP interpolation");
+        check(zepsLSPToLPC_G729_16s(lsp_mid, aq), "LSP to LPC");
+        check(zepsLSPToLPC_G729_16s(lsp_sid_, aq + kOrder + 1), "LSP to LPC");
+        std::memcpy(lsp_old_q_, lsp_sid_, sizeof lsp_old_q_);
+        sharp_ = kSharpMin;
+        return ftyp;
+    }
+
+    void next_vad(Zep16s vad) {
+        ppast_vad_ = past_vad_;
+        past_vad_ = vad;
+        if (vad == 1) seed_ = kSeedCng;
+    }
+
+    /// Coder_ld8a: LP analysis and quantisation, weighting, open-loop pitch,
+    /// then per subframe the target, the adaptive and fixed codebooks and the
+    /// gains; with Annex B an inactive frame codes comfort noise instead.
+    Zep16s code_frame(Params& prm) {
+        const Zep16s* speech = old_speech_ + kSpeechAt;
+        Zep32s r[13], rw[13];
+        Zep16s exp_r0 = 0, a[kOrder + 1], rc[kOrder], lsp_new[kOrder];
+        analyse(r, rw, exp_r0, a, rc, lsp_new);
+        const Zep16s vad = voice_activity(r, rw, exp_r0, rc[1], lsp_new);
+        Zep16s aq[2 * (kOrder + 1)], ap[2 * (kOrder + 1)];
         Zep16s* exc = old_exc_ + kExcHistory;
         Zep16s* wsp = old_wsp_ + kPitMax;
+        if (vad == 0) {
+            const Zep16s ftyp = comfort_noise(aq);
+            next_vad(vad);
+            // Weighted speech and the target memory follow the comfort noise.
+            for (int sf = 0; sf < 2; ++sf) {
+                const int o = sf * kSubfr;
+                Zep16s xn[kSubfr], ap1[kOrder + 1];
+                check(zepsResidual_G729_16s(aq + sf * (kOrder + 1), speech + o, xn, kSubfr), "LPC residual");
+                check(zepsWeightLPC_G729_16s(aq + sf * (kOrder + 1), kGamma1A, ap), "weighting");
+                check(zepsWeightingDenominator_G729A_16s(ap, ap1), "weighting filter");
+                check(zepsSynthesisFilter_G729_16s(ap1, xn, wsp + o, kSubfr, mem_w_, 1), "weighting filter");
+                Zep16s diff[kSubfr];  // residual - excitation: the update with a gain of 1.0 (Q14)
+                check(zepsAdaptiveCodebookContribution_G729_16s(16384, exc + o, xn, diff), "target memory");
+                check(zepsSynthesisFilter_G729_16s(ap, diff, xn, kSubfr, mem_w0_, 1), "target memory");
+            }
+            return ftyp;
+        }
+        next_vad(vad);
+        quantise_lp(prm, lsp_new, aq);
+        for (int sf = 0; sf < 2; ++sf)
+            check(zepsWeightLPC_G729_16s(aq + sf * (kOrder + 1), kGamma1A, ap + sf * (kOrder + 1)), "weighting");
+        std::memcpy(lsp_old_, lsp_new, sizeof lsp_old_);
+
+        // LPC residual and weighted speech of the frame.
         for (int sf = 0; sf < 2; ++sf) {
             const int o = sf * kSubfr;
             check(zepsResidual_G729_16s(aq + sf * (kOrder + 1), speech + o, exc + o, kSubfr), "LPC residual");
@@ -385,19 +596,34 @@ private:
             check(zepsTamingUpdate_G729_16s(gains[0], delay[0], exc_err_), "taming update");
             check(zepsWeightedErrorMemory_G729_16s(gains[0], gains[1], xn, y1, y2, mem_w0_), "weighting memory");
         }
-        std::memmove(old_wsp_, old_wsp_ + kFrame, kPitMax * sizeof(Zep16s));
-        std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
-        return prm;
+        return kSpeech;
+    }
+
+    /// Qua_lsp and Int_qlpc: the quantised LSPs and filters (aq, 2 x 11).
+    void quantise_lp(Params& prm, const Zep16s* lsp_new, Zep16s* aq) {
+        Zep16s lsp_new_q[kOrder], idx[2];
+        check(zepsLSPQuant_G729_16s(lsp_new, &freq_prev_[0][0], lsp_new_q, idx), "LSP quantisation");
+        prm[0] = idx[0];
+        prm[1] = idx[1];
+        Zep16s lsp_mid[kOrder];
+        check(zepsInterpolate_G729_16s(lsp_old_q_, lsp_new_q, lsp_mid, kOrder), "LSP interpolation");
+        check(zepsLSPToLPC_G729_16s(lsp_mid, aq), "LSP to LPC");
+        check(zepsLSPToLPC_G729_16s(lsp_new_q, aq + kOrder + 1), "LSP to LPC");
+        std::memcpy(lsp_old_q_, lsp_new_q, sizeof lsp_new_q);
     }
 
     /// Coder_ld8k: the main body's chain, with the unquantised filter for
     /// the weighting, adaptive weighting factors, the error filter memory,
-    /// convolution for the filtered adaptive vector and the 17-bit search.
-    Params code_frame_main() {
-        Params prm{};
+    /// convolution for the filtered adaptive vector and the 17-bit search;
+    /// with Annex B an inactive frame codes comfort noise instead.
+    Zep16s code_frame_main(Params& prm) {
         const Zep16s* speech = old_speech_ + kSpeechAt;
+        Zep32s r[13], rw[13];
+        Zep16s exp_r0 = 0, rc[kOrder], lsp_new[kOrder];
         Zep16s a_t[2 * (kOrder + 1)], aq[2 * (kOrder + 1)], gamma[4];
-        analyse_lp_main(prm, a_t, aq, gamma);
+        analyse(r, rw, exp_r0, a_t + kOrder + 1, rc, lsp_new);
+        const Zep16s vad = voice_activity(r, rw, exp_r0, rc[1], lsp_new);
+        weighting_main(lsp_new, rc, a_t, gamma);
 
         Zep16s* exc = old_exc_ + kExcHistory;
         Zep16s* wsp = old_wsp_ + kPitMax;
@@ -409,6 +635,25 @@ private:
             check(zepsResidual_G729_16s(ap1[sf], speech + o, wsp + o, kSubfr), "weighting filter");
             check(zepsSynthesisFilter_G729_16s(ap2[sf], wsp + o, wsp + o, kSubfr, mem_w_, 1), "weighting filter");
         }
+        if (vad == 0) {
+            const Zep16s ftyp = comfort_noise(aq);
+            next_vad(vad);
+            // Local synthesis, error and target memories follow the comfort noise.
+            for (int sf = 0; sf < 2; ++sf) {
+                const int o = sf * kSubfr;
+                Zep16s synth[kSubfr], error[kSubfr], xn[kSubfr];
+                check(zepsSynthesisFilter_G729_16s(aq + sf * (kOrder + 1), exc + o, synth, kSubfr, mem_syn_, 1),
+                      "local synthesis");
+                check(zepsAdaptiveCodebookContribution_G729_16s(16384, synth, speech + o, error), "error memory");
+                check(zepsResidual_G729_16s(ap1[sf], error, xn, kSubfr), "target memory");
+                check(zepsSynthesisFilter_G729_16s(ap2[sf], xn, xn, kSubfr, mem_w0_, 1), "target memory");
+                std::memcpy(mem_err_, error + kSubfr - kOrder, sizeof mem_err_);
+            }
+            return ftyp;
+        }
+        next_vad(vad);
+        quantise_lp(prm, lsp_new, aq);
+
         Zep16s t_op = 0;
         check(zepsOpenLoopPitchSearch_G729_16s(wsp, &t_op), "open-loop pitch");
 
@@ -474,85 +719,26 @@ private:
             std::memcpy(mem_err_, diff + kSubfr - kOrder, sizeof mem_err_);
             check(zepsWeightedErrorMemory_G729_16s(gains[0], gains[1], xn, y1, y2, mem_w0_), "weighting memory");
         }
-        std::memmove(old_wsp_, old_wsp_ + kFrame, kPitMax * sizeof(Zep16s));
-        std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
-        return prm;
+        return kSpeech;
     }
 
-    /// The main body's LP analysis: the unquantised filter of subframe 1
-    /// from Levinson-Durbin and of subframe 0 from the interpolated LSPs
-    /// (Int_lpc), the quantised ones as in Annex A, and the weighting factors.
-    void analyse_lp_main(Params& prm, Zep16s* a_t, Zep16s* aq, Zep16s* gamma) {
-        Zep32s r[13];
-        Zep16s norm = 0;
-        check(zepsAutoCorr_G729B(old_speech_, &norm, r), "autocorrelation");
-        check(zepsLagWindow_G729_32s_I(r + 1, kOrder), "lag window");
-        Zep16s* a = a_t + kOrder + 1;
-        Zep16s rc[kOrder], err = 0;
-        const ZepStatus s = zepsLevinsonDurbin_G729_32s16s(r, kOrder, a, rc, &err);
-        check(s, "Levinson-Durbin");
-        if (s == zepStsOverflow) {
-            std::memcpy(a, old_a_, sizeof old_a_);
-            rc[0] = old_rc_[0];
-            rc[1] = old_rc_[1];
-        } else {
-            std::memcpy(old_a_, a, sizeof old_a_);
-            old_rc_[0] = rc[0];
-            old_rc_[1] = rc[1];
-        }
-        Zep16s lsp_new[kOrder], lsp_new_q[kOrder], idx[2];
-        check(zepsLPCToLSP_G729_16s(a, lsp_old_, lsp_new), "LP to LSP");
-        check(zepsLSPQuant_G729_16s(lsp_new, &freq_prev_[0][0], lsp_new_q, idx), "LSP quantisation");
-        prm[0] = idx[0];
-        prm[1] = idx[1];
-
+    /// Int_lpc and perc_var: the unquantised filter of subframe 1 from the
+    /// interpolated LSPs (a_t[11..21] holds the frame's own filter) and the
+    /// weighting factors; lsp_old := lsp_new.
+    void weighting_main(const Zep16s* lsp_new, const Zep16s* rc, Zep16s* a_t, Zep16s* gamma) {
         Zep16s lsp_mid[kOrder], lsf_int[kOrder], lsf_new[kOrder];
         check(zepsInterpolate_G729_16s(lsp_old_, lsp_new, lsp_mid, kOrder), "LSP interpolation");
         check(zepsLSPToLPC_G729_16s(lsp_mid, a_t), "LSP to LPC");
         check(zepsLSPToLSF_Norm_G729_16s(lsp_mid, lsf_int), "LSP to LSF");
         check(zepsLSPToLSF_Norm_G729_16s(lsp_new, lsf_new), "LSP to LSF");
-        check(zepsInterpolate_G729_16s(lsp_old_q_, lsp_new_q, lsp_mid, kOrder), "LSP interpolation");
-        check(zepsLSPToLPC_G729_16s(lsp_mid, aq), "LSP to LPC");
-        check(zepsLSPToLPC_G729_16s(lsp_new_q, aq + kOrder + 1), "LSP to LPC");
-        std::memcpy(lsp_old_, lsp_new, sizeof lsp_new);
-        std::memcpy(lsp_old_q_, lsp_new_q, sizeof lsp_new_q);
+        std::memcpy(lsp_old_, lsp_new, kOrder * sizeof(Zep16s));
         check(zepsWeightingFactors_G729_16s(lsf_int, lsf_new, rc, weighting_mem_, gamma), "weighting factors");
     }
 
-    /// Autocorrelation, lag window, Levinson-Durbin (the last stable filter
-    /// kept when unstable), LSP conversion and quantisation, interpolation
-    /// and the weighted filters of the two subframes.
-    void analyse_lp(Params& prm, Zep16s* aq, Zep16s* ap) {
-        Zep32s r[13];
-        Zep16s norm = 0;
-        check(zepsAutoCorr_G729B(old_speech_, &norm, r), "autocorrelation");
-        check(zepsLagWindow_G729_32s_I(r + 1, kOrder), "lag window");
-        Zep16s a[kOrder + 1], rc[kOrder], err = 0;
-        const ZepStatus s = zepsLevinsonDurbin_G729_32s16s(r, kOrder, a, rc, &err);
-        check(s, "Levinson-Durbin");
-        if (s == zepStsOverflow)
-            std::memcpy(a, old_a_, sizeof a);
-        else
-            std::memcpy(old_a_, a, sizeof a);
-
-        Zep16s lsp_new[kOrder], lsp_new_q[kOrder], idx[2];
-        check(zepsLPCToLSP_G729A_16s(a, lsp_old_, lsp_new), "LP to LSP");
-        check(zepsLSPQuant_G729_16s(lsp_new, &freq_prev_[0][0], lsp_new_q, idx), "LSP quantisation");
-        prm[0] = idx[0];
-        prm[1] = idx[1];
-        Zep16s lsp_mid[kOrder];
-        check(zepsInterpolate_G729_16s(lsp_old_q_, lsp_new_q, lsp_mid, kOrder), "LSP interpolation");
-        check(zepsLSPToLPC_G729_16s(lsp_mid, aq), "LSP to LPC");
-        check(zepsLSPToLPC_G729_16s(lsp_new_q, aq + kOrder + 1), "LSP to LPC");
-        for (int sf = 0; sf < 2; ++sf)
-            check(zepsWeightLPC_G729_16s(aq + sf * (kOrder + 1), kGamma1A, ap + sf * (kOrder + 1)), "weighting");
-        std::memcpy(lsp_old_, lsp_new, sizeof lsp_new);
-        std::memcpy(lsp_old_q_, lsp_new_q, sizeof lsp_new_q);
-    }
-
     Variant variant_;
+    bool dtx_on_;
     bool serial_;
-    std::vector<std::uint8_t> hp_;
+    std::vector<std::uint8_t> hp_, vad_, dtx_;
     Zep16s old_speech_[kWindow] = {};
     Zep16s old_wsp_[kPitMax + kFrame] = {};
     Zep16s old_exc_[kExcHistory + kFrame] = {};
@@ -561,40 +747,57 @@ private:
     Zep16s freq_prev_[4][kOrder];
     Zep16s lsp_old_[kOrder];
     Zep16s lsp_old_q_[kOrder];
-    Zep16s old_a_[kOrder + 1] = {};
+    Zep16s prev_filter_[kOrder + 3] = {};  // last stable A(z) and its rc[0], rc[1]
     Zep16s sharp_ = kSharpMin;
     Zep16s past_qua_en_[4] = {-14336, -14336, -14336, -14336};
     Zep32s exc_err_[4] = {0x4000, 0x4000, 0x4000, 0x4000};
     // Main body only.
     Zep16s mem_err_[kOrder] = {};
     Zep16s mem_syn_[kOrder] = {};
-    Zep16s old_rc_[2] = {};
     Zep16s weighting_mem_[3] = {0, 0, 1};
     Zep16s budget_ = 30;
+    // Annex B.
+    Zep16s frame_ = 0;
+    Zep16s past_vad_ = 1;
+    Zep16s ppast_vad_ = 1;
+    Zep16s seed_ = kSeedCng;
+    Zep16s lsp_sid_[kOrder] = {};  // written by the first SID frame, which always comes first
+    std::array<Zep16s, 4> sid_{};
 };
 
-Variant variant_of(const zepsc_cli::CodecOptions& o) {
+Setup setup_of(const zepsc_cli::CodecOptions& o, const std::string& format) {
     const std::string annex = o.get("annex", "0");
-    if (annex != "0" && annex != "A")
-        throw CodecError("--annex " + annex + " is not available yet: this build codes the main body (0) and Annex A");
-    if (o.has("dtx")) throw CodecError("--dtx needs Annex B (--annex B or AB), which is not available yet");
+    if (annex != "0" && annex != "A" && annex != "B" && annex != "AB")
+        throw CodecError("--annex " + annex + " is not available yet: this build codes the main body (0), Annex A " +
+                         "and Annex B on either (B, AB)");
+    Setup setup;
+    setup.variant = annex == "A" || annex == "AB" ? Variant::AnnexA : Variant::Main;
+    setup.annex_b = annex == "B" || annex == "AB";
+    if (o.has("dtx") && !setup.annex_b) throw CodecError("--dtx needs Annex B: --annex B or AB");
+    if (setup.annex_b && format != "bit")
+        throw CodecError("Annex B streams (SID and untransmitted frames) need the .bit serial format");
     if (o.get("rate", "8") != "8") throw CodecError("--rate " + o.get("rate") + " needs --annex D, E or I");
     if (o.has("ratefile")) throw CodecError("--ratefile needs --annex E or I");
-    return annex == "A" ? Variant::AnnexA : Variant::Main;
+    return setup;
 }
 
 zepsc_cli::CodecSpec make_spec() {
     zepsc_cli::CodecSpec s;
     s.name = "g729";
-    s.summary = "ITU-T G.729 CS-ACELP 8 kbit/s speech codec (main body and Annex A)";
+    s.summary = "ITU-T G.729 CS-ACELP 8 kbit/s speech codec (main body, Annexes A and B)";
     s.help =
         "Input and output: 8 kHz 16-bit PCM; the encoder codes whole 80-sample frames and drops a\n"
         "final partial frame, as the ITU-T reference does. Bitstreams: .bit, the ITU-T serial\n"
         "format (SYNC 0x6B21, size 80, one word a bit: 0x0081 = 1, 0x007F = 0; a frame with a\n"
         "0x0000 bit word is decoded as erased); .g729, RTP payloads back to back (RFC 3551,\n"
         "10 bytes a frame). --annex 0 is the main body, A the reduced-complexity Annex A; the\n"
-        "two decode each other's streams. Annexes B, AB, D, E and I, --rate other than 8,\n"
-        "--dtx and --ratefile are declared but not available yet.";
+        "two decode each other's streams. --annex B (main body) and AB (Annex A) add Annex B:\n"
+        "the encoder always runs the VAD with DTX (--dtx is implied; with --annex 0 or A it is\n"
+        "refused), sending SID frames (size 16: 15 bits and a padding bit 0x007F) and\n"
+        "untransmitted frames (size 0); the decoder adds comfort noise and also decodes plain\n"
+        "streams. An erased frame (a 0x0000 bit word, or SYNC other than 0x6B21 on a size-0\n"
+        "frame) is erased speech after speech, else comfort noise. Annex B needs the .bit format.\n"
+        "Annexes D, E and I, --rate other than 8 and --ratefile are declared but not available yet.";
     s.options = {
         {"annex", "0 (main body), A, B, AB, D, E or I", {"0", "A", "B", "AB", "D", "E", "I"}, "0", false},
         {"rate", "bit rate in kbit/s: 6.4, 8 or 11.8 (Annexes D, E, I)", {"6.4", "8", "11.8"}, "8", false},
@@ -605,11 +808,11 @@ zepsc_cli::CodecSpec make_spec() {
     s.pad_last_frame = false;
     s.make_encoder = [](const zepsc_cli::CodecOptions& o,
                         const std::string& format) -> std::unique_ptr<zepsc_cli::FrameEncoder> {
-        return std::make_unique<Encoder>(variant_of(o), format == "bit");
+        return std::make_unique<Encoder>(setup_of(o, format), format == "bit");
     };
     s.make_decoder = [](const zepsc_cli::CodecOptions& o,
                         const std::string& format) -> std::unique_ptr<zepsc_cli::FrameDecoder> {
-        return std::make_unique<Decoder>(variant_of(o), format == "bit");
+        return std::make_unique<Decoder>(setup_of(o, format), format == "bit");
     };
     return s;
 }
