@@ -209,6 +209,14 @@ inline void dct_core_simd(const Word16* in, Word16* out, int n, const CoreColumn
     }
 }
 
+
+/// Vector forms of the transform tables, built once when the library is
+/// loaded, so no call pays for (or locks on) a first-use initialisation.
+inline const CoreColumns kAnalysisColumns(g7221_dct_core_a);
+inline const RotationPairs kAnalysisPairs(g7221_a_cos_msin_table);
+inline const CoreColumns kSynthesisColumns(g7221_dct_core_s);
+inline const RotationPairs kSynthesisPairs(g7221_s_cos_msin_table);
+
 /// Analysis DCT-IV (dct_type_iv_a); input is modified (the 320-point bias).
 inline void dct4_analysis(Word16* input, Word16* output, int n) {
     Word16 a[kMaxDctLength], b[kMaxDctLength], c[kMaxDctLength];
@@ -233,11 +241,9 @@ inline void dct4_analysis(Word16* input, Word16* output, int n) {
         in_buffer = out_buffer;
         out_buffer = out_buffer == a ? b : a;
     }
-    static const CoreColumns columns(g7221_dct_core_a);
-    dct_core_simd(in_buffer, c, n, columns, g7221_dct_core_a);
+    dct_core_simd(in_buffer, c, n, kAnalysisColumns, g7221_dct_core_a);
     for (int i = 0; i < n; ++i) in_buffer[i] = c[i];
-    static const RotationPairs pairs(g7221_a_cos_msin_table);
-    rotation_stages_simd<false>(in_buffer, output, out_buffer, n, pairs);
+    rotation_stages_simd<false>(in_buffer, output, out_buffer, n, kAnalysisPairs);
 }
 
 /// Synthesis DCT-IV (dct_type_iv_s).
@@ -272,11 +278,9 @@ inline void dct4_synthesis(const Word16* input, Word16* output, int n) {
         out_buffer = out_buffer == a ? b : a;
     }
     Word16* core_in = const_cast<Word16*>(in_buffer);  // one of a, b
-    static const CoreColumns columns(g7221_dct_core_s);
-    dct_core_simd(core_in, c, n, columns, g7221_dct_core_s);
+    dct_core_simd(core_in, c, n, kSynthesisColumns, g7221_dct_core_s);
     for (int i = 0; i < n; ++i) core_in[i] = c[i];
-    static const RotationPairs pairs(g7221_s_cos_msin_table);
-    rotation_stages_simd<true>(core_in, output, out_buffer, n, pairs);
+    rotation_stages_simd<true>(core_in, output, out_buffer, n, kSynthesisPairs);
     if (n == 320)
         for (int i = 0; i < 320; ++i) output[i] = saturate(Word32{output[i]} + g7221_syn_bias_7khz[i]);
 }

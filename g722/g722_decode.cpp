@@ -38,7 +38,7 @@ template <int ModeIndex, class Out>
 /// The whole decoder with the vector QMF and zero sections (g722_simd.h).
 template <int ModeIndex>
 void decode_pcm(g722::State& st, const Zep16s* code, Zep16s* dst, int len) {
-    static const g722::QmfCoefs coefs;
+    const g722::QmfCoefs& coefs = g722::kQmfCoefs;
     g722::QmfRegs qmf;
     g722::FastBand low, high;
     qmf.load(st.qmf);

@@ -51,8 +51,8 @@ ZepStatus zepsSBADPCMEncode_G722_16s(const Zep16s* pSrc, Zep16s* pDst, Zep32s le
     if (len < 2 || (len & 1)) return zepStsSizeErr;
     g722::State st;
     std::memcpy(&st, pState, sizeof st);
-    static const g722::QmfCoefs coefs;
-    static const g722::QuantlLevels levels;
+    const g722::QmfCoefs& coefs = g722::kQmfCoefs;
+    const g722::QuantlLevels& levels = g722::kQuantlLevels;
     g722::QmfRegs qmf;
     g722::FastBand low, high;
     qmf.load(st.qmf);

@@ -112,6 +112,11 @@ struct QuantlLevels {
     }
 };
 
+/// The vector constants, built once when the library is loaded, so no call
+/// pays for (or locks on) a first-use initialisation.
+inline const QmfCoefs kQmfCoefs;
+inline const QuantlLevels kQuantlLevels;
+
 /// QUANTL with the level search as a count (see quantl), returning the
 /// sign (1 negative) times 32 plus the interval mil; low_code() maps it to
 /// the code IL.
