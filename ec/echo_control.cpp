@@ -4,11 +4,12 @@
 // estimate) and the double-talk detector's flag. Float, fixed-size state.
 //
 // Rules (levels in 16-bit units squared; smoothing factor 0.9 per frame):
-// - far end silent (mean square at most 1): no adaptation;
+// - far end silent (mean square at most 1000, about -60 dBov): no adaptation;
 // - double talk flagged: no adaptation, held 3 frames after the flag ends;
 // - echo-path change: in 4 of the last 6 adapting frames (after the first
-//   25) the error was above the near end (the echo estimate adds echo
-//   instead of removing it); the ERLE history then restarts;
+//   25) the smoothed error level was above the smoothed near-end level (the
+//   echo estimate adds echo instead of removing it); the ERLE history then
+//   restarts;
 // - step: mode 0 fixed, 1.0; mode 1 variable: 1.0 until the smoothed ERLE
 //   reaches 12 dB, then max(0.25, 10^(-(ERLE-12)/20)) (a smaller
 //   misadjustment once converged);
@@ -25,7 +26,7 @@ ZEPS_BEGIN_VARIANT
 namespace {
 
 constexpr std::int32_t kMagic = 0x4C544345;  // "ECTL"
-constexpr float kFarFloor = 1.0f;            // mean square, 16-bit units (about -90 dBov)
+constexpr float kFarFloor = 1000.0f;         // mean square, 16-bit units (rms 31.6, about -60 dBov)
 constexpr int kHoldFrames = 3;
 
 struct EchoControlState {
@@ -83,7 +84,7 @@ ZepStatus zepsEchoControl_EC_32f(const Zep32f* pLevels, int doubleTalk, Zep32f* 
         s->nearLevel = 0.9f * s->nearLevel + 0.1f * nearL;
         s->errLevel = 0.9f * s->errLevel + 0.1f * errL;
         s->erleDb = db(s->nearLevel, s->errLevel);
-        s->worse = ((s->worse << 1) | (errL > nearL && s->frames > 25 ? 1u : 0u)) & 63u;
+        s->worse = ((s->worse << 1) | (s->errLevel > s->nearLevel && s->frames > 25 ? 1u : 0u)) & 63u;
         if (s->frames < 1000000) ++s->frames;
         if (popcount6(s->worse) >= 4) {
             flags |= ZEP_EC_FLAG_PATHCHANGE;

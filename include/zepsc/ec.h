@@ -325,11 +325,12 @@ ZEPSAPI ZepStatus zepsEchoControlInit_EC_32f(Zep8u* pState, int mode);
  * @param pStep      receives the step for the coefficient update (0: frozen)
  * @param pFlags     receives ZEP_EC_FLAG_* bits
  * @param pState     controller state
- * Rules: no adaptation while the far end is silent (mean square at most 1)
- * or while double talk is flagged and for 3 frames after; echo-path change
- * when, after 25 adapting frames, the error exceeded the near end in 4 of
- * the last 6 adapting frames (the ERLE history then restarts); ERLE
- * smoothed from near and error levels (factor 0.9 per adapting frame);
+ * Rules: no adaptation while the far end is silent (mean square at most
+ * 1000, about -60 dBov) or while double talk is flagged and for 3 frames
+ * after; near-end and error levels smoothed over adapting frames (factor
+ * 0.9), ERLE their ratio; echo-path change when, after 25 adapting frames,
+ * the smoothed error level exceeded the smoothed near-end level in 4 of
+ * the last 6 adapting frames (the ERLE history then restarts);
  * NLP when the far end is active, no double-talk hold, and converged.
  * Checks: pointers (-8); doubleTalk outside 0..1 (-5); a state not built by
  * Init (-5); a level negative or not finite (-7).
