@@ -1,10 +1,12 @@
 // A complete echo canceller assembled from the library's public echo-
 // cancellation stages, shared by `zepsc ec` and the measurement tests.
 //
-// Sub-band mode (default): the filter bank's configuration A at 8 kHz (N 32,
-// frame 24, 17 bands) or B at 16 kHz (N 64, frame 44, 33 bands), float; a
-// sub-band NLMS filter of ceil(tail / F) + 6 segments; the output comes out
-// L - F samples late (the bank's delay). Full-band mode: a time-domain NLMS
+// Sub-band mode (default): a float filter bank of N 32 points and L 128 taps
+// at 8 kHz (17 bands) or N 64 and L 256 at 16 kHz (33 bands), hop 16 with a
+// windowed-sinc prototype (cut-off pi/N, Blackman window; the synthesis copy
+// scaled for unit gain), or with hop 0 the built-in configuration A (hop 24)
+// or B (hop 44); a sub-band NLMS filter of ceil(tail / F) + ceil(L / F)
+// segments; the output comes out L - F samples late (the bank's delay). Full-band mode: a time-domain NLMS
 // filter of tail taps run over 10 ms blocks; no delay.
 // Both modes: Geigel double-talk detection (threshold 0.5, hangover 30 ms,
 // over the tail), the frame controller (variable step), two 2100 Hz tone
@@ -35,6 +37,7 @@ struct EcConfig {
     bool nlp = true;     // non-linear processing with comfort noise
     int toneRule = 1;    // 0: ITU-T G.164, 1: ITU-T G.165
     float dtThreshold = 0.5f;  // Geigel threshold (near / far peak)
+    int hop = 16;              // sub-band hop: 0 the built-in configuration A or B, else a windowed-sinc bank of this hop
 };
 
 /// What one processing call saw.
@@ -59,15 +62,18 @@ public:
         if (cfg.subband) {
             const bool wide = cfg.rate == 16000;
             order_ = wide ? 6 : 5;
-            frame_ = wide ? 44 : 24;
+            frame_ = cfg.hop > 0 ? cfg.hop : wide ? 44 : 24;
             winLen_ = wide ? 256 : 128;
             bands_ = (1 << order_) / 2 + 1;
-            segments_ = std::min(255, (tail + frame_ - 1) / frame_ + 6);
+            segments_ = std::min(255, (tail + frame_ - 1) / frame_ + (winLen_ + frame_ - 1) / frame_);
             int s = 0, ib = 0, wb = 0;
             ok(ZEPSC_EC_LIB zepsSubbandProcessGetSize_32f(order_, winLen_, &s, &ib, &wb));
+            std::vector<float> wa, ws;
+            if (cfg.hop > 0) prototype(wa, ws);
             for (auto* p : {&anaFar_, &anaNear_, &syn_}) {
                 p->emplace_back(s);
-                ok(ZEPSC_EC_LIB zepsSubbandProcessInit_32f(p->back().get(), order_, frame_, winLen_, nullptr, nullptr));
+                const float* w = cfg.hop > 0 ? (p == &syn_ ? ws.data() : wa.data()) : nullptr;
+                ok(ZEPSC_EC_LIB zepsSubbandProcessInit_32f(p->back().get(), order_, frame_, winLen_, w, nullptr));
             }
             work_.resize(static_cast<std::size_t>(wb));
             hist_.assign(static_cast<std::size_t>(bands_ * segments_), Zep32fc{0, 0});
@@ -132,6 +138,22 @@ public:
     }
 
 private:
+    /// Windowed-sinc prototype (cut-off pi/N, Blackman window over L taps);
+    /// the synthesis copy scaled by F / sum w^2 for unit gain.
+    void prototype(std::vector<float>& wa, std::vector<float>& ws) const {
+        const int N = 1 << order_, L = winLen_;
+        wa.resize(static_cast<std::size_t>(L));
+        double e = 0;
+        for (int n = 0; n < L; ++n) {
+            const double t = (n - (L - 1) / 2.0) / N, pi = 3.14159265358979323846;
+            const double sinc = t == 0 ? 1.0 : std::sin(pi * t) / (pi * t);
+            const double b = 0.42 - 0.5 * std::cos(2 * pi * (n + 0.5) / L) + 0.08 * std::cos(4 * pi * (n + 0.5) / L);
+            wa[static_cast<std::size_t>(n)] = static_cast<float>(sinc * b);
+            e += sinc * b * sinc * b;
+        }
+        ws = wa;
+        for (auto& v : ws) v = static_cast<float>(v * frame_ / e);
+    }
     static Zep16s clip16(float v) {
         return static_cast<Zep16s>(std::lrint(std::fmax(-32768.0f, std::fmin(32767.0f, v))));
     }

@@ -53,8 +53,8 @@ struct Expect {
     double conv, steady;  // seconds to 20 dB ERLE, steady-state ERLE (last 3 s)
 };
 // Figures reached per model D2..D9 (docs/ec.md).
-constexpr Expect kSubband[8] = {{1.78, 17.1}, {1.21, 20.1}, {0.99, 21.0}, {1.21, 21.9},
-                                {0.83, 22.9}, {0.99, 22.4}, {1.59, 23.3}, {3.15, 20.0}};
+constexpr Expect kSubband[8] = {{0.97, 21.3}, {0.83, 23.1}, {0.83, 25.9}, {0.99, 24.8},
+                                {0.83, 24.3}, {0.85, 24.9}, {1.31, 25.8}, {1.59, 24.3}};
 constexpr Expect kFullband[8] = {{1.94, 34.1}, {0.86, 35.5}, {0.85, 37.1}, {1.26, 36.5},
                                  {0.85, 35.9}, {1.55, 32.7}, {2.43, 26.5}, {2.44, 23.9}};
 
@@ -78,9 +78,9 @@ TEST(EchoG168, FarEndOnlyConvergenceAndSteadyStateOnEveryModel) {
 // Near talker (female speech, the far end's level) from 5 s to 8 s. The
 // Geigel detector flags about half of the double-talk frames and the filter
 // partly diverges on the others: the ERLE right after the double talk is
-// 9 to 10 dB below the ERLE right before it, so the G.168 criterion of no
+// 10 to 12 dB below the ERLE right before it, so the G.168 criterion of no
 // divergence is not met yet (docs/ec.md). The test holds the figures reached
-// and that the canceller recovers within 2 s.
+// and that the canceller recovers (within 3 dB of the earlier ERLE) 2 s later.
 TEST(EchoG168, DoubleTalkDoesNotDivergeTheFilter) {
     for (int sub = 1; sub >= 0; --sub) {
         const Signals s = make(2, -1, 0, 5 * kRate, 8 * kRate);
@@ -95,8 +95,8 @@ TEST(EchoG168, DoubleTalkDoesNotDivergeTheFilter) {
                     100.0 * dtFrames * r.frame / (3.0 * kRate));
         const double recovered = erle(s.echo, r.linear, 10 * kRate, 11 * kRate);
         std::printf("  ERLE 2 s after the double talk %.1f dB\n", recovered);
-        EXPECT_GE(before, sub ? 18.5 : 25.7);
-        EXPECT_GE(after, sub ? 9.7 : 16.2);
+        EXPECT_GE(before, sub ? 22.7 : 25.7);
+        EXPECT_GE(after, sub ? 10.5 : 16.2);
         EXPECT_GE(recovered, before - 3.0);
     }
 }
@@ -112,8 +112,8 @@ TEST(EchoG168, EchoPathChangeReconverges) {
         std::printf("%s D2 -> D4 at 5.5 s: re-convergence to 15 dB %.2f s, then ERLE %.1f dB\n",
                     sub ? "sub-band" : "full-band", t, steady);
         EXPECT_GE(t, 0.0);
-        EXPECT_LE(t, sub ? 0.86 : 1.02);
-        EXPECT_GE(steady, sub ? 20.5 : 30.7);
+        EXPECT_LE(t, sub ? 0.69 : 1.02);
+        EXPECT_GE(steady, sub ? 24.6 : 30.7);
     }
 }
 
@@ -155,7 +155,7 @@ TEST(EchoG168, AnswerToneDisablesByTheRules) {
 }
 
 // Non-linear processing: the output's echo attenuation with NLP on and off.
-// The sub-band residual (about 21 dB down) is replaced by comfort noise; the
+// The sub-band residual (about 26 dB down) is replaced by comfort noise; the
 // full-band residual already lies at the noise floor, which NLP keeps.
 TEST(EchoG168, NonLinearProcessingRemovesTheResidual) {
     for (int sub = 1; sub >= 0; --sub) {
@@ -168,8 +168,8 @@ TEST(EchoG168, NonLinearProcessingRemovesTheResidual) {
         }
         std::printf("%s D4: output echo attenuation NLP off %.1f dB, on %.1f dB\n", sub ? "sub-band" : "full-band",
                     att[0], att[1]);
-        EXPECT_GE(att[1], att[0] + (sub ? 6.0 : 0.5));
-        EXPECT_GE(att[1], sub ? 27.6 : 37.6);
+        EXPECT_GE(att[1], att[0] + (sub ? 2.5 : 0.5));
+        EXPECT_GE(att[1], sub ? 28.4 : 37.6);
     }
 }
 
