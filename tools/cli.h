@@ -70,6 +70,7 @@ void add_codec_commands(CLI::App& app);
 void add_vad(CLI::App& app);
 void add_lpc(CLI::App& app);
 void add_subband(CLI::App& app);
+void add_ec(CLI::App& app);
 void add_bench(CLI::App& app);
 
 /// A validator of an option's value against its allowed choices, with the

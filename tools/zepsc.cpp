@@ -82,6 +82,7 @@ int run(int argc, char** argv) {
     zepsc_cli::add_vad(app);
     zepsc_cli::add_lpc(app);
     zepsc_cli::add_subband(app);
+    zepsc_cli::add_ec(app);
     zepsc_cli::add_bench(app);
     for (CLI::App* sub : app.get_subcommands([](CLI::App*) { return true; })) {
         sub->set_help_flag("-h,--help", "this help");

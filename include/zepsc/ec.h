@@ -173,6 +173,309 @@ ZEPSAPI ZepStatus zepsSubbandSynthesis_32sc16s_Sfs(const Zep32sc* pSrc, Zep16s* 
                                                    int scaleFactor, Zep8u* pBuf);
 /** @} */
 
+/** @defgroup ecadapt Echo canceller: adaptive filters, controllers, tone disabler, noise filter
+ *  Sub-band and full-band NLMS filters, the frame controller with its
+ *  Geigel double-talk detector, non-linear processing with comfort noise,
+ *  the 2100 Hz tone disabler and the sub-band noise filter.
+ *
+ *  Sub-band history layout (filter and update): numSegments spectra of
+ *  numBands complex values each, segment s at offset s*numBands, segment 0
+ *  the newest far-end spectrum (so a filter of S segments spans S frames of
+ *  the filter bank). Sub-band counts outside 1..4097 give
+ *  zepStsSubbandNumErr (-119), checked before the segment count (1..255)
+ *  and any scale factor (-31..31), both zepStsRangeErr (-7).
+ *  Set-up routines (GetSize, Init) check their configuration (-5) before
+ *  their pointers. Variable-size states (double-talk detector, noise
+ *  filter) are placed at the first 16-byte boundary of the caller's block
+ *  and point into themselves: never copy them, initialise again. Every
+ *  processing call checks that its state was built by its Init at this
+ *  place (a magic value, its lengths, its inner pointer): otherwise
+ *  zepStsBadArgErr (-5), nothing written.
+ *  @{ */
+
+/** Controller flags (zepsEchoControl_EC_32f). */
+enum ZepEcFlag {
+    ZEP_EC_FLAG_ADAPT = 1,      /**< adapt this frame with the step returned */
+    ZEP_EC_FLAG_DOUBLETALK = 2, /**< double talk (or its 3-frame hold): adaptation frozen */
+    ZEP_EC_FLAG_PATHCHANGE = 4, /**< echo-path change detected this frame */
+    ZEP_EC_FLAG_CONVERGED = 8,  /**< smoothed ERLE at least 12 dB */
+    ZEP_EC_FLAG_NLP = 16        /**< suppress the residual (non-linear processing) */
+};
+
+/** Tone detector result flags (zepsToneDetect_EC_16s). */
+enum ZepEcToneFlag {
+    ZEP_EC_TONE_PRESENT = 1,  /**< 2100 Hz tone present (run of 50 ms or more) */
+    ZEP_EC_TONE_REVERSAL = 2, /**< the present tone has had a phase reversal */
+    ZEP_EC_TONE_DISABLE = 4   /**< the canceller is to be disabled (G.164/G.165 rule) */
+};
+
+/**
+ * Sub-band adaptive filter output, complex float:
+ * pDst[k] = sum over s of pSrc[s*numBands+k] * pCoef[s*numBands+k].
+ *
+ * @param pSrc        far-end history, numSegments x numBands values (newest first)
+ * @param pCoef       coefficients, same layout
+ * @param pDst        numBands values (the echo estimate of the frame)
+ * @param numBands    sub-band count, 1..4097 (N/2+1 of the filter bank)
+ * @param numSegments 1..255
+ * Checks: pSrc, pCoef, pDst null: -8; numBands: zepStsSubbandNumErr (-119);
+ * numSegments: zepStsRangeErr (-7). Products and sums in single precision,
+ * segments in increasing order.
+ */
+ZEPSAPI ZepStatus zepsSubbandFilter_EC_32fc(const Zep32fc* pSrc, const Zep32fc* pCoef, Zep32fc* pDst, int numBands,
+                                            int numSegments);
+
+/**
+ * Sub-band adaptive filter output, complex 32-bit fixed point with Q31
+ * coefficients: pDst[k] = round(sum_s X_s[k] C_s[k] 2^-(31+scaleFactor)),
+ * the sum exact (128-bit), rounded to nearest (ties up), each part
+ * saturated to 32 bits.
+ *
+ * @param pSrc        far-end history, numSegments x numBands values
+ * @param pCoef       coefficients in Q31, same layout
+ * @param pDst        numBands values
+ * @param numBands    1..4097
+ * @param numSegments 1..255
+ * @param scaleFactor -31..31
+ * Checks: pointers (-8); numBands (-119); numSegments (-7); scaleFactor (-7).
+ */
+ZEPSAPI ZepStatus zepsSubbandFilter_EC_32sc_Sfs(const Zep32sc* pSrc, const Zep32sc* pCoef, Zep32sc* pDst,
+                                                int numBands, int numSegments, int scaleFactor);
+
+/**
+ * Sub-band NLMS coefficient update, complex float, in place:
+ * P[k] = sum_s |X_s[k]|^2; C_s[k] += step E[k] conj(X_s[k]) / (P[k] + delta).
+ *
+ * @param pSrc        far-end history the frame's error was formed with
+ * @param pErr        numBands error values (near end minus filter output)
+ * @param pCoef       coefficients, updated in place
+ * @param numBands    1..4097
+ * @param numSegments 1..255
+ * @param step        0..2 (0: frozen, nothing changes)
+ * @param delta       regularisation, above 0 (a far-end power floor)
+ * Checks: pointers (-8); numBands (-119); numSegments (-7); step outside
+ * 0..2 or delta not above 0 (or not finite): -7.
+ */
+ZEPSAPI ZepStatus zepsSubbandCoefUpdate_EC_32fc_I(const Zep32fc* pSrc, const Zep32fc* pErr, Zep32fc* pCoef,
+                                                  int numBands, int numSegments, Zep32f step, Zep32f delta);
+
+/**
+ * Full-band echo-path filter, float: pDst[n] = sum_k pCoef[k] pSrc[n+taps-1-k].
+ *
+ * @param pSrc  far-end history of len + taps - 1 samples, oldest first
+ * @param pCoef taps coefficients (pCoef[0] weighs the newest sample)
+ * @param pDst  len samples
+ * @param len   1 or more
+ * @param taps  1 or more
+ * Checks: pointers (-8); len or taps below 1: zepStsSizeErr (-6).
+ */
+ZEPSAPI ZepStatus zepsFullbandFilter_EC_32f(const Zep32f* pSrc, const Zep32f* pCoef, Zep32f* pDst, int len,
+                                            int taps);
+
+/**
+ * Full-band echo-path filter, 16-bit samples, Q15 coefficients: the 64-bit
+ * sum of products rounded in Q15 ((acc + 2^14) >> 15) and saturated to 16
+ * bits. Arguments and checks as zepsFullbandFilter_EC_32f.
+ */
+ZEPSAPI ZepStatus zepsFullbandFilter_EC_16s(const Zep16s* pSrc, const Zep16s* pCoef, Zep16s* pDst, int len,
+                                            int taps);
+
+/**
+ * Full-band NLMS echo canceller (narrow-band line echo), float, sample by
+ * sample: e[n] = d[n] - sum_k c[k] u[k], then c[k] += step e[n] u[k] /
+ * (|u|^2 + delta), u[k] = pSrc[n+taps-1-k]. |u|^2 is recomputed in double
+ * precision every 256 samples and updated by the entering and leaving
+ * samples in between.
+ *
+ * @param pSrc  far-end history of len + taps - 1 samples, oldest first
+ * @param pIn   len near-end (line input) samples
+ * @param pErr  len output samples, the echo-cancelled signal e
+ * @param pCoef taps coefficients, updated in place
+ * @param len   1 or more
+ * @param taps  1 or more
+ * @param step  0..2 (0: filter only)
+ * @param delta regularisation above 0
+ * Checks: pointers (-8); len or taps below 1 (-6); step or delta (-7).
+ */
+ZEPSAPI ZepStatus zepsFullbandNLMS_EC_32f(const Zep32f* pSrc, const Zep32f* pIn, Zep32f* pErr, Zep32f* pCoef,
+                                          int len, int taps, Zep32f step, Zep32f delta);
+
+/**
+ * Size of the frame controller's state (fixed).
+ * @param pSize receives the size in bytes (any address is accepted by Init)
+ * Checks: pSize null: -8.
+ */
+ZEPSAPI ZepStatus zepsEchoControlGetSize_EC_32f(int* pSize);
+
+/**
+ * Builds the frame controller's state.
+ * @param pState block of the queried size, any address
+ * @param mode   0: fixed step 1.0; 1: variable step (1.0 until the smoothed
+ *               ERLE reaches 12 dB, then max(0.25, 10^(-(ERLE-12)/20)))
+ * Checks: mode outside 0..1: -5; pState null: -8.
+ */
+ZEPSAPI ZepStatus zepsEchoControlInit_EC_32f(Zep8u* pState, int mode);
+
+/**
+ * Frame controller: adaptation freeze, step size, echo-path change and the
+ * non-linear-processing decision for one frame.
+ *
+ * @param pLevels    4 mean squares of the frame, 16-bit units squared: far
+ *                   end, near end, error (canceller output), echo estimate
+ * @param doubleTalk 1 when the double-talk detector flagged the frame, else 0
+ * @param pStep      receives the step for the coefficient update (0: frozen)
+ * @param pFlags     receives ZEP_EC_FLAG_* bits
+ * @param pState     controller state
+ * Rules: no adaptation while the far end is silent (mean square at most
+ * 1000, about -60 dBov) or while double talk is flagged and for 3 frames
+ * after; near-end and error levels smoothed over adapting frames (factor
+ * 0.9), ERLE their ratio; echo-path change when, after 25 adapting frames,
+ * the smoothed error level exceeded the smoothed near-end level in 4 of
+ * the last 6 adapting frames (the ERLE history then restarts);
+ * NLP when the far end is active, no double-talk hold, and converged.
+ * Checks: pointers (-8); doubleTalk outside 0..1 (-5); a state not built by
+ * Init (-5); a level negative or not finite (-7).
+ */
+ZEPSAPI ZepStatus zepsEchoControl_EC_32f(const Zep32f* pLevels, int doubleTalk, Zep32f* pStep, Zep32s* pFlags,
+                                         Zep8u* pState);
+
+/**
+ * Size of a Geigel double-talk detector's state.
+ * @param tailLen far-end samples searched for the peak, 1..65536 (the echo
+ *                canceller's tail)
+ * @param pSize   receives 16 + 48 + round16(4 tailLen) bytes
+ * Checks: tailLen (-5); pSize null (-8).
+ */
+ZEPSAPI ZepStatus zepsDoubleTalkGetSize_EC_32f(int tailLen, int* pSize);
+
+/**
+ * Builds a Geigel double-talk detector.
+ * @param pState    block of the queried size, any address
+ * @param tailLen   1..65536
+ * @param threshold near/far ratio, above 0 and at most 16 (0.5: the 6 dB
+ *                  echo return loss assumed by ITU-T G.168)
+ * @param hangover  samples the decision is held, 0..2^20
+ * Checks: tailLen or hangover (-5); pState null (-8); threshold (-7).
+ */
+ZEPSAPI ZepStatus zepsDoubleTalkInit_EC_32f(Zep8u* pState, int tailLen, Zep32f threshold, int hangover);
+
+/**
+ * Geigel double-talk detection over a block: double talk at sample n when
+ * |near[n]| >= threshold * max |far| over the last tailLen far-end samples
+ * (including n) and |near[n]| > 0, held for hangover samples.
+ *
+ * @param pFar        len far-end samples
+ * @param pNear       len near-end samples (the same instants)
+ * @param pDoubleTalk receives 1 when any sample of the block is in double
+ *                    talk (or its hangover), else 0
+ * @param len         1 or more
+ * @param pState      detector state
+ * Checks: pointers (-8); len below 1 (-5); a state not built by Init here (-5).
+ */
+ZEPSAPI ZepStatus zepsDoubleTalk_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Zep32s* pDoubleTalk, int len,
+                                        Zep8u* pState);
+
+/**
+ * Size of the non-linear processor's state (fixed).
+ * @param pSize receives the size in bytes
+ * Checks: pSize null (-8).
+ */
+ZEPSAPI ZepStatus zepsNLPGetSize_EC_32f(int* pSize);
+
+/**
+ * Builds the non-linear processor (background level unknown, noise
+ * generator seed 12345).
+ * @param pState block of the queried size, any address
+ * Checks: pState null (-8).
+ */
+ZEPSAPI ZepStatus zepsNLPInit_EC_32f(Zep8u* pState);
+
+/**
+ * Non-linear processing with comfort noise, one block. suppress 0: the
+ * block passes unchanged and updates the background level (minimum
+ * tracking of the block mean square: falls at once, rises 0.5 dB a block);
+ * suppress 1: the block is replaced by uniform white noise of that mean
+ * square (32-bit linear congruential generator, multiplier 1664525,
+ * increment 1013904223).
+ *
+ * @param pSrc     len samples (the canceller's output); pDst may equal pSrc
+ * @param pDst     len samples
+ * @param len      1 or more
+ * @param suppress 0 or 1 (ZEP_EC_FLAG_NLP of the controller)
+ * @param pState   NLP state
+ * Checks: pointers (-8); len below 1 or suppress outside 0..1 (-5); a state
+ * not built by Init (-5); a block whose mean square is not finite (-7).
+ */
+ZEPSAPI ZepStatus zepsNLP_EC_32f(const Zep32f* pSrc, Zep32f* pDst, int len, int suppress, Zep8u* pState);
+
+/**
+ * Size of the 2100 Hz tone detector's state (fixed).
+ * @param pSize receives the size in bytes
+ * Checks: pSize null (-8).
+ */
+ZEPSAPI ZepStatus zepsToneDetectGetSize_EC_16s(int* pSize);
+
+/**
+ * Builds a 2100 Hz tone detector.
+ * @param pState     block of the queried size, any address
+ * @param sampleFreq 8000 or 16000
+ * @param rule       0: ITU-T G.164 (the tone alone disables, after 250 ms);
+ *                   1: ITU-T G.165 (only a tone with a phase reversal,
+ *                   after at least 200 ms of tone, disables)
+ * Checks: sampleFreq or rule (-5); pState null (-8).
+ */
+ZEPSAPI ZepStatus zepsToneDetectInit_EC_16s(Zep8u* pState, int sampleFreq, int rule);
+
+/**
+ * 2100 Hz answer-tone detection and disabling decision, any block length.
+ * The input is cut into 10 ms blocks (21 periods of 2100 Hz). A tone block
+ * has at least 70 % of its energy in the 2100 Hz phasor and a tone level of
+ * -36 dBm0 or more (0 dBm0 = rms 16138); a run of tone blocks survives up
+ * to 2 blocks without tone. A phase reversal is a phase advance between
+ * tone blocks that departs from the run's steady advance by more than 90
+ * degrees (at most one per 150 ms). Release of the disable: 250 ms in which
+ * every block is below -36 dBm0.
+ *
+ * @param pSrc    len samples
+ * @param len     1 or more
+ * @param pResult receives ZEP_EC_TONE_* bits after the last complete block
+ * @param pState  detector state
+ * Checks: pointers (-8); len below 1 (-5); a state not built by Init (-5).
+ */
+ZEPSAPI ZepStatus zepsToneDetect_EC_16s(const Zep16s* pSrc, int len, Zep32s* pResult, Zep8u* pState);
+
+/**
+ * Size of a noise filter's state for numBands sub-bands.
+ * @param numBands 1..4097
+ * @param pSize    receives 16 + 32 + round16(16 numBands) bytes
+ * Checks: numBands (-5); pSize null (-8).
+ */
+ZEPSAPI ZepStatus zepsNoiseFilterGetSize_NR_32f(int numBands, int* pSize);
+
+/**
+ * Builds a noise filter (noise estimates unknown until the first frame).
+ * @param pState   block of the queried size, any address
+ * @param numBands 1..4097
+ * Checks: numBands (-5); pState null (-8).
+ */
+ZEPSAPI ZepStatus zepsNoiseFilterInit_NR_32f(Zep8u* pState, int numBands);
+
+/**
+ * Noise filter, one sub-band frame in place (complex float). Per band,
+ * P = |Y|^2; smoothed power S = 0.7 S + 0.3 P; noise N = 2 M with M the
+ * minimum of S rising at most 0.015 dB a frame; a posteriori SNR g = P/N;
+ * a priori SNR by the decision-directed rule xi = 0.98 G'^2 g' + 0.02
+ * max(g - 1, 0) (G', g' of the previous frame); gain G = max(xi/(1+xi),
+ * 0.178) (Wiener rule, floor -15 dB). A band whose power is not finite is
+ * left as it is.
+ *
+ * @param pSrcDst the state's numBands values, filtered in place
+ * @param pState  noise-filter state (it holds the sub-band count)
+ * Checks: pointers (-8); a state not built by Init (-5).
+ */
+ZEPSAPI ZepStatus zepsNoiseFilter_NR_32fc_I(Zep32fc* pSrcDst, Zep8u* pState);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif
