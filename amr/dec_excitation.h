@@ -249,10 +249,10 @@ inline void agc2(const Word16* sig_in, Word16* sig_out, int l_trm) {
     for (int i = 0; i < l_trm; i++) sig_out[i] = extract_h(L_shl(L_mult(sig_out[i], g0), 3));
 }
 
-/// Syn_filt: 1/A(z) over lg samples with memory mem (updated when update != 0);
+/// Syn_filt: 1/A(z) over lg (at most 160) samples with memory mem (updated when update != 0);
 /// returns true when a basic operation saturated (the reference's Overflow).
 inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, Word16* mem, bool update) {
-    Word16 tmp[kM + 2 * kLSubfr];
+    Word16 tmp[kM + kLFrame];
     Flag ovf = false;
     for (int i = 0; i < kM; i++) tmp[i] = mem[i];
     Word16* yy = tmp + kM;
