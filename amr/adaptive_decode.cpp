@@ -28,7 +28,7 @@ ZepStatus zepsAdaptiveLagDecode_GSMAMR_16s(Zep16s index, Zep16s subframeFlag, Ze
     if (any_null(pT0, pT0Frac)) return zepStsNullPtrErr;
     const int mode = amr_rate::mode_of_rate(rate);
     if (mode < 0) return zepStsRangeErr;
-    if (T0Prev < kPitMinMR122 || T0Prev > kPitMax) return zepStsRangeErr;
+    if (T0Prev < kPitMinMR122 || T0Prev > kPitMax + 1) return zepStsRangeErr;
     if (index < 0 || index >= lag_index_count(mode, subframeFlag == 0)) return zepStsOutOfRangeErr;
     Word16 T0 = T0Prev, T0_frac = 0;
     if (mode == MR122) {

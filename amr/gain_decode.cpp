@@ -1,4 +1,4 @@
-// zepsDecodeGain_GSMAMR_16s, zepsConcealPitchGain_GSMAMR_16s and
+// zepsDecodeGain_GSMAMR_16s, zepsDecodePitchGain_GSMAMR_16s, zepsConcealPitchGain_GSMAMR_16s and
 // zepsConcealCodeGain_GSMAMR_16s: gain decoding of every mode with the MA
 // prediction of the code gain, and the concealment of lost gains (3GPP TS
 // 26.073 dec_gain.c Dec_gain, d_gain_p.c d_gain_pitch, d_gain_c.c
@@ -27,13 +27,12 @@ void store_pred(const amr_dec::GainPredState& s, Zep16s* p) {
     }
 }
 
-/// Index counts: the joint index, or the pitch and code indices of MR795 and MR122.
-void index_counts(int mode, int& n0, int& n1) {
-    n1 = 0;
+/// Index count: the joint index, or the code gain index of MR795 and MR122.
+void index_counts(int mode, int& n0) {
     switch (mode) {
         case amr_dec::MR475: n0 = 256; break;
         case amr_dec::MR515: case amr_dec::MR59: n0 = 64; break;
-        case amr_dec::MR795: case amr_dec::MR122: n0 = 16; n1 = 32; break;
+        case amr_dec::MR795: case amr_dec::MR122: n0 = 32; break;
         default: n0 = 128; break;
     }
 }
@@ -46,21 +45,28 @@ ZepStatus zepsDecodeGain_GSMAMR_16s(Zep16s* pPastQuaEn, const Zep16s* pSrcCode, 
     if (any_null(pPastQuaEn, pSrcCode, pSrcIndex, pGainPitch, pGainCode)) return zepStsNullPtrErr;
     const int mode = amr_rate::mode_of_rate(rate);
     if (mode < 0) return zepStsRangeErr;
-    int n0, n1;
-    index_counts(mode, n0, n1);
+    int n0;
+    index_counts(mode, n0);
     if (pSrcIndex[0] < 0 || pSrcIndex[0] >= n0) return zepStsOutOfRangeErr;
-    if (n1 != 0 && (pSrcIndex[1] < 0 || pSrcIndex[1] >= n1)) return zepStsOutOfRangeErr;
     GainPredState pred = load_pred(pPastQuaEn);
-    Word16 gain_pit, gain_code;
-    if (n1 != 0) {
-        gain_pit = d_gain_pitch(static_cast<Word16>(mode), pSrcIndex[0]);
-        gain_code = d_gain_code(pred, static_cast<Word16>(mode), pSrcIndex[1], pSrcCode);
+    if (mode == MR795 || mode == MR122) {
+        *pGainCode = d_gain_code(pred, static_cast<Word16>(mode), pSrcIndex[0], pSrcCode);
     } else {
+        Word16 gain_pit, gain_code;
         dec_gain(pred, static_cast<Word16>(mode), pSrcIndex[0], pSrcCode, evenSubframe != 0 ? 1 : 0, gain_pit, gain_code);
+        *pGainPitch = gain_pit;
+        *pGainCode = gain_code;
     }
     store_pred(pred, pPastQuaEn);
-    *pGainPitch = gain_pit;
-    *pGainCode = gain_code;
+    return zepStsNoErr;
+}
+
+ZepStatus zepsDecodePitchGain_GSMAMR_16s(Zep16s index, Zep16s* pGainPitch, Zep32s rate) {
+    if (any_null(pGainPitch)) return zepStsNullPtrErr;
+    const int mode = amr_rate::mode_of_rate(rate);
+    if (mode != amr_dec::MR795 && mode != amr_dec::MR122) return zepStsRangeErr;
+    if (index < 0 || index > 15) return zepStsOutOfRangeErr;
+    *pGainPitch = amr_dec::d_gain_pitch(static_cast<Word16>(mode), index);
     return zepStsNoErr;
 }
 

@@ -573,12 +573,12 @@ ZEPSAPI ZepStatus zepsInterpolateLSP_GSMAMR_16s(const Zep16s* pLSPOld, const Zep
  *
  * @param index         received lag index
  * @param subframeFlag  0: absolute coding (the 1st, and except rates 0 and 1 the 3rd, subframe)
- * @param T0Prev        previous lag, 18..143
+ * @param T0Prev        previous lag, 18..144 (as this function writes them)
  * @param pT0           out: integer lag
  * @param pT0Frac       out: fraction, -1..1 (thirds) or -2..3 (sixths, rate 12)
  * @param rate          rate code 0, 1, 3, 6, 7, 8, 11 or 12
  * @return checks in order: pT0, pT0Frac null -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7);
- *         T0Prev outside 18..143 -> zepStsRangeErr (-7); index outside its code (absolute: 0..255,
+ *         T0Prev outside 18..144 -> zepStsRangeErr (-7); index outside its code (absolute: 0..255,
  *         rate 12 0..511; relative: 0..15 for rates 0, 1, 3, 6; 0..31 for 7, 11; 0..63 for 8, 12) ->
  *         zepStsOutOfRangeErr (-11); else zepStsNoErr. The lag written lies in 18..144.
  */
@@ -649,23 +649,37 @@ ZEPSAPI ZepStatus zepsPitchSharpening_GSMAMR_16s_I(Zep16s* pSrcDstCode, Zep16s T
  *   (table_gain_MR475; the predictor memory takes log2 and 20 log10 of the
  *   code gain factor); rates 1, 3: table_gain_lowrates; 6, 7, 11:
  *   table_gain_highrates.
- * - Rates 8 and 12: pSrcIndex[0] is the pitch gain index (qua_gain_pitch; rate
- *   12 clears the 2 LSBs), pSrcIndex[1] the code gain index (qua_gain_code).
+ * - Rates 8 and 12 (d_gain_code): pSrcIndex[0] is the code gain index
+ *   (qua_gain_code); the pitch gain is coded apart
+ *   (zepsDecodePitchGain_GSMAMR_16s, needed before the pitch sharpening of
+ *   rate 12) and pGainPitch is left as it is.
  *
  * @param pPastQuaEn   in/out: 8 values, past_qua_en[4] (20 log10, Q10) then past_qua_en_MR122[4]
  *                     (log2, Q10); reset values -14336 and -2381
  * @param pSrcCode     40 innovation samples after pitch sharpening (Q13; Q12 for rate 12)
- * @param pSrcIndex    1 index (2 for rates 8 and 12)
- * @param pGainPitch   out: pitch gain, Q14
+ * @param pSrcIndex    1 index
+ * @param pGainPitch   out: pitch gain, Q14 (not written for rates 8 and 12)
  * @param pGainCode    out: code gain, Q1 (rate 12: Q1 of the Q12 innovation)
  * @param rate         rate code 0, 1, 3, 6, 7, 8, 11 or 12
  * @param evenSubframe rate 0: nonzero for the 1st and 3rd subframes
  * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); an index
- *         outside its table (256 for rate 0, 64 for 1 and 3, 128 for 6, 7, 11; 16 and 32 for 8
- *         and 12) -> zepStsOutOfRangeErr (-11); else zepStsNoErr.
+ *         outside its table (256 for rate 0, 64 for 1 and 3, 128 for 6, 7, 11; 32 for 8 and 12) ->
+ *         zepStsOutOfRangeErr (-11); else zepStsNoErr.
  */
 ZEPSAPI ZepStatus zepsDecodeGain_GSMAMR_16s(Zep16s* pPastQuaEn, const Zep16s* pSrcCode, const Zep16s* pSrcIndex,
                                             Zep16s* pGainPitch, Zep16s* pGainCode, Zep32s rate, Zep32s evenSubframe);
+
+/**
+ * GSM-AMR scalar pitch gain of rates 8 and 12 (3GPP TS 26.073 d_gain_p.c
+ * d_gain_pitch): qua_gain_pitch[index], Q14, with the 2 LSBs cleared for rate 12.
+ *
+ * @param index       pitch gain index 0..15
+ * @param pGainPitch  out: pitch gain, Q14
+ * @param rate        rate code 8 or 12
+ * @return checks in order: pGainPitch null -> zepStsNullPtrErr (-8); rate not 8 or 12 ->
+ *         zepStsRangeErr (-7); index outside 0..15 -> zepStsOutOfRangeErr (-11); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodePitchGain_GSMAMR_16s(Zep16s index, Zep16s* pGainPitch, Zep32s rate);
 
 /**
  * GSM-AMR pitch gain concealment and history (3GPP TS 26.073 ec_gains.c
@@ -797,6 +811,20 @@ ZEPSAPI ZepStatus zepsPostFilter_GSMAMR_16s_I(ZepPostFilterState_GSMAMR* pState,
  * @return checks in order: pointers -> zepStsNullPtrErr (-8); len below 1 -> zepStsSizeErr (-6); else zepStsNoErr.
  */
 ZEPSAPI ZepStatus zepsPostProcess_GSMAMR_16s_I(Zep16s* pState, Zep16s* pSrcDst, Zep32s len);
+
+/**
+ * GSM-AMR gain control without smoothing (3GPP TS 26.073 agc.c agc2): the
+ * signal is scaled by sqrt(energy(ref) / energy(signal)) (Q12 gain, energies
+ * of the samples >> 2 when the plain sum saturates); a silent signal is left
+ * as it is, a silent reference gives zeros. The decoder applies it to the
+ * pitch-sharpened excitation with the excitation as reference.
+ *
+ * @param pSrcRef  len reference samples
+ * @param pSrcDst  in/out: len samples, scaled
+ * @param len      number of samples, at least 1
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); len below 1 -> zepStsSizeErr (-6); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainControl_GSMAMR_16s_I(const Zep16s* pSrcRef, Zep16s* pSrcDst, Zep32s len);
 /** @} */
 
 #ifdef __cplusplus

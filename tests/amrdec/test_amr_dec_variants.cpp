@@ -266,3 +266,25 @@ ZEPS_VARIANT_CHECK(zepsPostProcess_GSMAMR_16s_I) {
         EXPECT_EQ(xa, xb);
     }
 }
+
+ZEPS_VARIANT_CHECK(zepsGainControl_GSMAMR_16s_I) {
+    for (int t = 0; t < 50; t++) {
+        const V16 ref = rng.chance(8) ? V16(200, 0) : rng.vec<std::int16_t>(200);
+        V16 xa = rng.chance(8) ? V16(200, 0) : rng.vec<std::int16_t>(200), xb = xa;
+        const auto len = static_cast<std::int32_t>(rng.uniform(-1, 200));
+        EXPECT_EQ(zeps::u8::zepsGainControl_GSMAMR_16s_I(ref.data(), xa.data(), len),
+                  zeps::n8::zepsGainControl_GSMAMR_16s_I(ref.data(), xb.data(), len));
+        EXPECT_EQ(xa, xb);
+    }
+}
+
+ZEPS_VARIANT_CHECK(zepsDecodePitchGain_GSMAMR_16s) {
+    for (int t = 0; t < 50; t++) {
+        const auto index = static_cast<std::int16_t>(rng.uniform(-2, 17));
+        const std::int32_t rate = rng.chance(2) ? static_cast<std::int32_t>(rng.uniform(7, 12)) : some_rate(rng);
+        std::int16_t a = 0x5a5a, b = a;
+        EXPECT_EQ(zeps::u8::zepsDecodePitchGain_GSMAMR_16s(index, &a, rate),
+                  zeps::n8::zepsDecodePitchGain_GSMAMR_16s(index, &b, rate));
+        EXPECT_EQ(a, b);
+    }
+}
