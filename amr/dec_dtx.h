@@ -317,13 +317,7 @@ inline void dtx_dec_activity_update(DtxDecState& st, const Word16* lsf, const Wo
     st.lsf_hist_ptr = add(st.lsf_hist_ptr, kM);
     if (st.lsf_hist_ptr == 80) st.lsf_hist_ptr = 0;
     for (int i = 0; i < kM; i++) st.lsf_hist[st.lsf_hist_ptr + i] = lsf[i];
-    Word32 L_frame_en = 0;
-    for (int i = 0; i < kLFrame; i++) L_frame_en = L_mac(L_frame_en, frame[i], frame[i]);
-    Word16 log_en_e, log_en_m;
-    Log2(L_frame_en, log_en_e, log_en_m);
-    Word16 log_en = shl(log_en_e, 10);
-    log_en = add(log_en, shr(log_en_m, 15 - 10));
-    log_en = sub(log_en, 7497 + 1024);
+    const Word16 log_en = amr_dtx::frame_log_energy(frame);  // Q10, log2(160) = 7497 + 1024 subtracted
     st.log_en_hist_ptr = add(st.log_en_hist_ptr, 1);
     if (st.log_en_hist_ptr == 8) st.log_en_hist_ptr = 0;
     st.log_en_hist[st.log_en_hist_ptr] = log_en;
