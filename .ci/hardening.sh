@@ -2,8 +2,9 @@
 # Hardening steps of CI, after .ci/run: the test suite under valgrind
 # memcheck, clang-tidy and cppcheck on the library sources (configuration in
 # .clang-tidy and .ci/cppcheck-suppressions.txt), the ThreadSanitizer build
-# with the thread test, and the fuzz targets (.ci/fuzz.sh). Sized for about
-# 20 minutes on two cores; each step prints its time.
+# with the thread test, and the fuzz targets (.ci/fuzz.sh: corpus replay and
+# fixed-seed fuzzing with a bounded number of executions, deterministic).
+# Sized for about 15 minutes on two cores; each step prints its time.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 export ZEPS_SHARED_DIR=${ZEPS_SHARED_DIR:-$PWD/../shared}
@@ -50,7 +51,7 @@ cmake -S . -B build-tsan -DZEPS_WERROR=ON -DZEPS_TSAN=ON -DZEPS_BUILD_BENCH=OFF 
 cmake --build build-tsan -j"$jobs" --target zepsc_tests
 TSAN_OPTIONS="halt_on_error=1 exitcode=66" build-tsan/tests/zepsc_tests --gtest_brief=1 --gtest_filter='Threads.*:Contract.*'
 
-step "fuzzing: every contract target"
+step "fuzzing: every target (corpus replay, fixed seeds, bounded runs)"
 .ci/fuzz.sh
 
 step "hardening passed"

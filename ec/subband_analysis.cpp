@@ -24,6 +24,7 @@ ZepStatus zepsSubbandAnalysis_16s32sc_Sfs(const Zep16s* pSrc, Zep32sc* pDst, Zep
                                           Zep8u* pBuf) {
     if (any_null(pSrc, pDst, pState, pBuf)) return zepStsNullPtrErr;
     auto* s = align16<SubbandState16s>(pState);
+    if (!subband_state_ok(s)) return zepStsBadArgErr;
     const int L = s->len, N = s->fftLen;
     push_frame(s->pDelay, pSrc, L, s->frameSize);
     auto* u = align16<Word32>(pBuf);
@@ -36,6 +37,7 @@ ZepStatus zepsSubbandAnalysis_16s32sc_Sfs(const Zep16s* pSrc, Zep32sc* pDst, Zep
 ZepStatus zepsSubbandAnalysis_32f32fc(const Zep32f* pSrc, Zep32fc* pDst, Zep8u* pState, Zep8u* pBuf) {
     if (any_null(pSrc, pDst, pState, pBuf)) return zepStsNullPtrErr;
     auto* s = align16<SubbandState32f>(pState);
+    if (!subband_state_ok(s)) return zepStsBadArgErr;
     const int L = s->len, N = s->fftLen;
     push_frame(s->pDelay, pSrc, L, s->frameSize);
     // The fold is delivered straight into the FFT's split work arrays.

@@ -109,6 +109,7 @@ ZepStatus zepsSubbandProcessInit_16s(Zep8u* pState, int order, int frameSize, in
     s->len = len;
     s->fftLen = 1 << order;
     s->frameSize = frameSize;
+    s->magic = kSubbandMagic16s;  // last: the state is complete
     return zepStsNoErr;
 }
 
@@ -138,6 +139,7 @@ ZepStatus zepsSubbandProcessInit_32f(Zep8u* pState, int order, int frameSize, in
     s->fftLen = 1 << order;
     s->frameSize = frameSize;
     std::memset(s->pDelay, 0, 4 * L);
+    s->magic = kSubbandMagic32f;  // last: the state is complete
     return zepStsNoErr;
 }
 

@@ -25,6 +25,7 @@ void advance_delay(T* d, int L, int F) {
 ZepStatus zepsSubbandSynthesis_32fc32f(const Zep32fc* pSrc, Zep32f* pDst, Zep8u* pState, Zep8u* pBuf) {
     if (any_null(pSrc, pDst, pState, pBuf)) return zepStsNullPtrErr;
     auto* s = align16<SubbandState32f>(pState);
+    if (!subband_state_ok(s)) return zepStsBadArgErr;
     const int L = s->len, N = s->fftLen, F = s->frameSize;
     auto* y = align16<float>(pBuf);
     Zep8u* work = reinterpret_cast<Zep8u*>(y + N);
@@ -38,6 +39,7 @@ ZepStatus zepsSubbandSynthesis_32sc16s_Sfs(const Zep32sc* pSrc, Zep16s* pDst, Ze
                                            Zep8u* pBuf) {
     if (any_null(pSrc, pDst, pState, pBuf)) return zepStsNullPtrErr;
     auto* s = align16<SubbandState16s>(pState);
+    if (!subband_state_ok(s)) return zepStsBadArgErr;
     const int L = s->len, N = s->fftLen, F = s->frameSize;
     auto* y = align16<Word32>(pBuf);
     Zep8u* work = reinterpret_cast<Zep8u*>(y) + round16(4 * std::int64_t{N});

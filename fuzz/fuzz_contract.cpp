@@ -65,6 +65,7 @@ bool checked_run(Call& a) {
     const auto before = a.snapshot();
     const std::int64_t sa = a.run();
     const std::int64_t sb = b.run();
+    mark_state_pointers(a, b);  // an initialiser: the state's inner pointers, from the two blocks
     if (!a.ex->returns_status) {
         if (sa == 0 || sb == 0) fail(a, "null result", sa, sb);
         return true;

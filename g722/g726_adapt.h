@@ -229,8 +229,20 @@ struct VectorPredictor {
 struct Regs {
     int yl, yu, dms, dml, ap, td, pk1, pk2;
 
+    /// Each word is read at its G.726 width (YL 19 bits, YU 13, DMS 12,
+    /// DML 14, AP 10, the flags 1): every state the coder reaches holds
+    /// words of these widths, so the masks change nothing there, and any
+    /// other block content gives words the recursion keeps in range (no
+    /// negative shift in TRANS, no overflow in MIX or FILTE).
     [[gnu::always_inline]] inline void load(const Core& c) {
-        yl = c.yl; yu = c.yu; dms = c.dms; dml = c.dml; ap = c.ap; td = c.td; pk1 = c.pk1; pk2 = c.pk2;
+        yl = c.yl & 0x7FFFF;
+        yu = c.yu & 8191;
+        dms = c.dms & 4095;
+        dml = c.dml & 16383;
+        ap = c.ap & 1023;
+        td = c.td & 1;
+        pk1 = c.pk1 & 1;
+        pk2 = c.pk2 & 1;
     }
     [[gnu::always_inline]] inline void store(Core& c) const {
         c.yl = yl;

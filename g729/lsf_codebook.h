@@ -37,6 +37,35 @@ inline void lsp_codebook_vector(int l1, int l2, int l3, Word16* buf) {
     lsp_expand(buf, kGap2, 1, kLpcOrder - 1);
 }
 
+inline constexpr Word16 kPi04 = 1029;     // pi * 0.04 in Q13
+inline constexpr Word16 kPi92 = 23677;    // pi * 0.92 in Q13
+inline constexpr Word16 kConst10 = 20480; // 10.0 in Q11
+inline constexpr Word16 kConst12 = 19661; // 1.2 in Q14
+
+/// Get_wegt: weighting coefficients (normalised Q11) from the LSF distances.
+inline void get_wegt(const Word16* lsf, Word16* w) {
+    Word16 buf[kLpcOrder];
+    buf[0] = sub(lsf[1], kPi04 + 8192);
+    for (int i = 1; i < kLpcOrder - 1; ++i) buf[i] = sub(sub(lsf[i + 1], lsf[i - 1]), 8192);
+    buf[kLpcOrder - 1] = sub(kPi92 - 8192, lsf[kLpcOrder - 2]);
+    for (int i = 0; i < kLpcOrder; ++i) {
+        if (buf[i] > 0) {
+            w[i] = 2048;
+        } else {
+            Word16 tmp = extract_h(L_shl_fast(L_mult(buf[i], buf[i]), 2));
+            tmp = extract_h(L_shl_fast(L_mult(tmp, kConst10), 2));
+            w[i] = add(tmp, 2048);
+        }
+    }
+    w[4] = extract_h(L_shl_fast(L_mult(w[4], kConst12), 1));
+    w[5] = extract_h(L_shl_fast(L_mult(w[5], kConst12), 1));
+    Word16 wmax = 0;
+    for (int i = 0; i < kLpcOrder; ++i)
+        if (w[i] > wmax) wmax = w[i];
+    const Word16 sft = norm_s_fast(wmax);
+    for (int i = 0; i < kLpcOrder; ++i) w[i] = shl(w[i], sft);
+}
+
 /// Lsp_prev_extract: the codebook target of lsf under MA mode `mode`.
 inline void lsp_prev_extract(const Word16* lsf, Word16* ele, int mode, const Word16* prev) {
     for (int j = 0; j < kLpcOrder; ++j) {

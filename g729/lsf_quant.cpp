@@ -14,35 +14,6 @@
 ZEPS_BEGIN_VARIANT
 namespace {
 
-constexpr Word16 kPi04 = 1029;     // pi * 0.04 in Q13
-constexpr Word16 kPi92 = 23677;    // pi * 0.92 in Q13
-constexpr Word16 kConst10 = 20480; // 10.0 in Q11
-constexpr Word16 kConst12 = 19661; // 1.2 in Q14
-
-/// Get_wegt: weighting coefficients from the LSF distances, normalised.
-void get_weights(const Word16* lsf, Word16* w) {
-    Word16 buf[kLpcOrder];
-    buf[0] = sub(lsf[1], kPi04 + 8192);
-    for (int i = 1; i < kLpcOrder - 1; ++i) buf[i] = sub(sub(lsf[i + 1], lsf[i - 1]), 8192);
-    buf[kLpcOrder - 1] = sub(kPi92 - 8192, lsf[kLpcOrder - 2]);
-    for (int i = 0; i < kLpcOrder; ++i) {
-        if (buf[i] > 0) {
-            w[i] = 2048;
-        } else {
-            Word16 tmp = extract_h(L_shl_fast(L_mult(buf[i], buf[i]), 2));
-            tmp = extract_h(L_shl_fast(L_mult(tmp, kConst10), 2));
-            w[i] = add(tmp, 2048);
-        }
-    }
-    w[4] = extract_h(L_shl_fast(L_mult(w[4], kConst12), 1));
-    w[5] = extract_h(L_shl_fast(L_mult(w[5], kConst12), 1));
-    Word16 wmax = 0;
-    for (int i = 0; i < kLpcOrder; ++i)
-        if (w[i] > wmax) wmax = w[i];
-    const Word16 sft = norm_s_fast(wmax);
-    for (int i = 0; i < kLpcOrder; ++i) w[i] = shl(w[i], sft);
-}
-
 /// Lsp_get_tdist: weighted distortion of a candidate against the target.
 Word32 total_distortion(const Word16* w, const Word16* cand, const Word16* target, int mode) {
     Word32 d = 0;
@@ -82,7 +53,7 @@ ModeChoice search_mode(const Word16* lsf, const Word16* w, const Word16* prev, i
 /// (Annex E Lsp_get_quante).
 void quantize_lsf(const Word16* lsf, Word16* prev, Word16* qlsf, Word16* idx, Word16* freq_cur = nullptr) {
     Word16 w[kLpcOrder];
-    get_weights(lsf, w);
+    get_wegt(lsf, w);
     const ModeChoice m0 = search_mode(lsf, w, prev, 0);
     const ModeChoice m1 = search_mode(lsf, w, prev, 1);
     const int mode = L_sub(m1.dist, m0.dist) < 0 ? 1 : 0;

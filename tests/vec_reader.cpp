@@ -1,13 +1,30 @@
 #include "tests/vec_reader.h"
 
-
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
 namespace zeps::test {
 
-std::string shared_path(const std::string& rel) { return std::string(ZEPS_SHARED_DIR) + "/" + rel; }
+std::string shared_dir() {
+    const char* env = std::getenv("ZEPS_SHARED_DIR");
+    return env && *env ? env : ZEPS_SHARED_DIR;
+}
+
+std::string shared_path(const std::string& rel) { return shared_dir() + "/" + rel; }
+
+std::optional<std::string> shared_data_missing(const std::string& rel) {
+    std::error_code ec;
+    if (std::filesystem::exists(shared_path(rel), ec)) return std::nullopt;
+    std::string why = "shared data not found: " + shared_path(rel) +
+                      " (the tests read reference vectors and speech from the folder named by ZEPS_SHARED_DIR, "
+                      "default " ZEPS_SHARED_DIR ")";
+    const char* required = std::getenv("ZEPS_REQUIRE_SHARED_DATA");
+    if (required && *required && std::string(required) != "0") ADD_FAILURE() << why << "; ZEPS_REQUIRE_SHARED_DATA is set";
+    return why;
+}
 
 const VecArg* VecCase::input(const std::string& name) const {
     for (const VecArg& a : args)

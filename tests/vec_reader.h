@@ -3,7 +3,10 @@
 // (in, out, io) and the expected status.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -53,8 +56,21 @@ struct VecFile {
     std::vector<VecCase> cases;
 };
 
+/// The shared data folder (vectors/, speech/, codecs/): $ZEPS_SHARED_DIR
+/// when set, else the folder the build was configured with.
+std::string shared_dir();
 /// Path of a file below the shared folder (vectors/..., speech/...).
 std::string shared_path(const std::string& rel);
+/// Why shared_path(rel) cannot be read (none when it can): one message
+/// saying where the data is expected. With ZEPS_REQUIRE_SHARED_DATA set in
+/// the environment (CI sets it), the calling test also fails.
+std::optional<std::string> shared_data_missing(const std::string& rel);
+
+/// Skips the calling test (fails it under ZEPS_REQUIRE_SHARED_DATA) when a
+/// file or folder below the shared folder is absent.
+#define ZEPS_SKIP_WITHOUT_SHARED_DATA(rel)                                              \
+    if (const std::optional<std::string> zeps_missing_ = ::zeps::test::shared_data_missing(rel)) \
+    GTEST_SKIP() << *zeps_missing_
 
 /// Loads a .vec file; throws std::runtime_error when it cannot be read or parsed.
 VecFile load_vec(const std::string& path);

@@ -1,101 +1,53 @@
 #include "tools/cli.h"
+#include "tools/io.h"
 
-#include <sndfile.h>
 #include <unistd.h>
 
 #include <cmath>
 
 namespace zepsc_cli {
 
-bool Args::parse(int argc, char** argv, const std::vector<std::string>& flags,
-                 const std::vector<std::string>& valued, std::string& error) {
-    auto listed = [](const std::vector<std::string>& v, const std::string& s) {
-        for (const auto& x : v)
-            if (x == s) return true;
-        return false;
+Audio read_audio(const std::string& path) {
+    PcmReader in(path);
+    if (in.sample_rate() == 0) throw ToolError("cannot read '" + path + "': not a WAV file (.wav)");
+    in.require(8000);
+    Audio audio;
+    std::vector<std::int16_t> block(1 << 16);
+    while (const std::size_t got = in.read(block.data(), block.size()))
+        audio.samples.insert(audio.samples.end(), block.begin(), block.begin() + static_cast<std::ptrdiff_t>(got));
+    return audio;
+}
+
+void write_audio(const std::string& path, const std::vector<std::int16_t>& samples) {
+    PcmWriter out(path, 8000, PcmOutput::Linear);
+    out.write(samples.data(), samples.size());
+    out.commit();
+}
+
+std::function<std::string(std::string&)> one_of(const std::vector<std::string>& choices) {
+    return [choices](std::string& value) -> std::string {
+        for (const std::string& c : choices)
+            if (value == c) return {};
+        std::string list;
+        for (std::size_t i = 0; i < choices.size(); ++i)
+            list += (i == 0 ? "" : i + 1 == choices.size() ? " or " : ", ") + choices[i];
+        return "takes " + list + ", not '" + value + "'";
     };
-    for (int i = 1; i < argc; ++i) {
-        std::string a = argv[i];
-        if (a.size() > 1 && a[0] == '-') {
-            std::string value;
-            const auto eq = a.find('=');
-            if (eq != std::string::npos) {
-                value = a.substr(eq + 1);
-                a = a.substr(0, eq);
-            }
-            if (listed(flags, a)) {
-                opts_[a] = "1";
-            } else if (listed(valued, a)) {
-                if (eq == std::string::npos) {
-                    if (i + 1 >= argc) {
-                        error = "option " + a + " needs a value";
-                        return false;
-                    }
-                    value = argv[++i];
-                }
-                opts_[a] = value;
-            } else {
-                error = "unknown option '" + a + "'";
-                return false;
-            }
-        } else {
-            pos_.push_back(a);
-        }
-    }
-    return true;
-}
-
-std::string Args::get(const std::string& opt, const std::string& fallback) const {
-    const auto it = opts_.find(opt);
-    return it == opts_.end() ? fallback : it->second;
-}
-
-bool read_audio(const std::string& path, Audio& audio, std::string& error) {
-    SF_INFO info{};
-    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
-    if (f == nullptr) {
-        error = "cannot read '" + path + "': " + sf_strerror(nullptr);
-        return false;
-    }
-    if (info.samplerate != 8000 || info.channels != 1) {
-        error = "'" + path + "' is " + std::to_string(info.samplerate) + " Hz with " + std::to_string(info.channels) +
-                " channel(s); zepsc needs mono 8000 Hz. Convert it with: sox '" + path +
-                "' -r 8000 -c 1 -b 16 out.wav";
-        sf_close(f);
-        return false;
-    }
-    audio.samples.assign(static_cast<std::size_t>(info.frames), 0);
-    const sf_count_t got = sf_read_short(f, audio.samples.data(), info.frames);
-    sf_close(f);
-    audio.samples.resize(static_cast<std::size_t>(got < 0 ? 0 : got));
-    return true;
-}
-
-bool write_audio(const std::string& path, const std::vector<std::int16_t>& samples, std::string& error) {
-    SF_INFO info{};
-    info.samplerate = 8000;
-    info.channels = 1;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-    SNDFILE* f = sf_open(path.c_str(), SFM_WRITE, &info);
-    if (f == nullptr) {
-        error = "cannot write '" + path + "': " + sf_strerror(nullptr);
-        return false;
-    }
-    const sf_count_t n = static_cast<sf_count_t>(samples.size());
-    const bool ok = sf_write_short(f, samples.data(), n) == n;
-    sf_close(f);
-    if (!ok) error = "writing '" + path + "' failed";
-    return ok;
 }
 
 Progress::Progress(const char* label, long total_samples)
-    : label_(label), total_(total_samples), enabled_(total_samples > 5 * 8000 && isatty(STDERR_FILENO)) {}
+    : Progress(label, total_samples, total_samples > kProgressSeconds * 8000) {}
+
+Progress::Progress(const char* label, long long total, bool long_enough)
+    : label_(label), total_(total), enabled_(long_enough && total > 0 && isatty(STDERR_FILENO)) {}
+
+void Progress::enable(bool long_enough) { enabled_ = long_enough && total_ > 0 && isatty(STDERR_FILENO); }
 
 Progress::~Progress() {
     if (enabled_ && last_ >= 0) std::fprintf(stderr, "\r%-60s\r", "");
 }
 
-void Progress::update(long done) {
+void Progress::update(long long done) {
     if (!enabled_ || total_ <= 0) return;
     const int pct = static_cast<int>(100 * done / total_);
     if (pct == last_) return;

@@ -1,4 +1,6 @@
 // zepsc demo: every family on the embedded speech clip, in one report.
+#include <CLI/CLI.hpp>
+
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -9,16 +11,7 @@
 
 namespace zepsc_cli {
 
-int cmd_demo(int argc, char** argv) {
-    Args args;
-    std::string error;
-    if (!args.parse(argc, argv, {"--help"}, {}, error)) return fail(error);
-    if (args.has("--help")) {
-        std::printf("usage: zepsc demo\n\nRuns the G.729 front end, GSM-AMR VAD options 1 and 2 with DTX, G.726 at\n"
-                    "each rate and the sub-band filter bank on a 1.5 s speech clip built into\n"
-                    "the tool, and prints a short report.\n");
-        return 0;
-    }
+void run_demo() {
     const std::vector<Zep16s> clip(kDemoClip, kDemoClip + kDemoClipLength);
     const ZepLibraryVersion* v = zepscGetLibVersion();
     std::printf("zepsc demo: %s %s, build %.4s; clip 1.5 s (0.4 s noise, then speech)\n\n", v->name, v->version,
@@ -63,7 +56,14 @@ int cmd_demo(int argc, char** argv) {
             std::printf("  config %c %-6s  delay %3d samples  SNR %5.1f dB\n", c, fixed ? "16-bit" : "float", r.delay,
                         r.snr_db);
         }
-    return 0;
+}
+
+void add_demo(CLI::App& app) {
+    app.add_subcommand("demo", "every family on a built-in speech clip, as a short report")
+        ->footer("Runs the G.729 front end, GSM-AMR VAD options 1 and 2 with DTX, G.726 at\n"
+                 "each rate and the sub-band filter bank on a 1.5 s speech clip built into\n"
+                 "the tool, and prints a short report. It is what zepsc runs without a command.")
+        ->callback(run_demo);
 }
 
 }  // namespace zepsc_cli

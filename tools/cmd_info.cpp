@@ -1,4 +1,6 @@
 // zepsc info: version record, processor build chosen, CPU features seen.
+#include <CLI/CLI.hpp>
+
 #include <cinttypes>
 #include <cstring>
 
@@ -8,15 +10,8 @@
 
 namespace zepsc_cli {
 
-int cmd_info(int argc, char** argv) {
-    Args args;
-    std::string error;
-    if (!args.parse(argc, argv, {"--help"}, {}, error)) return fail(error);
-    if (args.has("--help")) {
-        std::printf("usage: zepsc info\n\nPrints the library's version record, the processor build it chose\n"
-                    "when loaded (u8 or n8) and the processor features the core library reports.\n");
-        return 0;
-    }
+namespace {
+void run_info() {
     const ZepLibraryVersion* v = zepscGetLibVersion();
     const std::uint64_t m = zepGetEnabledCpuFeatures();
     std::printf("library      %s\n", v->name);
@@ -34,7 +29,14 @@ int cmd_info(int argc, char** argv) {
     for (const auto& f : kNames)
         if (m & f.bit) std::printf(" %s", f.name);
     std::printf("\n");
-    return 0;
+}
+}  // namespace
+
+void add_info(CLI::App& app) {
+    app.add_subcommand("info", "version record, processor build chosen, CPU features seen")
+        ->footer("Prints the library's version record, the processor build it chose\n"
+                 "when loaded (u8 or n8) and the processor features the core library reports.")
+        ->callback(run_info);
 }
 
 }  // namespace zepsc_cli

@@ -1,22 +1,17 @@
 // zepsc vad: per-frame GSM-AMR VAD decisions and DTX frame types.
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
+#include <memory>
 
 #include "tools/cli.h"
+#include "tools/io.h"
 #include "tools/pipelines.h"
 
 namespace zepsc_cli {
 
 namespace {
-
-constexpr const char* kHelp =
-    "usage: zepsc vad FILE.wav [--option 1|2] [--rate 4.75|5.15|5.9|6.7|7.4|7.95|10.2|12.2] [--svg OUT.svg]\n"
-    "\n"
-    "GSM-AMR voice activity detection (option 1, default, or option 2) and the DTX\n"
-    "handler, per 20 ms frame. Prints one line per frame: time, VAD flag, frame type\n"
-    "(SPEECH, SID_FIRST, SID_UPDATE, NO_DATA). --svg draws the waveform with the decisions under it.\n"
-    "The LP analysis that feeds the open-loop pitch search uses the G.729 stages.\n";
 
 int parse_rate(const std::string& r) {
     static const struct {
@@ -57,25 +52,16 @@ void write_svg(std::FILE* f, const std::vector<Zep16s>& s, const std::vector<Vad
                  wave_h + 2 * track_h + 22);
 }
 
-}  // namespace
+struct VadArgs {
+    std::string in, option = "1", rate = "12.2", svg;
+};
 
-int cmd_vad(int argc, char** argv) {
-    Args args;
-    std::string error;
-    if (!args.parse(argc, argv, {"--help"}, {"--option", "--rate", "--svg"}, error)) return fail(error + "\n" + kHelp);
-    if (args.has("--help")) {
-        std::printf("%s", kHelp);
-        return 0;
-    }
-    if (args.positional().size() != 1) return fail(std::string("expected one input file\n") + kHelp);
-    const std::string opt = args.get("--option", "1");
-    if (opt != "1" && opt != "2") return fail("--option takes 1 or 2");
-    const int rate = parse_rate(args.get("--rate", "12.2"));
-    if (rate < 0) return fail("--rate takes a GSM-AMR rate in kbit/s (4.75 ... 12.2)");
-    Audio audio;
-    if (!read_audio(args.positional()[0], audio, error)) return fail(error);
-
-    AmrVad vad(opt == "1" ? 1 : 2, rate);
+void run_vad(const VadArgs& args) {
+    const Audio audio = read_audio(args.in);
+    // The drawing is written beside its target and renamed once complete.
+    std::unique_ptr<OutputFile> svg;
+    if (!args.svg.empty()) svg = std::make_unique<OutputFile>(args.svg);
+    AmrVad vad(args.option == "1" ? 1 : 2, parse_rate(args.rate));
     std::vector<VadFrame> frames;
     const long total = static_cast<long>(audio.samples.size());
     Progress progress("vad", total);
@@ -85,14 +71,30 @@ int cmd_vad(int argc, char** argv) {
         std::printf("%.2f,%d,%s\n", i / 8000.0, frames.back().vad, frame_type_name(frames.back().type));
         progress.update(i + 160);
     }
-    if (vad.failures()) return fail("a library stage failed on " + std::to_string(vad.failures()) + " frame(s)");
-    if (args.has("--svg")) {
-        std::FILE* f = std::fopen(args.get("--svg").c_str(), "w");
-        if (f == nullptr) return fail("cannot write '" + args.get("--svg") + "'");
-        write_svg(f, audio.samples, frames);
-        std::fclose(f);
+    check_stdout();
+    if (vad.failures()) throw ToolError("a library stage failed on " + std::to_string(vad.failures()) + " frame(s)");
+    if (svg) {
+        write_svg(svg->stream(), audio.samples, frames);
+        svg->commit();
     }
-    return 0;
+}
+
+}  // namespace
+
+void add_vad(CLI::App& app) {
+    auto args = std::make_shared<VadArgs>();
+    CLI::App* cmd = app.add_subcommand("vad", "GSM-AMR VAD decisions and DTX frame types per frame");
+    cmd->add_option("FILE", args->in, "mono 8 kHz WAV file")->required();
+    cmd->add_option("--option", args->option, "VAD option 1 (default) or 2")->check(CLI::Validator(one_of({"1", "2"}), "1|2"));
+    const std::vector<std::string> rates = {"4.75", "5.15", "5.9", "6.7", "7.4", "7.95", "10.2", "12.2"};
+    cmd->add_option("--rate", args->rate, "GSM-AMR rate in kbit/s (default 12.2)")
+        ->check(CLI::Validator(one_of(rates), "4.75|5.15|5.9|6.7|7.4|7.95|10.2|12.2"));
+    cmd->add_option("--svg", args->svg, "draw the waveform with the decisions under it");
+    cmd->footer("GSM-AMR voice activity detection (option 1, default, or option 2) and the DTX\n"
+                "handler, per 20 ms frame. Prints one line per frame: time, VAD flag, frame type\n"
+                "(SPEECH, SID_FIRST, SID_UPDATE, NO_DATA). --svg draws the waveform with the decisions under it.\n"
+                "The LP analysis that feeds the open-loop pitch search uses the G.729 stages.");
+    cmd->callback([args] { run_vad(*args); });
 }
 
 }  // namespace zepsc_cli

@@ -52,6 +52,9 @@ public:
     /// first of them; throws CodecError("truncated <what>") when it ended
     /// after some but not all.
     bool read_exact(std::uint8_t* dst, std::size_t n, const char* what = "frame");
+    /// Reads up to n bytes, stopping early only at the end of the input;
+    /// returns how many were read (never throws for a short read).
+    std::size_t read_full(std::uint8_t* dst, std::size_t n);
     /// Bytes consumed so far (for messages: "corrupt frame at byte 1234").
     std::uint64_t position() const { return position_; }
 
@@ -83,7 +86,22 @@ public:
     virtual void begin(std::vector<std::uint8_t>& out) { (void)out; }
     /// Encodes exactly frame_samples() samples, appending the frame's bytes.
     virtual void encode(const std::int16_t* pcm, std::vector<std::uint8_t>& out) = 0;
+    /// A final partial frame of 0 < samples < frame_samples(): returns false
+    /// (the default) to let the framework zero-pad or drop it as
+    /// CodecSpec::pad_last_frame says; a sample-based coder encodes exactly
+    /// these samples and returns true.
+    virtual bool encode_partial(const std::int16_t* pcm, std::size_t samples, std::vector<std::uint8_t>& out) {
+        (void)pcm, (void)samples, (void)out;
+        return false;
+    }
+    /// Bytes after the last frame (the final partial byte of a packed
+    /// stream, a trailer).
+    virtual void end(std::vector<std::uint8_t>& out) { (void)out; }
 };
+
+/// What a decoder's output samples are: 16-bit linear PCM, or G.711 code
+/// words 0..255 (written as a mu-law / A-law WAV, or one byte a sample).
+enum class PcmOutput { Linear, MuLaw, ALaw };
 
 class FrameDecoder {
 public:
@@ -98,6 +116,8 @@ public:
     /// written; returns 0 at the clean end of the stream. Throws CodecError
     /// for a truncated or corrupt frame.
     virtual std::size_t decode(ByteSource& in, std::int16_t* pcm) = 0;
+    /// What the samples are (linear unless the codec says otherwise).
+    virtual PcmOutput output() const { return PcmOutput::Linear; }
 };
 
 /// One command-line option of a codec command.
@@ -107,6 +127,8 @@ struct OptionSpec {
     std::vector<std::string> choices;  ///< allowed values; empty: any value
     std::string default_value;         ///< used when the option is absent ("" = none)
     bool flag = false;                 ///< takes no value (--dtx)
+    /// The direction it applies to: both (the default), encode or decode.
+    enum class Side { Both, Encode, Decode } side = Side::Both;
 };
 
 /// Everything the framework needs to know about a codec.
@@ -137,6 +159,48 @@ const std::vector<CodecSpec>& codec_registry();
 const CodecSpec* find_codec(const std::string& name);
 /// The options with each absent option's default filled in.
 CodecOptions with_defaults(const CodecSpec& spec, CodecOptions options);
+
+/// The frame loop of `zepsc <codec> encode`, fed block by block (the
+/// command streams its input through it; encode_all() feeds it once).
+class EncodeLoop {
+public:
+    EncodeLoop(const CodecSpec& spec, const CodecOptions& options, const std::string& format);
+    FrameEncoder& encoder() { return *enc_; }
+    /// Encodes the whole frames of the samples given so far, appending bytes.
+    void feed(const std::int16_t* pcm, std::size_t samples, std::vector<std::uint8_t>& out);
+    /// Encodes what is left of the last frame and the stream's end.
+    void finish(std::vector<std::uint8_t>& out);
+    std::uint64_t frames() const { return frames_; }
+
+private:
+    const CodecSpec& spec_;
+    std::unique_ptr<FrameEncoder> enc_;
+    std::vector<std::int16_t> held_;  // samples short of a whole frame
+    std::uint64_t frames_ = 0;
+    bool begun_ = false;
+};
+
+/// The frame loop of `zepsc <codec> decode`: one decoder over one source.
+class DecodeLoop {
+public:
+    DecodeLoop(const CodecSpec& spec, const CodecOptions& options, const std::string& format, ByteSource& in);
+    FrameDecoder& decoder() { return *dec_; }
+    /// Decodes the next frame; returns its samples (empty at the end). The
+    /// span stays valid until the next call.
+    std::size_t next(const std::int16_t** pcm);
+    std::uint64_t frames() const { return frames_; }
+
+private:
+    std::unique_ptr<FrameDecoder> dec_;
+    ByteSource& in_;
+    std::vector<std::int16_t> frame_;
+    std::uint64_t frames_ = 0;
+};
+
+/// The format a file's extension names (case-insensitive), if the codec has
+/// it; else the explicit choice, else the codec's first. Throws CodecError
+/// for an explicit format the codec does not have.
+std::string pick_format(const CodecSpec& spec, const std::string& path, const std::string& explicit_format);
 
 /// Encodes a whole signal: the frame loop of `zepsc <codec> encode`.
 std::vector<std::uint8_t> encode_all(const CodecSpec& spec, const CodecOptions& options, const std::string& format,

@@ -827,6 +827,288 @@ ZEPSAPI ZepStatus zepsPostProcess_GSMAMR_16s_I(Zep16s* pState, Zep16s* pSrcDst, 
 ZEPSAPI ZepStatus zepsGainControl_GSMAMR_16s_I(const Zep16s* pSrcRef, Zep16s* pSrcDst, Zep32s len);
 /** @} */
 
+/** @defgroup gsmfr GSM full rate
+ *  The stages of the GSM 06.10 full-rate (RPE-LTP) codec, 13 kbit/s, in the
+ *  fixed-point arithmetic of ETSI GSM 06.10 section 4: the encoder's
+ *  preprocessing, LPC analysis with LAR quantisation, short-term analysis
+ *  filter, long-term predictor and RPE encoder, and the decoder's RPE
+ *  decoder, long-term and short-term synthesis filters and postprocessing.
+ *  A frame is 160 samples (20 ms at 8 kHz), a sub-frame 40.
+ *
+ *  Frame order of the encoder: zepsPreprocess_GSMFR_16s,
+ *  zepsLPCAnalysis_GSMFR_16s_I, zepsShortTermAnalysisFilter_GSMFR_16s_I on
+ *  the same 160 samples; then per sub-frame k (0..3) zepsLongTermPredict_GSMFR_16s
+ *  on samples 40k..40k+39, zepsRPEEncode_GSMFR_16s on its residual, and the
+ *  caller's update of the reconstructed residual history
+ *  dp'[i] = ep[i] + dpp[i] (saturating 16-bit addition, GSM 06.10 4.2.18).
+ *  Decoder: per sub-frame zepsRPEDecode_GSMFR_16s and
+ *  zepsLongTermSynthesisFilter_GSMFR_16s, then for the frame
+ *  zepsShortTermSynthesisFilter_GSMFR_16s and zepsPostprocess_GSMFR_16s.
+ *
+ *  Parameter codes as the bitstream carries them (unsigned): LARc[0..7] of
+ *  6, 6, 5, 5, 4, 4, 3, 3 bits (0..63, 0..63, 0..31, 0..31, 0..15, 0..15,
+ *  0..7, 0..7), Nc 7 bits (40..120 from the encoder), bc 2 bits, Mc 2 bits,
+ *  xmaxc 6 bits, xMc 3 bits.
+ *
+ *  State blocks are opaque; any byte alignment is accepted and a block may
+ *  be copied byte-wise.
+ *  @{ */
+/* ---- gsmfr: declarations go here ---- */
+
+/** Preprocessing state (opaque; 8 bytes). */
+typedef struct ZepGSMFRPreprocessState ZepGSMFRPreprocessState;
+/** Short-term analysis filter state (opaque; 32 bytes). */
+typedef struct ZepGSMFRShortTermAnalysisState ZepGSMFRShortTermAnalysisState;
+/** Short-term synthesis filter state (opaque; 36 bytes). */
+typedef struct ZepGSMFRShortTermSynthesisState ZepGSMFRShortTermSynthesisState;
+/** Long-term synthesis filter state (opaque; 244 bytes). */
+typedef struct ZepGSMFRLongTermSynthesisState ZepGSMFRLongTermSynthesisState;
+/** Postprocessing state (opaque; 4 bytes). */
+typedef struct ZepGSMFRPostprocessState ZepGSMFRPostprocessState;
+
+/**
+ * Writes the size in bytes of the GSM full-rate preprocessing state: 8.
+ * @param pSize receives the size
+ * @return zepStsNullPtrErr for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPreprocessGetStateSize_GSMFR_16s(Zep32s* pSize);
+
+/**
+ * Resets a preprocessing state: offset-compensation memories z1 and L_z2
+ * and the pre-emphasis memory mp are 0 (GSM 06.10 home state).
+ * @param pState the caller's block of at least 8 bytes
+ * @return zepStsNullPtrErr for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPreprocessInit_GSMFR_16s(ZepGSMFRPreprocessState* pState);
+
+/**
+ * GSM full-rate preprocessing of one frame (GSM 06.10 4.2.1 to 4.2.3):
+ * downscaling to the 13-bit input (arithmetic shift right by 3, then left
+ * by 2), offset compensation by the high-pass filter
+ * sof[k] = so[k] - so[k-1] + 32735/32768 sof[k-1] in extended precision,
+ * and pre-emphasis s[k] = sof[k] - 28180/32768 sof[k-1] (saturating).
+ *
+ * Input: 16-bit linear PCM; its 3 least significant bits are ignored, as
+ * the standard's 13-bit left-justified input leaves them undefined. The
+ * output is the pre-processed signal s of the standard (Q15 of half
+ * full-scale). pSrc and pDst may be the same array.
+ *
+ * @param pState in/out: state from zepsPreprocessInit_GSMFR_16s
+ * @param pSrc   160 input samples
+ * @param pDst   160 output samples
+ * @return zepStsNullPtrErr for a null pointer (checked in argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPreprocess_GSMFR_16s(ZepGSMFRPreprocessState* pState, const Zep16s* pSrc, Zep16s* pDst);
+
+/**
+ * GSM full-rate LPC analysis with LAR quantisation (GSM 06.10 4.2.4 to
+ * 4.2.7): autocorrelation of the 160 samples with dynamic scaling (the
+ * samples are scaled down by 1 to 4 bits with rounding when their maximum
+ * magnitude needs it, and scaled back by a plain left shift afterwards, so
+ * their low bits may change; the rescaled signal is what the short-term
+ * analysis filter must be given, hence the in-place vector), reflection
+ * coefficients by the Schur recursion in 16-bit arithmetic, conversion to
+ * log-area ratios by the piecewise-linear approximation, and their
+ * quantisation and coding to LARc.
+ *
+ * Decisions: the left shift that undoes the scaling keeps the low 16 bits
+ * (as the standard's "<<" does); a frame of zeros gives eight zero
+ * reflection coefficients, as does the rest of a recursion stopped when
+ * |P[1]| exceeds P[0].
+ *
+ * @param pSrcDst in/out: the 160 pre-processed samples (rescaled on return)
+ * @param pLARc   out: 8 coded log-area ratios (unsigned codes, see above)
+ * @return zepStsNullPtrErr for a null pointer (checked in argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLPCAnalysis_GSMFR_16s_I(Zep16s* pSrcDst, Zep16s* pLARc);
+
+/**
+ * Writes the size in bytes of the short-term analysis filter state: 32.
+ * @param pSize receives the size
+ * @return zepStsNullPtrErr for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsShortTermAnalysisFilterGetStateSize_GSMFR_16s(Zep32s* pSize);
+
+/**
+ * Resets a short-term analysis filter state: the previous frame's decoded
+ * LARs LARpp(j-1) and the lattice memories u[0..7] are 0.
+ * @param pState the caller's block of at least 32 bytes
+ * @return zepStsNullPtrErr for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsShortTermAnalysisFilterInit_GSMFR_16s(ZepGSMFRShortTermAnalysisState* pState);
+
+/**
+ * GSM full-rate short-term analysis filter (GSM 06.10 4.2.8 to 4.2.10):
+ * decoding of the coded LARs, interpolation with the previous frame's set
+ * (samples 0..12, 13..26, 27..39 and 40..159), conversion to reflection
+ * coefficients rp, and the order-8 lattice filter that turns the signal s
+ * into the short-term residual d, in place.
+ *
+ * @param pState  in/out: state from zepsShortTermAnalysisFilterInit_GSMFR_16s
+ * @param pLARc   8 coded log-area ratios, each within its code range
+ * @param pSrcDst in/out: 160 samples s (as zepsLPCAnalysis_GSMFR_16s_I left them) -> residual d
+ * @return zepStsNullPtrErr for a null pointer (checked in argument order), then
+ *         zepStsOutOfRangeErr when a LARc code lies outside its range; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsShortTermAnalysisFilter_GSMFR_16s_I(ZepGSMFRShortTermAnalysisState* pState,
+                                                          const Zep16s* pLARc, Zep16s* pSrcDst);
+
+/**
+ * GSM full-rate long-term predictor of one sub-frame (GSM 06.10 4.2.11 and
+ * 4.2.12): the lag Nc (40..120) of the largest cross-correlation between
+ * the scaled residual d and the reconstructed residual history dp', the
+ * coded gain bc (0..3, thresholds DLB), the estimate dpp[k] = QLB[bc] x
+ * dp'[k - Nc] (rounded) and the long-term residual e = d - dpp
+ * (saturating).
+ *
+ * The history pDp holds the 120 reconstructed short-term residual samples
+ * before the sub-frame, oldest first (the standard's dp[-120..-1]); the
+ * caller appends ep + dpp after zepsRPEEncode_GSMFR_16s. Decisions: when
+ * no correlation is positive, Nc is 40 and bc 0; when the correlation
+ * reaches the power, bc is 3.
+ *
+ * @param pD   40 short-term residual samples d
+ * @param pDp  120 samples of history dp', oldest first
+ * @param pE   out: 40 long-term residual samples e
+ * @param pDpp out: 40 samples of the estimate dpp
+ * @param pNc  out: the lag Nc
+ * @param pBc  out: the coded gain bc
+ * @return zepStsNullPtrErr for a null pointer (checked in argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLongTermPredict_GSMFR_16s(const Zep16s* pD, const Zep16s* pDp, Zep16s* pE, Zep16s* pDpp,
+                                                Zep16s* pNc, Zep16s* pBc);
+
+/**
+ * GSM full-rate RPE encoding of one sub-frame (GSM 06.10 4.2.13 to 4.2.17):
+ * the weighting filter (11 taps H, the residual taken as zero outside its
+ * 40 samples), grid selection (the grid m of 0..3 whose 13 samples
+ * x[m + 3i] have the largest energy, the first on ties), APCM quantisation
+ * (the block maximum coded to xmaxc by its exponent and mantissa, the 13
+ * samples to 3-bit codes xMc by the inverse mantissa NRFAC), and the
+ * inverse quantisation and grid positioning that give the reconstructed
+ * long-term residual ep (zero off the grid).
+ *
+ * pSrc and pDst may be the same array (the reference works in place).
+ *
+ * @param pSrc   40 long-term residual samples e
+ * @param pXmaxc out: the coded block maximum xmaxc (0..63)
+ * @param pMc    out: the grid position Mc (0..3)
+ * @param pXMc   out: 13 coded samples xMc (0..7)
+ * @param pDst   out: 40 samples of the reconstructed residual ep
+ * @return zepStsNullPtrErr for a null pointer (checked in argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsRPEEncode_GSMFR_16s(const Zep16s* pSrc, Zep16s* pXmaxc, Zep16s* pMc, Zep16s* pXMc,
+                                          Zep16s* pDst);
+
+/**
+ * GSM full-rate RPE decoding of one sub-frame (GSM 06.10 4.2.15 to 4.2.17
+ * as used by 4.3.1): exponent and mantissa of xmaxc, inverse APCM
+ * quantisation of the 13 codes (FAC table) and their placement on grid Mc
+ * of the 40-sample reconstructed long-term residual erp.
+ *
+ * @param xmaxc the coded block maximum, 0..63
+ * @param Mc    the grid position, 0..3
+ * @param pXMc  13 coded samples, each 0..7
+ * @param pDst  out: 40 samples erp
+ * @return zepStsNullPtrErr for a null pointer (checked in argument order); then
+ *         zepStsRangeErr for xmaxc outside 0..63, then for Mc outside 0..3;
+ *         then zepStsOutOfRangeErr for an xMc code outside 0..7; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsRPEDecode_GSMFR_16s(Zep16s xmaxc, Zep16s Mc, const Zep16s* pXMc, Zep16s* pDst);
+
+/**
+ * Writes the size in bytes of the long-term synthesis filter state: 244.
+ * @param pSize receives the size
+ * @return zepStsNullPtrErr for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLongTermSynthesisFilterGetStateSize_GSMFR_16s(Zep32s* pSize);
+
+/**
+ * Resets a long-term synthesis filter state: the last valid lag nrp is 40
+ * and the 120 samples of reconstructed residual history drp are 0.
+ * @param pState the caller's block of at least 244 bytes
+ * @return zepStsNullPtrErr for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLongTermSynthesisFilterInit_GSMFR_16s(ZepGSMFRLongTermSynthesisState* pState);
+
+/**
+ * GSM full-rate long-term synthesis filter of one sub-frame (GSM 06.10
+ * 4.3.2): drp[k] = erp[k] + QLB[bcr] x drp[k - Nr] (rounded product,
+ * saturating sum), with Nr = Ncr when 40 <= Ncr <= 120 and otherwise the
+ * last valid lag (the standard's concealment of a lag outside the range);
+ * the state keeps the last 120 samples of drp.
+ *
+ * @param pState in/out: state from zepsLongTermSynthesisFilterInit_GSMFR_16s
+ * @param Ncr    the received lag (any value; see above)
+ * @param bcr    the received coded gain, 0..3
+ * @param pErp   40 samples of reconstructed long-term residual erp
+ * @param pDst   out: 40 samples of reconstructed short-term residual drp
+ * @return zepStsNullPtrErr for a null pointer (checked in argument order), then
+ *         zepStsRangeErr for bcr outside 0..3; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLongTermSynthesisFilter_GSMFR_16s(ZepGSMFRLongTermSynthesisState* pState, Zep16s Ncr,
+                                                        Zep16s bcr, const Zep16s* pErp, Zep16s* pDst);
+
+/**
+ * Writes the size in bytes of the short-term synthesis filter state: 36.
+ * @param pSize receives the size
+ * @return zepStsNullPtrErr for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsShortTermSynthesisFilterGetStateSize_GSMFR_16s(Zep32s* pSize);
+
+/**
+ * Resets a short-term synthesis filter state: the previous frame's decoded
+ * LARs and the lattice memories v[0..8] are 0.
+ * @param pState the caller's block of at least 36 bytes
+ * @return zepStsNullPtrErr for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsShortTermSynthesisFilterInit_GSMFR_16s(ZepGSMFRShortTermSynthesisState* pState);
+
+/**
+ * GSM full-rate short-term synthesis filter of one frame (GSM 06.10 4.3.3
+ * with 4.2.8 and 4.2.9): decoding and interpolation of the received LARs
+ * as in the encoder, and the order-8 inverse lattice filter from the
+ * reconstructed residual wt to the signal sr (saturating).
+ *
+ * @param pState in/out: state from zepsShortTermSynthesisFilterInit_GSMFR_16s
+ * @param pLARc  8 received coded log-area ratios, each within its code range
+ * @param pSrc   160 samples of reconstructed short-term residual
+ * @param pDst   out: 160 synthesised samples (may be pSrc)
+ * @return zepStsNullPtrErr for a null pointer (checked in argument order), then
+ *         zepStsOutOfRangeErr when a LARc code lies outside its range; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsShortTermSynthesisFilter_GSMFR_16s(ZepGSMFRShortTermSynthesisState* pState,
+                                                         const Zep16s* pLARc, const Zep16s* pSrc, Zep16s* pDst);
+
+/**
+ * Writes the size in bytes of the postprocessing state: 4.
+ * @param pSize receives the size
+ * @return zepStsNullPtrErr for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostprocessGetStateSize_GSMFR_16s(Zep32s* pSize);
+
+/**
+ * Resets a postprocessing state: the de-emphasis memory msr is 0.
+ * @param pState the caller's block of at least 4 bytes
+ * @return zepStsNullPtrErr for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostprocessInit_GSMFR_16s(ZepGSMFRPostprocessState* pState);
+
+/**
+ * GSM full-rate postprocessing of one frame (GSM 06.10 4.3.4 to 4.3.6):
+ * de-emphasis msr = s + 28180/32768 msr (rounded product, saturating sum),
+ * upscaling by 2 (saturating) and truncation to 13 bits: the output is
+ * 16-bit PCM with its 3 least significant bits 0. pSrc and pDst may be the
+ * same array.
+ *
+ * @param pState in/out: state from zepsPostprocessInit_GSMFR_16s
+ * @param pSrc   160 synthesised samples
+ * @param pDst   out: 160 output samples
+ * @return zepStsNullPtrErr for a null pointer (checked in argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostprocess_GSMFR_16s(ZepGSMFRPostprocessState* pState, const Zep16s* pSrc, Zep16s* pDst);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

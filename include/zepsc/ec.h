@@ -41,6 +41,14 @@ extern "C" {
  * States and work buffers may be passed at any address: the functions use
  * them from the first 16-byte boundary (the sizes include the slack). A state
  * holds pointers into itself: never copy or move it, initialise it again.
+ * Every analysis and synthesis call checks the state before using it (after
+ * the null pointers): a block that is not a complete state of the call's
+ * precision built by its Init at this very place (a copied or moved state, a
+ * zero or random block, a state whose Init failed, a state of the other
+ * precision) gives zepStsBadArgErr (-5) with nothing read through its
+ * pointers and nothing written. The check covers the header (a magic value,
+ * the lengths, and each inner pointer against the place Init put it); it
+ * does not verify the window, delay line or transform tables.
  * The initialisation buffer is needed only during the Init call; its size is
  * 0 (the FFT set-up needs none) and pInitBuf may then be null. The work
  * buffer carries nothing between calls and may be shared by all calls of one
@@ -120,7 +128,8 @@ ZEPSAPI ZepStatus zepsSubbandProcessInit_32f(Zep8u* pState, int order, int frame
  * @param pState      analysis state from zepsSubbandProcessInit_16s
  * @param scaleFactor -31..31
  * @param pBuf        work buffer of the queried size, any address
- * Checks: pSrc, pDst, pState, pBuf in this order, null: zepStsNullPtrErr (-8).
+ * Checks: pSrc, pDst, pState, pBuf in this order, null: zepStsNullPtrErr (-8);
+ * pState not a 16-bit state built in this block: zepStsBadArgErr (-5).
  * A scale factor outside -31..31 is refused by the FFT stage: zepStsErr (-2),
  * after the delay line has taken the frame; pDst is not written.
  */
@@ -131,14 +140,16 @@ ZEPSAPI ZepStatus zepsSubbandAnalysis_16s32sc_Sfs(const Zep16s* pSrc, Zep32sc* p
  * One analysis frame in single precision: pSrc F samples, pDst N/2+1 complex
  * values (the unnormalised real FFT of the folded block; products and sums in
  * single precision, blocks added in increasing order).
- * Checks: pSrc, pDst, pState, pBuf in this order, null: zepStsNullPtrErr (-8).
+ * Checks: pSrc, pDst, pState, pBuf in this order, null: zepStsNullPtrErr (-8);
+ * pState not a float state built in this block: zepStsBadArgErr (-5).
  */
 ZEPSAPI ZepStatus zepsSubbandAnalysis_32f32fc(const Zep32f* pSrc, Zep32fc* pDst, Zep8u* pState, Zep8u* pBuf);
 
 /**
  * One synthesis frame in single precision: pSrc N/2+1 complex values (the
  * imaginary parts of bins 0 and N/2 are ignored), pDst F samples.
- * Checks: pSrc, pDst, pState, pBuf in this order, null: zepStsNullPtrErr (-8).
+ * Checks: pSrc, pDst, pState, pBuf in this order, null: zepStsNullPtrErr (-8);
+ * pState not a float state built in this block: zepStsBadArgErr (-5).
  */
 ZEPSAPI ZepStatus zepsSubbandSynthesis_32fc32f(const Zep32fc* pSrc, Zep32f* pDst, Zep8u* pState, Zep8u* pBuf);
 
@@ -152,7 +163,8 @@ ZEPSAPI ZepStatus zepsSubbandSynthesis_32fc32f(const Zep32fc* pSrc, Zep32f* pDst
  * @param scaleFactor -31..31: the time block is round(x 2^-scaleFactor)
  *                    saturated to 16 bits, x the inverse FFT divided by N
  * @param pBuf        work buffer of the queried size, any address
- * Checks: pSrc, pDst, pState, pBuf in this order, null: zepStsNullPtrErr (-8).
+ * Checks: pSrc, pDst, pState, pBuf in this order, null: zepStsNullPtrErr (-8);
+ * pState not a 16-bit state built in this block: zepStsBadArgErr (-5).
  * A scale factor outside -31..31 is refused by the FFT stage: zepStsErr (-2),
  * before the delay line is touched; pDst is not written.
  */

@@ -104,6 +104,14 @@ enum ZepRateCode {
 /** @defgroup version Library version
  *  @{ */
 
+/** Major version of this header; a new major version changes the ABI and
+ *  the soname (libzepsc.so.8 for major version 8). */
+#define ZEPSC_VERSION_MAJOR 8
+/** Minor version of this header: exports added, none changed or removed. */
+#define ZEPSC_VERSION_MINOR 1
+/** Patch version of this header: corrections only, no interface change. */
+#define ZEPSC_VERSION_PATCH 1
+
 /** The version record of the processor build the library chose at load. */
 typedef struct ZepLibraryVersion {
     int32_t major;          /**< major version: 8 */

@@ -533,6 +533,227 @@ ZEPSAPI ZepStatus zepsInterpolateC_NR_G729_16s_Sfs(const Zep16s* pSrc1, Zep16s v
                                                    Zep16s val2, Zep16s* pDst, int len, int scaleFactor);
 /** @} */
 
+/** @defgroup g729b G.729 Annex B: voice activity detection, DTX and comfort noise
+ *  The VAD, the encoder's DTX decision with its SID quantisers, the comfort-noise
+ *  excitation and the decoder's SID decoding (ITU-T G.729 Annex B, also used on Annex A).
+ *
+ *  Encoder, per frame (after the LP analysis: zepsAutoCorr_G729B gives r and
+ *  expR0, a copy r' is lag-windowed, Levinson on r' gives the LP filter and
+ *  rc, zepsLPCToLSP_G729(A)_16s the LSPs, zepsLSPToLSF_Norm_G729_16s the
+ *  normalised LSFs):
+ *  1. zepsVAD_G729B_16s(rc[1], lsf, r', expR0, window, frame, pastVad, ppastVad, &vad);
+ *  2. zepsDTXUpdate_G729B_16s(r (not lag-windowed), expR0, vad);
+ *  3. if vad is 0 (and DTX is on): zepsDTX_G729B_16s(pastVad, prevFilter, &ftyp,
+ *     lpc, &gainIdx, &gain); on a SID frame (ftyp 2) zepsLPCToLSP_G729(A)_16s(lpc,
+ *     lspOldQ, lsp) and zepsLSPQuant_G729B_16s(lsp, freqPrev, lspSid, idx); then
+ *     zepsCNGExcitation_G729B_16s(gain, exc, &seed, pitch) and the taming update
+ *     with pitch[2k], pitch[2k+1] per subframe; the quantised filter of the frame
+ *     interpolates lspOldQ and lspSid (which the caller keeps from the last SID
+ *     frame), and lspOldQ := lspSid.
+ *  4. pastVad, ppastVad := vad, pastVad on every frame; on active frames the seed
+ *     returns to 11111.
+ *  Decoder, per SID (2) or untransmitted (0) frame: zepsSIDGainDecode_G729B_16s,
+ *  on a SID frame zepsLSFDecode_G729B_16s and zepsLSFToLSP_G729_16s into lspSid
+ *  (kept by the caller; start value 31441, 27566, 21458, 13612, 4663, -4663,
+ *  -13612, -21458, -27566, -31441), zepsCNGExcitation_G729B_16s with pitch null;
+ *  the seed returns to 11111 on speech frames; after every good frame
+ *  zepsFrameEnergy_G729B_16s saves the excitation energy used when a first SID
+ *  frame is lost. docs/g729b.md shows both sequences in full.
+ *  @{ */
+
+/**
+ * Size in bytes of the G.729 Annex B VAD state: writes 80 to *pSize.
+ * @return zepStsNullPtrErr if pSize is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsVADGetStateSize_G729B(Zep32s* pSize);
+
+/**
+ * Initialises the VAD state (G.729 Annex B vad_init): means, minimum buffer
+ * and counters zeroed, flag 1, running minimum 32767.
+ * @return zepStsNullPtrErr if pState is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsVADInit_G729B(Zep8u* pState);
+
+/**
+ * Voice activity decision of one 10 ms frame (G.729 Annex B B.3, vad).
+ * @param rc         second reflection coefficient of the frame's LP analysis, Q15
+ * @param pLSF       10 normalised LSFs of the unquantised LSPs (zepsLSPToLSF_Norm_G729_16s), Q15
+ * @param pAutoCorr  13 lag-windowed autocorrelations, (r_h << 16) + (r_l << 1)
+ *                   as zepsAutoCorr_G729B and zepsLagWindow_G729_32s_I give them
+ * @param expR0      exponent of the autocorrelation (zepsAutoCorr_G729B's pNormOut)
+ * @param pSrc       the 240-sample LP analysis window of pre-processed speech
+ *                   (samples 120..200 give the zero-crossing rate)
+ * @param frameCount frame number 1, 2, ... (the reference counts from 1 and
+ *                   continues at 256 after 32767)
+ * @param prevVad    decision of the previous frame (1 at start)
+ * @param pprevVad   decision of the frame before (1 at start)
+ * @param pVad       the decision: 1 voice, 0 noise
+ * @param pState     VAD state, updated
+ * Checks: pLSF, pAutoCorr, pSrc, pVad, pState null -> zepStsNullPtrErr;
+ * frameCount < 1 -> zepStsRangeErr; prevVad or pprevVad not 0 or 1 ->
+ * zepStsRangeErr. The count of low-energy frames of the first 32 indexes a
+ * 33-entry table; it is held at 32 should a caller repeat frame numbers.
+ */
+ZEPSAPI ZepStatus zepsVAD_G729B_16s(Zep16s rc, const Zep16s* pLSF, const Zep32s* pAutoCorr, Zep16s expR0,
+                                    const Zep16s* pSrc, Zep16s frameCount, Zep16s prevVad, Zep16s pprevVad,
+                                    Zep16s* pVad, Zep8u* pState);
+
+/**
+ * Size in bytes of the G.729 Annex B DTX state of the encoder: writes 168 to *pSize.
+ * @return zepStsNullPtrErr if pSize is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDTXGetStateSize_G729B(Zep32s* pSize);
+
+/**
+ * Initialises the DTX state (G.729 Annex B Init_Cod_cng): autocorrelation
+ * histories zeroed with exponents 40, energies zeroed, gains and counters 0.
+ * @return zepStsNullPtrErr if pState is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDTXInit_G729B(Zep8u* pState);
+
+/**
+ * Stores the frame's autocorrelation in the DTX history (G.729 Annex B
+ * Update_cng); called on every frame, active or not, after the VAD.
+ * @param pAutoCorr 11 autocorrelations before the lag window (zepsAutoCorr_G729B's
+ *                  pDst; only the high halves are kept, as the reference keeps r_h)
+ * @param expR0     exponent of the autocorrelation
+ * @param vad       the frame's VAD decision (0 or 1)
+ * Checks: pAutoCorr, pState null -> zepStsNullPtrErr; vad not 0 or 1 -> zepStsRangeErr.
+ */
+ZEPSAPI ZepStatus zepsDTXUpdate_G729B_16s(const Zep32s* pAutoCorr, Zep16s expR0, Zep16s vad, Zep8u* pState);
+
+/**
+ * DTX decision and SID parameters of an inactive frame (G.729 Annex B B.4.1,
+ * Cod_cng without the LSP quantisation and the excitation): the residual
+ * energy of the last two frames' autocorrelation and its quantisation, the
+ * decision (SID on the first inactive frame; afterwards, from the third frame
+ * since the last SID, when the filter's Itakura distance to the last sent
+ * filter or the quantised energy changed), on a SID frame the filter to send
+ * (the past average filter when it is close to the current one, else the
+ * current filter), and the target gain of the comfort-noise excitation.
+ * @param pastVad           VAD decision of the previous frame (0 or 1)
+ * @param pSrcDstPrevFilter 13 values: the last stable LP filter (11, Q12) and its
+ *                          first two reflection coefficients (Q15); the recursion
+ *                          falls back on it when unstable and replaces it when
+ *                          stable, exactly as the encoder's own Levinson calls do,
+ *                          so the encoder passes one record to all of them
+ *                          (start: 4096, 0, ... 0)
+ * @param pDstFrameType     2: SID frame, 0: untransmitted frame
+ * @param pDstLPC           11 LP coefficients (Q12) of the filter to quantise as
+ *                          the SID LSPs; written on SID frames only
+ * @param pDstGainIdx       SID energy index 0..31 (sent on SID frames)
+ * @param pDstGain          target gain of zepsCNGExcitation_G729B_16s for this frame
+ * @param pState            DTX state, updated
+ * Checks: pSrcDstPrevFilter, pDstFrameType, pDstLPC, pDstGainIdx, pDstGain,
+ * pState null -> zepStsNullPtrErr; pastVad not 0 or 1 -> zepStsRangeErr.
+ */
+ZEPSAPI ZepStatus zepsDTX_G729B_16s(Zep16s pastVad, Zep16s* pSrcDstPrevFilter, Zep16s* pDstFrameType,
+                                    Zep16s* pDstLPC, Zep16s* pDstGainIdx, Zep16s* pDstGain, Zep8u* pState);
+
+/**
+ * SID energy quantiser (G.729 Annex B B.4.2, Qua_Sidgain with Quant_Energy).
+ * @param pEner     nbEner residual energies (nbEner 0: one saved frame energy)
+ * @param pShEner   their exponents
+ * @param nbEner    0..2; 0 quantises the decoder's saved energy pEner[0] x
+ *                  2^pShEner[0] (a first SID frame lost)
+ * @param pDstEnerQ quantised energy in dB (-12..66)
+ * @param pDstIdx   index 0..31 of tab_Sidgain
+ * Checks: any null -> zepStsNullPtrErr; nbEner outside 0..2 -> zepStsRangeErr.
+ */
+ZEPSAPI ZepStatus zepsSIDGainQuant_G729B_16s(const Zep16s* pEner, const Zep16s* pShEner, int nbEner,
+                                             Zep16s* pDstEnerQ, Zep16s* pDstIdx);
+
+/**
+ * SID LSP quantiser (G.729 Annex B B.4.2, lsfq_noise): LSP -> LSF, spacing
+ * (first LSF at least 40, each next at least 642 above the previous, the last
+ * at most 25681 and, if it falls below its neighbour, that neighbour set 321
+ * below it), weighting, two-stage search over the 32 + 16 SID subsets of lspcb1 and
+ * lspcb2 with both MA predictors (4 survivors), gap 10, MA composition with
+ * noise_fg, memory update, stability, LSF -> LSP.
+ * @param pLSP      10 LSPs, Q15
+ * @param pPrevFreq MA memory freq_prev, 4 x 10, Q13, the same record as the
+ *                  speech quantiser's; updated
+ * @param pQLSP     10 quantised LSPs, Q15
+ * @param pIdx      {MA mode 0..1, first-stage index 0..31, second-stage index 0..15}
+ * Checks: any null -> zepStsNullPtrErr.
+ */
+ZEPSAPI ZepStatus zepsLSPQuant_G729B_16s(const Zep16s* pLSP, Zep16s* pPrevFreq, Zep16s* pQLSP, Zep16s* pIdx);
+
+/**
+ * SID LSF decoder (G.729 Annex B B.5, sid_lsfq_decode without the final
+ * LSF -> LSP conversion): codebook vector from PtrTab_1 / PtrTab_2, gap 10,
+ * MA composition with noise_fg, memory update, Lsp_stability.
+ * @param pIdx      {MA mode, first-stage index (taken modulo 32), second-stage
+ *                  index (taken modulo 16)}
+ * @param pPrevFreq MA memory of the decoder, 4 x 10, Q13; updated
+ * @param pQLSF     10 LSFs, Q13
+ * Checks: any null -> zepStsNullPtrErr; pIdx[0] not 0 or 1 -> zepStsOutOfRangeErr.
+ * Returns zepStsLSFLowClamped, zepStsLSFHighClamped or zepStsLSFLowHighClamped
+ * when the stability step raised the first LSF to 40, lowered the last to
+ * 25681, or both (outputs written), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLSFDecode_G729B_16s(const Zep16s* pIdx, Zep16s* pPrevFreq, Zep16s* pQLSF);
+
+/**
+ * Comfort-noise excitation of one frame (G.729 Annex B B.4.4, Calc_exc_rand
+ * with its Random and Gauss generators): per subframe a random lag 40..103
+ * with fraction, a random pitch gain below 0.5, a scaled Gaussian vector and
+ * four random pulses whose gain solves the energy equation (limited to 5000).
+ * @param gain       target gain (the reference's cur_gain), 0..32767; 0 gives zeros
+ * @param pSrcDstExc excitation buffer of 154 + 80 samples: [0..153] the past
+ *                   excitation (read), [154..233] the frame (written)
+ * @param pSeed      generator seed (11111 at start and after each active frame); updated
+ * @param pDstPitch  optional (may be null): 4 values {pitch gain Q14, lag} of
+ *                   subframes 1 and 2, for the encoder's taming update; gain 0
+ *                   and lag 41 for both when gain is 0
+ * Checks: pSrcDstExc, pSeed null -> zepStsNullPtrErr; gain < 0 -> zepStsRangeErr.
+ */
+ZEPSAPI ZepStatus zepsCNGExcitation_G729B_16s(Zep16s gain, Zep16s* pSrcDstExc, Zep16s* pSeed, Zep16s* pDstPitch);
+
+/**
+ * Size in bytes of the decoder's SID gain state: writes 4 to *pSize.
+ * @return zepStsNullPtrErr if pSize is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSIDGainDecodeGetStateSize_G729B(Zep32s* pSize);
+
+/**
+ * Initialises the decoder's SID gain state (G.729 Annex B Init_Dec_cng):
+ * SID gain tab_Sidgain[0], current gain 0.
+ * @return zepStsNullPtrErr if pState is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSIDGainDecodeInit_G729B(Zep8u* pState);
+
+/**
+ * Comfort-noise gain of a SID or untransmitted frame at the decoder (G.729
+ * Annex B B.5, the gain part of Dec_cng): a SID frame sets the SID gain to
+ * tab_Sidgain[gainIdx]; an untransmitted frame after a speech frame (a lost
+ * first SID) quantises the saved energy; the gain is the SID gain after a
+ * speech frame, else 7/8 of the previous gain plus 1/8 of the SID gain.
+ * @param frameType     2: SID frame, 0: untransmitted (or erased) frame
+ * @param gainIdx       SID energy index 0..31 (used on SID frames; checked on every
+ *                      frame, so pass 0 for an untransmitted frame)
+ * @param pastFrameType type of the previous frame: 1 speech, 2 SID, 0 untransmitted
+ * @param sidSav        saved energy of the last good frame (zepsFrameEnergy_G729B_16s)
+ * @param shSidSav      its exponent
+ * @param pDstGain      gain for zepsCNGExcitation_G729B_16s
+ * @param pState        SID gain state, updated
+ * Checks: pDstGain, pState null -> zepStsNullPtrErr; frameType not 0 or 2 ->
+ * zepStsRangeErr; pastFrameType outside 0..2 -> zepStsRangeErr; gainIdx
+ * outside 0..31 -> zepStsOutOfRangeErr.
+ */
+ZEPSAPI ZepStatus zepsSIDGainDecode_G729B_16s(Zep16s frameType, Zep16s gainIdx, Zep16s pastFrameType,
+                                              Zep16s sidSav, Zep16s shSidSav, Zep16s* pDstGain, Zep8u* pState);
+
+/**
+ * Energy of a decoded frame's excitation, saved for a lost first SID frame
+ * (G.729 Annex B decoder, after every good frame): e = sum of exc^2 (L_mac,
+ * saturating), *pDstEner = round(e << norm_l(e)), *pDstShift = 16 - norm_l(e).
+ * @param pSrcExc 80 excitation samples
+ * Checks: any null -> zepStsNullPtrErr.
+ */
+ZEPSAPI ZepStatus zepsFrameEnergy_G729B_16s(const Zep16s* pSrcExc, Zep16s* pDstEner, Zep16s* pDstShift);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

@@ -117,45 +117,6 @@ TEST(AmrDtxEdges, LspQuantRatesAndIndexCounts) {
     }
 }
 
-// ---- argument checks: each pointer null in turn gives -8, nothing written
-
-/// Calls `call(ptrs)` with the i-th of `bufs` replaced by null, for every i,
-/// and checks -8 and that every buffer kept its canaries.
-template <class Call>
-void expect_null_checks(std::vector<V16>& bufs, Call call) {
-    for (std::size_t i = 0; i < bufs.size(); i++) {
-        for (auto& b : bufs) b.assign(b.size(), kCanary);
-        std::vector<std::int16_t*> p;
-        for (auto& b : bufs) p.push_back(b.data());
-        p[i] = nullptr;
-        EXPECT_EQ(call(p), zepStsNullPtrErr) << "pointer " << i;
-        for (auto& b : bufs) EXPECT_EQ(b, canaries(b.size())) << "pointer " << i;
-    }
-}
-
-TEST(AmrDtxEdges, NullPointersInOrder) {
-    std::vector<V16> buf5 = {V16(160), V16(10), V16(1), V16(80), V16(8)};
-    expect_null_checks(buf5, [](auto& p) {
-        return zeps::u8::zepsEncDTXBuffer_GSMAMR_16s(p[0], p[1], p[2], p[3], p[4]);
-    });
-    expect_null_checks(buf5, [](auto& p) {
-        return zeps::u8::zepsDecDTXBuffer_GSMAMR_16s(p[0], p[1], p[2], p[3], p[4]);
-    });
-    std::vector<V16> handler = {V16(1), V16(1), V16(1), V16(1)};
-    expect_null_checks(handler, [](auto& p) {
-        return zeps::u8::zepsEncDTXHandler_GSMAMR_16s(p[0], p[1], p[2], p[3], 0);
-    });
-    std::vector<V16> sid = {V16(80), V16(8), V16(5), V16(10), V16(4), V16(4)};
-    expect_null_checks(sid, [](auto& p) {
-        return zeps::u8::zepsEncDTXSID_GSMAMR_16s(p[0], p[1], p[2], p[3], p[4], p[5], 1);
-    });
-    // A null pointer wins over a bad rate code.
-    std::vector<V16> quant = {V16(10), V16(20), V16(20), V16(5)};
-    expect_null_checks(quant, [](auto& p) {
-        return zeps::u8::zepsLSPQuant_GSMAMR_16s(p[0], p[1], p[2], p[3], 2);
-    });
-}
-
 // ---- both builds
 
 /// Random LSPs: mostly ordered cosines, sometimes anything.

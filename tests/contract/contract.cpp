@@ -220,36 +220,46 @@ Call Call::clone() const {
     c.v = v;
     c.null = null;
     c.init = init;
-    for (std::size_t i = 0; i < buf.size(); ++i) c.buf.push_back(copy_buffer(buf[i], row->args[i].self_ref));
+    for (const Buffer& b : buf) c.buf.push_back(copy_buffer(b));
     return c;
 }
 
 namespace {
-/// Calls f(offset) for every aligned pointer-sized word of the block that
-/// points into the block itself.
-template <class F>
-void for_each_inner_pointer(const Buffer& b, F f) {
-    const auto base = reinterpret_cast<std::uintptr_t>(b.data.get());
-    for (std::size_t off = 0; off + sizeof(std::uintptr_t) <= b.bytes; off += sizeof(std::uintptr_t)) {
-        std::uintptr_t w;
-        std::memcpy(&w, b.data.get() + off, sizeof w);
-        if (w >= base && w <= base + b.bytes) f(off, w - base);
-    }
+std::uintptr_t word_at(const Buffer& b, std::size_t off) {
+    std::uintptr_t w;
+    std::memcpy(&w, b.data.get() + off, sizeof w);
+    return w;
 }
+std::uintptr_t base_of(const Buffer& b) { return reinterpret_cast<std::uintptr_t>(b.data.get()); }
 }  // namespace
 
-Buffer copy_buffer(const Buffer& b, bool self_ref) {
+Buffer copy_buffer(const Buffer& b) {
     Buffer d;
     d.bytes = b.bytes;
+    d.inner = b.inner;
     if (!b.data) return d;
     d.data.reset(alloc_block(b.bytes));
     std::memcpy(d.data.get(), b.data.get(), std::max<std::size_t>(b.bytes, 1));
-    if (self_ref)
-        for_each_inner_pointer(b, [&](std::size_t off, std::uintptr_t rel) {
-            const std::uintptr_t w = reinterpret_cast<std::uintptr_t>(d.data.get()) + rel;
-            std::memcpy(d.data.get() + off, &w, sizeof w);
-        });
+    for (std::size_t off : b.inner) {
+        const std::uintptr_t w = word_at(b, off) - base_of(b) + base_of(d);
+        std::memcpy(d.data.get() + off, &w, sizeof w);
+    }
     return d;
+}
+
+void mark_inner_pointers(Buffer& a, Buffer& b) {
+    a.inner.clear();
+    if (!a.data || !b.data || a.bytes != b.bytes || a.data == b.data) return;
+    for (std::size_t off = 0; off + sizeof(std::uintptr_t) <= a.bytes; off += sizeof(std::uintptr_t)) {
+        const std::uintptr_t wa = word_at(a, off), wb = word_at(b, off);
+        if (wa != wb && wa - base_of(a) == wb - base_of(b) && wa - base_of(a) <= a.bytes) a.inner.push_back(off);
+    }
+    b.inner = a.inner;
+}
+
+void mark_state_pointers(Call& a, Call& b) {
+    for (std::size_t k = 0; k < a.row->args.size(); ++k)
+        if (a.row->args[k].dir == Dir::StateOut && a.row->args[k].self_ref) mark_inner_pointers(a.buf[k], b.buf[k]);
 }
 
 void Call::bind() {
@@ -270,8 +280,10 @@ std::vector<std::uint8_t> Call::snapshot() const {
         if (!b.data) continue;
         const std::size_t at = s.size();
         s.insert(s.end(), b.data.get(), b.data.get() + b.bytes);
-        if (row->args[i].self_ref)  // inner pointers as offsets: equal for equal states
-            for_each_inner_pointer(b, [&](std::size_t off, std::uintptr_t rel) { std::memcpy(&s[at + off], &rel, sizeof rel); });
+        for (std::size_t off : b.inner) {  // inner pointers as offsets: equal for equal states
+            const std::uintptr_t rel = word_at(b, off) - base_of(b);
+            std::memcpy(&s[at + off], &rel, sizeof rel);
+        }
     }
     return s;
 }
@@ -379,12 +391,15 @@ bool materialize(const Plan& plan, int build, Source& src, Call& call, const Pla
         call.init = std::make_shared<const Plan>(init ? *init : valid_plan(irow, src));
         Buffer& sb = call.buf[static_cast<std::size_t>(si)];
         if (state) {
-            sb = copy_buffer(*state, row.args[static_cast<std::size_t>(si)].self_ref);
+            sb = copy_buffer(*state);
         } else {
             Call ic;
             if (!materialize(*call.init, build, src, ic)) return false;
+            Call twin = ic.clone();  // a second block, to tell its inner pointers from data
             const std::int64_t st = ic.run();
             if (expected(ic) || std::find(irow.ok.begin(), irow.ok.end(), st) == irow.ok.end()) return false;
+            twin.run();
+            mark_state_pointers(ic, twin);
             for (std::size_t k = 0; k < irow.args.size(); ++k)
                 if (irow.args[k].dir == Dir::StateOut) sb = std::move(ic.buf[k]);
         }
@@ -566,6 +581,33 @@ std::vector<std::string> check_row(const Row& row, int build, std::uint64_t seed
                 for (auto [b, y] : vj[0].scalars) same_arg = same_arg || a == b;
             if (same_arg) continue;
             expect_call({&vk[0], &vj[0]}, checks[k], vk[0].label + " with " + vj[0].label);
+        }
+    }
+    // Edges: the valid values right beside each rejected range (and each
+    // value of a valid set) get the status the row predicts, so an
+    // off-by-one in a range check shows.
+    for (const Check* c : checks) {
+        if (c->kind != CK::Reject) continue;
+        const Param& q = find_export(row.name)->params[static_cast<std::size_t>(c->arg)];
+        double tlo, thi;
+        type_range(q, tlo, thi);
+        std::vector<double> edge = c->set;
+        if (!c->not_in) edge.insert(edge.end(), {c->lo - 1, c->hi + 1});
+        else if (c->lo <= c->hi) edge.insert(edge.end(), {c->lo, c->hi});
+        for (double x : edge) {
+            if (x < tlo || x > thi || rejects(*c, x)) continue;
+            Plan p = base_plan;
+            set_scalar(p.v[static_cast<std::size_t>(c->arg)], q, x);
+            SeededSource content(seed ^ 0xc0ffee);
+            Call call;
+            if (!materialize(p, build, content, call, init_plan ? &*init_plan : nullptr)) continue;
+            const auto e = expected(call);
+            const std::int64_t st = call.run();
+            const bool ok = e ? st == e->status : std::find(row.ok.begin(), row.ok.end(), st) != row.ok.end();
+            if (!ok)
+                problems.push_back(tag + row.args[static_cast<std::size_t>(c->arg)].name + " = " + fmt(x) +
+                                   " (valid edge): status " + std::to_string(st) +
+                                   (e ? ", the row predicts " + std::to_string(e->status) : ", outside the success set"));
         }
     }
     return problems;

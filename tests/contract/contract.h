@@ -285,6 +285,12 @@ struct Buffer {
     // offset in the original and in its copies.
     std::unique_ptr<std::uint8_t[], FreeBlock> data;
     std::size_t bytes = 0;
+    // Offsets of the words that hold pointers into the block itself (a
+    // self-referencing state), found when the state was initialised by
+    // comparing two initialisations at different addresses. Only these
+    // words are moved by a copy and written as offsets in a snapshot: a data
+    // word whose value happens to look like an address is never touched.
+    std::vector<std::size_t> inner;
 };
 
 /// A materialised call: every buffer allocated with exactly the length the
@@ -309,9 +315,16 @@ struct Call {
     std::vector<std::uint8_t> snapshot() const;  // every buffer's bytes, in order
 };
 
-/// Copies a buffer; for a self-referencing state block, pointers into the
-/// source block are moved to the same offsets in the copy.
-Buffer copy_buffer(const Buffer& b, bool self_ref);
+/// Copies a buffer; the inner pointers of a self-referencing state block
+/// (Buffer::inner) are moved to the same offsets in the copy.
+Buffer copy_buffer(const Buffer& b);
+/// Records in both blocks the words that hold pointers into their own block:
+/// `a` and `b` were initialised alike at different addresses, so a pointer
+/// word differs by exactly the distance of the blocks and a data word not at all.
+void mark_inner_pointers(Buffer& a, Buffer& b);
+/// mark_inner_pointers on the self-referencing state outputs of two calls of
+/// an initialiser that ran alike (a call and its clone).
+void mark_state_pointers(Call& a, Call& b);
 /// Calls another export of the call's build (size queries inside length functions).
 std::int64_t call_export(const Call& c, const char* name, std::initializer_list<Val> args);
 inline Val I(std::int64_t x) { Val v; v.i = x; return v; }

@@ -1,6 +1,6 @@
 // Small model exports that exercise every feature of the contract table
 // (in-place buffer, size query, fixed-size state with init then process, a
-// documented no-op exception, a check on buffer contents), and two faulty
+// documented no-op exception, a check on buffer contents), and three faulty
 // models the checks must catch. They are not library exports: they prove
 // the machinery, in the contract test, the fuzz driver and the thread test.
 #include <cstring>
@@ -76,6 +76,12 @@ ZepStatus LengthFirst(Zep16s* pSrcDst, int len, int scaleFactor) {
     return Scale(pSrcDst, len, scaleFactor);
 }
 
+// Faulty: refuses the largest valid length (an off-by-one in a range check).
+ZepStatus OffByOne(Zep16s* pSrcDst, int len, int scaleFactor) {
+    if (len == 64 && pSrcDst) return zepStsRangeErr;
+    return Scale(pSrcDst, len, scaleFactor);
+}
+
 template <class F>
 Export model(const char* name, F* f) {
     return make_export(name, f, f);
@@ -97,12 +103,14 @@ std::vector<Row> make_rows() {
     add_export(model("selftest.Decode", &Decode));
     add_export(model("selftest.faulty.LeakyScale", &LeakyScale));
     add_export(model("selftest.faulty.LengthFirst", &LengthFirst));
+    add_export(model("selftest.faulty.OffByOne", &OffByOne));
     const Row scale{"selftest.Scale",
                     {io(T::s16, "pSrcDst", arg(1)), sc("len", 1, 64), sc("scaleFactor", 0, 15)},
                     {below(1, 1, zepStsSizeErr), above(1, 64, zepStsRangeErr), outside(2, 0, 15, zepStsScaleRangeErr)}};
-    Row leaky = scale, first = scale;
+    Row leaky = scale, first = scale, edge = scale;
     leaky.name = "selftest.faulty.LeakyScale";
     first.name = "selftest.faulty.LengthFirst";
+    edge.name = "selftest.faulty.OffByOne";
     return {
         scale,
         {"selftest.CodecGetStateSize", {out(T::s32, "pSize", n(1))}},
@@ -117,6 +125,7 @@ std::vector<Row> make_rows() {
          {rule("pIdx[0] not 0 or 1", zepStsOutOfRangeErr, &bad_mode, {}, &spoil_mode)}},
         leaky,
         first,
+        edge,
     };
 }
 

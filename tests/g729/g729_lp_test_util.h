@@ -57,7 +57,6 @@ int replay(const std::string& file, Fn fn_u8, Fn fn_n8, Body body) {
         body(fn, vf, ck);
         EXPECT_EQ(ck.failures(), 0) << file << " on " << name;
     }
-    EXPECT_GT(vf.cases.size(), 0u);
     return static_cast<int>(vf.cases.size());
 }
 

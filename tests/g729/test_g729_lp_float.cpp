@@ -180,6 +180,7 @@ TEST(G729LpFloat, DecoderSequenceMatchesAnnexC) {
 }
 
 TEST(G729LpFloat, AnnexEMatchesAnnexCPlus) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");
     // qua_lspe with a memory of reset rows plus 0.01 per row.
     VF mem = reset_memory();
     for (int k = 0; k < 4; ++k)

@@ -38,6 +38,34 @@ void for_both(F f) {
       &zeps::n8::lsf_second_stage_search_scalar);
 }
 
+// The first-stage search on targets that make the reference's sub() or
+// L_mac() saturate (the vector path then hands over to the scalar loop),
+// against indices computed outside the library by a separate model of
+// Lsp_pre_select (sub, L_mac, L_sub with their saturation): the first two
+// are won by the last row, 127, one with a distance just below 2^31.
+struct SearchCase {
+    std::int16_t target[10];
+    int index;
+};
+constexpr SearchCase kSaturatingTargets[] = {
+    {{14871, -26165, 9210, 8755, 4764, 8696, 15220, 19242, 15940, 16545}, 127},
+    {{-28270, 13038, 5545, 7616, 4241, 8649, 15215, 21142, 15269, 16996}, 127},
+    {{32767, 2577, 5553, 7195, 8651, 10686, 15069, 16953, 18703, 19929}, 85},
+    {{1721, 32767, 5553, 7195, 8651, 10686, 15069, 16953, 18703, 19929}, 116},
+    {{1721, 2577, 32767, 7195, 8651, 10686, 15069, 16953, 18703, 19929}, 84},
+    {{-32768, -32768, -32768, -32768, -32768, -32768, -32768, -32768, -32768, -32768}, 0},  // all saturate
+    {{32767, 32767, 32767, 32767, 32767, 32767, 32767, 32767, 32767, 32767}, 0},
+};
+
+TEST(G729LpKernels, FirstStageSearchOnSaturatingTargets) {
+    for_both([](auto, auto, auto search, auto search_scalar, auto, auto) {
+        for (const SearchCase& c : kSaturatingTargets) {
+            EXPECT_EQ(search_scalar(c.target), c.index) << "target[0] " << c.target[0];
+            EXPECT_EQ(search(c.target), c.index) << "target[0] " << c.target[0];
+        }
+    });
+}
+
 TEST(G729LpKernels, SimdEqualsScalar) {
     for_both([](auto corr_scalar, auto corr_simd, auto search_simd, auto search_scalar, auto second_simd, auto second_scalar) {
         zeps::test::Rng rng(7);

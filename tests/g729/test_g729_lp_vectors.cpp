@@ -11,6 +11,7 @@ using V16 = std::vector<std::int16_t>;
 using V32 = std::vector<std::int32_t>;
 
 TEST(G729LpVectors, HighPassFilter) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g729");
     replay("zepsHighPassFilter_G729_16s_ISfs.vec", zeps::u8::zepsHighPassFilter_G729_16s_ISfs,
            zeps::n8::zepsHighPassFilter_G729_16s_ISfs, [](auto fn, const VecFile& vf, Checker& ck) {
                std::vector<Zep8u> state(24);
@@ -34,6 +35,7 @@ TEST(G729LpVectors, HighPassFilter) {
 }
 
 TEST(G729LpVectors, AutoCorrG729B) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g729");
     replay_cases("zepsAutoCorr_G729B.vec", zeps::u8::zepsAutoCorr_G729B, zeps::n8::zepsAutoCorr_G729B,
                  [](auto fn, const VecCase& c, Checker& ck) {
                      const V16 x = c.in("pSrc").as<std::int16_t>();
@@ -46,6 +48,7 @@ TEST(G729LpVectors, AutoCorrG729B) {
 }
 
 TEST(G729LpVectors, LagWindow) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g729");
     replay_cases("zepsLagWindow_G729_32s_I.vec", zeps::u8::zepsLagWindow_G729_32s_I,
                  zeps::n8::zepsLagWindow_G729_32s_I, [](auto fn, const VecCase& c, Checker& ck) {
                      V32 r = before<std::int32_t>(c, "pSrcDstAutoCorr");
@@ -55,6 +58,7 @@ TEST(G729LpVectors, LagWindow) {
 }
 
 TEST(G729LpVectors, LevinsonDurbin) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g729");
     replay_cases("zepsLevinsonDurbin_G729_32s16s.vec", zeps::u8::zepsLevinsonDurbin_G729_32s16s,
                  zeps::n8::zepsLevinsonDurbin_G729_32s16s, [](auto fn, const VecCase& c, Checker& ck) {
                      const V32 r = c.in("pSrcAutoCorr").as<std::int32_t>();
@@ -89,6 +93,7 @@ void unary16(Fn fn, const VecCase& c, Checker& ck, const char* in, const char* o
 }  // namespace
 
 TEST(G729LpVectors, LPCToLSP) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g729");
     replay_cases("zepsLPCToLSP_G729_16s.vec", zeps::u8::zepsLPCToLSP_G729_16s, zeps::n8::zepsLPCToLSP_G729_16s,
                  [](auto fn, const VecCase& c, Checker& ck) { lpc_to_lsp(fn, c, ck); });
     replay_cases("zepsLPCToLSP_G729A_16s.vec", zeps::u8::zepsLPCToLSP_G729A_16s, zeps::n8::zepsLPCToLSP_G729A_16s,
@@ -96,6 +101,7 @@ TEST(G729LpVectors, LPCToLSP) {
 }
 
 TEST(G729LpVectors, Conversions) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g729");
     replay_cases("zepsLSPToLPC_G729_16s.vec", zeps::u8::zepsLSPToLPC_G729_16s, zeps::n8::zepsLSPToLPC_G729_16s,
                  [](auto fn, const VecCase& c, Checker& ck) { unary16(fn, c, ck, "pLSP", "pLPC"); });
     replay_cases("zepsLSFToLSP_G729_16s.vec", zeps::u8::zepsLSFToLSP_G729_16s, zeps::n8::zepsLSFToLSP_G729_16s,
@@ -108,6 +114,7 @@ TEST(G729LpVectors, Conversions) {
 }
 
 TEST(G729LpVectors, Quantisers) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g729");
     auto quant = [](const char* in, const char* q) {
         return [=](auto fn, const VecCase& c, Checker& ck) {
             const V16 x = c.in(in).as<std::int16_t>();
@@ -127,6 +134,7 @@ TEST(G729LpVectors, Quantisers) {
 }
 
 TEST(G729LpVectors, Decoders) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g729");
     replay_cases("zepsLSFDecode_G729_16s.vec", zeps::u8::zepsLSFDecode_G729_16s, zeps::n8::zepsLSFDecode_G729_16s,
                  [](auto fn, const VecCase& c, Checker& ck) {
                      const V16 idx = c.in("pIdx").as<std::int16_t>();
@@ -147,6 +155,7 @@ TEST(G729LpVectors, Decoders) {
 }
 
 TEST(G729LpVectors, Interpolate) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("vectors/g729");
     replay_cases("zepsInterpolate_G729_16s.vec", zeps::u8::zepsInterpolate_G729_16s,
                  zeps::n8::zepsInterpolate_G729_16s, [](auto fn, const VecCase& c, Checker& ck) {
                      const V16 a = c.in("pSrc1").as<std::int16_t>();
