@@ -825,6 +825,243 @@ ZEPSAPI ZepStatus zepsPostProcess_GSMAMR_16s_I(Zep16s* pState, Zep16s* pSrcDst, 
  * @return checks in order: pointers -> zepStsNullPtrErr (-8); len below 1 -> zepStsSizeErr (-6); else zepStsNoErr.
  */
 ZEPSAPI ZepStatus zepsGainControl_GSMAMR_16s_I(const Zep16s* pSrcRef, Zep16s* pSrcDst, Zep32s len);
+
+/**
+ * GSM-AMR serial bits to decoder parameters (3GPP TS 26.073 bits2prm.c
+ * Bits2prm): each parameter is read MSB first with the widths of the rate's
+ * layout (rate 25: the 35-bit SID layout, 5 parameters: LSF start vector
+ * index, 3 LSF indices, energy index). Counts: 17 for rate 0, 19 for 1, 3, 6
+ * and 7, 23 for 8, 39 for 11, 57 for 12, 5 for 25. Decision: a word's
+ * nonzero value is a 1 bit; only the bits the layout covers are read.
+ *
+ * @param pSrcBits   serial bits, one a word (up to 244)
+ * @param pDstParam  out: the rate's parameters (at most 57)
+ * @param rate       rate code 0, 1, 3, 6, 7, 8, 11, 12 or 25
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsBitsToParam_GSMAMR_16s(const Zep16s* pSrcBits, Zep16s* pDstParam, Zep32s rate);
+
+/**
+ * GSM-AMR random parameters of a lost speech frame (3GPP TS 26.073
+ * b_cn_cod.c build_CN_param, as Decoder_amr calls it for NO_DATA and ONSET
+ * frames outside DTX): the seed advances (seed = 31821 seed / 2 + 13849,
+ * kept to 16 bits) and selects a window of the table window_200_40; each
+ * parameter keeps the low bits of its width in the rate's layout.
+ *
+ * @param pSeed      in/out: the decoder's nodataSeed (reset value 21845)
+ * @param pDstParam  out: the rate's parameters (counts as zepsBitsToParam_GSMAMR_16s)
+ * @param rate       rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsBuildCNParam_GSMAMR_16s(Zep16s* pSeed, Zep16s* pDstParam, Zep32s rate);
+
+/**
+ * GSM-AMR LSF interpolation for one subframe (3GPP TS 26.073 int_lsf.c
+ * Int_lsf), the weights of Int_lpc_1to3: subframe start 0: 3/4 old + 1/4
+ * new, 40: 1/2 + 1/2, 80: 1/4 + 3/4, 120: the new LSFs.
+ *
+ * @param pLSFOld      10 LSFs of the previous frame
+ * @param pLSFNew      10 LSFs of this frame
+ * @param subframeStart first sample of the subframe: 0, 40, 80 or 120
+ * @param pDstLSF      out: 10 interpolated LSFs
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); subframeStart not 0, 40, 80 or 120 ->
+ *         zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsInterpolateLSF_GSMAMR_16s(const Zep16s* pLSFOld, const Zep16s* pLSFNew, Zep32s subframeStart,
+                                                Zep16s* pDstLSF);
+
+/**
+ * GSM-AMR running mean of the LSFs (3GPP TS 26.073 lsp_avg.c lsp_avg):
+ * mean = mean - 0.16 mean + 0.16 new (5243 in Q15, 32-bit accumulation,
+ * rounded). The decoder runs it on its past quantised LSFs at the end of
+ * every frame; Cb_gain_average compares against the mean.
+ *
+ * @param pSrcDstMean in/out: 10 mean LSFs (lsp_meanSave; reset: mean_lsf_5)
+ * @param pSrcLSF     10 LSFs of the frame
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLSPAverage_GSMAMR_16s(Zep16s* pSrcDstMean, const Zep16s* pSrcLSF);
+
+/**
+ * GSM-AMR code gain averaging in background noise (3GPP TS 26.073
+ * c_g_aver.c Cb_gain_average): the code gain enters a 7-frame history; the
+ * spectral difference of the subframe's LSFs to their running mean drives a
+ * hangover; for rates 0, 1, 3, 6 and 11 the gain is mixed with the mean of
+ * the history (the whole history for concealed low-rate frames in
+ * background noise). The other rates get the gain back as it is, the
+ * history and counters updated all the same.
+ *
+ * @param pState          in/out: 9 values: cbGainHistory[7], hangVar, hangCount (reset all 0)
+ * @param gainCode        the decoded code gain
+ * @param pSrcLSF         10 LSFs of the subframe (zepsInterpolateLSF_GSMAMR_16s)
+ * @param pSrcLSFMean     10 mean LSFs (zepsLSPAverage_GSMAMR_16s); each must be positive
+ * @param bfi             nonzero: this frame is bad
+ * @param prevBF          nonzero: the previous frame was bad
+ * @param pdfi            nonzero: this frame is degraded
+ * @param prevPDF         nonzero: the previous frame was degraded
+ * @param inBackgroundNoise  the detector's decision of the previous frame (zepsBackgroundNoiseDetect_GSMAMR_16s)
+ * @param voicedHangover  its voiced hangover count
+ * @param pGainMix        out: the gain for the phase dispersion
+ * @param rate            rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); a mean LSF
+ *         below 1 -> zepStsOutOfRangeErr (-11) (the reference divides by it); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsCbGainAverage_GSMAMR_16s(Zep16s* pState, Zep16s gainCode, const Zep16s* pSrcLSF,
+                                               const Zep16s* pSrcLSFMean, Zep16s bfi, Zep16s prevBF, Zep16s pdfi,
+                                               Zep16s prevPDF, Zep16s inBackgroundNoise, Zep16s voicedHangover,
+                                               Zep16s* pGainMix, Zep32s rate);
+
+/**
+ * GSM-AMR background-noise detector of the decoder (3GPP TS 26.073
+ * bgnscd.c Bgn_scd): the synthesised frame's energy against a 60-frame
+ * energy history decides whether the decoder is in stationary background
+ * noise (after a hangover of 2 frames); the median of the pitch gain
+ * history (the last 5, or all 9 after a long hangover) updates the voiced
+ * hangover count (0..10).
+ *
+ * @param pState           in/out: 61 values: frameEnergyHist[60], bgHangover (reset all 0)
+ * @param pSrcLTPGainHist  9 past pitch gains, oldest first, Q14 (ltpGainHistory)
+ * @param pSrcSpeech       160 synthesised samples of the frame (before the post-filter)
+ * @param pVoicedHangover  in/out: voiced hangover count (reset 0)
+ * @param pInBackgroundNoise out: 1 in background noise, else 0
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsBackgroundNoiseDetect_GSMAMR_16s(Zep16s* pState, const Zep16s* pSrcLTPGainHist,
+                                                       const Zep16s* pSrcSpeech, Zep16s* pVoicedHangover,
+                                                       Zep16s* pInBackgroundNoise);
+
+/**
+ * GSM-AMR subframe excitation energy (3GPP TS 26.073 dec_amr.c, before
+ * Ex_ctrl): sqrt(sum x^2 / 40) from the 32-bit energy by the table square
+ * root, truncated to 16 bits, as the decoder keeps it in excEnergyHist.
+ *
+ * @param pSrcExc  40 excitation samples
+ * @param pEnergy  out: the energy value
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsExcitationEnergy_GSMAMR_16s(const Zep16s* pSrcExc, Zep16s* pEnergy);
+
+/**
+ * GSM-AMR excitation control in concealed background noise (3GPP TS
+ * 26.073 ex_ctrl.c Ex_ctrl): when the subframe's energy lies above 5 and
+ * below the median of the 9-subframe energy history, the excitation is
+ * scaled towards the lower of that median and 4 x (3 x after a bad frame
+ * or with fewer than 7 voiced frames) the last energies; the scale
+ * factor (Q11) is limited to 1.5 with carefulFlag.
+ *
+ * @param pSrcDstExc      in/out: 40 excitation samples
+ * @param excEnergy       energy of the subframe (zepsExcitationEnergy_GSMAMR_16s)
+ * @param pSrcEnergyHist  9 past subframe energies, oldest first (excEnergyHist)
+ * @param voicedHangover  the detector's voiced hangover count
+ * @param prevBFI         nonzero: the previous frame was bad
+ * @param carefulFlag     nonzero: limit the scale factor
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsExcitationControl_GSMAMR_16s_I(Zep16s* pSrcDstExc, Zep16s excEnergy, const Zep16s* pSrcEnergyHist,
+                                                     Zep16s voicedHangover, Zep16s prevBFI, Zep16s carefulFlag);
+
+/** Comfort-noise decoder state block (opaque; 512 bytes, see
+ *  zepsDTXDecodeGetStateSize_GSMAMR_16s). Any byte alignment is accepted. */
+typedef struct ZepDTXDecodeState_GSMAMR ZepDTXDecodeState_GSMAMR;
+
+/**
+ * Writes the size in bytes of the GSM-AMR comfort-noise decoder state block: 512.
+ *
+ * @param pSize  receives the size
+ * @return zepStsNullPtrErr (-8) if pSize is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDTXDecodeGetStateSize_GSMAMR_16s(Zep32s* pSize);
+
+/**
+ * Resets a GSM-AMR comfort-noise decoder state block (3GPP TS 26.073
+ * dtx_dec.c dtx_dec_reset: DTX state machine in DTX, log energies 3500,
+ * LSP history of lsp_init_data, LSF history of mean_lsf_5, noise seed
+ * 0x70816958). The whole block is written.
+ *
+ * @param pState  the caller's block of at least 512 bytes
+ * @return zepStsNullPtrErr (-8) if pState is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDTXDecodeInit_GSMAMR_16s(ZepDTXDecodeState_GSMAMR* pState);
+
+/**
+ * GSM-AMR receiver DTX state machine (3GPP TS 26.073 dtx_dec.c
+ * rx_dtx_handler), run first on every frame: from the receiver frame type
+ * (0 SPEECH_GOOD, 1 SPEECH_DEGRADED, 2 ONSET, 3 SPEECH_BAD, 4 SID_FIRST,
+ * 5 SID_UPDATE, 6 SID_BAD, 7 NO_DATA) the frame's DTX state (0 SPEECH,
+ * 1 DTX, 2 DTX_MUTE after more than 50 frames without a SID update), the
+ * encoder's hangover as the decoder tracks it and the kind of SID frame.
+ * A frame in state SPEECH goes through the speech decoder (ending with
+ * zepsDTXDecodeUpdate_GSMAMR_16s), any other through zepsDTXDecode_GSMAMR_16s.
+ *
+ * Decision: the state of the previous frame (dtxGlobalState, which the
+ * speech decoder reads for its bad-frame state: DTX -> 5 with no previous
+ * bad frame, DTX_MUTE -> 5 with a previous bad frame) is written to
+ * pPrevState; the block stores the new state when the frame's decoding
+ * ends (zepsDTXDecode_GSMAMR_16s or zepsDTXDecodeUpdate_GSMAMR_16s), as
+ * Decoder_amr does.
+ *
+ * @param pState     in/out: state from zepsDTXDecodeInit_GSMAMR_16s
+ * @param frameType  receiver frame type 0..7
+ * @param pNewState  out: the frame's DTX state 0..2
+ * @param pPrevState out: the previous frame's DTX state 0..2
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); frameType outside 0..7 -> zepStsRangeErr (-7);
+ *         else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsRxDTXHandler_GSMAMR_16s(ZepDTXDecodeState_GSMAMR* pState, Zep32s frameType, Zep16s* pNewState,
+                                              Zep16s* pPrevState);
+
+/**
+ * GSM-AMR comfort-noise frame (3GPP TS 26.073 dtx_dec.c dtx_dec): at the
+ * end of the encoder's hangover the averages of the LSF and energy history;
+ * on a SID frame the new LSFs (D_plsf_3 from the SID's start vector) and
+ * energy, and the gain predictor memories set from that energy; then the
+ * LSPs and log energy interpolated over the SID period, LSF variability
+ * from the history, and four subframes of random pulses through the
+ * synthesis filter. In DTX_MUTE the level falls by 256 (Q11) a frame.
+ *
+ * The caller resets its speech decoder first as Decoder_amr_reset(MRDTX)
+ * does (excitation history, lags, concealment, background-noise and
+ * dispersion states; not the synthesis memory, LSF mean, excitation energy
+ * history or gain predictor). Decision: the LSPs of the new past LSFs
+ * (Lsf_lsp, what Decoder_amr stores as the previous frame's LSPs) are
+ * written to pDstLSP; the block stores newState as the previous frame's
+ * DTX state for the next zepsRxDTXHandler_GSMAMR_16s.
+ *
+ * @param pState      in/out: state after zepsRxDTXHandler_GSMAMR_16s for this frame
+ * @param pMemSyn     in/out: 10 synthesis filter memories (oldest first)
+ * @param pPastRq     in/out: 10 LSF predictor memories (as zepsLSFDecode_GSMAMR_16s)
+ * @param pPastLSFQ   in/out: 10 past quantised LSFs, replaced by the comfort-noise LSFs
+ * @param pPastQuaEn  in/out: 8 gain predictor values (as zepsDecodeGain_GSMAMR_16s), set on a SID frame
+ * @param pCbGainAver in/out: 9 values of zepsCbGainAverage_GSMAMR_16s (hangVar set to 20, hangCount to 0)
+ * @param pSrcParam   5 SID parameters (zepsBitsToParam_GSMAMR_16s, rate 25); read on SID frames only
+ * @param pDstSpeech  out: 160 samples
+ * @param pDstLPC     out: 4 x 11 LP coefficients for the post-filter, Q12
+ * @param pDstLSP     out: 10 LSPs, Q15
+ * @param newState    the frame's DTX state from zepsRxDTXHandler_GSMAMR_16s: 1 or 2
+ * @param rate        the speech rate code 0, 1, 3, 6, 7, 8, 11 or 12 of the last speech frame (sets the level adjustment)
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); newState
+ *         outside 1..2 -> zepStsRangeErr (-7); SID parameters outside their widths (3, 8, 9, 9, 6
+ *         bits) -> zepStsOutOfRangeErr (-11); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDTXDecode_GSMAMR_16s(ZepDTXDecodeState_GSMAMR* pState, Zep16s* pMemSyn, Zep16s* pPastRq,
+                                           Zep16s* pPastLSFQ, Zep16s* pPastQuaEn, Zep16s* pCbGainAver,
+                                           const Zep16s* pSrcParam, Zep16s* pDstSpeech, Zep16s* pDstLPC,
+                                           Zep16s* pDstLSP, Zep32s newState, Zep32s rate);
+
+/**
+ * GSM-AMR comfort-noise history of a speech frame (3GPP TS 26.073
+ * dtx_dec.c dtx_dec_activity_update): the frame's LSFs and log energy
+ * (Q10 log2 of the mean square) enter the 8-frame histories the next
+ * comfort-noise period averages. Run at the end of every frame decoded as
+ * speech; the block then stores SPEECH as the previous frame's DTX state.
+ *
+ * @param pState      in/out: state from zepsDTXDecodeInit_GSMAMR_16s
+ * @param pSrcLSF     10 past quantised LSFs after the frame's LSF decoding
+ * @param pSrcSpeech  160 synthesised samples (before the post-filter)
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDTXDecodeUpdate_GSMAMR_16s(ZepDTXDecodeState_GSMAMR* pState, const Zep16s* pSrcLSF,
+                                                 const Zep16s* pSrcSpeech);
 /** @} */
 
 /** @defgroup gsmfr GSM full rate
