@@ -28,7 +28,7 @@ ZepStatus zepsAdaptiveLagDecode_GSMAMR_16s(Zep16s index, Zep16s subframeFlag, Ze
     if (any_null(pT0, pT0Frac)) return zepStsNullPtrErr;
     const int mode = amr_rate::mode_of_rate(rate);
     if (mode < 0) return zepStsRangeErr;
-    if (T0Prev < kPitMinMR122 || T0Prev > kPitMax + 1) return zepStsRangeErr;
+    if (T0Prev < kPitMinMR122 - 1 || T0Prev > kPitMax + 1) return zepStsRangeErr;  // 17 3/6 is the lowest lag
     if (index < 0 || index >= lag_index_count(mode, subframeFlag == 0)) return zepStsOutOfRangeErr;
     Word16 T0 = T0Prev, T0_frac = 0;
     if (mode == MR122) {
@@ -55,7 +55,7 @@ ZepStatus zepsAdaptiveCodebookDecode_GSMAMR_16s(Zep16s* pSrcDstExc, Zep16s T0, Z
     if (any_null(pSrcDstExc)) return zepStsNullPtrErr;
     const int mode = amr_rate::mode_of_rate(rate);
     if (mode < 0) return zepStsRangeErr;
-    if (T0 < kPitMinMR122 || T0 > kPitMax + 1) return zepStsOutOfRangeErr;
+    if (T0 < kPitMinMR122 - 1 || T0 > kPitMax + 1) return zepStsOutOfRangeErr;
     const bool six = mode == MR122;
     if (frac < (six ? -2 : -1) || frac > (six ? 3 : 1)) return zepStsOutOfRangeErr;
     pred_lt_3or6(pSrcDstExc + kExcHist, T0, frac, kLSubfr, six ? 0 : 1);

@@ -573,14 +573,14 @@ ZEPSAPI ZepStatus zepsInterpolateLSP_GSMAMR_16s(const Zep16s* pLSPOld, const Zep
  *
  * @param index         received lag index
  * @param subframeFlag  0: absolute coding (the 1st, and except rates 0 and 1 the 3rd, subframe)
- * @param T0Prev        previous lag, 18..144 (as this function writes them)
+ * @param T0Prev        previous lag, 17..144 (as this function writes them; rate 12 codes 17 3/6 as 17 with fraction 3)
  * @param pT0           out: integer lag
  * @param pT0Frac       out: fraction, -1..1 (thirds) or -2..3 (sixths, rate 12)
  * @param rate          rate code 0, 1, 3, 6, 7, 8, 11 or 12
  * @return checks in order: pT0, pT0Frac null -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7);
- *         T0Prev outside 18..144 -> zepStsRangeErr (-7); index outside its code (absolute: 0..255,
+ *         T0Prev outside 17..144 -> zepStsRangeErr (-7); index outside its code (absolute: 0..255,
  *         rate 12 0..511; relative: 0..15 for rates 0, 1, 3, 6; 0..31 for 7, 11; 0..63 for 8, 12) ->
- *         zepStsOutOfRangeErr (-11); else zepStsNoErr. The lag written lies in 18..144.
+ *         zepStsOutOfRangeErr (-11); else zepStsNoErr. The lag written lies in 17..144.
  */
 ZEPSAPI ZepStatus zepsAdaptiveLagDecode_GSMAMR_16s(Zep16s index, Zep16s subframeFlag, Zep16s T0Prev, Zep16s* pT0,
                                                    Zep16s* pT0Frac, Zep32s rate);
@@ -592,7 +592,7 @@ ZEPSAPI ZepStatus zepsAdaptiveLagDecode_GSMAMR_16s(Zep16s index, Zep16s subframe
  *
  * @param pSrcDstExc  in/out: 154 + 40 excitation samples: 154 past samples
  *                    (PIT_MAX + L_INTERPOL) followed by the 40 of the subframe, written
- * @param T0          integer lag, 18..144
+ * @param T0          integer lag, 17..144
  * @param frac        fraction, -1..1 (-2..3 for rate 12)
  * @param rate        rate code 0, 1, 3, 6, 7, 8, 11 or 12
  * @return checks in order: pSrcDstExc null -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7);

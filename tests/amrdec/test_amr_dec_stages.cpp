@@ -197,7 +197,7 @@ TEST(AmrDecStages, LagAndCodebookBoundaries) {
     std::int16_t T0 = 0x5a5a, frac = 0x5a5a;
     EXPECT_EQ(zeps::u8::zepsAdaptiveLagDecode_GSMAMR_16s(16, 1, 60, &T0, &frac, 0), zepStsOutOfRangeErr);
     EXPECT_EQ(zeps::u8::zepsAdaptiveLagDecode_GSMAMR_16s(256, 0, 60, &T0, &frac, 11), zepStsOutOfRangeErr);
-    EXPECT_EQ(zeps::u8::zepsAdaptiveLagDecode_GSMAMR_16s(0, 0, 17, &T0, &frac, 11), zepStsRangeErr);
+    EXPECT_EQ(zeps::u8::zepsAdaptiveLagDecode_GSMAMR_16s(0, 0, 16, &T0, &frac, 11), zepStsRangeErr);
     EXPECT_EQ(T0, 0x5a5a);
     EXPECT_EQ(frac, 0x5a5a);
 

@@ -10,10 +10,12 @@
 // decoded in the mode of the last frame that carried one, a decoder homing
 // frame resets the decoder, and one that follows a reset yields the encoder
 // homing pattern.
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "tools/codec.h"
 #include "zepsc.h"
@@ -133,19 +135,332 @@ constexpr int kBits[9] = {95, 103, 118, 134, 148, 159, 204, 244, 35};
 constexpr int kBytes[9] = {12, 13, 15, 17, 19, 20, 26, 31, 5};
 // Rate codes of the library for the modes MR475 .. MR122.
 constexpr std::int32_t kRate[8] = {0, 1, 3, 6, 7, 8, 11, 12};
-// Receiver frame types (zepsDecode_GSMAMR_16s).
+// Receiver frame types (zepsRxDTXHandler_GSMAMR_16s) and DTX states.
 enum Rx : std::int32_t { kSpeechGood = 0, kSpeechDegraded, kOnset, kSpeechBad, kSidFirst, kSidUpdate, kSidBad, kNoData };
+enum Dtx : Zep16s { kSpeech = 0, kDtx, kDtxMute };
 
 constexpr int kSerial = 244;
 constexpr int kFrame = 160;
+constexpr int kSubfr = 40;
+constexpr int kM = 10;
+constexpr int kExcHist = 154;      // PIT_MAX + L_INTERPOL: past excitation before the subframe
+constexpr Zep16s kPitMax = 143;
+constexpr Zep16s kSharpMax = 13017;  // 0.8, Q14
+constexpr std::int32_t kRateSID = 25;
+
+// Reset values of the decoder's memories (3GPP TS 26.073 Decoder_amr_reset).
+constexpr Zep16s kLspInit[kM] = {30000, 26000, 21000, 15000, 8000, 0, -8000, -15000, -21000, -26000};
+constexpr Zep16s kMeanLsf[kM] = {1384, 2077, 3420, 5108, 6742, 8122, 9863, 11092, 12714, 13701};
+
+// The saturating arithmetic of the decoder's own glue (ITU-T / ETSI basic operators).
+Zep16s sat16(std::int64_t v) { return static_cast<Zep16s>(v > 32767 ? 32767 : v < -32768 ? -32768 : v); }
+Zep32s sat32(std::int64_t v) {
+    return static_cast<Zep32s>(v > INT32_MAX ? INT32_MAX : v < INT32_MIN ? INT32_MIN : v);
+}
+Zep16s add(Zep16s a, Zep16s b) { return sat16(std::int64_t{a} + b); }
+Zep16s shl1(Zep16s a) { return sat16(2 * std::int64_t{a}); }
+Zep16s mult(Zep16s a, Zep16s b) { return sat16((std::int64_t{a} * b) >> 15); }
+Zep32s L_mult(Zep16s a, Zep16s b) { return sat32(2 * std::int64_t{a} * b); }
+Zep32s L_mac(Zep32s acc, Zep16s a, Zep16s b) { return sat32(std::int64_t{acc} + L_mult(a, b)); }
+Zep32s L_shl(Zep32s a, int n) { return sat32(std::int64_t{a} * (std::int64_t{1} << n)); }
+Zep16s round16(Zep32s a) { return static_cast<Zep16s>(sat32(std::int64_t{a} + 0x8000) >> 16); }
+
+bool low_rate(int mode) { return mode <= 2; }  // 4.75, 5.15, 5.9
+
+// The speech decoder (3GPP TS 26.073 Speech_Decode_Frame with Decoder_amr)
+// strung from the stage exports, with its memories.
+class SpeechDecoder {
+public:
+    SpeechDecoder() : post_(block_size(zepsPostFilterGetStateSize_GSMAMR_16s)),
+                      dtx_(block_size(zepsDTXDecodeGetStateSize_GSMAMR_16s)) { reset(); }
+
+    /// Speech_Decode_Frame_reset.
+    void reset() {
+        std::fill(std::begin(old_exc_), std::end(old_exc_), Zep16s{0});
+        std::fill(std::begin(mem_syn_), std::end(mem_syn_), Zep16s{0});
+        std::copy(std::begin(kLspInit), std::end(kLspInit), lsp_old_);
+        std::fill(std::begin(exc_energy_hist_), std::end(exc_energy_hist_), Zep16s{0});
+        std::copy(std::begin(kMeanLsf), std::end(kMeanLsf), lsf_mean_);
+        for (int i = 0; i < 4; i++) {
+            past_qua_en_[i] = -14336;
+            past_qua_en_[4 + i] = -2381;
+        }
+        check(zepsDTXDecodeInit_GSMAMR_16s(dtx()));
+        reset_for_comfort_noise();
+        check(zepsPostFilterInit_GSMAMR_16s(post()));
+        std::fill(std::begin(post_hp_), std::end(post_hp_), Zep16s{0});
+    }
+
+    /// One frame: serial bits of the receiver frame type in mode (0..7) to 160 samples.
+    void decode(const Zep16s* serial, int mode, std::int32_t rx, Zep16s* pcm) {
+        const std::int32_t rate = kRate[mode];
+        Zep16s parm[57] = {};
+        check(zepsBitsToParam_GSMAMR_16s(serial, parm, rx == kSidBad || rx == kSidUpdate ? kRateSID : rate));
+        Zep16s new_state = 0, prev_state = 0;
+        check(zepsRxDTXHandler_GSMAMR_16s(dtx(), rx, &new_state, &prev_state));
+        Zep16s a_t[4 * 11];
+        if (new_state != kSpeech) {
+            reset_for_comfort_noise();
+            check(zepsDTXDecode_GSMAMR_16s(dtx(), mem_syn_, past_rq_, past_lsf_q_, past_qua_en_, cb_gain_aver_, parm,
+                                           pcm, a_t, lsp_old_, new_state, rate));
+            check(zepsLSPAverage_GSMAMR_16s(lsf_mean_, past_lsf_q_));
+        } else {
+            speech_frame(mode, rx, prev_state, parm, pcm, a_t);
+        }
+        check(zepsPostFilter_GSMAMR_16s_I(post(), pcm, a_t, rate));
+        check(zepsPostProcess_GSMAMR_16s_I(post_hp_, pcm, kFrame));
+        for (int i = 0; i < kFrame; i++) pcm[i] = static_cast<Zep16s>(pcm[i] & 0xfff8);
+    }
+
+private:
+    static std::size_t block_size(ZepStatus (*query)(Zep32s*)) {
+        Zep32s n = 0;
+        if (query(&n) != zepStsNoErr || n <= 0) throw CodecError("decoder state size");
+        return static_cast<std::size_t>(n);
+    }
+    static void check(ZepStatus s) {
+        if (s != zepStsNoErr) throw CodecError("GSM-AMR decoder stage failed with status " + std::to_string(s));
+    }
+    ZepPostFilterState_GSMAMR* post() { return reinterpret_cast<ZepPostFilterState_GSMAMR*>(post_.data()); }
+    ZepDTXDecodeState_GSMAMR* dtx() { return reinterpret_cast<ZepDTXDecodeState_GSMAMR*>(dtx_.data()); }
+
+    /// Decoder_amr_reset(MRDTX): what comfort noise does not carry over.
+    void reset_for_comfort_noise() {
+        std::fill(old_exc_, old_exc_ + kExcHist, Zep16s{0});
+        sharp_ = 0;
+        old_t0_ = 40;
+        prev_bf_ = prev_pdf_ = bf_state_ = 0;
+        t0_lag_buff_ = 40;
+        in_background_noise_ = voiced_hangover_ = 0;
+        std::fill(std::begin(ltp_gain_hist_), std::end(ltp_gain_hist_), Zep16s{0});
+        std::fill(std::begin(cb_gain_aver_), std::end(cb_gain_aver_), Zep16s{0});
+        std::fill(std::begin(past_rq_), std::end(past_rq_), Zep16s{0});
+        std::copy(std::begin(kMeanLsf), std::end(kMeanLsf), past_lsf_q_);
+        for (int i = 0; i < 5; i++) {
+            ec_pitch_[i] = 1640;
+            ec_code_[i] = 1;
+        }
+        ec_pitch_[5] = 0;
+        ec_pitch_[6] = 16384;
+        ec_code_[5] = 0;
+        ec_code_[6] = 1;
+        std::fill(std::begin(bgn_), std::end(bgn_), Zep16s{0});
+        nodata_seed_ = 21845;
+        std::fill(std::begin(ph_disp_), std::end(ph_disp_), Zep16s{0});
+    }
+
+    /// Decoder_amr for a frame in the SPEECH state.
+    void speech_frame(int mode, std::int32_t rx, Zep16s prev_state, Zep16s* parm, Zep16s* synth, Zep16s* a_t) {
+        const std::int32_t rate = kRate[mode];
+        Zep16s bfi = 0, pdfi = 0;
+        if (rx == kSpeechBad || rx == kNoData || rx == kOnset) {
+            bfi = 1;
+            if (rx == kNoData || rx == kOnset) check(zepsBuildCNParam_GSMAMR_16s(&nodata_seed_, parm, rate));
+        } else if (rx == kSpeechDegraded) {
+            pdfi = 1;
+        }
+        if (bfi != 0) bf_state_ = add(bf_state_, 1);
+        else if (bf_state_ == 6) bf_state_ = 5;
+        else bf_state_ = 0;
+        if (bf_state_ > 6) bf_state_ = 6;
+        if (prev_state == kDtx) {
+            bf_state_ = 5;
+            prev_bf_ = 0;
+        } else if (prev_state == kDtxMute) {
+            bf_state_ = 5;
+            prev_bf_ = 1;
+        }
+
+        Zep16s prev_lsf[kM];
+        std::copy(past_lsf_q_, past_lsf_q_ + kM, prev_lsf);
+        Zep16s lsp[2 * kM];
+        check(zepsLSFDecode_GSMAMR_16s(past_rq_, past_lsf_q_, parm, lsp, rate, bfi));
+        const Zep16s* lsp_new = mode == 7 ? lsp + kM : lsp;
+        check(zepsInterpolateLSP_GSMAMR_16s(lsp_old_, lsp, lsp_new, a_t, rate));
+        std::copy(lsp_new, lsp_new + kM, lsp_old_);
+        parm += mode == 7 ? 5 : 3;
+
+        Zep16s even = 0, t0 = 0, index_mr475 = 0;
+        for (int sf = 0; sf < 4; sf++) {
+            even = static_cast<Zep16s>(1 - even);
+            const bool relative = sf == 1 || sf == 3 || (sf == 2 && mode <= 1);
+            subframe(mode, sf, relative, even, bfi, pdfi, prev_lsf, parm, index_mr475, t0, &a_t[11 * sf],
+                     &synth[kSubfr * sf]);
+        }
+        check(zepsBackgroundNoiseDetect_GSMAMR_16s(bgn_, ltp_gain_hist_, synth, &voiced_hangover_,
+                                                   &in_background_noise_));
+        check(zepsDTXDecodeUpdate_GSMAMR_16s(dtx(), past_lsf_q_, synth));
+        prev_bf_ = bfi;
+        prev_pdf_ = pdfi;
+        check(zepsLSPAverage_GSMAMR_16s(lsf_mean_, past_lsf_q_));
+    }
+
+    /// The lag and adaptive codebook vector, with the concealment of bad frames.
+    void adaptive(int mode, bool relative, Zep16s bfi, Zep16s index, Zep16s& t0) {
+        const std::int32_t rate = kRate[mode];
+        Zep16s frac = 0;
+        if (mode != 7) {
+            check(zepsAdaptiveLagDecode_GSMAMR_16s(index, relative ? 1 : 0, old_t0_, &t0, &frac, rate));
+            t0_lag_buff_ = t0;
+            if (bfi != 0) {
+                if (old_t0_ < kPitMax) old_t0_ = add(old_t0_, 1);
+                t0 = old_t0_;
+                frac = 0;
+                if (in_background_noise_ != 0 && voiced_hangover_ > 4 && low_rate(mode)) t0 = t0_lag_buff_;
+            }
+        } else {
+            // the previous subframe's lag (any lag for the absolute first subframe)
+            const Zep16s prev = relative ? t0 : old_t0_;
+            check(zepsAdaptiveLagDecode_GSMAMR_16s(index, relative ? 1 : 0, prev, &t0, &frac, rate));
+            if (!(bfi == 0 && (!relative || index < 61))) {
+                t0_lag_buff_ = t0;
+                t0 = old_t0_;
+                frac = 0;
+            }
+        }
+        check(zepsAdaptiveCodebookDecode_GSMAMR_16s(old_exc_, t0, frac, rate));
+    }
+
+    void subframe(int mode, int sf, bool relative, Zep16s even, Zep16s bfi, Zep16s pdfi, const Zep16s* prev_lsf,
+                  Zep16s*& parm, Zep16s& index_mr475, Zep16s& t0, const Zep16s* az, Zep16s* synth) {
+        const std::int32_t rate = kRate[mode];
+        Zep16s* exc = old_exc_ + kExcHist;
+        adaptive(mode, relative, bfi, *parm++, t0);
+
+        // innovation and its pitch sharpening
+        Zep16s code[kSubfr], gain_pit = 0, gain_code = 0, pit_sharp;
+        if (mode == 7) {
+            const Zep16s index = *parm++;
+            if (bfi == 0) check(zepsDecodePitchGain_GSMAMR_16s(index, &gain_pit, rate));
+            check(zepsConcealPitchGain_GSMAMR_16s(ec_pitch_, &gain_pit, bf_state_, bfi, prev_bf_));
+            check(zepsFixedCodebookDecode_GSMAMR_16s(parm, code, sf, rate));
+            parm += 10;
+            pit_sharp = shl1(gain_pit);
+        } else {
+            check(zepsFixedCodebookDecode_GSMAMR_16s(parm, code, sf, rate));
+            parm += mode == 6 ? 7 : 2;
+            pit_sharp = shl1(sharp_);
+        }
+        check(zepsPitchSharpening_GSMAMR_16s_I(code, t0, pit_sharp));
+
+        // gains with their concealment
+        if (mode != 5 && mode != 7) {
+            Zep16s index;
+            if (mode == 0) {
+                if (even != 0) index_mr475 = *parm++;
+                index = index_mr475;
+            } else {
+                index = *parm++;
+            }
+            if (bfi == 0) check(zepsDecodeGain_GSMAMR_16s(past_qua_en_, code, &index, &gain_pit, &gain_code, rate, even));
+            check(zepsConcealPitchGain_GSMAMR_16s(ec_pitch_, &gain_pit, bf_state_, bfi, prev_bf_));
+            check(zepsConcealCodeGain_GSMAMR_16s(ec_code_, past_qua_en_, &gain_code, bf_state_, bfi, prev_bf_));
+            pit_sharp = gain_pit > kSharpMax ? kSharpMax : gain_pit;
+            if (mode == 6 && old_t0_ > kSubfr + 5) pit_sharp = static_cast<Zep16s>(pit_sharp >> 2);
+        } else {
+            if (mode == 5) {
+                const Zep16s index = *parm++;
+                if (bfi == 0) check(zepsDecodePitchGain_GSMAMR_16s(index, &gain_pit, rate));
+                check(zepsConcealPitchGain_GSMAMR_16s(ec_pitch_, &gain_pit, bf_state_, bfi, prev_bf_));
+            }
+            const Zep16s index = *parm++;
+            if (bfi == 0) check(zepsDecodeGain_GSMAMR_16s(past_qua_en_, code, &index, &gain_pit, &gain_code, rate, even));
+            check(zepsConcealCodeGain_GSMAMR_16s(ec_code_, past_qua_en_, &gain_code, bf_state_, bfi, prev_bf_));
+            pit_sharp = mode == 5 && gain_pit > kSharpMax ? kSharpMax : gain_pit;
+        }
+        if (mode != 0 || even == 0) sharp_ = gain_pit > kSharpMax ? kSharpMax : gain_pit;
+        pit_sharp = shl1(pit_sharp);
+        Zep16s excp[kSubfr];
+        if (pit_sharp > 16384)
+            for (int i = 0; i < kSubfr; i++) {
+                Zep32s t = L_mult(mult(exc[i], pit_sharp), gain_pit);
+                if (mode == 7) t >>= 1;
+                excp[i] = round16(t);
+            }
+        if (bfi == 0) {
+            std::copy(ltp_gain_hist_ + 1, ltp_gain_hist_ + 9, ltp_gain_hist_);
+            ltp_gain_hist_[8] = gain_pit;
+        }
+        if ((prev_bf_ != 0 || bfi != 0) && in_background_noise_ != 0 && low_rate(mode)) {
+            if (gain_pit > 12288) gain_pit = add(static_cast<Zep16s>((gain_pit - 12288) >> 1), 12288);
+            if (gain_pit > 14745) gain_pit = 14745;
+        }
+
+        // code gain smoothing in background noise, excitation, dispersion
+        Zep16s lsf_i[kM], gain_code_mix = 0;
+        check(zepsInterpolateLSF_GSMAMR_16s(prev_lsf, past_lsf_q_, kSubfr * sf, lsf_i));
+        check(zepsCbGainAverage_GSMAMR_16s(cb_gain_aver_, gain_code, lsf_i, lsf_mean_, bfi, prev_bf_, pdfi, prev_pdf_,
+                                           in_background_noise_, voiced_hangover_, &gain_code_mix, rate));
+        if (mode > 3 && mode != 6) gain_code_mix = gain_code;
+        const Zep16s pitch_fac = mode == 7 ? static_cast<Zep16s>(gain_pit >> 1) : gain_pit;
+        const int shift = mode == 7 ? 2 : 1;
+        Zep16s exc_enh[kSubfr];
+        for (int i = 0; i < kSubfr; i++) {
+            exc_enh[i] = exc[i];
+            exc[i] = round16(L_shl(L_mac(L_mult(exc[i], pitch_fac), code[i], gain_code), shift));
+        }
+        const bool lock = low_rate(mode) && voiced_hangover_ > 3 && in_background_noise_ != 0 && bfi != 0;
+        check(zepsPhaseDispersion_GSMAMR_16s(ph_disp_, exc_enh, code, gain_code_mix, gain_pit, pitch_fac, shift, rate,
+                                             lock ? 1 : 0));
+
+        // excitation control in concealed background noise
+        Zep16s energy = 0;
+        check(zepsExcitationEnergy_GSMAMR_16s(exc_enh, &energy));
+        if (low_rate(mode) && voiced_hangover_ > 5 && in_background_noise_ != 0 && bf_state_ < 4 &&
+            ((pdfi != 0 && prev_pdf_ != 0) || bfi != 0 || prev_bf_ != 0)) {
+            const Zep16s careful = pdfi != 0 && bfi == 0 ? 1 : 0;
+            check(zepsExcitationControl_GSMAMR_16s_I(exc_enh, energy, exc_energy_hist_, voiced_hangover_, prev_bf_,
+                                                     careful));
+        }
+        if (!(in_background_noise_ != 0 && (bfi != 0 || prev_bf_ != 0) && bf_state_ < 4)) {
+            std::copy(exc_energy_hist_ + 1, exc_energy_hist_ + 9, exc_energy_hist_);
+            exc_energy_hist_[8] = energy;
+        }
+
+        // synthesis; on saturation the excitation history is scaled down and the subframe filtered again
+        const Zep16s* src = exc_enh;
+        if (pit_sharp > 16384) {
+            for (int i = 0; i < kSubfr; i++) excp[i] = add(excp[i], exc_enh[i]);
+            check(zepsGainControl_GSMAMR_16s_I(exc_enh, excp, kSubfr));
+            src = excp;
+        }
+        const ZepStatus st = zepsSynthesisFilter_GSMAMR_16s(az, src, synth, mem_syn_, kSubfr, 0);
+        if (st == zepStsOverflow) {
+            for (Zep16s& v : old_exc_) v = static_cast<Zep16s>(v >> 2);
+            for (Zep16s& v : exc_enh) v = static_cast<Zep16s>(v >> 2);
+            const ZepStatus again = zepsSynthesisFilter_GSMAMR_16s(az, exc_enh, synth, mem_syn_, kSubfr, 1);
+            if (again != zepStsOverflow) check(again);  // the reference keeps a second saturation
+        } else {
+            check(st);
+            std::copy(synth + kSubfr - kM, synth + kSubfr, mem_syn_);
+        }
+        std::copy(old_exc_ + kSubfr, old_exc_ + kExcHist + kSubfr, old_exc_);
+        old_t0_ = t0;
+    }
+
+    Zep16s old_exc_[kExcHist + kSubfr];
+    Zep16s mem_syn_[kM];
+    Zep16s lsp_old_[kM];
+    Zep16s past_rq_[kM], past_lsf_q_[kM];
+    Zep16s lsf_mean_[kM];
+    Zep16s past_qua_en_[8];
+    Zep16s ec_pitch_[7], ec_code_[7];
+    Zep16s cb_gain_aver_[9];
+    Zep16s bgn_[61];
+    Zep16s ph_disp_[8];
+    Zep16s ltp_gain_hist_[9];
+    Zep16s exc_energy_hist_[9];
+    Zep16s post_hp_[6];
+    Zep16s sharp_ = 0, old_t0_ = 40, prev_bf_ = 0, prev_pdf_ = 0, bf_state_ = 0, t0_lag_buff_ = 40;
+    Zep16s in_background_noise_ = 0, voiced_hangover_ = 0, nodata_seed_ = 21845;
+    std::vector<std::uint8_t> post_;
+    std::vector<std::uint8_t> dtx_;
+};
 
 // The frame loop of the reference decoder program over one bitstream format.
 class AmrDecoder : public zepsc_cli::FrameDecoder {
 public:
-    explicit AmrDecoder(bool storage) : storage_(storage), state_(state_size()) {
-        if (zepsDecodeInit_GSMAMR_16s(state()) != zepStsNoErr) throw CodecError("decoder initialisation failed");
-        serial_.fill(0);
-    }
+    explicit AmrDecoder(bool storage) : storage_(storage) { serial_.fill(0); }
     int sample_rate() const override { return 8000; }
     std::size_t max_frame_samples() const override { return kFrame; }
 
@@ -167,11 +482,11 @@ public:
         if (reset != 0 && homed_) {
             for (int i = 0; i < kFrame; i++) pcm[i] = 0x0008;
         } else {
-            check(zepsDecode_GSMAMR_16s(serial_.data(), state(), pcm, kRate[mode], rx));
+            decoder_.decode(serial_.data(), mode, rx, pcm);
         }
         if (!homed_) check(zepsDecodeHomingFrameTest_GSMAMR_16s(serial_.data(), &reset, kRate[mode], 0));
         if (reset != 0) {
-            check(zepsDecodeInit_GSMAMR_16s(state()));
+            decoder_.reset();
             prev_mode_ = 0;
         }
         homed_ = reset != 0;
@@ -179,12 +494,6 @@ public:
     }
 
 private:
-    static std::size_t state_size() {
-        Zep32s n = 0;
-        if (zepsDecodeGetStateSize_GSMAMR_16s(&n) != zepStsNoErr || n <= 0) throw CodecError("decoder state size");
-        return static_cast<std::size_t>(n);
-    }
-    ZepDecodeState_GSMAMR* state() { return reinterpret_cast<ZepDecodeState_GSMAMR*>(state_.data()); }
     static void check(ZepStatus s) {
         if (s != zepStsNoErr) throw CodecError("GSM-AMR decoder stage failed with status " + std::to_string(s));
     }
@@ -251,7 +560,7 @@ private:
     }
 
     bool storage_;
-    std::vector<std::uint8_t> state_;
+    SpeechDecoder decoder_;
     std::array<Zep16s, kSerial> serial_{};
     int prev_mode_ = 0;
     bool homed_ = true;
