@@ -106,38 +106,5 @@ struct PostFilterState {
 struct PostProcessState {
     Word16 y2_hi, y2_lo, y1_hi, y1_lo, x0, x1;
 };
-/// Decoder_amrState
-struct DecoderAmrState {
-    Word16 old_exc[kExcHist + kLSubfr];
-    Word16 lsp_old[kM];
-    Word16 mem_syn[kM];
-    Word16 sharp;
-    Word16 old_T0;
-    Word16 prev_bf;
-    Word16 prev_pdf;
-    Word16 state;
-    Word16 excEnergyHist[9];
-    Word16 T0_lagBuff;
-    Word16 inBackgroundNoise;
-    Word16 voicedHangover;
-    Word16 ltpGainHistory[9];
-    Word16 nodataSeed;
-    Word16 lsp_meanSave[kM];  ///< lsp_avgState
-    LsfState lsf;
-    EcGainPitchState ec_gain_p;
-    EcGainCodeState ec_gain_c;
-    GainPredState pred;
-    CbGainAverageState cb_gain_aver;
-    BgnScdState background;
-    PhDispState ph_disp;
-    DtxDecState dtx;
-};
-/// Speech_Decode_FrameState
-struct SpeechDecoderState {
-    DecoderAmrState dec;
-    PostFilterState post;
-    PostProcessState post_hp;
-};
-
 }  // namespace amr_dec
 ZEPS_END_VARIANT

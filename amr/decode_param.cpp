@@ -2,7 +2,7 @@
 // parameters from the serial bits (3GPP TS 26.073 bits2prm.c Bits2prm) and
 // the random parameters of a lost frame (b_cn_cod.c build_CN_param).
 #include "amr/amr_rate.h"
-#include "amr/dec_frame.h"
+#include "amr/dec_param.h"
 #include "common/args.h"
 #include "common/exports.h"
 

@@ -421,62 +421,6 @@ ZEPSAPI ZepStatus zepsLSPQuant_GSMAMR_16s(Zep16s* pPastRq, const Zep16s* pSrcLSP
  *  post-filter and post-processing (3GPP TS 26.073/26.091/26.092).
  *  @{ */
 /* ---- amr_dec: declarations go here ---- */
-/** Speech decoder state block (opaque; 2048 bytes, see
- *  zepsDecodeGetStateSize_GSMAMR_16s). Any byte alignment is accepted. */
-typedef struct ZepDecodeState_GSMAMR ZepDecodeState_GSMAMR;
-
-/**
- * Writes the size in bytes of the GSM-AMR speech decoder state block: 2048.
- *
- * @param pSize  receives the size
- * @return zepStsNullPtrErr (-8) if pSize is null, else zepStsNoErr.
- */
-ZEPSAPI ZepStatus zepsDecodeGetStateSize_GSMAMR_16s(Zep32s* pSize);
-
-/**
- * Resets a GSM-AMR speech decoder state block (3GPP TS 26.073
- * Speech_Decode_Frame_reset: decoder, comfort-noise, concealment, post-filter
- * and high-pass memories). The whole block is written.
- *
- * @param pState  the caller's block of at least 2048 bytes
- * @return zepStsNullPtrErr (-8) if pState is null, else zepStsNoErr.
- */
-ZEPSAPI ZepStatus zepsDecodeInit_GSMAMR_16s(ZepDecodeState_GSMAMR* pState);
-
-/**
- * Decodes one 20 ms frame (3GPP TS 26.073 sp_dec.c Speech_Decode_Frame):
- * parameters from the serial bits (Bits2prm), the speech decoder of the mode
- * (Decoder_amr: D_plsf_3 or D_plsf_5 with Int_lpc_1to3 or Int_lpc_1and3,
- * Dec_lag3 or Dec_lag6 and Pred_lt_3or6, the algebraic codebook of the mode,
- * pitch sharpening, gain decoding with ec_gain_pitch/ec_gain_code
- * concealment, Cb_gain_average, ph_disp, Ex_ctrl, Bgn_scd, Syn_filt with the
- * decoder's overflow rescaling of the excitation) or, in DTX, comfort noise
- * (rx_dtx_handler, dtx_dec), then Post_Filter, Post_Process and the
- * truncation of the output to 13 bits (the low 3 bits cleared).
- *
- * Frame types are the receiver's: 0 SPEECH_GOOD, 1 SPEECH_DEGRADED, 2 ONSET,
- * 3 SPEECH_BAD, 4 SID_FIRST, 5 SID_UPDATE, 6 SID_BAD, 7 NO_DATA. A bad or
- * missing speech frame is concealed (NO_DATA and ONSET draw random
- * parameters as the reference does); SID_UPDATE and SID_BAD frames are read
- * with the 35-bit SID layout, every other type with the mode's layout. The
- * rate stays the frame's speech mode for SID and NO_DATA frames (it scales
- * the comfort-noise level): pass the mode of the last speech frame, as the
- * reference decoder does. Decision: only the serial bits the layout reads
- * are read (at most 244), each word's nonzero value is a 1 bit.
- *
- * @param pSrcBits    the frame's serial bits, one a word (0 or 1), in the
- *                    standard's parameter order (up to 244 words)
- * @param pState      state initialised by zepsDecodeInit_GSMAMR_16s
- * @param pDstSpeech  160 output samples
- * @param rate        rate code 0, 1, 3, 6, 7, 8, 11 or 12
- * @param frameType   receiver frame type 0..7 (above)
- * @return checks in order: pSrcBits, pState, pDstSpeech null ->
- *         zepStsNullPtrErr (-8); rate not a GSM-AMR rate -> zepStsRangeErr
- *         (-7); frameType outside 0..7 -> zepStsRangeErr (-7); else zepStsNoErr.
- */
-ZEPSAPI ZepStatus zepsDecode_GSMAMR_16s(const Zep16s* pSrcBits, ZepDecodeState_GSMAMR* pState, Zep16s* pDstSpeech,
-                                        Zep32s rate, Zep32s frameType);
-
 /**
  * Decoder homing frame test (3GPP TS 26.073 d_homing.c,
  * decoder_homing_frame_test and decoder_homing_frame_test_first): whether the
@@ -485,7 +429,8 @@ ZEPSAPI ZepStatus zepsDecode_GSMAMR_16s(const Zep16s* pSrcBits, ZepDecodeState_G
  * decoder resets itself after a homing frame and outputs the encoder homing
  * pattern (every sample 0x0008) for a homing frame that follows a reset.
  *
- * @param pSrcBits       serial bits as for zepsDecode_GSMAMR_16s
+ * @param pSrcBits       the frame's serial bits, one a word (0 or 1; nonzero counts as 1), in the
+ *                       standard's parameter order (up to 244 words)
  * @param pFlag          receives 1 for a homing frame, else 0
  * @param rate           rate code 0, 1, 3, 6, 7, 8, 11 or 12
  * @param firstSubframe  nonzero: compare only the parameters up to the end of the first subframe

@@ -28,35 +28,6 @@ T* as(Bytes& b) { return reinterpret_cast<T*>(b.data()); }
 
 }  // namespace
 
-ZEPS_VARIANT_CHECK(zepsDecodeGetStateSize_GSMAMR_16s) {
-    Zep32s a = 0, b = 0;
-    EXPECT_EQ(zeps::u8::zepsDecodeGetStateSize_GSMAMR_16s(&a), zeps::n8::zepsDecodeGetStateSize_GSMAMR_16s(&b));
-    EXPECT_EQ(a, b);
-}
-
-ZEPS_VARIANT_CHECK(zepsDecodeInit_GSMAMR_16s) {
-    Bytes a(2048, 0x5a), b(2048, 0xa5);
-    EXPECT_EQ(zeps::u8::zepsDecodeInit_GSMAMR_16s(as<ZepDecodeState_GSMAMR>(a)),
-              zeps::n8::zepsDecodeInit_GSMAMR_16s(as<ZepDecodeState_GSMAMR>(b)));
-    EXPECT_TRUE(zeps::test::same_bytes(a, b));
-}
-
-ZEPS_VARIANT_CHECK(zepsDecode_GSMAMR_16s) {
-    Bytes a(2048), b(2048);
-    ASSERT_EQ(zeps::u8::zepsDecodeInit_GSMAMR_16s(as<ZepDecodeState_GSMAMR>(a)), 0);
-    ASSERT_EQ(zeps::n8::zepsDecodeInit_GSMAMR_16s(as<ZepDecodeState_GSMAMR>(b)), 0);
-    for (int f = 0; f < 40; f++) {
-        const V16 in = bits(rng);
-        const std::int32_t rate = some_rate(rng);
-        const auto type = static_cast<std::int32_t>(rng.chance(3) ? 0 : rng.uniform(-1, 8));
-        V16 oa(160, 0x5a5a), ob = oa;
-        EXPECT_EQ(zeps::u8::zepsDecode_GSMAMR_16s(in.data(), as<ZepDecodeState_GSMAMR>(a), oa.data(), rate, type),
-                  zeps::n8::zepsDecode_GSMAMR_16s(in.data(), as<ZepDecodeState_GSMAMR>(b), ob.data(), rate, type));
-        EXPECT_TRUE(zeps::test::same_bytes(oa, ob));
-        EXPECT_TRUE(zeps::test::same_bytes(a, b));
-    }
-}
-
 ZEPS_VARIANT_CHECK(zepsDecodeHomingFrameTest_GSMAMR_16s) {
     for (int t = 0; t < 50; t++) {
         const V16 in = rng.chance(2) ? V16(244, 0) : bits(rng);
