@@ -417,8 +417,22 @@ ZEPSAPI ZepStatus zepsLSPQuant_GSMAMR_16s(Zep16s* pPastRq, const Zep16s* pSrcLSP
 /** @} */
 
 /** @defgroup amr_dec GSM-AMR decoder
- *  The speech decoder of all eight modes with comfort noise, bad-frame concealment,
- *  post-filter and post-processing (3GPP TS 26.073/26.091/26.092).
+ *  The stages of the speech decoder of all eight modes with comfort noise, bad-frame
+ *  concealment, post-filter and post-processing (3GPP TS 26.073/26.091/26.092).
+ *
+ *  Frame order (Decoder_amr): zepsBitsToParam_GSMAMR_16s, zepsRxDTXHandler_GSMAMR_16s;
+ *  in DTX zepsDTXDecode_GSMAMR_16s and zepsLSPAverage_GSMAMR_16s; else (lost frames:
+ *  zepsBuildCNParam_GSMAMR_16s) zepsLSFDecode_GSMAMR_16s, zepsInterpolateLSP_GSMAMR_16s,
+ *  per subframe zepsAdaptiveLagDecode_GSMAMR_16s, zepsAdaptiveCodebookDecode_GSMAMR_16s,
+ *  zepsFixedCodebookDecode_GSMAMR_16s, zepsPitchSharpening_GSMAMR_16s_I, the gains
+ *  (zepsDecodeGain_GSMAMR_16s, zepsDecodePitchGain_GSMAMR_16s, zepsConcealPitchGain_GSMAMR_16s,
+ *  zepsConcealCodeGain_GSMAMR_16s), zepsInterpolateLSF_GSMAMR_16s, zepsCbGainAverage_GSMAMR_16s,
+ *  zepsPhaseDispersion_GSMAMR_16s, zepsExcitationEnergy_GSMAMR_16s,
+ *  zepsExcitationControl_GSMAMR_16s_I, zepsGainControl_GSMAMR_16s_I,
+ *  zepsSynthesisFilter_GSMAMR_16s; then zepsBackgroundNoiseDetect_GSMAMR_16s,
+ *  zepsDTXDecodeUpdate_GSMAMR_16s and zepsLSPAverage_GSMAMR_16s; last
+ *  zepsPostFilter_GSMAMR_16s_I and zepsPostProcess_GSMAMR_16s_I, the output's 3 low bits
+ *  cleared. The zepsc tool's amr codec strings them this way.
  *  @{ */
 /* ---- amr_dec: declarations go here ---- */
 /**

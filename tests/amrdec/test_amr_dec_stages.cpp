@@ -54,3 +54,37 @@ TEST(AmrDecStages, LagAndCodebookBoundaries) {
 }
 
 }  // namespace
+
+// Refused arguments that only the content of the inputs reveals leave every output as it was.
+TEST(AmrDecStages, ContentChecksWriteNothing) {
+    const V16 lsf(10, 3000);
+    V16 mean(10, 3000);
+    mean[9] = 0;  // the averaging divides by each mean LSF
+    V16 aver(9, 0x5a5a);
+    std::int16_t mix = 0x5a5a;
+    EXPECT_EQ(zeps::u8::zepsCbGainAverage_GSMAMR_16s(aver.data(), 100, lsf.data(), mean.data(), 0, 0, 0, 0, 0, 0, &mix,
+                                                     0),
+              zepStsOutOfRangeErr);
+    EXPECT_EQ(aver, V16(9, 0x5a5a));
+    EXPECT_EQ(mix, 0x5a5a);
+
+    // A SID update whose parameters exceed their widths (3, 8, 9, 9, 6 bits).
+    const V16 bad_sid[] = {{8, 0, 0, 0, 0}, {0, 256, 0, 0, 0}, {0, 0, 512, 0, 0}, {0, 0, 0, 512, 0},
+                           {0, 0, 0, 0, 64}, {-1, 0, 0, 0, 0}};
+    for (const V16& prm : bad_sid) {
+        std::vector<std::uint8_t> st(512);
+        auto* dtx = reinterpret_cast<ZepDTXDecodeState_GSMAMR*>(st.data());
+        ASSERT_EQ(zeps::u8::zepsDTXDecodeInit_GSMAMR_16s(dtx), 0);
+        std::int16_t next = 0, prev = 0;
+        ASSERT_EQ(zeps::u8::zepsRxDTXHandler_GSMAMR_16s(dtx, 5, &next, &prev), 0);  // SID_UPDATE
+        ASSERT_EQ(next, 1);
+        const std::vector<std::uint8_t> before = st;
+        V16 mem(10, 7), rq(10, 7), past(10, 7), qua(8, 7), cb(9, 7), speech(160, 7), lpc(44, 7), lsp(10, 7);
+        EXPECT_EQ(zeps::u8::zepsDTXDecode_GSMAMR_16s(dtx, mem.data(), rq.data(), past.data(), qua.data(), cb.data(),
+                                                     prm.data(), speech.data(), lpc.data(), lsp.data(), next, 7),
+                  zepStsOutOfRangeErr);
+        EXPECT_EQ(st, before);
+        for (const V16* v : {&mem, &rq, &past, &qua, &cb, &speech, &lpc, &lsp})
+            EXPECT_TRUE(std::all_of(v->begin(), v->end(), [](std::int16_t x) { return x == 7; }));
+    }
+}
