@@ -417,6 +417,613 @@ ZEPSAPI ZepStatus zepsLSPQuant_GSMAMR_16s(Zep16s* pPastRq, const Zep16s* pSrcLSP
                                           Zep16s* pDstIndex, Zep32s rate);
 /** @} */
 
+/** @defgroup amr_dec GSM-AMR decoder
+ *  The stages of the speech decoder of all eight modes with comfort noise, bad-frame
+ *  concealment, post-filter and post-processing (3GPP TS 26.073/26.091/26.092).
+ *
+ *  Frame order (Decoder_amr): zepsBitsToParam_GSMAMR_16s, zepsRxDTXHandler_GSMAMR_16s;
+ *  in DTX zepsDTXDecode_GSMAMR_16s and zepsLSPAverage_GSMAMR_16s; else (lost frames:
+ *  zepsBuildCNParam_GSMAMR_16s) zepsLSFDecode_GSMAMR_16s, zepsInterpolateLSP_GSMAMR_16s,
+ *  per subframe zepsAdaptiveLagDecode_GSMAMR_16s, zepsAdaptiveCodebookDecode_GSMAMR_16s,
+ *  zepsFixedCodebookDecode_GSMAMR_16s, zepsPitchSharpening_GSMAMR_16s_I, the gains
+ *  (zepsDecodeGain_GSMAMR_16s, zepsDecodePitchGain_GSMAMR_16s, zepsConcealPitchGain_GSMAMR_16s,
+ *  zepsConcealCodeGain_GSMAMR_16s), zepsInterpolateLSF_GSMAMR_16s, zepsCbGainAverage_GSMAMR_16s,
+ *  zepsPhaseDispersion_GSMAMR_16s, zepsExcitationEnergy_GSMAMR_16s,
+ *  zepsExcitationControl_GSMAMR_16s_I, zepsGainControl_GSMAMR_16s_I,
+ *  zepsSynthesisFilter_GSMAMR_16s; then zepsBackgroundNoiseDetect_GSMAMR_16s,
+ *  zepsDTXDecodeUpdate_GSMAMR_16s and zepsLSPAverage_GSMAMR_16s; last
+ *  zepsPostFilter_GSMAMR_16s_I and zepsPostProcess_GSMAMR_16s_I, the output's 3 low bits
+ *  cleared. The zepsc tool's amr codec strings them this way.
+ *  @{ */
+/* ---- amr_dec: declarations go here ---- */
+/**
+ * Decoder homing frame test (3GPP TS 26.073 d_homing.c,
+ * decoder_homing_frame_test and decoder_homing_frame_test_first): whether the
+ * parameters of the serial bits equal those of the mode's decoder homing
+ * frame, over the whole frame or up to the end of the first subframe. A
+ * decoder resets itself after a homing frame and outputs the encoder homing
+ * pattern (every sample 0x0008) for a homing frame that follows a reset.
+ *
+ * @param pSrcBits       the frame's serial bits, one a word (0 or 1; nonzero counts as 1), in the
+ *                       standard's parameter order (up to 244 words)
+ * @param pFlag          receives 1 for a homing frame, else 0
+ * @param rate           rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @param firstSubframe  nonzero: compare only the parameters up to the end of the first subframe
+ * @return checks in order: pSrcBits, pFlag null -> zepStsNullPtrErr (-8);
+ *         rate not a GSM-AMR rate -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeHomingFrameTest_GSMAMR_16s(const Zep16s* pSrcBits, Zep16s* pFlag, Zep32s rate,
+                                                        Zep32s firstSubframe);
+
+/**
+ * GSM-AMR LSF decoding with concealment (3GPP TS 26.073 d_plsf_3.c D_plsf_3,
+ * d_plsf_5.c D_plsf_5).
+ *
+ * - Rates 0, 1, 3, 6, 7, 8, 11 (D_plsf_3): 3 indices of the split VQ
+ *   (codebooks as zepsLSPQuant_GSMAMR_16s; MR475/MR515 take every second
+ *   entry of dico2_lsf_3), first-order MA prediction with pred_fac_3 around
+ *   mean_lsf_3; 10 LSPs out.
+ * - Rate 25 (a SID frame, D_plsf_3 in MRDTX): the same codebooks with the
+ *   prediction factor 1; the caller first loads the predictor memory with
+ *   the start vector the SID frame selects (past_rq_init).
+ * - Rate 12 (D_plsf_5): 5 split-matrix indices (the third with its sign in
+ *   bit 0), prediction factor 0.65 around mean_lsf_5; 20 LSPs out, the
+ *   2nd-subframe vector then the 4th-subframe vector.
+ * With bfi nonzero the indices are not read: the LSFs are the past ones
+ * moved towards the mean (0.9 past + 0.1 mean; 0.95/0.05 for rate 12) and the
+ * residual memory is re-estimated. The LSFs are spaced by at least 205
+ * (Reorder_lsf); the last vector is stored as the past LSFs. The LSF to LSP
+ * conversion is the one of zepsLSPQuant_GSMAMR_16s (same out-of-table decision).
+ *
+ * @param pPastRq    in/out: 10 values, predictor memory past_r_q (LSF residual, 16384 = 4 kHz)
+ * @param pPastLSFQ  in/out: 10 values, past quantised LSFs past_lsf_q (reset: mean_lsf_5)
+ * @param pSrcIndex  3 indices (5 for rate 12)
+ * @param pDstLSP    out: 10 LSPs, Q15 (20 for rate 12)
+ * @param rate       rate code 0, 1, 3, 6, 7, 8, 11, 12 or 25
+ * @param bfi        nonzero: bad frame, conceal
+ * @return checks in order: pointers in argument order -> zepStsNullPtrErr (-8);
+ *         rate -> zepStsRangeErr (-7); with bfi 0, an index outside its codebook
+ *         (sizes 256/256/128 for rates 0 and 1, 512/512/512 for rate 8, 256/512/512
+ *         for rates 3, 6, 7, 11, 25; 128/256/512/256/64 for rate 12) ->
+ *         zepStsOutOfRangeErr (-11); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLSFDecode_GSMAMR_16s(Zep16s* pPastRq, Zep16s* pPastLSFQ, const Zep16s* pSrcIndex,
+                                           Zep16s* pDstLSP, Zep32s rate, Zep32s bfi);
+
+/**
+ * GSM-AMR LSP to LP coefficients (3GPP TS 26.073 lsp_az.c Lsp_Az): the sum
+ * and difference polynomials of the even and odd LSPs in 32-bit Q24,
+ * rounded to Q12.
+ *
+ * @param pSrcLSP  10 LSPs, Q15
+ * @param pDstLPC  out: a[0..10], Q12, a[0] = 4096
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLSPToLPC_GSMAMR_16s(const Zep16s* pSrcLSP, Zep16s* pDstLPC);
+
+/**
+ * GSM-AMR LSP interpolation to the four subframes' A(z) (3GPP TS 26.073
+ * int_lpc.c): rate 12 Int_lpc_1and3 (subframes 1 and 3 halfway between
+ * their neighbours, 2 and 4 the transmitted vectors), the other rates
+ * Int_lpc_1to3 (old/new weights 3/4-1/4, 1/2-1/2, 1/4-3/4, then new), each
+ * converted by Lsp_Az.
+ *
+ * @param pLSPOld  10 LSPs of the previous frame's 4th subframe, Q15
+ * @param pLSPMid  10 LSPs of the 2nd subframe (read for rate 12 only, always required)
+ * @param pLSPNew  10 LSPs of the 4th subframe, Q15
+ * @param pDstLPC  out: 4 x 11 coefficients, Q12
+ * @param rate     rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsInterpolateLSP_GSMAMR_16s(const Zep16s* pLSPOld, const Zep16s* pLSPMid, const Zep16s* pLSPNew,
+                                                Zep16s* pDstLPC, Zep32s rate);
+
+/**
+ * GSM-AMR pitch lag decoding (3GPP TS 26.073 dec_lag3.c Dec_lag3, rate 12
+ * dec_lag6.c Dec_lag6), with the delta search range of dec_amr.c.
+ *
+ * Subframes with subframeFlag 0 are coded absolutely (rates other than 12:
+ * lags 19 1/3 .. 84 2/3 in thirds, then 85 .. 143; rate 12: 17 3/6 .. 94 in
+ * sixths, then 95 .. 143). The others are coded relative to T0Prev: rates
+ * other than 12 use the range t0_min = T0Prev - 5 (-10 for rate 8) kept
+ * within 20 .. 143 with 9 (19) lags, in thirds or, for rates 0, 1, 3 and 6,
+ * the 4-bit code around T0Prev; rate 12 uses T0Prev - 5 .. + 4 within
+ * 18 .. 143 in sixths. Pass the decoder's old_T0 for the rates other than 12
+ * and the previous subframe's lag for rate 12, as the reference decoder does.
+ *
+ * @param index         received lag index
+ * @param subframeFlag  0: absolute coding (the 1st, and except rates 0 and 1 the 3rd, subframe)
+ * @param T0Prev        previous lag, 17..144 (as this function writes them; rate 12 codes 17 3/6 as 17 with fraction 3)
+ * @param pT0           out: integer lag
+ * @param pT0Frac       out: fraction, -1..1 (thirds) or -2..3 (sixths, rate 12)
+ * @param rate          rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pT0, pT0Frac null -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7);
+ *         T0Prev outside 17..144 -> zepStsRangeErr (-7); index outside its code (absolute: 0..255,
+ *         rate 12 0..511; relative: 0..15 for rates 0, 1, 3, 6; 0..31 for 7, 11; 0..63 for 8, 12) ->
+ *         zepStsOutOfRangeErr (-11); else zepStsNoErr. The lag written lies in 17..144.
+ */
+ZEPSAPI ZepStatus zepsAdaptiveLagDecode_GSMAMR_16s(Zep16s index, Zep16s subframeFlag, Zep16s T0Prev, Zep16s* pT0,
+                                                   Zep16s* pT0Frac, Zep32s rate);
+
+/**
+ * GSM-AMR adaptive codebook vector (3GPP TS 26.073 pred_lt.c Pred_lt_3or6):
+ * the past excitation interpolated at lag T0 - frac/3 (frac/6 for rate 12)
+ * with the 1/6-resolution filter inter_6 (every second tap in thirds).
+ *
+ * @param pSrcDstExc  in/out: 154 + 40 excitation samples: 154 past samples
+ *                    (PIT_MAX + L_INTERPOL) followed by the 40 of the subframe, written
+ * @param T0          integer lag, 17..144
+ * @param frac        fraction, -1..1 (-2..3 for rate 12)
+ * @param rate        rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pSrcDstExc null -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7);
+ *         T0 or frac outside its range -> zepStsOutOfRangeErr (-11); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsAdaptiveCodebookDecode_GSMAMR_16s(Zep16s* pSrcDstExc, Zep16s T0, Zep16s frac, Zep32s rate);
+
+/**
+ * GSM-AMR algebraic codebook vector of one subframe (3GPP TS 26.073
+ * decode_2i40_9bits (rates 0, 1; pulses placed by subframe),
+ * decode_2i40_11bits (3), decode_3i40_14bits (6), decode_4i40_17bits (7, 8),
+ * dec_8i40_31bits (11), dec_10i40_35bits (12)).
+ *
+ * Pulses are +8191/-8192 (Q13) for rates 0..8, +-8191 for rate 11 and
+ * +-4096 (Q12) for rate 12; pulses on one position add up.
+ *
+ * @param pSrcIndex  the subframe's codebook parameters in bit-stream order: position index then
+ *                   signs (2 values, rates 0..8); 4 signs then 3 position codes (rate 11); 10
+ *                   pulse codes (rate 12)
+ * @param pDstCode   out: 40 samples
+ * @param subframe   subframe number 0..3 (read by rates 0 and 1)
+ * @param rate       rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); subframe
+ *         outside 0..3 -> zepStsRangeErr (-7); a parameter outside its bit width (position/sign:
+ *         7/2 bits for rates 0, 1; 9/2 for 3; 11/3 for 6; 13/4 for 7, 8; rate 11: 1, 1, 1, 1, 10,
+ *         10, 7; rate 12: 4 bits five times, then 3 bits five times) -> zepStsOutOfRangeErr (-11);
+ *         else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsFixedCodebookDecode_GSMAMR_16s(const Zep16s* pSrcIndex, Zep16s* pDstCode, Zep32s subframe,
+                                                     Zep32s rate);
+
+/**
+ * GSM-AMR pitch sharpening of the innovation (3GPP TS 26.073 dec_amr.c):
+ * code[i] += mult(code[i - T0], sharp) for i = T0 .. 39, in increasing i
+ * (so a pulse repeats every T0 samples). The decoder passes 2 x the previous
+ * pitch gain limited to 0.8 (rate 12: 2 x the current one).
+ *
+ * @param pSrcDstCode  in/out: 40 innovation samples
+ * @param T0           integer lag; 40 or more leaves the vector as it is
+ * @param sharp        factor, Q15
+ * @return checks in order: pSrcDstCode null -> zepStsNullPtrErr (-8); T0 below 1 -> zepStsRangeErr (-7);
+ *         else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPitchSharpening_GSMAMR_16s_I(Zep16s* pSrcDstCode, Zep16s T0, Zep16s sharp);
+
+/**
+ * GSM-AMR gain decoding of one subframe (3GPP TS 26.073 dec_gain.c
+ * Dec_gain; rates 8 and 12 d_gain_pitch and d_gain_code) with the MA
+ * prediction of the code gain from the innovation energy (gc_pred) and the
+ * predictor update.
+ *
+ * - Rates 0 (MR475): one joint index for a pair of subframes, read with
+ *   evenSubframe nonzero for the first of the pair and 0 for the second
+ *   (table_gain_MR475; the predictor memory takes log2 and 20 log10 of the
+ *   code gain factor); rates 1, 3: table_gain_lowrates; 6, 7, 11:
+ *   table_gain_highrates.
+ * - Rates 8 and 12 (d_gain_code): pSrcIndex[0] is the code gain index
+ *   (qua_gain_code); the pitch gain is coded apart
+ *   (zepsDecodePitchGain_GSMAMR_16s, needed before the pitch sharpening of
+ *   rate 12) and pGainPitch is left as it is.
+ *
+ * @param pPastQuaEn   in/out: 8 values, past_qua_en[4] (20 log10, Q10) then past_qua_en_MR122[4]
+ *                     (log2, Q10); reset values -14336 and -2381
+ * @param pSrcCode     40 innovation samples after pitch sharpening (Q13; Q12 for rate 12)
+ * @param pSrcIndex    1 index
+ * @param pGainPitch   out: pitch gain, Q14 (not written for rates 8 and 12)
+ * @param pGainCode    out: code gain, Q1 (rate 12: Q1 of the Q12 innovation)
+ * @param rate         rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @param evenSubframe rate 0: nonzero for the 1st and 3rd subframes
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); an index
+ *         outside its table (256 for rate 0, 64 for 1 and 3, 128 for 6, 7, 11; 32 for 8 and 12) ->
+ *         zepStsOutOfRangeErr (-11); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeGain_GSMAMR_16s(Zep16s* pPastQuaEn, const Zep16s* pSrcCode, const Zep16s* pSrcIndex,
+                                            Zep16s* pGainPitch, Zep16s* pGainCode, Zep32s rate, Zep32s evenSubframe);
+
+/**
+ * GSM-AMR scalar pitch gain of rates 8 and 12 (3GPP TS 26.073 d_gain_p.c
+ * d_gain_pitch): qua_gain_pitch[index], Q14, with the 2 LSBs cleared for rate 12.
+ *
+ * @param index       pitch gain index 0..15
+ * @param pGainPitch  out: pitch gain, Q14
+ * @param rate        rate code 8 or 12
+ * @return checks in order: pGainPitch null -> zepStsNullPtrErr (-8); rate not 8 or 12 ->
+ *         zepStsRangeErr (-7); index outside 0..15 -> zepStsOutOfRangeErr (-11); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodePitchGain_GSMAMR_16s(Zep16s index, Zep16s* pGainPitch, Zep32s rate);
+
+/**
+ * GSM-AMR pitch gain concealment and history (3GPP TS 26.073 ec_gains.c
+ * ec_gain_pitch and ec_gain_pitch_update). With bfi nonzero the gain is
+ * replaced by min(median of the last 5, last) x pdown[state]; then (both
+ * cases) a good gain after a bad frame is limited to the last good one and
+ * the history takes the gain limited to 1.0.
+ *
+ * @param pECState   in/out: 7 values: pbuf[5], past_gain_pit, prev_gp (reset 1640 x 5, 0, 16384)
+ * @param pGainPitch in/out: the decoded pitch gain (Q14), concealed or limited
+ * @param state      the decoder's bad-frame state 0..6
+ * @param bfi        nonzero: this frame is bad
+ * @param prevBF     nonzero: the previous frame was bad
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); state outside 0..6 -> zepStsRangeErr (-7);
+ *         else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsConcealPitchGain_GSMAMR_16s(Zep16s* pECState, Zep16s* pGainPitch, Zep16s state, Zep16s bfi,
+                                                  Zep16s prevBF);
+
+/**
+ * GSM-AMR code gain concealment and history (3GPP TS 26.073 ec_gains.c
+ * ec_gain_code and ec_gain_code_update). With bfi nonzero the gain is
+ * replaced by min(median of the last 5, last) x cdown[state] and the gain
+ * predictor memory is updated with its limited averages
+ * (gc_pred_average_limited); then a good gain after a bad frame is limited
+ * to the last good one and the history updated.
+ *
+ * @param pECState   in/out: 7 values: gbuf[5], past_gain_code, prev_gc (reset 1 x 5, 0, 1)
+ * @param pPastQuaEn in/out: the 8 predictor values as for zepsDecodeGain_GSMAMR_16s
+ * @param pGainCode  in/out: the decoded code gain, concealed or limited
+ * @param state      the decoder's bad-frame state 0..6
+ * @param bfi        nonzero: this frame is bad
+ * @param prevBF     nonzero: the previous frame was bad
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); state outside 0..6 -> zepStsRangeErr (-7);
+ *         else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsConcealCodeGain_GSMAMR_16s(Zep16s* pECState, Zep16s* pPastQuaEn, Zep16s* pGainCode,
+                                                 Zep16s state, Zep16s bfi, Zep16s prevBF);
+
+/**
+ * GSM-AMR adaptive phase dispersion (anti-sparseness) and total excitation
+ * (3GPP TS 26.073 ph_disp.c ph_disp). The dispersion strength follows the
+ * pitch gain and its history with onset detection on the code gain; rates
+ * other than 7, 11 and 12 then convolve each pulse of the innovation
+ * circularly with the chosen impulse response (rate 8 its own pair). Last
+ * the excitation becomes round((exc pitchFac + inno cbGain) << tmpShift).
+ *
+ * @param pState      in/out: 8 values: gainMem[5], prevState, prevCbGain, onset (reset all 0)
+ * @param pSrcDstExc  in/out: 40 samples: the adaptive codebook vector in, the total excitation out
+ * @param pSrcDstInno in/out: 40 innovation samples, dispersed when the filter is active
+ * @param cbGain      code gain, Q1 (the decoder's averaged gain)
+ * @param ltpGain     pitch gain, Q14
+ * @param pitchFac    pitch factor (Q14; Q13 for rate 12)
+ * @param tmpShift    1 (2 for rate 12)
+ * @param rate        rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @param lockFull    nonzero: full dispersion (ph_disp_lock), else ph_disp_release
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); tmpShift
+ *         outside 1..2 -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPhaseDispersion_GSMAMR_16s(Zep16s* pState, Zep16s* pSrcDstExc, Zep16s* pSrcDstInno,
+                                                 Zep16s cbGain, Zep16s ltpGain, Zep16s pitchFac, Zep32s tmpShift,
+                                                 Zep32s rate, Zep32s lockFull);
+
+/**
+ * GSM-AMR synthesis filter 1/A(z) (3GPP TS 26.073 syn_filt.c Syn_filt):
+ * y[n] = round((x[n] a[0] - sum a[j] y[n-j]) << 3) with saturating
+ * arithmetic. The decoder rescales its excitation by 1/4 and filters again
+ * when this saturates: the saturation is reported.
+ *
+ * @param pSrcLPC  a[0..10], Q12
+ * @param pSrc     len input samples (may be pDst)
+ * @param pDst     out: len samples
+ * @param pMem     in/out: 10 past outputs, oldest first; updated to the last 10 outputs when update is nonzero
+ * @param len      10..160
+ * @param update   nonzero: update pMem
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); len outside 10..160 -> zepStsSizeErr (-6);
+ *         zepStsOverflow (12) with everything written when an operation saturated (the reference's
+ *         Overflow flag); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSynthesisFilter_GSMAMR_16s(const Zep16s* pSrcLPC, const Zep16s* pSrc, Zep16s* pDst,
+                                                 Zep16s* pMem, Zep32s len, Zep32s update);
+
+/** Post-filter state block (opaque; 512 bytes, see zepsPostFilterGetStateSize_GSMAMR_16s).
+ *  Any byte alignment is accepted. */
+typedef struct ZepPostFilterState_GSMAMR ZepPostFilterState_GSMAMR;
+
+/**
+ * Writes the size in bytes of the GSM-AMR post-filter state block: 512.
+ *
+ * @param pSize  receives the size
+ * @return zepStsNullPtrErr (-8) if pSize is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilterGetStateSize_GSMAMR_16s(Zep32s* pSize);
+
+/**
+ * Resets a GSM-AMR post-filter state block (Post_Filter_reset with its agc
+ * gain 1.0 and preemphasis memory). The whole block is written.
+ *
+ * @param pState  the caller's block of at least 512 bytes
+ * @return zepStsNullPtrErr (-8) if pState is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilterInit_GSMAMR_16s(ZepPostFilterState_GSMAMR* pState);
+
+/**
+ * GSM-AMR formant post-filter of one frame, in place (3GPP TS 26.073
+ * pstfilt.c Post_Filter): per subframe the residual through A(z/g1), tilt
+ * compensation (preemphasis by 0.8 x the first correlation of the
+ * truncated impulse response of A(z/g1)/A(z/g2)), 1/A(z/g2), and gain
+ * control to the input's energy (agc, factor 0.9). g1/g2 are 0.7/0.75 for
+ * rates 11 and 12, 0.55/0.7 for the others.
+ *
+ * @param pState         state initialised by zepsPostFilterInit_GSMAMR_16s
+ * @param pSrcDstSpeech  in/out: 160 synthesised samples
+ * @param pSrcLPC        4 x 11 coefficients of the subframes, Q12
+ * @param rate           rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilter_GSMAMR_16s_I(ZepPostFilterState_GSMAMR* pState, Zep16s* pSrcDstSpeech,
+                                              const Zep16s* pSrcLPC, Zep32s rate);
+
+/**
+ * GSM-AMR decoder output high-pass filter, in place (3GPP TS 26.073
+ * post_pro.c Post_Process): second order, cut-off 60 Hz, output doubled
+ * with saturation; the feedback kept in 32-bit double precision.
+ *
+ * @param pState   in/out: 6 values y2_hi, y2_lo, y1_hi, y1_lo, x0, x1 (reset all 0)
+ * @param pSrcDst  in/out: len samples
+ * @param len      number of samples, at least 1
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); len below 1 -> zepStsSizeErr (-6); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostProcess_GSMAMR_16s_I(Zep16s* pState, Zep16s* pSrcDst, Zep32s len);
+
+/**
+ * GSM-AMR gain control without smoothing (3GPP TS 26.073 agc.c agc2): the
+ * signal is scaled by sqrt(energy(ref) / energy(signal)) (Q12 gain, energies
+ * of the samples >> 2 when the plain sum saturates); a silent signal is left
+ * as it is, a silent reference gives zeros. The decoder applies it to the
+ * pitch-sharpened excitation with the excitation as reference.
+ *
+ * @param pSrcRef  len reference samples
+ * @param pSrcDst  in/out: len samples, scaled
+ * @param len      number of samples, at least 1
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); len below 1 -> zepStsSizeErr (-6); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainControl_GSMAMR_16s_I(const Zep16s* pSrcRef, Zep16s* pSrcDst, Zep32s len);
+
+/**
+ * GSM-AMR serial bits to decoder parameters (3GPP TS 26.073 bits2prm.c
+ * Bits2prm): each parameter is read MSB first with the widths of the rate's
+ * layout (rate 25: the 35-bit SID layout, 5 parameters: LSF start vector
+ * index, 3 LSF indices, energy index). Counts: 17 for rate 0, 19 for 1, 3, 6
+ * and 7, 23 for 8, 39 for 11, 57 for 12, 5 for 25. Decision: a word's
+ * nonzero value is a 1 bit; only the bits the layout covers are read.
+ *
+ * @param pSrcBits   serial bits, one a word (up to 244)
+ * @param pDstParam  out: the rate's parameters (at most 57)
+ * @param rate       rate code 0, 1, 3, 6, 7, 8, 11, 12 or 25
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsBitsToParam_GSMAMR_16s(const Zep16s* pSrcBits, Zep16s* pDstParam, Zep32s rate);
+
+/**
+ * GSM-AMR random parameters of a lost speech frame (3GPP TS 26.073
+ * b_cn_cod.c build_CN_param, as Decoder_amr calls it for NO_DATA and ONSET
+ * frames outside DTX): the seed advances (seed = 31821 seed / 2 + 13849,
+ * kept to 16 bits) and selects a window of the table window_200_40; each
+ * parameter keeps the low bits of its width in the rate's layout.
+ *
+ * @param pSeed      in/out: the decoder's nodataSeed (reset value 21845)
+ * @param pDstParam  out: the rate's parameters (counts as zepsBitsToParam_GSMAMR_16s)
+ * @param rate       rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsBuildCNParam_GSMAMR_16s(Zep16s* pSeed, Zep16s* pDstParam, Zep32s rate);
+
+/**
+ * GSM-AMR LSF interpolation for one subframe (3GPP TS 26.073 int_lsf.c
+ * Int_lsf), the weights of Int_lpc_1to3: subframe start 0: 3/4 old + 1/4
+ * new, 40: 1/2 + 1/2, 80: 1/4 + 3/4, 120: the new LSFs.
+ *
+ * @param pLSFOld      10 LSFs of the previous frame
+ * @param pLSFNew      10 LSFs of this frame
+ * @param subframeStart first sample of the subframe: 0, 40, 80 or 120
+ * @param pDstLSF      out: 10 interpolated LSFs
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); subframeStart not 0, 40, 80 or 120 ->
+ *         zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsInterpolateLSF_GSMAMR_16s(const Zep16s* pLSFOld, const Zep16s* pLSFNew, Zep32s subframeStart,
+                                                Zep16s* pDstLSF);
+
+/**
+ * GSM-AMR running mean of the LSFs (3GPP TS 26.073 lsp_avg.c lsp_avg):
+ * mean = mean - 0.16 mean + 0.16 new (5243 in Q15, 32-bit accumulation,
+ * rounded). The decoder runs it on its past quantised LSFs at the end of
+ * every frame; Cb_gain_average compares against the mean.
+ *
+ * @param pSrcDstMean in/out: 10 mean LSFs (lsp_meanSave; reset: mean_lsf_5)
+ * @param pSrcLSF     10 LSFs of the frame
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLSPAverage_GSMAMR_16s(Zep16s* pSrcDstMean, const Zep16s* pSrcLSF);
+
+/**
+ * GSM-AMR code gain averaging in background noise (3GPP TS 26.073
+ * c_g_aver.c Cb_gain_average): the code gain enters a 7-frame history; the
+ * spectral difference of the subframe's LSFs to their running mean drives a
+ * hangover; for rates 0, 1, 3, 6 and 11 the gain is mixed with the mean of
+ * the history (the whole history for concealed low-rate frames in
+ * background noise). The other rates get the gain back as it is, the
+ * history and counters updated all the same.
+ *
+ * @param pState          in/out: 9 values: cbGainHistory[7], hangVar, hangCount (reset all 0)
+ * @param gainCode        the decoded code gain
+ * @param pSrcLSF         10 LSFs of the subframe (zepsInterpolateLSF_GSMAMR_16s)
+ * @param pSrcLSFMean     10 mean LSFs (zepsLSPAverage_GSMAMR_16s); each must be positive
+ * @param bfi             nonzero: this frame is bad
+ * @param prevBF          nonzero: the previous frame was bad
+ * @param pdfi            nonzero: this frame is degraded
+ * @param prevPDF         nonzero: the previous frame was degraded
+ * @param inBackgroundNoise  the detector's decision of the previous frame (zepsBackgroundNoiseDetect_GSMAMR_16s)
+ * @param voicedHangover  its voiced hangover count
+ * @param pGainMix        out: the gain for the phase dispersion
+ * @param rate            rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); a mean LSF
+ *         below 1 -> zepStsOutOfRangeErr (-11) (the reference divides by it); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsCbGainAverage_GSMAMR_16s(Zep16s* pState, Zep16s gainCode, const Zep16s* pSrcLSF,
+                                               const Zep16s* pSrcLSFMean, Zep16s bfi, Zep16s prevBF, Zep16s pdfi,
+                                               Zep16s prevPDF, Zep16s inBackgroundNoise, Zep16s voicedHangover,
+                                               Zep16s* pGainMix, Zep32s rate);
+
+/**
+ * GSM-AMR background-noise detector of the decoder (3GPP TS 26.073
+ * bgnscd.c Bgn_scd): the synthesised frame's energy against a 60-frame
+ * energy history decides whether the decoder is in stationary background
+ * noise (after a hangover of 2 frames); the median of the pitch gain
+ * history (the last 5, or all 9 after a long hangover) updates the voiced
+ * hangover count (0..10).
+ *
+ * @param pState           in/out: 61 values: frameEnergyHist[60], bgHangover (reset all 0)
+ * @param pSrcLTPGainHist  9 past pitch gains, oldest first, Q14 (ltpGainHistory)
+ * @param pSrcSpeech       160 synthesised samples of the frame (before the post-filter)
+ * @param pVoicedHangover  in/out: voiced hangover count (reset 0)
+ * @param pInBackgroundNoise out: 1 in background noise, else 0
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsBackgroundNoiseDetect_GSMAMR_16s(Zep16s* pState, const Zep16s* pSrcLTPGainHist,
+                                                       const Zep16s* pSrcSpeech, Zep16s* pVoicedHangover,
+                                                       Zep16s* pInBackgroundNoise);
+
+/**
+ * GSM-AMR subframe excitation energy (3GPP TS 26.073 dec_amr.c, before
+ * Ex_ctrl): sqrt(sum x^2 / 40) from the 32-bit energy by the table square
+ * root, truncated to 16 bits, as the decoder keeps it in excEnergyHist.
+ *
+ * @param pSrcExc  40 excitation samples
+ * @param pEnergy  out: the energy value
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsExcitationEnergy_GSMAMR_16s(const Zep16s* pSrcExc, Zep16s* pEnergy);
+
+/**
+ * GSM-AMR excitation control in concealed background noise (3GPP TS
+ * 26.073 ex_ctrl.c Ex_ctrl): when the subframe's energy lies above 5 and
+ * below the median of the 9-subframe energy history, the excitation is
+ * scaled towards the lower of that median and 4 x (3 x after a bad frame
+ * or with fewer than 7 voiced frames) the last energies; the scale
+ * factor (Q11) is limited to 1.5 with carefulFlag.
+ *
+ * @param pSrcDstExc      in/out: 40 excitation samples
+ * @param excEnergy       energy of the subframe (zepsExcitationEnergy_GSMAMR_16s)
+ * @param pSrcEnergyHist  9 past subframe energies, oldest first (excEnergyHist)
+ * @param voicedHangover  the detector's voiced hangover count
+ * @param prevBFI         nonzero: the previous frame was bad
+ * @param carefulFlag     nonzero: limit the scale factor
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsExcitationControl_GSMAMR_16s_I(Zep16s* pSrcDstExc, Zep16s excEnergy, const Zep16s* pSrcEnergyHist,
+                                                     Zep16s voicedHangover, Zep16s prevBFI, Zep16s carefulFlag);
+
+/** Comfort-noise decoder state block (opaque; 512 bytes, see
+ *  zepsDTXDecodeGetStateSize_GSMAMR_16s). Any byte alignment is accepted. */
+typedef struct ZepDTXDecodeState_GSMAMR ZepDTXDecodeState_GSMAMR;
+
+/**
+ * Writes the size in bytes of the GSM-AMR comfort-noise decoder state block: 512.
+ *
+ * @param pSize  receives the size
+ * @return zepStsNullPtrErr (-8) if pSize is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDTXDecodeGetStateSize_GSMAMR_16s(Zep32s* pSize);
+
+/**
+ * Resets a GSM-AMR comfort-noise decoder state block (3GPP TS 26.073
+ * dtx_dec.c dtx_dec_reset: DTX state machine in DTX, log energies 3500,
+ * LSP history of lsp_init_data, LSF history of mean_lsf_5, noise seed
+ * 0x70816958). The whole block is written.
+ *
+ * @param pState  the caller's block of at least 512 bytes
+ * @return zepStsNullPtrErr (-8) if pState is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDTXDecodeInit_GSMAMR_16s(ZepDTXDecodeState_GSMAMR* pState);
+
+/**
+ * GSM-AMR receiver DTX state machine (3GPP TS 26.073 dtx_dec.c
+ * rx_dtx_handler), run first on every frame: from the receiver frame type
+ * (0 SPEECH_GOOD, 1 SPEECH_DEGRADED, 2 ONSET, 3 SPEECH_BAD, 4 SID_FIRST,
+ * 5 SID_UPDATE, 6 SID_BAD, 7 NO_DATA) the frame's DTX state (0 SPEECH,
+ * 1 DTX, 2 DTX_MUTE after more than 50 frames without a SID update), the
+ * encoder's hangover as the decoder tracks it and the kind of SID frame.
+ * A frame in state SPEECH goes through the speech decoder (ending with
+ * zepsDTXDecodeUpdate_GSMAMR_16s), any other through zepsDTXDecode_GSMAMR_16s.
+ *
+ * Decision: the state of the previous frame (dtxGlobalState, which the
+ * speech decoder reads for its bad-frame state: DTX -> 5 with no previous
+ * bad frame, DTX_MUTE -> 5 with a previous bad frame) is written to
+ * pPrevState; the block stores the new state when the frame's decoding
+ * ends (zepsDTXDecode_GSMAMR_16s or zepsDTXDecodeUpdate_GSMAMR_16s), as
+ * Decoder_amr does.
+ *
+ * @param pState     in/out: state from zepsDTXDecodeInit_GSMAMR_16s
+ * @param frameType  receiver frame type 0..7
+ * @param pNewState  out: the frame's DTX state 0..2
+ * @param pPrevState out: the previous frame's DTX state 0..2
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); frameType outside 0..7 -> zepStsRangeErr (-7);
+ *         else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsRxDTXHandler_GSMAMR_16s(ZepDTXDecodeState_GSMAMR* pState, Zep32s frameType, Zep16s* pNewState,
+                                              Zep16s* pPrevState);
+
+/**
+ * GSM-AMR comfort-noise frame (3GPP TS 26.073 dtx_dec.c dtx_dec): at the
+ * end of the encoder's hangover the averages of the LSF and energy history;
+ * on a SID frame the new LSFs (D_plsf_3 from the SID's start vector) and
+ * energy, and the gain predictor memories set from that energy; then the
+ * LSPs and log energy interpolated over the SID period, LSF variability
+ * from the history, and four subframes of random pulses through the
+ * synthesis filter. In DTX_MUTE the level falls by 256 (Q11) a frame.
+ *
+ * The caller resets its speech decoder first as Decoder_amr_reset(MRDTX)
+ * does (excitation history, lags, concealment, background-noise and
+ * dispersion states; not the synthesis memory, LSF mean, excitation energy
+ * history or gain predictor). Decision: the LSPs of the new past LSFs
+ * (Lsf_lsp, what Decoder_amr stores as the previous frame's LSPs) are
+ * written to pDstLSP; the block stores newState as the previous frame's
+ * DTX state for the next zepsRxDTXHandler_GSMAMR_16s.
+ *
+ * @param pState      in/out: state after zepsRxDTXHandler_GSMAMR_16s for this frame
+ * @param pMemSyn     in/out: 10 synthesis filter memories (oldest first)
+ * @param pPastRq     in/out: 10 LSF predictor memories (as zepsLSFDecode_GSMAMR_16s)
+ * @param pPastLSFQ   in/out: 10 past quantised LSFs, replaced by the comfort-noise LSFs
+ * @param pPastQuaEn  in/out: 8 gain predictor values (as zepsDecodeGain_GSMAMR_16s), set on a SID frame
+ * @param pCbGainAver in/out: 9 values of zepsCbGainAverage_GSMAMR_16s (hangVar set to 20, hangCount to 0)
+ * @param pSrcParam   5 SID parameters (zepsBitsToParam_GSMAMR_16s, rate 25); read on SID frames only
+ * @param pDstSpeech  out: 160 samples
+ * @param pDstLPC     out: 4 x 11 LP coefficients for the post-filter, Q12
+ * @param pDstLSP     out: 10 LSPs, Q15
+ * @param newState    the frame's DTX state from zepsRxDTXHandler_GSMAMR_16s: 1 or 2
+ * @param rate        the speech rate code 0, 1, 3, 6, 7, 8, 11 or 12 of the last speech frame (sets the level adjustment)
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); newState
+ *         outside 1..2 -> zepStsRangeErr (-7); SID parameters outside their widths (3, 8, 9, 9, 6
+ *         bits) -> zepStsOutOfRangeErr (-11); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDTXDecode_GSMAMR_16s(ZepDTXDecodeState_GSMAMR* pState, Zep16s* pMemSyn, Zep16s* pPastRq,
+                                           Zep16s* pPastLSFQ, Zep16s* pPastQuaEn, Zep16s* pCbGainAver,
+                                           const Zep16s* pSrcParam, Zep16s* pDstSpeech, Zep16s* pDstLPC,
+                                           Zep16s* pDstLSP, Zep32s newState, Zep32s rate);
+
+/**
+ * GSM-AMR comfort-noise history of a speech frame (3GPP TS 26.073
+ * dtx_dec.c dtx_dec_activity_update): the frame's LSFs and log energy
+ * (Q10 log2 of the mean square) enter the 8-frame histories the next
+ * comfort-noise period averages. Run at the end of every frame decoded as
+ * speech; the block then stores SPEECH as the previous frame's DTX state.
+ *
+ * @param pState      in/out: state from zepsDTXDecodeInit_GSMAMR_16s
+ * @param pSrcLSF     10 past quantised LSFs after the frame's LSF decoding
+ * @param pSrcSpeech  160 synthesised samples (before the post-filter)
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDTXDecodeUpdate_GSMAMR_16s(ZepDTXDecodeState_GSMAMR* pState, const Zep16s* pSrcLSF,
+                                                 const Zep16s* pSrcSpeech);
+/** @} */
+
 /** @defgroup gsmfr GSM full rate
  *  The stages of the GSM 06.10 full-rate (RPE-LTP) codec, 13 kbit/s, in the
  *  fixed-point arithmetic of ETSI GSM 06.10 section 4: the encoder's

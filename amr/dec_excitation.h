@@ -1,0 +1,272 @@
+// GSM-AMR decoder excitation stages (3GPP TS 26.073 ph_disp.c, c_g_aver.c,
+// ex_ctrl.c, bgnscd.c, sqrt_l.c, agc.c agc2, syn_filt.c). Excitation Q0,
+// innovation Q13 (Q12 for MR122), gains as in dec_gain.h, LP coefficients Q12.
+#pragma once
+
+#include "amr/amr_dec_tables.h"
+#include "amr/dec_gain.h"
+#include "amr/dec_state.h"
+
+ZEPS_BEGIN_VARIANT
+namespace amr_dec {
+
+inline void ph_disp_reset(PhDispState& st) {
+    for (Word16& v : st.gainMem) v = 0;
+    st.prevState = 0;
+    st.prevCbGain = 0;
+    st.lockFull = 0;
+    st.onset = 0;
+}
+
+/// ph_disp: adaptive anti-sparseness filtering of the innovation (not in
+/// MR74, MR102, MR122) and the total excitation x = pitch_fac x + cbGain inno,
+/// shifted by tmp_shift and rounded.
+inline void ph_disp(PhDispState& st, Word16 mode, Word16* x, Word16 cbGain, Word16 ltpGain, Word16* inno,
+                    Word16 pitch_fac, Word16 tmp_shift) {
+    namespace t = zeps::amr_dec_tab;
+    constexpr Word16 kThr1 = 9830, kThr2 = 14746, kOnFactPlus1 = 16384, kOnLength = 2;
+    for (int i = 4; i > 0; i--) st.gainMem[i] = st.gainMem[i - 1];
+    st.gainMem[0] = ltpGain;
+    Word16 impNr = ltpGain < kThr2 ? (ltpGain > kThr1 ? 1 : 0) : 2;
+    const Word16 tmp1 = round_fx(L_shl(L_mult(st.prevCbGain, kOnFactPlus1), 2));
+    if (cbGain > tmp1) st.onset = kOnLength;
+    else if (st.onset > 0) st.onset = sub(st.onset, 1);
+    if (st.onset == 0) {
+        int i1 = 0;
+        for (Word16 g : st.gainMem)
+            if (g < kThr1) i1++;
+        if (i1 > 2) impNr = 0;
+    }
+    if (impNr > add(st.prevState, 1) && st.onset == 0) impNr = sub(impNr, 1);
+    if (impNr < 2 && st.onset > 0) impNr = add(impNr, 1);
+    if (cbGain < 10) impNr = 2;
+    if (st.lockFull == 1) impNr = 0;
+    st.prevState = impNr;
+    st.prevCbGain = cbGain;
+    if (mode != MR122 && mode != MR102 && mode != MR74 && impNr < 2) {
+        Word16 ps_poss[kLSubfr], inno_sav[kLSubfr];
+        int nze = 0;
+        for (int i = 0; i < kLSubfr; i++) {
+            if (inno[i] != 0) ps_poss[nze++] = static_cast<Word16>(i);
+            inno_sav[i] = inno[i];
+            inno[i] = 0;
+        }
+        const std::int16_t* ph_imp = mode == MR795 ? (impNr == 0 ? t::ph_imp_low_MR795 : t::ph_imp_mid_MR795)
+                                                   : (impNr == 0 ? t::ph_imp_low : t::ph_imp_mid);
+        for (int n = 0; n < nze; n++) {
+            const int ppos = ps_poss[n];
+            int j = 0;
+            for (int i = ppos; i < kLSubfr; i++) inno[i] = add(inno[i], mult(inno_sav[ppos], ph_imp[j++]));
+            for (int i = 0; i < ppos; i++) inno[i] = add(inno[i], mult(inno_sav[ppos], ph_imp[j++]));
+        }
+    }
+    for (int i = 0; i < kLSubfr; i++) {
+        Word32 L_temp = L_mult(x[i], pitch_fac);
+        L_temp = L_mac(L_temp, inno[i], cbGain);
+        L_temp = L_shl(L_temp, tmp_shift);
+        x[i] = round_fx(L_temp);
+    }
+}
+
+/// Cb_gain_average: smoothed code gain in stationary background noise
+/// (MR475 .. MR67 and MR102; the caller keeps gain_code for the others).
+inline Word16 cb_gain_average(CbGainAverageState& st, Word16 mode, Word16 gain_code, const Word16* lsp,
+                              const Word16* lspAver, Word16 bfi, Word16 prev_bf, Word16 pdfi, Word16 prev_pdf,
+                              Word16 inBackgroundNoise, Word16 voicedHangover) {
+    constexpr int kHist = 7;
+    Word16 cbGainMix = gain_code;
+    for (int i = 0; i < kHist - 1; i++) st.cbGainHistory[i] = st.cbGainHistory[i + 1];
+    st.cbGainHistory[kHist - 1] = gain_code;
+    Word16 diff = 0;
+    for (int i = 0; i < kM; i++) {
+        Word16 tmp1 = abs_s(sub(lspAver[i], lsp[i]));
+        const Word16 shift1 = sub(norm_s(tmp1), 1);
+        tmp1 = shl(tmp1, shift1);
+        const Word16 shift2 = norm_s(lspAver[i]);
+        const Word16 tmp2 = shl(lspAver[i], shift2);
+        Word16 q = div_s(tmp1, tmp2);
+        const Word16 shift = sub(add(2, shift1), shift2);
+        q = shift >= 0 ? shr(q, shift) : shl(q, negate(shift));
+        diff = i == 0 ? q : add(diff, q);
+    }
+    if (diff > 5325) st.hangVar = add(st.hangVar, 1);
+    else st.hangVar = 0;
+    if (st.hangVar > 10) st.hangCount = 0;
+    if (mode <= MR67 || mode == MR102) {
+        const bool low = mode == MR475 || mode == MR515 || mode == MR59;
+        const bool errors = (pdfi != 0 && prev_pdf != 0) || bfi != 0 || prev_bf != 0;
+        const Word16 offset = errors && voicedHangover > 1 && inBackgroundNoise != 0 && low ? 4506 : 3277;
+        const Word16 tmp_diff = sub(diff, offset);
+        const Word16 tmp1 = tmp_diff > 0 ? tmp_diff : Word16{0};
+        Word16 bgMix = tmp1 > 2048 ? Word16{8192} : shl(tmp1, 2);
+        if (st.hangCount < 40 || diff > 5325) bgMix = 8192;
+        Word32 L_sum = L_mult(6554, st.cbGainHistory[2]);
+        for (int i = 3; i < kHist; i++) L_sum = L_mac(L_sum, 6554, st.cbGainHistory[i]);
+        Word16 cbGainMean = round_fx(L_sum);
+        if ((bfi != 0 || prev_bf != 0) && inBackgroundNoise != 0 && low) {
+            L_sum = L_mult(4681, st.cbGainHistory[0]);
+            for (int i = 1; i < kHist; i++) L_sum = L_mac(L_sum, 4681, st.cbGainHistory[i]);
+            cbGainMean = round_fx(L_sum);
+        }
+        L_sum = L_mult(bgMix, cbGainMix);
+        L_sum = L_mac(L_sum, 8192, cbGainMean);
+        L_sum = L_msu(L_sum, bgMix, cbGainMean);
+        cbGainMix = round_fx(L_shl(L_sum, 2));
+    }
+    st.hangCount = add(st.hangCount, 1);
+    return cbGainMix;
+}
+
+/// sqrt_l_exp: sqrt of L_x as a normalised value and the (even) right
+/// shift exp to apply, halved, by the caller.
+inline Word32 sqrt_l_exp(Word32 L_x, Word16& exp) {
+    using zeps::amr_dec_tab::sqrt_l_table;
+    if (L_x <= 0) {
+        exp = 0;
+        return 0;
+    }
+    const Word16 e = static_cast<Word16>(norm_l(L_x) & 0xFFFE);
+    L_x = L_shl(L_x, e);
+    exp = e;
+    L_x = L_shr(L_x, 9);
+    Word16 i = extract_h(L_x);
+    L_x = L_shr(L_x, 1);
+    const Word16 a = static_cast<Word16>(extract_l(L_x) & 0x7fff);
+    i = sub(i, 16);
+    Word32 L_y = L_deposit_h(sqrt_l_table[i]);
+    const Word16 tmp = sub(sqrt_l_table[i], sqrt_l_table[i + 1]);
+    return L_msu(L_y, tmp, a);
+}
+
+/// Ex_ctrl: limits energy rises of the excitation in concealed background noise.
+inline void ex_ctrl(Word16* excitation, Word16 excEnergy, const Word16* exEnergyHist, Word16 voicedHangover,
+                    Word16 prevBFI, Word16 carefulFlag) {
+    Word16 avgEnergy = gmed_n(exEnergyHist, 9);
+    Word16 prevEnergy = shr(add(exEnergyHist[7], exEnergyHist[8]), 1);
+    if (exEnergyHist[8] < prevEnergy) prevEnergy = exEnergyHist[8];
+    if (excEnergy < avgEnergy && excEnergy > 5) {
+        Word16 testEnergy = shl(prevEnergy, 2);
+        if (voicedHangover < 7 || prevBFI != 0) testEnergy = sub(testEnergy, prevEnergy);
+        if (avgEnergy > testEnergy) avgEnergy = testEnergy;
+        const Word16 exp = norm_s(excEnergy);
+        excEnergy = shl(excEnergy, exp);
+        excEnergy = div_s(16383, excEnergy);
+        Word32 t0 = L_mult(avgEnergy, excEnergy);
+        t0 = L_shr(t0, sub(20, exp));
+        if (t0 > 32767) t0 = 32767;
+        Word16 scaleFactor = extract_l(t0);
+        if (carefulFlag != 0 && scaleFactor > 3072) scaleFactor = 3072;
+        for (int i = 0; i < kLSubfr; i++) excitation[i] = extract_l(L_shr(L_mult(scaleFactor, excitation[i]), 11));
+    }
+}
+
+inline void bgn_scd_reset(BgnScdState& st) {
+    for (Word16& v : st.frameEnergyHist) v = 0;
+    st.bgHangover = 0;
+}
+
+/// Bgn_scd: background-noise source characteristic detector on the
+/// synthesised frame; returns inBackgroundNoise and updates voicedHangover.
+inline Word16 bgn_scd(BgnScdState& st, const Word16* ltpGainHist, const Word16* speech, Word16& voicedHangover) {
+    constexpr int kHist = 60;
+    constexpr Word16 kFrameEnergyLimit = 17578, kLowerNoiseLimit = 20, kUpperNoiseLimit = 1953;
+    Word32 s = 0;
+    for (int i = 0; i < kLFrame; i++) s = L_mac(s, speech[i], speech[i]);
+    s = L_shl(s, 2);
+    const Word16 currEnergy = extract_h(s);
+    Word16 frameEnergyMin = 32767;
+    for (Word16 v : st.frameEnergyHist)
+        if (v < frameEnergyMin) frameEnergyMin = v;
+    const Word16 noiseFloor = shl(frameEnergyMin, 4);
+    Word16 maxEnergy = st.frameEnergyHist[0];
+    for (int i = 1; i < kHist - 4; i++)
+        if (maxEnergy < st.frameEnergyHist[i]) maxEnergy = st.frameEnergyHist[i];
+    Word16 maxEnergyLastPart = st.frameEnergyHist[2 * kHist / 3];
+    for (int i = 2 * kHist / 3 + 1; i < kHist; i++)
+        if (maxEnergyLastPart < st.frameEnergyHist[i]) maxEnergyLastPart = st.frameEnergyHist[i];
+    if (maxEnergy > kLowerNoiseLimit && currEnergy < kFrameEnergyLimit && currEnergy > kLowerNoiseLimit &&
+        (currEnergy < noiseFloor || maxEnergyLastPart < kUpperNoiseLimit)) {
+        st.bgHangover = add(st.bgHangover, 1) > 30 ? Word16{30} : add(st.bgHangover, 1);
+    } else {
+        st.bgHangover = 0;
+    }
+    const Word16 inbgNoise = st.bgHangover > 1 ? 1 : 0;
+    for (int i = 0; i < kHist - 1; i++) st.frameEnergyHist[i] = st.frameEnergyHist[i + 1];
+    st.frameEnergyHist[kHist - 1] = currEnergy;
+    Word16 ltpLimit = 13926;
+    if (st.bgHangover > 8) ltpLimit = 15565;
+    if (st.bgHangover > 15) ltpLimit = 16383;
+    bool prevVoiced = gmed_n(&ltpGainHist[4], 5) > ltpLimit;
+    if (st.bgHangover > 20) prevVoiced = gmed_n(ltpGainHist, 9) > ltpLimit;
+    if (prevVoiced) voicedHangover = 0;
+    else voicedHangover = add(voicedHangover, 1) > 10 ? Word16{10} : add(voicedHangover, 1);
+    return inbgNoise;
+}
+
+/// energy_new of agc.c: sum of squares >> 4, or of the samples >> 2 on saturation.
+inline Word32 agc_energy(const Word16* in, int l_trm) {
+    Word32 s = L_mult(in[0], in[0]);
+    for (int i = 1; i < l_trm; i++) s = L_mac(s, in[i], in[i]);
+    if (s == MAX_32) {
+        Word16 temp = shr(in[0], 2);
+        s = L_mult(temp, temp);
+        for (int i = 1; i < l_trm; i++) {
+            temp = shr(in[i], 2);
+            s = L_mac(s, temp, temp);
+        }
+        return s;
+    }
+    return L_shr(s, 4);
+}
+
+/// The gain sqrt(energy(in) / energy(out)) of agc and agc2, Q12 (0 when the input is silent);
+/// returns false when the output has zero energy.
+inline bool agc_gain(const Word16* sig_in, const Word16* sig_out, int l_trm, Word16& g0) {
+    Word32 s = agc_energy(sig_out, l_trm);
+    if (s == 0) return false;
+    Word16 exp = sub(norm_l(s), 1);
+    const Word16 gain_out = round_fx(L_shl(s, exp));
+    s = agc_energy(sig_in, l_trm);
+    if (s == 0) {
+        g0 = 0;
+        return true;
+    }
+    const Word16 i = norm_l(s);
+    const Word16 gain_in = round_fx(L_shl(s, i));
+    exp = sub(exp, i);
+    s = L_deposit_l(div_s(gain_out, gain_in));
+    s = L_shl(s, 7);
+    s = L_shr(s, exp);
+    s = Inv_sqrt(s);
+    g0 = round_fx(L_shl(s, 9));
+    return true;
+}
+
+/// agc2: scales sig_out to the energy of sig_in without smoothing.
+inline void agc2(const Word16* sig_in, Word16* sig_out, int l_trm) {
+    Word16 g0;
+    if (!agc_gain(sig_in, sig_out, l_trm, g0)) return;
+    for (int i = 0; i < l_trm; i++) sig_out[i] = extract_h(L_shl(L_mult(sig_out[i], g0), 3));
+}
+
+/// Syn_filt: 1/A(z) over lg (at most 160) samples with memory mem (updated when update != 0);
+/// returns true when a basic operation saturated (the reference's Overflow).
+inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, Word16* mem, bool update) {
+    Word16 tmp[kM + kLFrame];
+    Flag ovf = false;
+    for (int i = 0; i < kM; i++) tmp[i] = mem[i];
+    Word16* yy = tmp + kM;
+    for (int i = 0; i < lg; i++) {
+        Word32 s = L_mult(x[i], a[0], ovf);
+        for (int j = 1; j <= kM; j++) s = L_msu(s, a[j], yy[i - j], ovf);
+        s = L_shl(s, 3, ovf);
+        yy[i] = round_fx(s, ovf);
+    }
+    for (int i = 0; i < lg; i++) y[i] = yy[i];
+    if (update)
+        for (int i = 0; i < kM; i++) mem[i] = y[lg - kM + i];
+    return ovf;
+}
+
+}  // namespace amr_dec
+ZEPS_END_VARIANT

@@ -1,0 +1,104 @@
+// GSM-AMR adaptive codebook decoding (3GPP TS 26.073 dec_lag3.c, dec_lag6.c,
+// pred_lt.c). Lags in samples with fractions in 1/3 (resolution 3) or 1/6
+// (MR122); the excitation is Q0.
+#pragma once
+
+#include "amr/amr_dec_tables.h"
+#include "amr/dec_state.h"
+
+ZEPS_BEGIN_VARIANT
+namespace amr_dec {
+
+/// Dec_lag3: 1/3-resolution lag of the seven lower modes. subfr_flag 0 for
+/// the absolutely coded subframes; flag4 selects the 4-bit delta coding
+/// (MR475, MR515, MR59, MR67).
+inline void dec_lag3(Word16 index, Word16 t0_min, Word16 t0_max, Word16 subfr_flag, Word16 T0_prev, Word16& T0,
+                     Word16& T0_frac, Word16 flag4) {
+    if (subfr_flag == 0) {
+        if (index < 197) {
+            T0 = add(mult(add(index, 2), 10923), 19);
+            const Word16 i = add(add(T0, T0), T0);
+            T0_frac = add(sub(index, i), 58);
+        } else {
+            T0 = sub(index, 112);
+            T0_frac = 0;
+        }
+    } else if (flag4 == 0) {
+        Word16 i = sub(mult(add(index, 2), 10923), 1);
+        T0 = add(i, t0_min);
+        i = add(add(i, i), i);
+        T0_frac = sub(sub(index, 2), i);
+    } else {
+        Word16 tmp_lag = T0_prev;
+        if (sub(sub(tmp_lag, t0_min), 5) > 0) tmp_lag = add(t0_min, 5);
+        if (sub(sub(t0_max, tmp_lag), 4) > 0) tmp_lag = sub(t0_max, 4);
+        if (index < 4) {
+            T0 = add(sub(tmp_lag, 5), index);
+            T0_frac = 0;
+        } else if (index < 12) {
+            Word16 i = sub(mult(sub(index, 5), 10923), 1);
+            T0 = add(i, tmp_lag);
+            i = add(add(i, i), i);
+            T0_frac = sub(sub(index, 9), i);
+        } else {
+            T0 = add(add(sub(index, 12), tmp_lag), 1);
+            T0_frac = 0;
+        }
+    }
+}
+
+/// Dec_lag6: 1/6-resolution lag of MR122; T0 carries the previous lag in.
+inline void dec_lag6(Word16 index, Word16 pit_min, Word16 pit_max, Word16 subfr_flag, Word16& T0, Word16& T0_frac) {
+    if (subfr_flag == 0) {
+        if (index < 463) {
+            T0 = add(mult(add(index, 5), 5462), 17);
+            const Word16 i = add(add(T0, T0), T0);
+            T0_frac = add(sub(index, add(i, i)), 105);
+        } else {
+            T0 = sub(index, 368);
+            T0_frac = 0;
+        }
+    } else {
+        Word16 T0_min = sub(T0, 5);
+        if (T0_min < pit_min) T0_min = pit_min;
+        Word16 T0_max = add(T0_min, 9);
+        if (T0_max > pit_max) {
+            T0_max = pit_max;
+            T0_min = sub(T0_max, 9);
+        }
+        Word16 i = sub(mult(add(index, 5), 5462), 1);
+        T0 = add(i, T0_min);
+        i = add(add(i, i), i);
+        T0_frac = sub(sub(index, 3), add(i, i));
+    }
+}
+
+/// Pred_lt_3or6: the adaptive codebook vector at exc[0..L_subfr-1] by
+/// interpolating the past excitation exc[-T0 - 10 ..] with inter_6
+/// (every second tap for 1/3 resolution, flag3 != 0).
+inline void pred_lt_3or6(Word16* exc, Word16 T0, Word16 frac, int L_subfr, Word16 flag3) {
+    using zeps::amr_dec_tab::inter_6;
+    constexpr int kUpSamp = 6, kLInter10 = 10;
+    Word16* x0 = exc - T0;
+    frac = negate(frac);
+    if (flag3 != 0) frac = shl(frac, 1);
+    if (frac < 0) {
+        frac = add(frac, kUpSamp);
+        x0--;
+    }
+    for (int j = 0; j < L_subfr; j++) {
+        const Word16* x1 = x0++;
+        const Word16* x2 = x0;
+        const std::int16_t* c1 = &inter_6[frac];
+        const std::int16_t* c2 = &inter_6[kUpSamp - frac];
+        Word32 s = 0;
+        for (int i = 0, k = 0; i < kLInter10; i++, k += kUpSamp) {
+            s = L_mac(s, x1[-i], c1[k]);
+            s = L_mac(s, x2[i], c2[k]);
+        }
+        exc[j] = round_fx(s);
+    }
+}
+
+}  // namespace amr_dec
+ZEPS_END_VARIANT

@@ -1,0 +1,105 @@
+// GSM-AMR decoder replays: every .amr stream of the shared reference set
+// (eight modes, DTX on and off) against the reference decoder's output, the
+// reference package's check sequence in the 3GPP format, and corrupt input.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/codecs/codec_replay.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using zeps::codec_test::codec;
+using zeps::codec_test::expect_same_pcm;
+using zeps::codec_test::read_bytes;
+using zeps::codec_test::read_pcm;
+
+std::vector<std::int16_t> decode(const std::vector<std::uint8_t>& bits, const std::string& format) {
+    return zepsc_cli::decode_all(codec("amr"), {}, format, bits.data(), bits.size());
+}
+
+std::vector<std::int16_t> decoded(const std::string& stem, const std::string& format) {
+    return decode(read_bytes(stem + "." + format), format);
+}
+
+TEST(AmrDecoder, EveryReferenceStream) {
+    const fs::path dir = fs::path(zeps::codec_test::shared_dir()) / "codecs" / "amr";
+    std::vector<std::string> stems;
+    for (const auto& e : fs::directory_iterator(dir))
+        if (e.path().extension() == ".amr") stems.push_back((dir / e.path().stem()).string());
+    std::sort(stems.begin(), stems.end());
+    ASSERT_EQ(stems.size(), 60u);  // six inputs: eight modes, and 4.75 and 12.2 with DTX
+    for (const std::string& stem : stems) {
+        SCOPED_TRACE(stem);
+        expect_same_pcm(decoded(stem, "amr"), read_pcm(stem + ".out"), 160, stem);
+    }
+}
+
+TEST(AmrDecoder, CheckSequenceAllModesDtx) {
+    const std::string stem = zeps::codec_test::shared_dir() + "/codecs/amr/conformance/spch_dos";
+    expect_same_pcm(decoded(stem, "cod"), read_pcm(stem + ".out"), 160, stem);
+}
+
+// Corrupt input ends in a CodecError, never in a crash or a silent result.
+TEST(AmrDecoder, CorruptInputIsReported) {
+    const std::vector<std::uint8_t> good = read_bytes(zeps::codec_test::shared_dir() + "/codecs/amr/male_mr795.amr");
+    ASSERT_GT(good.size(), 200u);
+    struct Case {
+        const char* what;
+        std::vector<std::uint8_t> bytes;
+    };
+    auto with = [&](std::size_t at, std::uint8_t v) {
+        auto b = good;
+        b[at] = v;
+        return b;
+    };
+    const std::vector<Case> cases = {
+        {"header", with(2, 'X')},
+        {"short header", {'#', '!', 'A'}},
+        {"F bit", with(6, static_cast<std::uint8_t>(good[6] | 0x80))},
+        {"reserved frame type 12", with(6, 12 << 3 | 4)},
+        {"frame type 9", with(6, 9 << 3 | 4)},
+        {"truncated frame", std::vector<std::uint8_t>(good.begin(), good.begin() + 6 + 1 + 10)},
+        {"ToC byte alone", std::vector<std::uint8_t>(good.begin(), good.begin() + 6 + 1)},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_THROW(decode(c.bytes, "amr"), zepsc_cli::CodecError);
+    }
+    std::vector<std::uint8_t> cod = read_bytes(zeps::codec_test::shared_dir() + "/codecs/amr/conformance/spch_dos.cod");
+    ASSERT_GT(cod.size(), 1000u);
+    const std::vector<Case> cod_cases = {
+        {"frame type 8", [&] { auto b = cod; b[500] = 8; return b; }()},
+        {"bit value 2", [&] { auto b = cod; b[502] = 2; return b; }()},
+        {"mode 9", [&] { auto b = cod; b[490] = 9; b[491] = 0; return b; }()},
+        {"truncated", std::vector<std::uint8_t>(cod.begin(), cod.begin() + 700)},
+    };
+    for (const Case& c : cod_cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_THROW(decode(c.bytes, "cod"), zepsc_cli::CodecError);
+    }
+}
+
+// Random ToC bytes and frame bits of valid lengths decode without a fault
+// (bad and lost frames, SID frames of any content, mode changes).
+TEST(AmrDecoder, RandomFramesDecode) {
+    std::uint32_t seed = 12345;
+    auto next = [&] { return seed = seed * 1664525u + 1013904223u, seed >> 24; };
+    static constexpr int kBytes[16] = {12, 13, 15, 17, 19, 20, 26, 31, 5, -1, -1, -1, -1, -1, -1, 0};
+    std::vector<std::uint8_t> s = {'#', '!', 'A', 'M', 'R', '\n'};
+    int frames = 0;
+    while (frames < 400) {
+        const int ft = static_cast<int>(next() % 16);
+        if (kBytes[ft] < 0) continue;
+        s.push_back(static_cast<std::uint8_t>(ft << 3 | (next() % 4 == 0 ? 0 : 4) | (next() & 3)));
+        for (int i = 0; i < kBytes[ft]; i++) s.push_back(static_cast<std::uint8_t>(next()));
+        frames++;
+    }
+    EXPECT_EQ(decode(s, "amr").size(), 400u * 160u);
+}
+
+}  // namespace

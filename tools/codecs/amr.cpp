@@ -1,0 +1,595 @@
+// zepsc amr: the GSM-AMR decoder (3GPP TS 26.071..26.073) assembled from
+// the library's public exports. Bitstreams:
+//  - "amr": the RFC 4867 single-channel storage format: "#!AMR\n", then per
+//    frame a ToC byte (F = 0, FT, Q, 2 padding bits) and the class-sorted
+//    speech bits packed MSB first and padded to whole octets; FT 8 is a SID
+//    frame (35 bits, STI, 3-bit mode indication), FT 15 NO_DATA.
+//  - "cod": the 3GPP test-sequence format, 250 little-endian 16-bit words a
+//    frame: TX frame type, the 244 serial bits, the mode, 4 unused words.
+// The decoder follows the reference decoder program: a NO_DATA frame is
+// decoded in the mode of the last frame that carried one, a decoder homing
+// frame resets the decoder, and one that follows a reset yields the encoder
+// homing pattern.
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "tools/codec.h"
+#include "zepsc.h"
+
+namespace {
+
+using zepsc_cli::ByteSource;
+using zepsc_cli::CodecError;
+
+// Class-sorted bit order of the storage format per frame type (the
+// reference's MMS_IO tables): storage bit k is serial bit sort_x[k].
+const std::uint8_t sort_475[95] = {
+    0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15,
+    23, 24, 25, 26, 27, 28, 48, 49, 61, 62, 82, 83, 47, 46, 45, 44,
+    81, 80, 79, 78, 17, 18, 20, 22, 77, 76, 75, 74, 29, 30, 43, 42,
+    41, 40, 38, 39, 16, 19, 21, 50, 51, 59, 60, 63, 64, 72, 73, 84,
+    85, 93, 94, 32, 33, 35, 36, 53, 54, 56, 57, 66, 67, 69, 70, 87,
+    88, 90, 91, 34, 55, 68, 89, 37, 58, 71, 92, 31, 52, 65, 86,
+};
+const std::uint8_t sort_515[103] = {
+    7, 6, 5, 4, 3, 2, 1, 0, 15, 14, 13, 12, 11, 10, 9, 8,
+    23, 24, 25, 26, 27, 46, 65, 84, 45, 44, 43, 64, 63, 62, 83, 82,
+    81, 102, 101, 100, 42, 61, 80, 99, 28, 47, 66, 85, 18, 41, 60, 79,
+    98, 29, 48, 67, 17, 20, 22, 40, 59, 78, 97, 21, 30, 49, 68, 86,
+    19, 16, 87, 39, 38, 58, 57, 77, 35, 54, 73, 92, 76, 96, 95, 36,
+    55, 74, 93, 32, 51, 33, 52, 70, 71, 89, 90, 31, 50, 69, 88, 37,
+    56, 75, 94, 34, 53, 72, 91,
+};
+const std::uint8_t sort_59[118] = {
+    0, 1, 4, 5, 3, 6, 7, 2, 13, 15, 8, 9, 11, 12, 14, 10,
+    16, 28, 74, 29, 75, 27, 73, 26, 72, 30, 76, 51, 97, 50, 71, 96,
+    117, 31, 77, 52, 98, 49, 70, 95, 116, 53, 99, 32, 78, 33, 79, 48,
+    69, 94, 115, 47, 68, 93, 114, 46, 67, 92, 113, 19, 21, 23, 22, 18,
+    17, 20, 24, 111, 43, 89, 110, 64, 65, 44, 90, 25, 45, 66, 91, 112,
+    54, 100, 40, 61, 86, 107, 39, 60, 85, 106, 36, 57, 82, 103, 35, 56,
+    81, 102, 34, 55, 80, 101, 42, 63, 88, 109, 41, 62, 87, 108, 38, 59,
+    84, 105, 37, 58, 83, 104,
+};
+const std::uint8_t sort_67[134] = {
+    0, 1, 4, 3, 5, 6, 13, 7, 2, 8, 9, 11, 15, 12, 14, 10,
+    28, 82, 29, 83, 27, 81, 26, 80, 30, 84, 16, 55, 109, 56, 110, 31,
+    85, 57, 111, 48, 73, 102, 127, 32, 86, 51, 76, 105, 130, 52, 77, 106,
+    131, 58, 112, 33, 87, 19, 23, 53, 78, 107, 132, 21, 22, 18, 17, 20,
+    24, 25, 50, 75, 104, 129, 47, 72, 101, 126, 54, 79, 108, 133, 46, 71,
+    100, 125, 128, 103, 74, 49, 45, 70, 99, 124, 42, 67, 96, 121, 39, 64,
+    93, 118, 38, 63, 92, 117, 35, 60, 89, 114, 34, 59, 88, 113, 44, 69,
+    98, 123, 43, 68, 97, 122, 41, 66, 95, 120, 40, 65, 94, 119, 37, 62,
+    91, 116, 36, 61, 90, 115,
+};
+const std::uint8_t sort_74[148] = {
+    0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15,
+    16, 26, 87, 27, 88, 28, 89, 29, 90, 30, 91, 51, 80, 112, 141, 52,
+    81, 113, 142, 54, 83, 115, 144, 55, 84, 116, 145, 58, 119, 59, 120, 21,
+    22, 23, 17, 18, 19, 31, 60, 92, 121, 56, 85, 117, 146, 20, 24, 25,
+    50, 79, 111, 140, 57, 86, 118, 147, 49, 78, 110, 139, 48, 77, 53, 82,
+    114, 143, 109, 138, 47, 76, 108, 137, 32, 33, 61, 62, 93, 94, 122, 123,
+    41, 42, 43, 44, 45, 46, 70, 71, 72, 73, 74, 75, 102, 103, 104, 105,
+    106, 107, 131, 132, 133, 134, 135, 136, 34, 63, 95, 124, 35, 64, 96, 125,
+    36, 65, 97, 126, 37, 66, 98, 127, 38, 67, 99, 128, 39, 68, 100, 129,
+    40, 69, 101, 130,
+};
+const std::uint8_t sort_795[159] = {
+    8, 7, 6, 5, 4, 3, 2, 14, 16, 9, 10, 12, 13, 15, 11, 17,
+    20, 22, 24, 23, 19, 18, 21, 56, 88, 122, 154, 57, 89, 123, 155, 58,
+    90, 124, 156, 52, 84, 118, 150, 53, 85, 119, 151, 27, 93, 28, 94, 29,
+    95, 30, 96, 31, 97, 61, 127, 62, 128, 63, 129, 59, 91, 125, 157, 32,
+    98, 64, 130, 1, 0, 25, 26, 33, 99, 34, 100, 65, 131, 66, 132, 54,
+    86, 120, 152, 60, 92, 126, 158, 55, 87, 121, 153, 117, 116, 115, 46, 78,
+    112, 144, 43, 75, 109, 141, 40, 72, 106, 138, 36, 68, 102, 134, 114, 149,
+    148, 147, 146, 83, 82, 81, 80, 51, 50, 49, 48, 47, 45, 44, 42, 39,
+    35, 79, 77, 76, 74, 71, 67, 113, 111, 110, 108, 105, 101, 145, 143, 142,
+    140, 137, 133, 41, 73, 107, 139, 37, 69, 103, 135, 38, 70, 104, 136,
+};
+const std::uint8_t sort_102[204] = {
+    7, 6, 5, 4, 3, 2, 1, 0, 16, 15, 14, 13, 12, 11, 10, 9,
+    8, 26, 27, 28, 29, 30, 31, 115, 116, 117, 118, 119, 120, 72, 73, 161,
+    162, 65, 68, 69, 108, 111, 112, 154, 157, 158, 197, 200, 201, 32, 33, 121,
+    122, 74, 75, 163, 164, 66, 109, 155, 198, 19, 23, 21, 22, 18, 17, 20,
+    24, 25, 37, 36, 35, 34, 80, 79, 78, 77, 126, 125, 124, 123, 169, 168,
+    167, 166, 70, 67, 71, 113, 110, 114, 159, 156, 160, 202, 199, 203, 76, 165,
+    81, 82, 92, 91, 93, 83, 95, 85, 84, 94, 101, 102, 96, 104, 86, 103,
+    87, 97, 127, 128, 138, 137, 139, 129, 141, 131, 130, 140, 147, 148, 142, 150,
+    132, 149, 133, 143, 170, 171, 181, 180, 182, 172, 184, 174, 173, 183, 190, 191,
+    185, 193, 175, 192, 176, 186, 38, 39, 49, 48, 50, 40, 52, 42, 41, 51,
+    58, 59, 53, 61, 43, 60, 44, 54, 194, 179, 189, 196, 177, 195, 178, 187,
+    188, 151, 136, 146, 153, 134, 152, 135, 144, 145, 105, 90, 100, 107, 88, 106,
+    89, 98, 99, 62, 47, 57, 64, 45, 63, 46, 55, 56,
+};
+const std::uint8_t sort_122[244] = {
+    0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 23,
+    15, 16, 17, 18, 19, 20, 21, 22, 24, 25, 26, 27, 28, 38, 141, 39,
+    142, 40, 143, 41, 144, 42, 145, 43, 146, 44, 147, 45, 148, 46, 149, 47,
+    97, 150, 200, 48, 98, 151, 201, 49, 99, 152, 202, 86, 136, 189, 239, 87,
+    137, 190, 240, 88, 138, 191, 241, 91, 194, 92, 195, 93, 196, 94, 197, 95,
+    198, 29, 30, 31, 32, 33, 34, 35, 50, 100, 153, 203, 89, 139, 192, 242,
+    51, 101, 154, 204, 55, 105, 158, 208, 90, 140, 193, 243, 59, 109, 162, 212,
+    63, 113, 166, 216, 67, 117, 170, 220, 36, 37, 54, 53, 52, 58, 57, 56,
+    62, 61, 60, 66, 65, 64, 70, 69, 68, 104, 103, 102, 108, 107, 106, 112,
+    111, 110, 116, 115, 114, 120, 119, 118, 157, 156, 155, 161, 160, 159, 165, 164,
+    163, 169, 168, 167, 173, 172, 171, 207, 206, 205, 211, 210, 209, 215, 214, 213,
+    219, 218, 217, 223, 222, 221, 73, 72, 71, 76, 75, 74, 79, 78, 77, 82,
+    81, 80, 85, 84, 83, 123, 122, 121, 126, 125, 124, 129, 128, 127, 132, 131,
+    130, 135, 134, 133, 176, 175, 174, 179, 178, 177, 182, 181, 180, 185, 184, 183,
+    188, 187, 186, 226, 225, 224, 229, 228, 227, 232, 231, 230, 235, 234, 233, 238,
+    237, 236, 96, 199,
+};
+const std::uint8_t sort_SID[35] = {
+    0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15,
+    16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31,
+    32, 33, 34,
+};
+
+const std::uint8_t* const kSort[9] = {sort_475, sort_515, sort_59, sort_67, sort_74,
+                                       sort_795, sort_102, sort_122, sort_SID};
+// Speech bits and bytes after the ToC byte per frame type 0..8.
+constexpr int kBits[9] = {95, 103, 118, 134, 148, 159, 204, 244, 35};
+constexpr int kBytes[9] = {12, 13, 15, 17, 19, 20, 26, 31, 5};
+// Rate codes of the library for the modes MR475 .. MR122.
+constexpr std::int32_t kRate[8] = {0, 1, 3, 6, 7, 8, 11, 12};
+// Receiver frame types (zepsRxDTXHandler_GSMAMR_16s) and DTX states.
+enum Rx : std::int32_t { kSpeechGood = 0, kSpeechDegraded, kOnset, kSpeechBad, kSidFirst, kSidUpdate, kSidBad, kNoData };
+enum Dtx : Zep16s { kSpeech = 0, kDtx, kDtxMute };
+
+constexpr int kSerial = 244;
+constexpr int kFrame = 160;
+constexpr int kSubfr = 40;
+constexpr int kM = 10;
+constexpr int kExcHist = 154;      // PIT_MAX + L_INTERPOL: past excitation before the subframe
+constexpr Zep16s kPitMax = 143;
+constexpr Zep16s kSharpMax = 13017;  // 0.8, Q14
+constexpr std::int32_t kRateSID = 25;
+
+// Reset values of the decoder's memories (3GPP TS 26.073 Decoder_amr_reset).
+constexpr Zep16s kLspInit[kM] = {30000, 26000, 21000, 15000, 8000, 0, -8000, -15000, -21000, -26000};
+constexpr Zep16s kMeanLsf[kM] = {1384, 2077, 3420, 5108, 6742, 8122, 9863, 11092, 12714, 13701};
+
+// The saturating arithmetic of the decoder's own glue (ITU-T / ETSI basic operators).
+Zep16s sat16(std::int64_t v) { return static_cast<Zep16s>(v > 32767 ? 32767 : v < -32768 ? -32768 : v); }
+Zep32s sat32(std::int64_t v) {
+    return static_cast<Zep32s>(v > INT32_MAX ? INT32_MAX : v < INT32_MIN ? INT32_MIN : v);
+}
+Zep16s add(Zep16s a, Zep16s b) { return sat16(std::int64_t{a} + b); }
+Zep16s shl1(Zep16s a) { return sat16(2 * std::int64_t{a}); }
+Zep16s mult(Zep16s a, Zep16s b) { return sat16((std::int64_t{a} * b) >> 15); }
+Zep32s L_mult(Zep16s a, Zep16s b) { return sat32(2 * std::int64_t{a} * b); }
+Zep32s L_mac(Zep32s acc, Zep16s a, Zep16s b) { return sat32(std::int64_t{acc} + L_mult(a, b)); }
+Zep32s L_shl(Zep32s a, int n) { return sat32(std::int64_t{a} * (std::int64_t{1} << n)); }
+Zep16s round16(Zep32s a) { return static_cast<Zep16s>(sat32(std::int64_t{a} + 0x8000) >> 16); }
+
+bool low_rate(int mode) { return mode <= 2; }  // 4.75, 5.15, 5.9
+
+// The speech decoder (3GPP TS 26.073 Speech_Decode_Frame with Decoder_amr)
+// strung from the stage exports, with its memories.
+class SpeechDecoder {
+public:
+    SpeechDecoder() : post_(block_size(zepsPostFilterGetStateSize_GSMAMR_16s)),
+                      dtx_(block_size(zepsDTXDecodeGetStateSize_GSMAMR_16s)) { reset(); }
+
+    /// Speech_Decode_Frame_reset.
+    void reset() {
+        std::fill(std::begin(old_exc_), std::end(old_exc_), Zep16s{0});
+        std::fill(std::begin(mem_syn_), std::end(mem_syn_), Zep16s{0});
+        std::copy(std::begin(kLspInit), std::end(kLspInit), lsp_old_);
+        std::fill(std::begin(exc_energy_hist_), std::end(exc_energy_hist_), Zep16s{0});
+        std::copy(std::begin(kMeanLsf), std::end(kMeanLsf), lsf_mean_);
+        for (int i = 0; i < 4; i++) {
+            past_qua_en_[i] = -14336;
+            past_qua_en_[4 + i] = -2381;
+        }
+        check(zepsDTXDecodeInit_GSMAMR_16s(dtx()));
+        reset_for_comfort_noise();
+        check(zepsPostFilterInit_GSMAMR_16s(post()));
+        std::fill(std::begin(post_hp_), std::end(post_hp_), Zep16s{0});
+    }
+
+    /// One frame: serial bits of the receiver frame type in mode (0..7) to 160 samples.
+    void decode(const Zep16s* serial, int mode, std::int32_t rx, Zep16s* pcm) {
+        const std::int32_t rate = kRate[mode];
+        Zep16s parm[57] = {};
+        check(zepsBitsToParam_GSMAMR_16s(serial, parm, rx == kSidBad || rx == kSidUpdate ? kRateSID : rate));
+        Zep16s new_state = 0, prev_state = 0;
+        check(zepsRxDTXHandler_GSMAMR_16s(dtx(), rx, &new_state, &prev_state));
+        Zep16s a_t[4 * 11];
+        if (new_state != kSpeech) {
+            reset_for_comfort_noise();
+            check(zepsDTXDecode_GSMAMR_16s(dtx(), mem_syn_, past_rq_, past_lsf_q_, past_qua_en_, cb_gain_aver_, parm,
+                                           pcm, a_t, lsp_old_, new_state, rate));
+            check(zepsLSPAverage_GSMAMR_16s(lsf_mean_, past_lsf_q_));
+        } else {
+            speech_frame(mode, rx, prev_state, parm, pcm, a_t);
+        }
+        check(zepsPostFilter_GSMAMR_16s_I(post(), pcm, a_t, rate));
+        check(zepsPostProcess_GSMAMR_16s_I(post_hp_, pcm, kFrame));
+        for (int i = 0; i < kFrame; i++) pcm[i] = static_cast<Zep16s>(pcm[i] & 0xfff8);
+    }
+
+private:
+    static std::size_t block_size(ZepStatus (*query)(Zep32s*)) {
+        Zep32s n = 0;
+        if (query(&n) != zepStsNoErr || n <= 0) throw CodecError("decoder state size");
+        return static_cast<std::size_t>(n);
+    }
+    static void check(ZepStatus s) {
+        if (s != zepStsNoErr) throw CodecError("GSM-AMR decoder stage failed with status " + std::to_string(s));
+    }
+    ZepPostFilterState_GSMAMR* post() { return reinterpret_cast<ZepPostFilterState_GSMAMR*>(post_.data()); }
+    ZepDTXDecodeState_GSMAMR* dtx() { return reinterpret_cast<ZepDTXDecodeState_GSMAMR*>(dtx_.data()); }
+
+    /// Decoder_amr_reset(MRDTX): what comfort noise does not carry over.
+    void reset_for_comfort_noise() {
+        std::fill(old_exc_, old_exc_ + kExcHist, Zep16s{0});
+        sharp_ = 0;
+        old_t0_ = 40;
+        prev_bf_ = prev_pdf_ = bf_state_ = 0;
+        t0_lag_buff_ = 40;
+        in_background_noise_ = voiced_hangover_ = 0;
+        std::fill(std::begin(ltp_gain_hist_), std::end(ltp_gain_hist_), Zep16s{0});
+        std::fill(std::begin(cb_gain_aver_), std::end(cb_gain_aver_), Zep16s{0});
+        std::fill(std::begin(past_rq_), std::end(past_rq_), Zep16s{0});
+        std::copy(std::begin(kMeanLsf), std::end(kMeanLsf), past_lsf_q_);
+        for (int i = 0; i < 5; i++) {
+            ec_pitch_[i] = 1640;
+            ec_code_[i] = 1;
+        }
+        ec_pitch_[5] = 0;
+        ec_pitch_[6] = 16384;
+        ec_code_[5] = 0;
+        ec_code_[6] = 1;
+        std::fill(std::begin(bgn_), std::end(bgn_), Zep16s{0});
+        nodata_seed_ = 21845;
+        std::fill(std::begin(ph_disp_), std::end(ph_disp_), Zep16s{0});
+    }
+
+    /// Decoder_amr for a frame in the SPEECH state.
+    void speech_frame(int mode, std::int32_t rx, Zep16s prev_state, Zep16s* parm, Zep16s* synth, Zep16s* a_t) {
+        const std::int32_t rate = kRate[mode];
+        Zep16s bfi = 0, pdfi = 0;
+        if (rx == kSpeechBad || rx == kNoData || rx == kOnset) {
+            bfi = 1;
+            if (rx == kNoData || rx == kOnset) check(zepsBuildCNParam_GSMAMR_16s(&nodata_seed_, parm, rate));
+        } else if (rx == kSpeechDegraded) {
+            pdfi = 1;
+        }
+        if (bfi != 0) bf_state_ = add(bf_state_, 1);
+        else if (bf_state_ == 6) bf_state_ = 5;
+        else bf_state_ = 0;
+        if (bf_state_ > 6) bf_state_ = 6;
+        if (prev_state == kDtx) {
+            bf_state_ = 5;
+            prev_bf_ = 0;
+        } else if (prev_state == kDtxMute) {
+            bf_state_ = 5;
+            prev_bf_ = 1;
+        }
+
+        Zep16s prev_lsf[kM];
+        std::copy(past_lsf_q_, past_lsf_q_ + kM, prev_lsf);
+        Zep16s lsp[2 * kM];
+        check(zepsLSFDecode_GSMAMR_16s(past_rq_, past_lsf_q_, parm, lsp, rate, bfi));
+        const Zep16s* lsp_new = mode == 7 ? lsp + kM : lsp;
+        check(zepsInterpolateLSP_GSMAMR_16s(lsp_old_, lsp, lsp_new, a_t, rate));
+        std::copy(lsp_new, lsp_new + kM, lsp_old_);
+        parm += mode == 7 ? 5 : 3;
+
+        Zep16s even = 0, t0 = 0, index_mr475 = 0;
+        for (int sf = 0; sf < 4; sf++) {
+            even = static_cast<Zep16s>(1 - even);
+            const bool relative = sf == 1 || sf == 3 || (sf == 2 && mode <= 1);
+            subframe(mode, sf, relative, even, bfi, pdfi, prev_lsf, parm, index_mr475, t0, &a_t[11 * sf],
+                     &synth[kSubfr * sf]);
+        }
+        check(zepsBackgroundNoiseDetect_GSMAMR_16s(bgn_, ltp_gain_hist_, synth, &voiced_hangover_,
+                                                   &in_background_noise_));
+        check(zepsDTXDecodeUpdate_GSMAMR_16s(dtx(), past_lsf_q_, synth));
+        prev_bf_ = bfi;
+        prev_pdf_ = pdfi;
+        check(zepsLSPAverage_GSMAMR_16s(lsf_mean_, past_lsf_q_));
+    }
+
+    /// The lag and adaptive codebook vector, with the concealment of bad frames.
+    void adaptive(int mode, bool relative, Zep16s bfi, Zep16s index, Zep16s& t0) {
+        const std::int32_t rate = kRate[mode];
+        Zep16s frac = 0;
+        if (mode != 7) {
+            check(zepsAdaptiveLagDecode_GSMAMR_16s(index, relative ? 1 : 0, old_t0_, &t0, &frac, rate));
+            t0_lag_buff_ = t0;
+            if (bfi != 0) {
+                if (old_t0_ < kPitMax) old_t0_ = add(old_t0_, 1);
+                t0 = old_t0_;
+                frac = 0;
+                if (in_background_noise_ != 0 && voiced_hangover_ > 4 && low_rate(mode)) t0 = t0_lag_buff_;
+            }
+        } else {
+            // the previous subframe's lag (any lag for the absolute first subframe)
+            const Zep16s prev = relative ? t0 : old_t0_;
+            check(zepsAdaptiveLagDecode_GSMAMR_16s(index, relative ? 1 : 0, prev, &t0, &frac, rate));
+            if (!(bfi == 0 && (!relative || index < 61))) {
+                t0_lag_buff_ = t0;
+                t0 = old_t0_;
+                frac = 0;
+            }
+        }
+        check(zepsAdaptiveCodebookDecode_GSMAMR_16s(old_exc_, t0, frac, rate));
+    }
+
+    void subframe(int mode, int sf, bool relative, Zep16s even, Zep16s bfi, Zep16s pdfi, const Zep16s* prev_lsf,
+                  Zep16s*& parm, Zep16s& index_mr475, Zep16s& t0, const Zep16s* az, Zep16s* synth) {
+        const std::int32_t rate = kRate[mode];
+        Zep16s* exc = old_exc_ + kExcHist;
+        adaptive(mode, relative, bfi, *parm++, t0);
+
+        // innovation and its pitch sharpening
+        Zep16s code[kSubfr], gain_pit = 0, gain_code = 0, pit_sharp;
+        if (mode == 7) {
+            const Zep16s index = *parm++;
+            if (bfi == 0) check(zepsDecodePitchGain_GSMAMR_16s(index, &gain_pit, rate));
+            check(zepsConcealPitchGain_GSMAMR_16s(ec_pitch_, &gain_pit, bf_state_, bfi, prev_bf_));
+            check(zepsFixedCodebookDecode_GSMAMR_16s(parm, code, sf, rate));
+            parm += 10;
+            pit_sharp = shl1(gain_pit);
+        } else {
+            check(zepsFixedCodebookDecode_GSMAMR_16s(parm, code, sf, rate));
+            parm += mode == 6 ? 7 : 2;
+            pit_sharp = shl1(sharp_);
+        }
+        check(zepsPitchSharpening_GSMAMR_16s_I(code, t0, pit_sharp));
+
+        // gains with their concealment
+        if (mode != 5 && mode != 7) {
+            Zep16s index;
+            if (mode == 0) {
+                if (even != 0) index_mr475 = *parm++;
+                index = index_mr475;
+            } else {
+                index = *parm++;
+            }
+            if (bfi == 0) check(zepsDecodeGain_GSMAMR_16s(past_qua_en_, code, &index, &gain_pit, &gain_code, rate, even));
+            check(zepsConcealPitchGain_GSMAMR_16s(ec_pitch_, &gain_pit, bf_state_, bfi, prev_bf_));
+            check(zepsConcealCodeGain_GSMAMR_16s(ec_code_, past_qua_en_, &gain_code, bf_state_, bfi, prev_bf_));
+            pit_sharp = gain_pit > kSharpMax ? kSharpMax : gain_pit;
+            if (mode == 6 && old_t0_ > kSubfr + 5) pit_sharp = static_cast<Zep16s>(pit_sharp >> 2);
+        } else {
+            if (mode == 5) {
+                const Zep16s index = *parm++;
+                if (bfi == 0) check(zepsDecodePitchGain_GSMAMR_16s(index, &gain_pit, rate));
+                check(zepsConcealPitchGain_GSMAMR_16s(ec_pitch_, &gain_pit, bf_state_, bfi, prev_bf_));
+            }
+            const Zep16s index = *parm++;
+            if (bfi == 0) check(zepsDecodeGain_GSMAMR_16s(past_qua_en_, code, &index, &gain_pit, &gain_code, rate, even));
+            check(zepsConcealCodeGain_GSMAMR_16s(ec_code_, past_qua_en_, &gain_code, bf_state_, bfi, prev_bf_));
+            pit_sharp = mode == 5 && gain_pit > kSharpMax ? kSharpMax : gain_pit;
+        }
+        if (mode != 0 || even == 0) sharp_ = gain_pit > kSharpMax ? kSharpMax : gain_pit;
+        pit_sharp = shl1(pit_sharp);
+        Zep16s excp[kSubfr];
+        if (pit_sharp > 16384)
+            for (int i = 0; i < kSubfr; i++) {
+                Zep32s t = L_mult(mult(exc[i], pit_sharp), gain_pit);
+                if (mode == 7) t >>= 1;
+                excp[i] = round16(t);
+            }
+        if (bfi == 0) {
+            std::copy(ltp_gain_hist_ + 1, ltp_gain_hist_ + 9, ltp_gain_hist_);
+            ltp_gain_hist_[8] = gain_pit;
+        }
+        if ((prev_bf_ != 0 || bfi != 0) && in_background_noise_ != 0 && low_rate(mode)) {
+            if (gain_pit > 12288) gain_pit = add(static_cast<Zep16s>((gain_pit - 12288) >> 1), 12288);
+            if (gain_pit > 14745) gain_pit = 14745;
+        }
+
+        // code gain smoothing in background noise, excitation, dispersion
+        Zep16s lsf_i[kM], gain_code_mix = 0;
+        check(zepsInterpolateLSF_GSMAMR_16s(prev_lsf, past_lsf_q_, kSubfr * sf, lsf_i));
+        check(zepsCbGainAverage_GSMAMR_16s(cb_gain_aver_, gain_code, lsf_i, lsf_mean_, bfi, prev_bf_, pdfi, prev_pdf_,
+                                           in_background_noise_, voiced_hangover_, &gain_code_mix, rate));
+        if (mode > 3 && mode != 6) gain_code_mix = gain_code;
+        const Zep16s pitch_fac = mode == 7 ? static_cast<Zep16s>(gain_pit >> 1) : gain_pit;
+        const int shift = mode == 7 ? 2 : 1;
+        Zep16s exc_enh[kSubfr];
+        for (int i = 0; i < kSubfr; i++) {
+            exc_enh[i] = exc[i];
+            exc[i] = round16(L_shl(L_mac(L_mult(exc[i], pitch_fac), code[i], gain_code), shift));
+        }
+        const bool lock = low_rate(mode) && voiced_hangover_ > 3 && in_background_noise_ != 0 && bfi != 0;
+        check(zepsPhaseDispersion_GSMAMR_16s(ph_disp_, exc_enh, code, gain_code_mix, gain_pit, pitch_fac, shift, rate,
+                                             lock ? 1 : 0));
+
+        // excitation control in concealed background noise
+        Zep16s energy = 0;
+        check(zepsExcitationEnergy_GSMAMR_16s(exc_enh, &energy));
+        if (low_rate(mode) && voiced_hangover_ > 5 && in_background_noise_ != 0 && bf_state_ < 4 &&
+            ((pdfi != 0 && prev_pdf_ != 0) || bfi != 0 || prev_bf_ != 0)) {
+            const Zep16s careful = pdfi != 0 && bfi == 0 ? 1 : 0;
+            check(zepsExcitationControl_GSMAMR_16s_I(exc_enh, energy, exc_energy_hist_, voiced_hangover_, prev_bf_,
+                                                     careful));
+        }
+        if (!(in_background_noise_ != 0 && (bfi != 0 || prev_bf_ != 0) && bf_state_ < 4)) {
+            std::copy(exc_energy_hist_ + 1, exc_energy_hist_ + 9, exc_energy_hist_);
+            exc_energy_hist_[8] = energy;
+        }
+
+        // synthesis; on saturation the excitation history is scaled down and the subframe filtered again
+        const Zep16s* src = exc_enh;
+        if (pit_sharp > 16384) {
+            for (int i = 0; i < kSubfr; i++) excp[i] = add(excp[i], exc_enh[i]);
+            check(zepsGainControl_GSMAMR_16s_I(exc_enh, excp, kSubfr));
+            src = excp;
+        }
+        const ZepStatus st = zepsSynthesisFilter_GSMAMR_16s(az, src, synth, mem_syn_, kSubfr, 0);
+        if (st == zepStsOverflow) {
+            for (Zep16s& v : old_exc_) v = static_cast<Zep16s>(v >> 2);
+            for (Zep16s& v : exc_enh) v = static_cast<Zep16s>(v >> 2);
+            const ZepStatus again = zepsSynthesisFilter_GSMAMR_16s(az, exc_enh, synth, mem_syn_, kSubfr, 1);
+            if (again != zepStsOverflow) check(again);  // the reference keeps a second saturation
+        } else {
+            check(st);
+            std::copy(synth + kSubfr - kM, synth + kSubfr, mem_syn_);
+        }
+        std::copy(old_exc_ + kSubfr, old_exc_ + kExcHist + kSubfr, old_exc_);
+        old_t0_ = t0;
+    }
+
+    Zep16s old_exc_[kExcHist + kSubfr];
+    Zep16s mem_syn_[kM];
+    Zep16s lsp_old_[kM];
+    Zep16s past_rq_[kM], past_lsf_q_[kM];
+    Zep16s lsf_mean_[kM];
+    Zep16s past_qua_en_[8];
+    Zep16s ec_pitch_[7], ec_code_[7];
+    Zep16s cb_gain_aver_[9];
+    Zep16s bgn_[61];
+    Zep16s ph_disp_[8];
+    Zep16s ltp_gain_hist_[9];
+    Zep16s exc_energy_hist_[9];
+    Zep16s post_hp_[6];
+    Zep16s sharp_ = 0, old_t0_ = 40, prev_bf_ = 0, prev_pdf_ = 0, bf_state_ = 0, t0_lag_buff_ = 40;
+    Zep16s in_background_noise_ = 0, voiced_hangover_ = 0, nodata_seed_ = 21845;
+    std::vector<std::uint8_t> post_;
+    std::vector<std::uint8_t> dtx_;
+};
+
+// The frame loop of the reference decoder program over one bitstream format.
+class AmrDecoder : public zepsc_cli::FrameDecoder {
+public:
+    explicit AmrDecoder(bool storage) : storage_(storage) { serial_.fill(0); }
+    int sample_rate() const override { return 8000; }
+    std::size_t max_frame_samples() const override { return kFrame; }
+
+    void begin(ByteSource& in) override {
+        if (!storage_) return;
+        std::uint8_t magic[6];
+        if (!in.read_exact(magic, sizeof magic, "file header") || std::memcmp(magic, "#!AMR\n", 6) != 0)
+            throw CodecError("not an AMR storage file: the header \"#!AMR\\n\" is missing");
+    }
+
+    std::size_t decode(ByteSource& in, std::int16_t* pcm) override {
+        int mode = 0;
+        std::int32_t rx = 0;
+        if (!(storage_ ? read_storage(in, mode, rx) : read_cod(in, mode, rx))) return 0;
+        if (rx == kNoData) mode = prev_mode_;
+        else prev_mode_ = mode;
+        Zep16s reset = 0;
+        if (homed_) check(zepsDecodeHomingFrameTest_GSMAMR_16s(serial_.data(), &reset, kRate[mode], 1));
+        if (reset != 0 && homed_) {
+            for (int i = 0; i < kFrame; i++) pcm[i] = 0x0008;
+        } else {
+            decoder_.decode(serial_.data(), mode, rx, pcm);
+        }
+        if (!homed_) check(zepsDecodeHomingFrameTest_GSMAMR_16s(serial_.data(), &reset, kRate[mode], 0));
+        if (reset != 0) {
+            decoder_.reset();
+            prev_mode_ = 0;
+        }
+        homed_ = reset != 0;
+        return kFrame;
+    }
+
+private:
+    static void check(ZepStatus s) {
+        if (s != zepStsNoErr) throw CodecError("GSM-AMR decoder stage failed with status " + std::to_string(s));
+    }
+
+    // RFC 4867 storage: ToC byte, then the sorted bits (UnpackBits of the reference).
+    bool read_storage(ByteSource& in, int& mode, std::int32_t& rx) {
+        std::uint8_t toc;
+        const std::uint64_t at = in.position();
+        if (!in.read_exact(&toc, 1, "frame")) return false;
+        const int ft = (toc >> 3) & 0x0F;
+        const bool q = (toc & 0x04) != 0;
+        if ((toc & 0x80) != 0)
+            throw CodecError("corrupt frame at byte " + std::to_string(at) + ": the ToC byte " + std::to_string(toc) +
+                             " has the F bit set, which the storage format does not allow");
+        if (ft == 15) {
+            rx = kNoData;
+            return true;
+        }
+        if (ft > 8)
+            throw CodecError("corrupt frame at byte " + std::to_string(at) + ": frame type " + std::to_string(ft) +
+                             " is not a GSM-AMR speech, SID or NO_DATA frame");
+        std::uint8_t packed[31];
+        if (!in.read_exact(packed, static_cast<std::size_t>(kBytes[ft]), "frame"))
+            throw CodecError("truncated frame at byte " + std::to_string(at) + ": the ToC byte has no frame bits");
+        const std::uint8_t* sort = kSort[ft];
+        for (int k = 0; k < kBits[ft]; k++) serial_[sort[k]] = static_cast<Zep16s>((packed[k >> 3] >> (7 - (k & 7))) & 1);
+        if (ft == 8) {
+            const std::uint8_t last = packed[4];  // bits 32..39: 3 SID bits, STI, mode indication
+            const bool sti = (last & 0x10) != 0;
+            mode = (last >> 1) & 0x07;
+            rx = !q ? kSidBad : (sti ? kSidUpdate : kSidFirst);
+        } else {
+            mode = ft;
+            rx = q ? kSpeechGood : kSpeechBad;
+        }
+        return true;
+    }
+
+    // 3GPP test-sequence format: 250 words a frame.
+    bool read_cod(ByteSource& in, int& mode, std::int32_t& rx) {
+        std::uint8_t raw[500];
+        const std::uint64_t at = in.position();
+        if (!in.read_exact(raw, sizeof raw, "frame")) return false;
+        auto word = [&](int i) { return static_cast<std::int16_t>(raw[2 * i] | (raw[2 * i + 1] << 8)); };
+        // TX frame types 0..7 to the receiver's (tx_to_rx of the reference decoder).
+        static constexpr std::int32_t kTxToRx[8] = {kSpeechGood, kSidFirst, kSidUpdate, kNoData,
+                                                    kSpeechDegraded, kSpeechBad, kSidBad, kOnset};
+        const std::int16_t tx = word(0);
+        if (tx < 0 || tx > 7)
+            throw CodecError("corrupt frame at byte " + std::to_string(at) + ": frame type " + std::to_string(tx));
+        rx = kTxToRx[tx];
+        for (int i = 0; i < kSerial; i++) {
+            const std::int16_t b = word(1 + i);
+            if (b != 0 && b != 1)
+                throw CodecError("corrupt frame at byte " + std::to_string(at) + ": serial bit " + std::to_string(i) +
+                                 " is " + std::to_string(b));
+            serial_[static_cast<std::size_t>(i)] = b;
+        }
+        const std::int16_t m = word(1 + kSerial);
+        if (rx != kNoData && (m < 0 || m > 7))
+            throw CodecError("corrupt frame at byte " + std::to_string(at) + ": mode " + std::to_string(m));
+        mode = rx == kNoData ? 0 : m;
+        return true;
+    }
+
+    bool storage_;
+    SpeechDecoder decoder_;
+    std::array<Zep16s, kSerial> serial_{};
+    int prev_mode_ = 0;
+    bool homed_ = true;
+};
+
+zepsc_cli::CodecSpec make_spec() {
+    zepsc_cli::CodecSpec spec;
+    spec.name = "amr";
+    spec.summary = "GSM-AMR narrow-band speech codec, 4.75 to 12.2 kbit/s with DTX (3GPP TS 26.071)";
+    spec.help =
+        "Bitstream formats: .amr = RFC 4867 storage format (\"#!AMR\\n\", one ToC byte a frame,\n"
+        "SID and NO_DATA frames included); .cod = the 3GPP test-sequence format (250 16-bit words a frame).\n"
+        "The decoder takes the mode of each frame from the bitstream.";
+    spec.options = {
+        {"mode", "encoder mode in kbit/s", {"4.75", "5.15", "5.9", "6.7", "7.4", "7.95", "10.2", "12.2"}, "12.2", false},
+        {"dtx", "encoder: discontinuous transmission (VAD option 1)", {}, "", true},
+        {"modefile", "encoder: file with one mode a frame (as the 3GPP check sequence)", {}, "", false},
+    };
+    spec.formats = {"amr", "cod"};
+    spec.pad_last_frame = false;
+    spec.make_encoder = [](const zepsc_cli::CodecOptions&, const std::string&) -> std::unique_ptr<zepsc_cli::FrameEncoder> {
+        throw CodecError("the GSM-AMR encoder is not available yet");
+    };
+    spec.make_decoder = [](const zepsc_cli::CodecOptions&, const std::string& format) -> std::unique_ptr<zepsc_cli::FrameDecoder> {
+        return std::make_unique<AmrDecoder>(format == "amr");
+    };
+    return spec;
+}
+
+const zepsc_cli::CodecRegistration registration{make_spec()};
+
+}  // namespace
