@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsAdaptiveLagDecode_GSMAMR_16s and zepsAdaptiveCodebookDecode_GSMAMR_16s:
 // pitch lag decoding and the adaptive codebook vector (3GPP TS 26.073
 // dec_lag3.c Dec_lag3, dec_lag6.c Dec_lag6, pred_lt.c Pred_lt_3or6, with the

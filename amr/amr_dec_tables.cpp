@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Constant tables of the GSM-AMR decoder (3GPP TS 26.073), transcribed from
 // the standard's fixed-point tables.
 #include "amr/amr_dec_tables.h"

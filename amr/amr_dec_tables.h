@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Constant tables of the GSM-AMR decoder (3GPP TS 26.073), shared by both
 // processor builds, under the standard's names.
 #pragma once

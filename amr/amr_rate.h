@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // The GSM-AMR modes of the library-wide rate enumeration (0 = 4.75, 1 = 5.15,
 // 3 = 5.9, 6 = 6.7, 7 = 7.4, 8 = 7.95, 11 = 10.2, 12 = 12.2 kbit/s) mapped to
 // the standard's mode numbers MR475 .. MR122 (0 .. 7).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsBackgroundNoiseDetect_GSMAMR_16s: the decoder's background-noise
 // source characteristic detector (3GPP TS 26.073 bgnscd.c Bgn_scd).
 // Frame energies as the high word of 4 x the sum of squares, pitch gains Q14.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsCbGainAverage_GSMAMR_16s: the decoder's code gain smoothing in
 // stationary background noise (3GPP TS 26.073 c_g_aver.c Cb_gain_average).
 // Gains as decoded (Q1), LSFs normalised, mixing factor Q13.

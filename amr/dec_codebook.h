@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // GSM-AMR algebraic codebook decoding (3GPP TS 26.073 d2_9pf.c, d2_11pf.c,
 // d3_14pf.c, d4_17pf.c, d8_31pf.c, d1035pf.c). Code vectors of 40 samples:
 // pulses of +8191/-8192 (Q13) for the modes below 10.2, +-8191 for MR102

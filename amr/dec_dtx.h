@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // GSM-AMR comfort-noise decoding (3GPP TS 26.073 dtx_dec.c rx_dtx_handler,
 // dtx_dec, dtx_dec_activity_update; b_cn_cod.c; a_refl.c). Log energies Q11
 // (log2), LSFs normalised, LSPs Q15.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // GSM-AMR decoder excitation stages (3GPP TS 26.073 ph_disp.c, c_g_aver.c,
 // ex_ctrl.c, bgnscd.c, sqrt_l.c, agc.c agc2, syn_filt.c). Excitation Q0,
 // innovation Q13 (Q12 for MR122), gains as in dec_gain.h, LP coefficients Q12.

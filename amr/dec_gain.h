@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // GSM-AMR gain decoding with its MA prediction and error concealment
 // (3GPP TS 26.073 gc_pred.c, d_gain_p.c, d_gain_c.c, dec_gain.c,
 // ec_gains.c, gmed_n.c). Pitch gains Q14, code gains Q1 (Q0 scaled for

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // GSM-AMR decoder LP parameters (3GPP TS 26.073 d_plsf_3.c, d_plsf_5.c,
 // lsp_az.c, int_lpc.c, int_lsf.c, lsp_avg.c).
 //

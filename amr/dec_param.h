@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // GSM-AMR decoder parameters of a frame (3GPP TS 26.073 bits2prm.c
 // Bits2prm, d_homing.c decoder homing frame test, b_cn_cod.c parameter
 // widths): parameter counts and widths per mode, MRDTX last.

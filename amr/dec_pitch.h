@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // GSM-AMR adaptive codebook decoding (3GPP TS 26.073 dec_lag3.c, dec_lag6.c,
 // pred_lt.c). Lags in samples with fractions in 1/3 (resolution 3) or 1/6
 // (MR122); the excitation is Q0.

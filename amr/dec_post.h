@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // GSM-AMR post-filter and post-processing (3GPP TS 26.073 pstfilt.c,
 // weight_a.c, residu.c, preemph.c, agc.c, post_pro.c). Speech Q0, LP
 // coefficients Q12.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // The GSM-AMR decoder's memory between frames (3GPP TS 26.073 sp_dec.h,
 // dec_amr.h and the state structs of the routines they call), kept as plain
 // 16/32-bit fields so that a caller's buffer holds it as is and a byte copy

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsBitsToParam_GSMAMR_16s and zepsBuildCNParam_GSMAMR_16s: the decoder's
 // parameters from the serial bits (3GPP TS 26.073 bits2prm.c Bits2prm) and
 // the random parameters of a lost frame (b_cn_cod.c build_CN_param).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsDecodeHomingFrameTest_GSMAMR_16s: the decoder homing frame test
 // (3GPP TS 26.073 d_homing.c decoder_homing_frame_test and
 // decoder_homing_frame_test_first) on the parameters of the serial bits.

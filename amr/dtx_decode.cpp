@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR comfort-noise decoder exports (3GPP TS 26.073 dtx_dec.c:
 // dtx_dec_reset, rx_dtx_handler, dtx_dec, dtx_dec_activity_update). The
 // state block holds amr_dec::DtxDecState; it is copied in and out so that

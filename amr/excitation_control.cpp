@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsExcitationEnergy_GSMAMR_16s and zepsExcitationControl_GSMAMR_16s_I:
 // the subframe excitation energy of the decoder and its limitation in
 // concealed background noise (3GPP TS 26.073 dec_amr.c, ex_ctrl.c Ex_ctrl).

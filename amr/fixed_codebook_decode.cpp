@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsFixedCodebookDecode_GSMAMR_16s and zepsPitchSharpening_GSMAMR_16s_I:
 // the algebraic codebook vector of every mode (3GPP TS 26.073 d2_9pf.c,
 // d2_11pf.c, d3_14pf.c, d4_17pf.c, d8_31pf.c, d1035pf.c) and the pitch

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsGainControl_GSMAMR_16s_I: scaling of a signal to the energy of a
 // reference without smoothing (3GPP TS 26.073 agc.c agc2), used by the
 // decoder on the pitch-sharpened excitation.

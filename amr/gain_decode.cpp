@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsDecodeGain_GSMAMR_16s, zepsDecodePitchGain_GSMAMR_16s, zepsConcealPitchGain_GSMAMR_16s and
 // zepsConcealCodeGain_GSMAMR_16s: gain decoding of every mode with the MA
 // prediction of the code gain, and the concealment of lost gains (3GPP TS

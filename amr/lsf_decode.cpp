@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsLSFDecode_GSMAMR_16s: LSF decoding with bad-frame concealment
 // (3GPP TS 26.073 d_plsf_3.c D_plsf_3, d_plsf_5.c D_plsf_5); LSPs Q15 out.
 #include "amr/amr_rate.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsInterpolateLSF_GSMAMR_16s and zepsLSPAverage_GSMAMR_16s: the
 // subframe LSFs and the running LSF mean the decoder's code gain averaging
 // compares (3GPP TS 26.073 int_lsf.c Int_lsf, lsp_avg.c lsp_avg).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsLSPToLPC_GSMAMR_16s and zepsInterpolateLSP_GSMAMR_16s: LSPs (Q15) to
 // A(z) (Q12) and the interpolation of the four subframes (3GPP TS 26.073
 // lsp_az.c Lsp_Az, int_lpc.c Int_lpc_1to3, Int_lpc_1and3).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsPhaseDispersion_GSMAMR_16s: adaptive anti-sparseness processing of the
 // innovation and the total excitation of the decoder's synthesis (3GPP TS
 // 26.073 ph_disp.c ph_disp with ph_disp_lock/ph_disp_release).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsPostFilter_GSMAMR_16s_I with its state, and zepsPostProcess_GSMAMR_16s_I:
 // the decoder's formant post-filter with tilt compensation and gain control
 // (3GPP TS 26.073 pstfilt.c Post_Filter, preemph.c, agc.c) and the output

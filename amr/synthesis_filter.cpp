@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsSynthesisFilter_GSMAMR_16s: the LP synthesis filter 1/A(z) (3GPP TS
 // 26.073 syn_filt.c Syn_filt) with the saturation report the decoder uses to
 // rescale its excitation (dec_amr.c). A(z) Q12, signals Q0.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Geigel double-talk detector (D. L. Duttweiler, 1978), float: double talk
 // is declared at sample n when |d[n]| >= threshold * max |x[n-m]| over the
 // last tailLen far-end samples (m = 0..tailLen-1); the decision is held for

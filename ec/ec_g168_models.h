@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Echo-path models of ITU-T G.168 Annex D (clauses D.2 to D.9), used to
 // measure the echo canceller; tables in ec_g168_models_tables.cpp.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Echo-path models of ITU-T G.168 Annex D, clauses D.2 to D.9: the
 // published impulse responses of eight hybrid echo paths, 8 kHz, and the
 // factor Ki published with each, which normalises the model's echo return

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Echo-canceller controller, one call per frame: adaptation freeze, step
 // size, echo-path change detection and the non-linear-processing decision,
 // from the frame's mean-square levels (far end, near end, error, echo

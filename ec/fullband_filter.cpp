@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Full-band (time-domain) echo-path filter for the narrow-band line-echo
 // case: y[n] = sum over k of c[k] x[n + T - 1 - k], k = 0..T-1, with x the
 // far-end history of len + T - 1 samples, oldest first (c[0] weighs the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Full-band NLMS echo canceller, sample by sample (narrow-band line echo):
 // for n = 0..len-1, with u the T newest far-end samples x[n+T-1-k]:
 //   e[n] = d[n] - sum c[k] u[k]

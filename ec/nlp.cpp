@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Non-linear processor with comfort noise, float, one block per call.
 // The background level is the running minimum-tracking estimate of the
 // input's mean square per block (falls at once to a lower block level, rises

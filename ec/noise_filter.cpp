@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Frequency-domain noise filter on the sub-band spectra of the echo
 // canceller's filter bank (complex float, in place, one frame per call).
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Sub-band NLMS coefficient update (complex float), one frame:
 //   P[k]    = sum over s of |X_s[k]|^2            (far-end power in band k)
 //   C_s[k] += step E[k] conj(X_s[k]) / (P[k] + delta)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Sub-band adaptive filter, output of one frame: per band k, the sum over
 // the segments s of X_s[k] C_s[k], X_s the far-end sub-band spectrum s
 // frames ago (segment 0 the newest) and C_s the coefficients. Complex float,

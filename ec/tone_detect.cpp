@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // 2100 Hz answer-tone detector and canceller disabler (ITU-T G.164 and
 // G.165 tone disablers), 16-bit samples at 8 or 16 kHz.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsc ec: echo cancellation of a near-end (line or microphone) input
 // against its far-end reference, with ERLE and convergence figures and an
 // optional SVG of ERLE over time.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // A complete echo canceller assembled from the library's public echo-
 // cancellation stages, shared by `zepsc ec` and the measurement tests.
 //

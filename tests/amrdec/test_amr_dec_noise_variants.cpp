@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR decoder background-noise, comfort-noise and parameter exports:
 // both processor builds give the same bytes and statuses on random, extreme
 // and invalid arguments (a comfort-noise run goes through SID, NO_DATA and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR decoder stages: boundary behaviour of the lag and codebook
 // decoders (the whole decoder strung from the stages is replayed through the
 // zepsc tool's codec, tests/codecs).

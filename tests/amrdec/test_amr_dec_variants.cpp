@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR decoder exports: both processor builds give the same bytes and
 // statuses on random, extreme and invalid arguments.
 #include <gtest/gtest.h>

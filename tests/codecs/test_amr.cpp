@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // GSM-AMR decoder replays: every .amr stream of the shared reference set
 // (eight modes, DTX on and off) against the reference decoder's output, the
 // reference package's check sequence in the 3GPP format, and corrupt input.

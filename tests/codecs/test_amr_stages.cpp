@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The GSM-AMR decoder of the zepsc tool against a decoder of good frames
 // of rates 7.4, 7.95 and 12.2 strung independently from the stage exports
 // (as 3GPP TS 26.073 Decoder_amr strings them for good frames, where the

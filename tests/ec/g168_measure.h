@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
 // Measurement of the echo canceller in the manner of ITU-T G.168: the
 // Annex D echo-path models, far-end speech from the shared corpus, the
 // canceller of tools/echo_canceller.h, and the figures of the G.168 tests

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The echo canceller measured in the manner of ITU-T G.168 (g168_measure.h):
 // far-end male speech through the Annex D echo paths at 6 dB echo return
 // loss, white noise at -66 dBov at the near end, female speech as the near

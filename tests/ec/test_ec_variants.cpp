@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Both processor builds of the echo-canceller stages (adaptive filters,
 // controllers, double-talk detector, NLP, tone detector, noise filter) give
 // identical statuses, outputs and states, on valid and invalid arguments.

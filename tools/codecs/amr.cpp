@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // zepsc amr: the GSM-AMR decoder (3GPP TS 26.071..26.073) assembled from
 // the library's public exports. Bitstreams:
 //  - "amr": the RFC 4867 single-channel storage format: "#!AMR\n", then per
