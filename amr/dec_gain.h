@@ -64,11 +64,10 @@ inline void gc_pred(const GainPredState& st, Word16 mode, const Word16* code, Wo
     ener_code = L_shl(ener_code, exp_code);
     Log2_norm(ener_code, exp_code, exp, frac);
     Word32 L_tmp = Mpy_32_16(exp, frac, -24660);
-    if (mode == MR102) L_tmp = L_mac(L_tmp, 16678, 64);
-    else if (mode == MR795) L_tmp = L_mac(L_tmp, 17062, 64);
+    if (mode == MR795) L_tmp = L_mac(L_tmp, 17062, 64);
     else if (mode == MR74) L_tmp = L_mac(L_tmp, 32588, 32);
     else if (mode == MR67) L_tmp = L_mac(L_tmp, 32268, 32);
-    else L_tmp = L_mac(L_tmp, 16678, 64);
+    else L_tmp = L_mac(L_tmp, 16678, 64);  // MR102 and the rest
     L_tmp = L_shl(L_tmp, 10);
     for (int i = 0; i < 4; i++) L_tmp = L_mac(L_tmp, pred[i], st.past_qua_en[i]);
     const Word16 gcode0 = extract_h(L_tmp);

@@ -91,10 +91,11 @@ void apcm_quantization(const Word16* xM, Word16* xMc, Word16& mant, Word16& exp,
 void apcm_inverse_quantization(const Word16* xMc, Word16 mant, Word16 exp, Word16* xMp) {
     const Word16 fac = gsmfr_FAC[mant];
     const Word16 temp2 = sub(6, exp);
-    const Word16 temp3 = temp2 >= 1 ? static_cast<Word16>(1 << (temp2 - 1)) : 0;
+    // exp is 0..5 for a 6-bit xmaxc (checked by the export), so temp2 is 1..6.
+    const Word16 temp3 = temp2 >= 1 ? static_cast<Word16>(1 << (temp2 - 1)) : 0;  // NOLINT(clang-analyzer-core.UndefinedBinaryOperatorResult): temp2 is 1..6
     for (int i = 0; i < 13; ++i) {
         const Word16 v = static_cast<Word16>(((xMc[i] << 1) - 7) << 12);  // sign restored, Q15
-        xMp[i] = static_cast<Word16>(add(mult_r(fac, v), temp3) >> temp2);
+        xMp[i] = static_cast<Word16>(add(mult_r(fac, v), temp3) >> temp2);  // NOLINT(clang-analyzer-core.UndefinedBinaryOperatorResult): temp2 is 1..6
     }
 }
 

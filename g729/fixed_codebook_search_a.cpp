@@ -106,7 +106,6 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             }
         }
         Word16 i0b = ix, i1b = iy;
-        Word16 i1_offset = shl(mult(i1b, 6554), 3);
         Word16 ps0 = ps;
         Word32 alp0 = L_mult(alp, k1_4);
         sq = -1;
@@ -190,7 +189,7 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
         }
         i0b = ix;
         i1b = iy;
-        i1_offset = shl(mult(i1b, 6554), 3);
+        const Word16 i1_offset = shl(mult(i1b, 6554), 3);
         ps0 = ps;
         alp0 = L_mult(alp, k1_4);
         sq = -1;

@@ -641,13 +641,16 @@ private:
             // Local synthesis, error and target memories follow the comfort noise.
             for (int sf = 0; sf < 2; ++sf) {
                 const int o = sf * kSubfr;
-                Zep16s synth[kSubfr], error[kSubfr], xn[kSubfr];
+                // The error follows its last 10 samples: the inverse filter reads them.
+                Zep16s synth[kSubfr], error[kOrder + kSubfr], xn[kSubfr];
+                std::memcpy(error, mem_err_, sizeof mem_err_);
                 check(zepsSynthesisFilter_G729_16s(aq + sf * (kOrder + 1), exc + o, synth, kSubfr, mem_syn_, 1),
                       "local synthesis");
-                check(zepsAdaptiveCodebookContribution_G729_16s(16384, synth, speech + o, error), "error memory");
-                check(zepsResidual_G729_16s(ap1[sf], error, xn, kSubfr), "target memory");
+                check(zepsAdaptiveCodebookContribution_G729_16s(16384, synth, speech + o, error + kOrder),
+                      "error memory");
+                check(zepsResidual_G729_16s(ap1[sf], error + kOrder, xn, kSubfr), "target memory");
                 check(zepsSynthesisFilter_G729_16s(ap2[sf], xn, xn, kSubfr, mem_w0_, 1), "target memory");
-                std::memcpy(mem_err_, error + kSubfr - kOrder, sizeof mem_err_);
+                std::memcpy(mem_err_, error + kSubfr, sizeof mem_err_);
             }
             return ftyp;
         }
