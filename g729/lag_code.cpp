@@ -58,6 +58,7 @@ ZepStatus zepsDecodeLag_G729_16s(Zep16s index, Zep16s subframe, Zep16s* pSrcDstD
 ZepStatus zepsEncodeLag_G729_16s(const Zep16s* pSrcDelay, Zep16s t0Prev, Zep16s subframe, Zep16s* pDstIndex) {
     if (any_null(pSrcDelay, pDstIndex)) return zepStsNullPtrErr;
     if (!in_range<Word16>(subframe, 0, 1)) return zepStsRangeErr;
+    if (subframe == 1 && !in_range<Word16>(t0Prev, 18, 145)) return zepStsRangeErr;
     const Word16 t0 = pSrcDelay[0], frac = pSrcDelay[1];
     if (!in_range<Word16>(frac, -1, 1)) return zepStsOutOfRangeErr;
     if (subframe == 0) {
@@ -68,7 +69,6 @@ ZepStatus zepsEncodeLag_G729_16s(const Zep16s* pSrcDelay, Zep16s t0Prev, Zep16s 
         *pDstIndex = index;
         return zepStsNoErr;
     }
-    if (!in_range<Word16>(t0Prev, 18, 145)) return zepStsRangeErr;
     const Word16 t0_min = second_subframe_t0_min(t0Prev);
     const Word16 i = sub(t0, t0_min);
     if (!in_range<Word16>(i, -1, 10)) return zepStsOutOfRangeErr;
