@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -61,6 +62,27 @@ void expect_same_pcm(const std::vector<std::int16_t>& got, const std::vector<std
                      std::size_t frame_samples, const std::string& what) {
     expect_same(got, want, frame_samples, what, "samples");
 }
+
+// Every test here reads the shared reference data: without it the whole
+// program is skipped with one message saying where the data is expected
+// (unless ZEPS_REQUIRE_SHARED_DATA asks for the data).
+class SharedDataEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override {
+        std::error_code ec;
+        if (std::filesystem::exists(shared_dir() + "/codecs", ec)) return;
+        // With ZEPS_REQUIRE_SHARED_DATA set the tests run and fail on the
+        // files they cannot open.
+        const char* required = std::getenv("ZEPS_REQUIRE_SHARED_DATA");
+        if (required && *required && std::strcmp(required, "0") != 0) return;
+        const std::string where = shared_dir() +
+                                  "/codecs (the whole-codec replays read the reference streams from the folder named "
+                                  "by ZEPS_SHARED_DIR, default " ZEPS_SHARED_DIR ")";
+        GTEST_SKIP() << "shared data not found: " << where;
+    }
+};
+[[maybe_unused]] ::testing::Environment* const g_shared_data_env =
+    ::testing::AddGlobalTestEnvironment(new SharedDataEnvironment);
 
 // Every replay runs on the processor build ctest asked for (u8 or n8): by
 // name (ZEPS_EXPECT_BUILD), or by the feature mask the core test double was

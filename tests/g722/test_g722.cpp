@@ -96,6 +96,7 @@ std::vector<std::vector<std::int16_t>> hard_inputs() {
 }
 
 TEST(G722, VectorFormsEqualScalarForms) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");
     namespace g = zeps::ref::g722;
     const g::QmfCoefs coefs;
     const g::QuantlLevels levels;
@@ -186,6 +187,7 @@ TEST(G722, VectorZeroSectionEqualsScalar) {
 }
 
 TEST(G722, ResultsDoNotDependOnBlockCutting) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");
     const auto all = speech16k("loud");
     const std::vector<std::int16_t> pcm(all.begin() + 16000, all.begin() + 16640);  // overloaded passage
     for (const Coder& c : kBuilds) {
@@ -212,6 +214,7 @@ TEST(G722, ResultsDoNotDependOnBlockCutting) {
 }
 
 TEST(G722, CodeOutsideTableLeavesEverythingUntouched) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");
     const auto codes = encode(kBuilds[0], speech16k("male"));
     const std::vector<Zep16s> head(codes.begin() + 4000, codes.begin() + 4100);
     for (const Coder& c : kBuilds) {
@@ -256,6 +259,7 @@ long first_difference(const std::vector<Zep16s>& a, const std::vector<std::uint8
 }
 
 TEST(G722, DiffersFromSpandspOnlyOnOverload) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");
     for (const PeerCase& pc : kPeerCases) {
         SCOPED_TRACE(pc.name);
         const auto pcm = speech16k(pc.name);

@@ -76,6 +76,7 @@ std::uint64_t inverse_digest(int n) {
 }
 
 TEST(G7221Mlt, MatchesTheReference) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("codecs/g7221");
     const struct {
         const char* file;
         int n;

@@ -11,6 +11,16 @@
 #   -DFILE_SIZE=<n>        that file's size in bytes
 #   -DNO_FILE=<path>       the command must leave neither this file nor a
 #                          temporary file beside it (<path>.tmp-zepsc-*)
+#   -DNEEDS=<path>         shared data the command reads: without it the test
+#                          prints the skip message (fails when the environment
+#                          sets ZEPS_REQUIRE_SHARED_DATA)
+if(DEFINED NEEDS AND NOT EXISTS "${NEEDS}")
+  if(DEFINED ENV{ZEPS_REQUIRE_SHARED_DATA} AND NOT "$ENV{ZEPS_REQUIRE_SHARED_DATA}" MATCHES "^0?$")
+    message(FATAL_ERROR "shared data not found: ${NEEDS}; ZEPS_REQUIRE_SHARED_DATA is set")
+  endif()
+  message("shared data not found: ${NEEDS} (the folder named by ZEPS_SHARED_DIR at configure time); skipped")
+  return()
+endif()
 string(REPLACE "|" ";" CMD "${CMD}")
 if(NOT DEFINED RC)
   set(RC 0)
