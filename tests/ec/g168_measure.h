@@ -16,7 +16,9 @@
 #include "frame/variants.h"
 #include "ec/ec_g168_models.h"
 
-#define ZEPSC_EC_LIB zeps::u8::
+#ifndef ZEPSC_EC_LIB
+#define ZEPSC_EC_LIB zeps::u8::  // one build, the same on every machine
+#endif
 #include "tools/echo_canceller.h"
 
 namespace zeps::test::g168 {
@@ -109,6 +111,36 @@ inline double time_to(const std::vector<double>& echo, const std::vector<float>&
         if (erle(echo, res, b - w, b) >= target) return static_cast<double>(b - from) / 8000.0;
     }
     return -1.0;
+}
+
+constexpr std::size_t kRate = 8000;
+
+struct Signals {
+    std::vector<Zep16s> far;
+    std::vector<double> echo;     // echo alone
+    std::vector<Zep16s> nearIn;   // echo + noise (+ near talker)
+};
+
+/// Far-end male speech; echo through model m, switching to model m2 at
+/// sample `change` (none when change is 0); near talker (female speech) over
+/// [dtFrom, dtTo) samples when dtTo > dtFrom.
+inline Signals make(int m, int m2 = -1, std::size_t change = 0, std::size_t dtFrom = 0, std::size_t dtTo = 0) {
+    Signals s;
+    s.far = read_speech("male.s16");
+    s.echo = echo_of(s.far, model_response(m, 6.0));
+    if (m2 >= 0) {
+        const auto e2 = echo_of(s.far, model_response(m2, 6.0));
+        for (std::size_t i = change; i < e2.size(); ++i) s.echo[i] = e2[i];
+    }
+    const auto n = noise(s.far.size(), 16.0, 7u);
+    const auto talker = read_speech("female.s16");
+    std::vector<double> d(s.far.size());
+    for (std::size_t i = 0; i < d.size(); ++i) {
+        d[i] = s.echo[i] + n[i];
+        if (i >= dtFrom && i < dtTo && i - dtFrom < talker.size()) d[i] += talker[i - dtFrom + kRate];
+    }
+    s.nearIn = to16(d);
+    return s;
 }
 
 }  // namespace zeps::test::g168

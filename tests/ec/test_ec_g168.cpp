@@ -14,36 +14,6 @@ namespace {
 
 using namespace zeps::test::g168;
 
-constexpr std::size_t kRate = 8000;
-
-struct Signals {
-    std::vector<Zep16s> far;
-    std::vector<double> echo;     // echo alone
-    std::vector<Zep16s> nearIn;   // echo + noise (+ near talker)
-};
-
-/// Far-end male speech; echo through model m, switching to model m2 at
-/// sample `change` (none when change is 0); near talker (female speech) over
-/// [dtFrom, dtTo) samples when dtTo > dtFrom.
-Signals make(int m, int m2 = -1, std::size_t change = 0, std::size_t dtFrom = 0, std::size_t dtTo = 0) {
-    Signals s;
-    s.far = read_speech("male.s16");
-    s.echo = echo_of(s.far, model_response(m, 6.0));
-    if (m2 >= 0) {
-        const auto e2 = echo_of(s.far, model_response(m2, 6.0));
-        for (std::size_t i = change; i < e2.size(); ++i) s.echo[i] = e2[i];
-    }
-    const auto n = noise(s.far.size(), 16.0, 7u);
-    const auto talker = read_speech("female.s16");
-    std::vector<double> d(s.far.size());
-    for (std::size_t i = 0; i < d.size(); ++i) {
-        d[i] = s.echo[i] + n[i];
-        if (i >= dtFrom && i < dtTo && i - dtFrom < talker.size()) d[i] += talker[i - dtFrom + kRate];
-    }
-    s.nearIn = to16(d);
-    return s;
-}
-
 zepsc_ec::EcConfig config(bool subband, bool nlp = false) {
     zepsc_ec::EcConfig c;
     c.subband = subband;
