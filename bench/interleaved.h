@@ -68,7 +68,7 @@ inline double median(std::vector<double> v) {
 
 /// Registration: manual time (zepsc's per call) and a fixed number of rounds.
 inline void rounds(benchmark::internal::Benchmark* b) { b->UseManualTime()->Iterations(200); }
-inline void few_rounds(benchmark::internal::Benchmark* b) { b->UseManualTime()->Iterations(60); }
+inline void few_rounds(benchmark::internal::Benchmark* b) { b->UseManualTime()->Iterations(100); }
 
 /// Runs zepsc (public entry; forced u8; forced n8; each from its own
 /// `make_ours()`) and the peers round by round; see the top of the file.
