@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// GSM-AMR DTX stages: ns per call of each export, both processor builds, on
-// frames of shared/speech/noisy.s16 and a realistic LSP history.
+// GSM-AMR DTX stages: ns per call of each export through the public entry
+// and with each build forced, interleaved round by round
+// (bench/interleaved.h), on frames of shared/speech/noisy.s16 and a
+// realistic LSP history. No peer: opencore-amrnb's DTX stages take its own
+// encoder state structures, which its installed headers do not describe.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -11,6 +14,7 @@
 
 #include "amr/amr_dtx_tables.h"
 #include "amr/lsp_quant_vq.h"
+#include "bench/interleaved.h"
 #include "frame/variants.h"
 
 namespace {
@@ -38,91 +42,97 @@ V16 lsp_history() {
 }
 
 template <class Fn>
-void enc_or_dec_buffer(benchmark::State& state, Fn fn) {
-    const V16 s = speech(), lsp_hist = lsp_history();
-    V16 ptr = {0}, hist(80), log_en(8);
-    std::size_t frame = 0;
-    for (auto _ : state) {
-        fn(&s[160 * frame], &lsp_hist[10 * (frame & 7)], ptr.data(), hist.data(), log_en.data());
+zb::Call enc_or_dec_buffer(Fn fn) {
+    struct S {
+        V16 s = speech(), lsp_hist = lsp_history(), ptr = {0}, hist = V16(80), log_en = V16(8);
+        std::size_t frame = 0;
+    };
+    auto s = std::make_shared<S>();
+    return [s, fn] {
+        fn(&s->s[160 * s->frame], &s->lsp_hist[10 * (s->frame & 7)], s->ptr.data(), s->hist.data(), s->log_en.data());
         benchmark::ClobberMemory();
-        frame = (frame + 1) & 63;
-    }
+        s->frame = (s->frame + 1) & 63;
+    };
+}
+void BM_EncDTXBuffer(benchmark::State& st) {
+    zb::interleaved(st, [] { return enc_or_dec_buffer(zepsEncDTXBuffer_GSMAMR_16s); });
+}
+void BM_DecDTXBuffer(benchmark::State& st) {
+    zb::interleaved(st, [] { return enc_or_dec_buffer(zepsDecDTXBuffer_GSMAMR_16s); });
 }
 
-void BM_EncDTXBuffer_u8(benchmark::State& st) { enc_or_dec_buffer(st, zeps::u8::zepsEncDTXBuffer_GSMAMR_16s); }
-void BM_EncDTXBuffer_n8(benchmark::State& st) { enc_or_dec_buffer(st, zeps::n8::zepsEncDTXBuffer_GSMAMR_16s); }
-void BM_DecDTXBuffer_u8(benchmark::State& st) { enc_or_dec_buffer(st, zeps::u8::zepsDecDTXBuffer_GSMAMR_16s); }
-void BM_DecDTXBuffer_n8(benchmark::State& st) { enc_or_dec_buffer(st, zeps::n8::zepsDecDTXBuffer_GSMAMR_16s); }
-
-template <class Fn>
-void handler(benchmark::State& state, Fn fn) {
-    V16 v = {7, 32767, 7, 0};
-    std::int16_t vad = 0;
-    for (auto _ : state) {
-        fn(&v[0], &v[1], &v[2], &v[3], vad);
-        benchmark::ClobberMemory();
-        vad = static_cast<std::int16_t>(v[1] & 1);  // a data-dependent mix of both branches
-        v[2] = 7;
-    }
+void BM_EncDTXHandler(benchmark::State& st) {
+    zb::interleaved(st, [] {
+        auto v = std::make_shared<V16>(V16{7, 32767, 7, 0});
+        auto vad = std::make_shared<std::int16_t>(0);
+        return zb::Call([v, vad] {
+            V16& w = *v;
+            zepsEncDTXHandler_GSMAMR_16s(&w[0], &w[1], &w[2], &w[3], *vad);
+            benchmark::ClobberMemory();
+            *vad = static_cast<std::int16_t>(w[1] & 1);  // a data-dependent mix of both branches
+            w[2] = 7;
+        });
+    });
 }
-void BM_EncDTXHandler_u8(benchmark::State& st) { handler(st, zeps::u8::zepsEncDTXHandler_GSMAMR_16s); }
-void BM_EncDTXHandler_n8(benchmark::State& st) { handler(st, zeps::n8::zepsEncDTXHandler_GSMAMR_16s); }
 
-template <class Fn>
-void sid(benchmark::State& state, Fn fn) {
-    const V16 lsp_hist = lsp_history(), log_en = {6134, 5812, 5971, 5985, 6039, 5850, 5884, 5845};
-    V16 params(5), past_rq(10), qua(4), qua122(4);
-    for (auto _ : state) {
-        fn(lsp_hist.data(), log_en.data(), params.data(), past_rq.data(), qua.data(), qua122.data(), 1);
-        benchmark::ClobberMemory();
-    }
+void BM_EncDTXSID(benchmark::State& st) {
+    zb::interleaved(st, [] {
+        struct S {
+            V16 lsp_hist = lsp_history(), log_en = {6134, 5812, 5971, 5985, 6039, 5850, 5884, 5845}, params = V16(5),
+                past_rq = V16(10), qua = V16(4), qua122 = V16(4);
+        };
+        auto s = std::make_shared<S>();
+        return zb::Call([s] {
+            zepsEncDTXSID_GSMAMR_16s(s->lsp_hist.data(), s->log_en.data(), s->params.data(), s->past_rq.data(),
+                                     s->qua.data(), s->qua122.data(), 1);
+            benchmark::ClobberMemory();
+        });
+    });
 }
-void BM_EncDTXSID_u8(benchmark::State& st) { sid(st, zeps::u8::zepsEncDTXSID_GSMAMR_16s); }
-void BM_EncDTXSID_n8(benchmark::State& st) { sid(st, zeps::n8::zepsEncDTXSID_GSMAMR_16s); }
 
-template <class Fn>
-void lsp_quant(benchmark::State& state, Fn fn) {
-    const auto rate = static_cast<Zep32s>(state.range(0));
-    const V16 lsp_hist = lsp_history();
-    V16 past_rq(10), q(20), idx(5);
-    std::size_t frame = 0;
-    for (auto _ : state) {
-        fn(past_rq.data(), &lsp_hist[10 * (frame & 3)], q.data(), idx.data(), rate);
-        benchmark::ClobberMemory();
-        frame++;
-    }
+void BM_LSPQuant(benchmark::State& st) {
+    const auto rate = static_cast<Zep32s>(st.range(0));
+    zb::interleaved(st, [rate] {
+        struct S {
+            V16 lsp_hist = lsp_history(), past_rq = V16(10), q = V16(20), idx = V16(5);
+            std::size_t frame = 0;
+        };
+        auto s = std::make_shared<S>();
+        return zb::Call([s, rate] {
+            zepsLSPQuant_GSMAMR_16s(s->past_rq.data(), &s->lsp_hist[10 * (s->frame & 3)], s->q.data(), s->idx.data(),
+                                    rate);
+            benchmark::ClobberMemory();
+            s->frame++;
+        });
+    });
 }
-void BM_LSPQuant_u8(benchmark::State& st) { lsp_quant(st, zeps::u8::zepsLSPQuant_GSMAMR_16s); }
-void BM_LSPQuant_n8(benchmark::State& st) { lsp_quant(st, zeps::n8::zepsLSPQuant_GSMAMR_16s); }
 
-/// One codebook search of the LSP quantiser, SSSE3 scores against the plain
-/// scalar scores (the baseline): arg 3 = dico2_lsf_3 (512 x 3), 4 = dico3_lsf_3 (512 x 4).
-void vq_search_bench(benchmark::State& state, bool simd) {
-    const std::int16_t r[4] = {120, -340, 55, 410}, wf[4] = {9000, 14000, 11000, 12500};
-    int sink = 0;
-    for (auto _ : state) {
-        if (state.range(0) == 3)
-            sink += zeps::ref::amr_dtx::vq_search<3>(r, zeps::amr_dtx_tab::dico2_lsf_3, wf, 512, 1, false, simd);
+/// One codebook search of the LSP quantiser (internal, this program's
+/// compile), SSSE3 scores against the plain scalar scores (the baseline) in
+/// one loop: arg 3 = dico2_lsf_3 (512 x 3), 4 = dico3_lsf_3 (512 x 4).
+zb::Call vq_search_call(int which, bool simd) {
+    auto sink = std::make_shared<int>(0);
+    return [sink, which, simd] {
+        static const std::int16_t r[4] = {120, -340, 55, 410}, wf[4] = {9000, 14000, 11000, 12500};
+        if (which == 3)
+            *sink += zeps::ref::amr_dtx::vq_search<3>(r, zeps::amr_dtx_tab::dico2_lsf_3, wf, 512, 1, false, simd);
         else
-            sink += zeps::ref::amr_dtx::vq_search<4>(r, zeps::amr_dtx_tab::dico3_lsf_3, wf, 512, 1, false, simd);
-        benchmark::DoNotOptimize(sink);
-    }
+            *sink += zeps::ref::amr_dtx::vq_search<4>(r, zeps::amr_dtx_tab::dico3_lsf_3, wf, 512, 1, false, simd);
+        benchmark::DoNotOptimize(*sink);
+    };
 }
-void BM_LSPQuantSearch_ssse3(benchmark::State& st) { vq_search_bench(st, true); }
-void BM_LSPQuantSearch_scalar(benchmark::State& st) { vq_search_bench(st, false); }
+void BM_LSPQuantSearch(benchmark::State& st) {
+    const int which = static_cast<int>(st.range(0));
+    zb::interleaved(
+        st, [which] { return vq_search_call(which, true); }, {{"scalar", vq_search_call(which, false)}}, 1.0, false);
+}
 
 }  // namespace
 
-BENCHMARK(BM_LSPQuantSearch_ssse3)->Arg(3)->Arg(4);
-BENCHMARK(BM_LSPQuantSearch_scalar)->Arg(3)->Arg(4);
-BENCHMARK(BM_EncDTXBuffer_u8);
-BENCHMARK(BM_EncDTXBuffer_n8);
-BENCHMARK(BM_DecDTXBuffer_u8);
-BENCHMARK(BM_DecDTXBuffer_n8);
-BENCHMARK(BM_EncDTXHandler_u8);
-BENCHMARK(BM_EncDTXHandler_n8);
-BENCHMARK(BM_EncDTXSID_u8);
-BENCHMARK(BM_EncDTXSID_n8);
+BENCHMARK(BM_LSPQuantSearch)->Arg(3)->Arg(4)->Apply(zb::rounds);
+BENCHMARK(BM_EncDTXBuffer)->Apply(zb::rounds);
+BENCHMARK(BM_DecDTXBuffer)->Apply(zb::rounds);
+BENCHMARK(BM_EncDTXHandler)->Apply(zb::rounds);
+BENCHMARK(BM_EncDTXSID)->Apply(zb::rounds);
 // Rate codes: 0 MR475, 7 MR74, 8 MR795, 12 MR122 (two vectors), 25 SID.
-BENCHMARK(BM_LSPQuant_u8)->Arg(0)->Arg(7)->Arg(8)->Arg(12)->Arg(25);
-BENCHMARK(BM_LSPQuant_n8)->Arg(0)->Arg(7)->Arg(8)->Arg(12)->Arg(25);
+BENCHMARK(BM_LSPQuant)->Arg(0)->Arg(7)->Arg(8)->Arg(12)->Arg(25)->Apply(zb::rounds);

@@ -1,17 +1,22 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Echo-canceller sub-band filter bank: ns per analysis and per synthesis
 // frame, configurations A (N 32, F 24, L 128) and B (N 64, F 44, L 256), in
-// float and 16-bit, beside the same bank written with FFTW 3 (single
-// precision r2c/c2r plans made once with FFTW_MEASURE; the 16-bit peer keeps
-// the fixed-point fold and overlap-add and rounds at the transform's ends). Also the internal
-// real FFT alone, SSE against its scalar twin.
+// float and 16-bit, through the public entries (and each build forced),
+// interleaved round by round with the same bank written with FFTW 3 (single
+// precision r2c/c2r plans made once with FFTW_MEASURE, outside the timing;
+// the 16-bit peer keeps the fixed-point fold and overlap-add and rounds at
+// the transform's ends with an inline conversion). Also the internal real
+// FFT alone, SSE against its scalar twin and FFTW.
 #include <benchmark/benchmark.h>
+#include <immintrin.h>
 
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <vector>
 
+#include "bench/interleaved.h"
 #include "ec/ec_tables.h"
 #include "frame/variants.h"
 #include "tests/ec/internal_access.h"
@@ -21,7 +26,6 @@
 #endif
 
 namespace {
-
 struct Config {
     int order, F, L;
 };
@@ -65,94 +69,86 @@ std::vector<Zep32fc> analysed(const Config& c, int frames) {
 
 constexpr int kFrames = 256;
 
+/// The frame after t, without a modulo.
+int next(int t) { return t + 1 == kFrames ? 0 : t + 1; }
+
+const std::vector<Zep32sc>& analysed16(const Config& c) {
+    static std::vector<Zep32sc> X[2];
+    auto& v = X[c.order - 5];
+    if (v.empty()) {
+        const std::vector<Zep32fc> Xf = analysed(c, kFrames);
+        v.resize(Xf.size());
+        for (std::size_t i = 0; i < v.size(); ++i)
+            v[i] = {static_cast<Zep32s>(std::lround(Xf[i].re)), static_cast<Zep32s>(std::lround(Xf[i].im))};
+    }
+    return v;
+}
+
 // ---------------------------------------------------------------- zepsc
+// Each contender: its own state (made through the public entries) and its
+// own position in the input.
 
-void BM_EcAnalysis_32f(benchmark::State& state) {
-    const Config c = kConfigs[state.range(0)];
-    int ss, is, bs;
-    zeps::u8::zepsSubbandProcessGetSize_32f(c.order, c.L, &ss, &is, &bs);
-    std::vector<Zep8u> st(ss), buf(bs);
-    zeps::u8::zepsSubbandProcessInit_32f(st.data(), c.order, c.F, c.L, nullptr, nullptr);
-    std::vector<float> x(speech().begin() + 8000, speech().begin() + 8000 + kFrames * c.F);
-    std::vector<Zep32fc> X((1 << c.order) / 2 + 1);
+struct Bank {
+    std::vector<Zep8u> st, buf;
     int t = 0;
-    for (auto _ : state) {
-        zeps::u8::zepsSubbandAnalysis_32f32fc(x.data() + t * c.F, X.data(), st.data(), buf.data());
-        benchmark::DoNotOptimize(X.data());
-        t = (t + 1) % kFrames;
+    Bank(const Config& c, bool fixed) {
+        int ss, is, bs;
+        if (fixed) {
+            zepsSubbandProcessGetSize_16s(c.order, c.L, &ss, &is, &bs);
+            st.resize(ss), buf.resize(bs);
+            zepsSubbandProcessInit_16s(st.data(), c.order, c.F, c.L, nullptr, nullptr);
+        } else {
+            zepsSubbandProcessGetSize_32f(c.order, c.L, &ss, &is, &bs);
+            st.resize(ss), buf.resize(bs);
+            zepsSubbandProcessInit_32f(st.data(), c.order, c.F, c.L, nullptr, nullptr);
+        }
     }
+};
+
+zb::Call analysis_32f(const Config& c) {
+    auto b = std::make_shared<Bank>(c, false);
+    auto x = std::make_shared<std::vector<float>>(speech().begin() + 8000, speech().begin() + 8000 + kFrames * c.F);
+    auto X = std::make_shared<std::vector<Zep32fc>>((1 << c.order) / 2 + 1);
+    return [=] {
+        zepsSubbandAnalysis_32f32fc(x->data() + b->t * c.F, X->data(), b->st.data(), b->buf.data());
+        benchmark::DoNotOptimize(X->data());
+        b->t = next(b->t);
+    };
 }
 
-void BM_EcSynthesis_32f(benchmark::State& state) {
-    const Config c = kConfigs[state.range(0)];
-    int ss, is, bs;
-    zeps::u8::zepsSubbandProcessGetSize_32f(c.order, c.L, &ss, &is, &bs);
-    std::vector<Zep8u> st(ss), buf(bs);
-    zeps::u8::zepsSubbandProcessInit_32f(st.data(), c.order, c.F, c.L, nullptr, nullptr);
-    const std::vector<Zep32fc> X = analysed(c, kFrames);
+zb::Call synthesis_32f(const Config& c) {
+    auto b = std::make_shared<Bank>(c, false);
+    auto X = std::make_shared<const std::vector<Zep32fc>>(analysed(c, kFrames));
+    auto y = std::make_shared<std::vector<float>>(c.F);
     const int bins = (1 << c.order) / 2 + 1;
-    std::vector<float> y(c.F);
-    int t = 0;
-    for (auto _ : state) {
-        zeps::u8::zepsSubbandSynthesis_32fc32f(X.data() + t * bins, y.data(), st.data(), buf.data());
-        benchmark::DoNotOptimize(y.data());
-        t = (t + 1) % kFrames;
-    }
+    return [=] {
+        zepsSubbandSynthesis_32fc32f(X->data() + b->t * bins, y->data(), b->st.data(), b->buf.data());
+        benchmark::DoNotOptimize(y->data());
+        b->t = next(b->t);
+    };
 }
 
-void BM_EcAnalysis_16s(benchmark::State& state) {
-    const Config c = kConfigs[state.range(0)];
-    int ss, is, bs;
-    zeps::u8::zepsSubbandProcessGetSize_16s(c.order, c.L, &ss, &is, &bs);
-    std::vector<Zep8u> st(ss), buf(bs);
-    zeps::u8::zepsSubbandProcessInit_16s(st.data(), c.order, c.F, c.L, nullptr, nullptr);
+zb::Call analysis_16s(const Config& c) {
+    auto b = std::make_shared<Bank>(c, true);
+    auto X = std::make_shared<std::vector<Zep32sc>>((1 << c.order) / 2 + 1);
     const Zep16s* x = speech().data() + 8000;
-    std::vector<Zep32sc> X((1 << c.order) / 2 + 1);
-    int t = 0;
-    for (auto _ : state) {
-        zeps::u8::zepsSubbandAnalysis_16s32sc_Sfs(x + t * c.F, X.data(), st.data(), 0, buf.data());
-        benchmark::DoNotOptimize(X.data());
-        t = (t + 1) % kFrames;
-    }
+    return [=] {
+        zepsSubbandAnalysis_16s32sc_Sfs(x + b->t * c.F, X->data(), b->st.data(), 0, b->buf.data());
+        benchmark::DoNotOptimize(X->data());
+        b->t = next(b->t);
+    };
 }
 
-void BM_EcSynthesis_16s(benchmark::State& state) {
-    const Config c = kConfigs[state.range(0)];
-    int ss, is, bs;
-    zeps::u8::zepsSubbandProcessGetSize_16s(c.order, c.L, &ss, &is, &bs);
-    std::vector<Zep8u> st(ss), buf(bs);
-    zeps::u8::zepsSubbandProcessInit_16s(st.data(), c.order, c.F, c.L, nullptr, nullptr);
-    const std::vector<Zep32fc> Xf = analysed(c, kFrames);
-    std::vector<Zep32sc> X(Xf.size());
-    for (std::size_t i = 0; i < X.size(); ++i)
-        X[i] = {static_cast<Zep32s>(std::lround(Xf[i].re)), static_cast<Zep32s>(std::lround(Xf[i].im))};
+zb::Call synthesis_16s(const Config& c) {
+    auto b = std::make_shared<Bank>(c, true);
+    const Zep32sc* X = analysed16(c).data();
+    auto y = std::make_shared<std::vector<Zep16s>>(c.F);
     const int bins = (1 << c.order) / 2 + 1;
-    std::vector<Zep16s> y(c.F);
-    int t = 0;
-    for (auto _ : state) {
-        zeps::u8::zepsSubbandSynthesis_32sc16s_Sfs(X.data() + t * bins, y.data(), st.data(), 0, buf.data());
-        benchmark::DoNotOptimize(y.data());
-        t = (t + 1) % kFrames;
-    }
-}
-
-// The internal real FFT alone, SSE kernels and their scalar twins.
-template <bool Sse>
-void BM_Rfft_32f_Fwd(benchmark::State& state) {
-    const int order = static_cast<int>(state.range(0)), N = 1 << order;
-    int S, W, I;
-    zeps::u8::rfft_get_size_32f(order, &S, &W, &I);
-    std::vector<std::uint8_t> desc(S), work(W);
-    auto* s = zeps::u8::rfft_init_32f(order, desc.data());
-    std::vector<float> x(N), X(N + 2);
-    for (int n = 0; n < N; ++n) x[n] = speech()[9000 + n];
-    for (auto _ : state) {
-        if (Sse)
-            zeps::u8::rfft_fwd_32f(x.data(), X.data(), s, work.data());
-        else
-            zeps::u8::rfft_fwd_32f_scalar(x.data(), X.data(), s, work.data());
-        benchmark::DoNotOptimize(X.data());
-    }
+    return [=] {
+        zepsSubbandSynthesis_32sc16s_Sfs(X + b->t * bins, y->data(), b->st.data(), 0, b->buf.data());
+        benchmark::DoNotOptimize(y->data());
+        b->t = next(b->t);
+    };
 }
 
 #ifdef ZEPS_HAVE_FFTW3F
@@ -198,33 +194,6 @@ struct FftwBank {
     }
 };
 
-void BM_EcAnalysis_32f_FFTW(benchmark::State& state) {
-    const Config c = kConfigs[state.range(0)];
-    FftwBank bank(c);
-    std::vector<float> x(speech().begin() + 8000, speech().begin() + 8000 + kFrames * c.F);
-    std::vector<Zep32fc> X((1 << c.order) / 2 + 1);
-    int t = 0;
-    for (auto _ : state) {
-        bank.analyse(x.data() + t * c.F, X.data());
-        benchmark::DoNotOptimize(X.data());
-        t = (t + 1) % kFrames;
-    }
-}
-
-void BM_EcSynthesis_32f_FFTW(benchmark::State& state) {
-    const Config c = kConfigs[state.range(0)];
-    FftwBank bank(c);
-    const std::vector<Zep32fc> X = analysed(c, kFrames);
-    const int bins = (1 << c.order) / 2 + 1;
-    std::vector<float> y(c.F);
-    int t = 0;
-    for (auto _ : state) {
-        bank.synthesise(X.data() + t * bins, y.data());
-        benchmark::DoNotOptimize(y.data());
-        t = (t + 1) % kFrames;
-    }
-}
-
 // The 16-bit bank with the same fixed-point fold and overlap-add, the
 // transform done by FFTW in single precision with rounding at its ends.
 struct FftwBank16 {
@@ -234,6 +203,8 @@ struct FftwBank16 {
         for (int n = 0; n < c.L; ++n) w[n] = static_cast<Zep16s>(f.w[n] * 8192.0f);
     }
     static Zep16s sat(std::int32_t v) { return static_cast<Zep16s>(v > 32767 ? 32767 : v < -32768 ? -32768 : v); }
+    /// Round to nearest (ties to even, as lrintf in the default mode), inline.
+    static std::int32_t round_int(float v) { return _mm_cvtss_si32(_mm_set_ss(v)); }
     void analyse(const Zep16s* x, Zep32sc* out) {
         const int N = f.N, F = f.F, L = f.L;
         std::memmove(d.data(), d.data() + F, 2 * (L - F));
@@ -244,82 +215,130 @@ struct FftwBank16 {
             f.u[n] = static_cast<float>(acc);
         }
         fftwf_execute(f.fwd);
-        for (int k = 0; k <= N / 2; ++k) out[k] = {static_cast<Zep32s>(std::lrintf(f.X[k][0])), static_cast<Zep32s>(std::lrintf(f.X[k][1]))};
+        for (int k = 0; k <= N / 2; ++k) out[k] = {round_int(f.X[k][0]), round_int(f.X[k][1])};
     }
     void synthesise(const Zep32sc* in, Zep16s* y) {
         const int N = f.N, F = f.F, L = f.L;
         for (int k = 0; k <= N / 2; ++k) f.X[k][0] = static_cast<float>(in[k].re), f.X[k][1] = static_cast<float>(in[k].im);
         fftwf_execute(f.inv);
         const float k = 1.0f / static_cast<float>(N);
-        for (int n = 0; n < N; ++n) y16[n] = sat(static_cast<std::int32_t>(std::lrintf(f.u[n] * k)));
+        for (int n = 0; n < N; ++n) y16[n] = sat(round_int(f.u[n] * k));
         std::memmove(d.data(), d.data() + F, 2 * (L - F));
         std::memset(d.data() + L - F, 0, 2 * F);
-        for (int n = 0; n < L; ++n) d[n] = sat(d[n] + ((y16[n % N] * w[L - 1 - n] + 4096) >> 13));
+        for (int b = 0; b < L; b += N)
+            for (int n = 0; n < N; ++n) d[b + n] = sat(d[b + n] + ((y16[n] * w[L - 1 - b - n] + 4096) >> 13));
         std::memcpy(y, d.data(), 2 * F);
     }
 };
 
-void BM_EcAnalysis_16s_FFTW(benchmark::State& state) {
-    const Config c = kConfigs[state.range(0)];
-    FftwBank16 bank(c);
-    const Zep16s* x = speech().data() + 8000;
-    std::vector<Zep32sc> X((1 << c.order) / 2 + 1);
-    int t = 0;
-    for (auto _ : state) {
-        bank.analyse(x + t * c.F, X.data());
-        benchmark::DoNotOptimize(X.data());
-        t = (t + 1) % kFrames;
-    }
-}
 
-void BM_EcSynthesis_16s_FFTW(benchmark::State& state) {
-    const Config c = kConfigs[state.range(0)];
-    FftwBank16 bank(c);
-    const std::vector<Zep32fc> Xf = analysed(c, kFrames);
-    std::vector<Zep32sc> X(Xf.size());
-    for (std::size_t i = 0; i < X.size(); ++i)
-        X[i] = {static_cast<Zep32s>(std::lround(Xf[i].re)), static_cast<Zep32s>(std::lround(Xf[i].im))};
-    const int bins = (1 << c.order) / 2 + 1;
-    std::vector<Zep16s> y(c.F);
-    int t = 0;
-    for (auto _ : state) {
-        bank.synthesise(X.data() + t * bins, y.data());
-        benchmark::DoNotOptimize(y.data());
-        t = (t + 1) % kFrames;
-    }
-}
-
-void BM_Rfft_32f_Fwd_FFTW(benchmark::State& state) {
-    const Config c = kConfigs[state.range(0) - 5];
-    FftwBank bank(c);
-    for (int n = 0; n < bank.N; ++n) bank.u[n] = speech()[9000 + n];
-    for (auto _ : state) {
-        fftwf_execute(bank.fwd);
-        benchmark::DoNotOptimize(bank.X);
-    }
+template <class B, class In, class Out>
+zb::Peer fftw_peer(const Config& c, const In* in, int in_step, bool analyse) {
+    auto bank = std::make_shared<B>(c);
+    auto out = std::make_shared<std::vector<Out>>(analyse ? (1 << c.order) / 2 + 1 : c.F);
+    auto t = std::make_shared<int>(0);
+    return {"fftw", [=] {
+                if constexpr (std::is_same_v<B, FftwBank>) {
+                    if (analyse)
+                        bank->analyse(reinterpret_cast<const float*>(in) + *t * in_step, reinterpret_cast<Zep32fc*>(out->data()));
+                    else
+                        bank->synthesise(reinterpret_cast<const Zep32fc*>(in) + *t * in_step, reinterpret_cast<float*>(out->data()));
+                } else {
+                    if (analyse)
+                        bank->analyse(reinterpret_cast<const Zep16s*>(in) + *t * in_step, reinterpret_cast<Zep32sc*>(out->data()));
+                    else
+                        bank->synthesise(reinterpret_cast<const Zep32sc*>(in) + *t * in_step, reinterpret_cast<Zep16s*>(out->data()));
+                }
+                benchmark::DoNotOptimize(out->data());
+                *t = next(*t);
+            }};
 }
 #endif
+
+std::vector<zb::Peer> peers(const Config& c, bool fixed, bool analyse) {
+    std::vector<zb::Peer> p;
+#ifdef ZEPS_HAVE_FFTW3F
+    const int bins = (1 << c.order) / 2 + 1;
+    static std::vector<float> xf[2];
+    auto& x = xf[c.order - 5];
+    if (x.empty()) x.assign(speech().begin() + 8000, speech().begin() + 8000 + kFrames * c.F);
+    static std::vector<Zep32fc> Xf[2];
+    if (Xf[c.order - 5].empty()) Xf[c.order - 5] = analysed(c, kFrames);
+    if (!fixed && analyse) p.push_back(fftw_peer<FftwBank, float, Zep32fc>(c, x.data(), c.F, true));
+    if (!fixed && !analyse) p.push_back(fftw_peer<FftwBank, Zep32fc, float>(c, Xf[c.order - 5].data(), bins, false));
+    if (fixed && analyse) p.push_back(fftw_peer<FftwBank16, Zep16s, Zep32sc>(c, speech().data() + 8000, c.F, true));
+    if (fixed && !analyse) p.push_back(fftw_peer<FftwBank16, Zep32sc, Zep16s>(c, analysed16(c).data(), bins, false));
+#else
+    (void)c, (void)fixed, (void)analyse;
+#endif
+    return p;
+}
+
+void BM_EcAnalysis_32f(benchmark::State& state) {
+    const Config c = kConfigs[state.range(0)];
+    zb::interleaved(state, [&] { return analysis_32f(c); }, peers(c, false, true));
+}
+void BM_EcSynthesis_32f(benchmark::State& state) {
+    const Config c = kConfigs[state.range(0)];
+    zb::interleaved(state, [&] { return synthesis_32f(c); }, peers(c, false, false));
+}
+void BM_EcAnalysis_16s(benchmark::State& state) {
+    const Config c = kConfigs[state.range(0)];
+    zb::interleaved(state, [&] { return analysis_16s(c); }, peers(c, true, true));
+}
+void BM_EcSynthesis_16s(benchmark::State& state) {
+    const Config c = kConfigs[state.range(0)];
+    zb::interleaved(state, [&] { return synthesis_16s(c); }, peers(c, true, false));
+}
+
+// The internal real FFT alone (no public entry): the SSE kernel of build u8,
+// its scalar twin and FFTW's r2c plan, interleaved.
+void BM_Rfft_32f_Fwd(benchmark::State& state) {
+    const int order = static_cast<int>(state.range(0)), N = 1 << order;
+    int S, W, I;
+    zeps::u8::rfft_get_size_32f(order, &S, &W, &I);
+    struct Fft {
+        std::vector<std::uint8_t> desc, work;
+        std::vector<float> x, X;
+        const void* s;
+    };
+    auto make = [=] {
+        auto f = std::make_shared<Fft>();
+        f->desc.resize(S), f->work.resize(W), f->x.resize(N), f->X.resize(N + 2);
+        for (int n = 0; n < N; ++n) f->x[n] = speech()[9000 + n];
+        return f;
+    };
+    auto sse = make(), scalar = make();
+    auto* s1 = zeps::u8::rfft_init_32f(order, sse->desc.data());
+    auto* s2 = zeps::u8::rfft_init_32f(order, scalar->desc.data());
+    std::vector<zb::Peer> p;
+    p.push_back({"scalar", [=] {
+                     zeps::u8::rfft_fwd_32f_scalar(scalar->x.data(), scalar->X.data(), s2, scalar->work.data());
+                     benchmark::DoNotOptimize(scalar->X.data());
+                 }});
+#ifdef ZEPS_HAVE_FFTW3F
+    auto bank = std::make_shared<FftwBank>(kConfigs[order - 5]);
+    for (int n = 0; n < N; ++n) bank->u[n] = speech()[9000 + n];
+    p.push_back({"fftw", [=] {
+                     fftwf_execute(bank->fwd);
+                     benchmark::DoNotOptimize(bank->X);
+                 }});
+#endif
+    zb::interleaved(
+        state,
+        [=] {
+            return zb::Call([=] {
+                zeps::u8::rfft_fwd_32f(sse->x.data(), sse->X.data(), s1, sse->work.data());
+                benchmark::DoNotOptimize(sse->X.data());
+            });
+        },
+        std::move(p), 1.0, false);
+}
 
 }  // namespace
 
-BENCHMARK(BM_EcAnalysis_32f)->Arg(0)->Arg(1);
-#ifdef ZEPS_HAVE_FFTW3F
-BENCHMARK(BM_EcAnalysis_32f_FFTW)->Arg(0)->Arg(1);
-#endif
-BENCHMARK(BM_EcSynthesis_32f)->Arg(0)->Arg(1);
-#ifdef ZEPS_HAVE_FFTW3F
-BENCHMARK(BM_EcSynthesis_32f_FFTW)->Arg(0)->Arg(1);
-#endif
-BENCHMARK(BM_EcAnalysis_16s)->Arg(0)->Arg(1);
-#ifdef ZEPS_HAVE_FFTW3F
-BENCHMARK(BM_EcAnalysis_16s_FFTW)->Arg(0)->Arg(1);
-#endif
-BENCHMARK(BM_EcSynthesis_16s)->Arg(0)->Arg(1);
-#ifdef ZEPS_HAVE_FFTW3F
-BENCHMARK(BM_EcSynthesis_16s_FFTW)->Arg(0)->Arg(1);
-#endif
-BENCHMARK_TEMPLATE(BM_Rfft_32f_Fwd, true)->Arg(5)->Arg(6);
-BENCHMARK_TEMPLATE(BM_Rfft_32f_Fwd, false)->Arg(5)->Arg(6);
-#ifdef ZEPS_HAVE_FFTW3F
-BENCHMARK(BM_Rfft_32f_Fwd_FFTW)->Arg(5)->Arg(6);
-#endif
+BENCHMARK(BM_EcAnalysis_32f)->Arg(0)->Arg(1)->Apply(zb::rounds);
+BENCHMARK(BM_EcSynthesis_32f)->Arg(0)->Arg(1)->Apply(zb::rounds);
+BENCHMARK(BM_EcAnalysis_16s)->Arg(0)->Arg(1)->Apply(zb::rounds);
+BENCHMARK(BM_EcSynthesis_16s)->Arg(0)->Arg(1)->Apply(zb::rounds);
+BENCHMARK(BM_Rfft_32f_Fwd)->Arg(5)->Arg(6)->Apply(zb::rounds);

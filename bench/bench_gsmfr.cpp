@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // GSM full-rate encoder and decoder per 20 ms frame, the whole codec of
-// `zepsc gsmfr` beside libgsm (Debian libgsm1) on the same speech, timed
-// in one loop. Counters: our µs per frame (best pass, thread CPU time),
-// libgsm's µs per frame, and the speed-up (libgsm time / our time).
+// `zepsc gsmfr` (public entries; each build forced) beside libgsm (Debian
+// libgsm1, default options) on the same speech, round by round in one loop
+// (bench/interleaved.h). Counters in ns per frame; x_libgsm = median of the
+// per-round libgsm / zepsc time ratios. Each call makes its coder (as the
+// libgsm pass makes its gsm object): 100 frames a call.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <ctime>
 #include <fstream>
-#include <functional>
 #include <vector>
 
+#include "bench/interleaved.h"
 #include "tools/codec.h"
 
 #ifdef ZEPS_HAVE_LIBGSM
@@ -43,19 +44,8 @@ const std::vector<std::uint8_t>& bits() {
     return b;
 }
 
-double cpu_ns() {
-    timespec ts;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ts);
-    return static_cast<double>(ts.tv_sec) * 1e9 + static_cast<double>(ts.tv_nsec);
-}
-
-/// CPU time of one pass in µs per frame.
-double us_per_frame(const std::function<void()>& pass) {
-    const double t0 = cpu_ns();
-    pass();
-    return (cpu_ns() - t0) / 1e3 / kFrames;
-}
-
+/// One call = the 100 frames through a fresh encoder or decoder of
+/// `zepsc gsmfr` (public exports).
 void ours(bool encode) {
     if (encode) {
         auto enc = gsmfr().make_encoder({}, "gsm");
@@ -91,23 +81,16 @@ void libgsm(bool encode) {
 }
 #endif
 
-// Both codecs in one loop, alternating passes, best pass of each.
+// Both codecs in one loop, round by round (bench/interleaved.h).
 void BM_GsmfrFrame(benchmark::State& state) {
     const bool encode = state.range(0) == 1;
-    double best = 1e30, peer = 1e30;
-    for (auto _ : state) {
-        best = std::min(best, us_per_frame([&] { ours(encode); }));
+    std::vector<zb::Peer> peers;
 #ifdef ZEPS_HAVE_LIBGSM
-        peer = std::min(peer, us_per_frame([&] { libgsm(encode); }));
+    peers.push_back({"libgsm", [encode] { libgsm(encode); }});
 #endif
-    }
-    state.counters["us_per_frame"] = best;
-#ifdef ZEPS_HAVE_LIBGSM
-    state.counters["libgsm_us_per_frame"] = peer;
-    state.counters["x_libgsm"] = peer / best;
-#endif
-    state.SetLabel(encode ? "encoder" : "decoder");
+    zb::interleaved(state, [encode] { return zb::Call([encode] { ours(encode); }); }, std::move(peers), kFrames);
+    state.SetLabel(encode ? "encoder, ns per frame" : "decoder, ns per frame");
 }
-BENCHMARK(BM_GsmfrFrame)->Arg(1)->Arg(0)->Iterations(300)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_GsmfrFrame)->Arg(1)->Arg(0)->Apply(zb::few_rounds)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

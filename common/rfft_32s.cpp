@@ -16,6 +16,7 @@
 // W_M^t = exp(-2 pi i t / M), t < M (re[M], im[M]), split twiddles W_N^k,
 // k <= M/2 (re[M/2+1], im[M/2+1]), and the bit-reversal table (M entries).
 // Work buffer: split real and imaginary arrays, N values.
+#include <bit>
 #include <cstring>
 
 #include "common/rfft.h"
@@ -86,11 +87,7 @@ inline std::int32_t round_shift_sat(i64 v, int s) {
 }
 
 /// Number of significant bits of |v| (0 for 0, 32 for -2^31).
-int bit_length(std::uint32_t a) {
-    int b = 0;
-    while (a) ++b, a >>= 1;
-    return b;
-}
+int bit_length(std::uint32_t a) { return std::bit_width(a); }
 std::uint32_t magnitude(std::int32_t v) {
     return v < 0 ? 0u - static_cast<std::uint32_t>(v) : static_cast<std::uint32_t>(v);
 }
