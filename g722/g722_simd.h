@@ -9,8 +9,9 @@
 //    their sums never wrap, and the transmit outputs equal the reference's
 //    L_shr / limit, the receive outputs its L_shl(4) / extract_h
 //    (the packs saturation is that clamp).
-//  - QUANTL: Q6 << 3 <= 25600 and DETL <= 16384, so mult(Q6 << 3, DETL) is
-//    the exact (q * det) >> 15, formed from pmulhw / pmullw, and is
+//  - QUANTL: Q6 << 3 <= 25600 and 0 < DETL <= 16384, so mult(Q6 << 3,
+//    DETL) is the exact (q * det) >> 15, which is the unsigned high word
+//    (pmulhuw) of (Q6 << 4) * DETL (Q6 << 4 <= 51200 fits 16 unsigned bits), and is
 //    non-decreasing in the level index: counting the levels at or below
 //    |el| finds the reference's first level above it.
 #pragma once
@@ -100,13 +101,13 @@ struct QmfCoefs {
     std::memcpy(out, &both, 4);
 }
 
-/// The lower sub-band quantiser decision levels Q6 << 3 in lanes 0..30
-/// (lane 31 is padding, masked off).
+/// The lower sub-band quantiser decision levels Q6 << 4 (unsigned) in
+/// lanes 0..30 (lane 31 is padding, masked off).
 struct QuantlLevels {
     __m128i q[4];
     QuantlLevels() {
-        alignas(16) Word16 t[32];
-        for (int i = 0; i < 31; ++i) t[i] = g722_q6_x8[i];
+        alignas(16) std::uint16_t t[32];
+        for (int i = 0; i < 31; ++i) t[i] = static_cast<std::uint16_t>(g722_q6_x8[i] * 2);
         t[31] = 0;
         for (int v = 0; v < 4; ++v) q[v] = _mm_load_si128(reinterpret_cast<const __m128i*>(t + 8 * v));
     }
@@ -127,9 +128,8 @@ inline const QuantlLevels kQuantlLevels;
     const __m128i w = _mm_set1_epi16(static_cast<Word16>(wd));
     __m128i gt[4];
     for (int v = 0; v < 4; ++v) {
-        const __m128i hi = _mm_mulhi_epi16(lv.q[v], det);
-        const __m128i lo = _mm_mullo_epi16(lv.q[v], det);
-        const __m128i val = _mm_or_si128(_mm_slli_epi16(hi, 1), _mm_srli_epi16(lo, 15));
+        // (2 Q6 << 3) * DETL >> 16 unsigned = (Q6 << 3) * DETL >> 15: below 2^14
+        const __m128i val = _mm_mulhi_epu16(lv.q[v], det);
         gt[v] = _mm_cmpgt_epi16(val, w);
     }
     // bit i set: level i lies above wd. The levels above wd are a suffix of
@@ -182,11 +182,13 @@ struct ZeroSection {
 /// UPZERO (see upzero): BL updated from the signs of DLT, then DLT shifted
 /// with dq entering at DLT1.
 [[gnu::always_inline]] inline void upzero_simd(ZeroSection& z, Word16 dq) {
-    const __m128i sg0 = _mm_set1_epi16(static_cast<Word16>(dq >> 15));
-    const __m128i same_or_not = _mm_or_si128(_mm_xor_si128(_mm_srai_epi16(z.d, 15), sg0), _mm_set1_epi16(1));
-    const __m128i wd1 = _mm_set_epi16(0, dq ? 128 : 0, dq ? 128 : 0, dq ? 128 : 0, dq ? 128 : 0, dq ? 128 : 0,
-                                      dq ? 128 : 0, 0);  // lanes 1..6
-    z.b = _mm_adds_epi16(_mm_sign_epi16(wd1, same_or_not), mult_lanes(z.b, _mm_set1_epi16(32640)));
+    const __m128i vdq = _mm_set1_epi16(dq);
+    // +1 where DLT's sign equals dq's, -1 where not, 0 everywhere for dq = 0
+    const __m128i sign = _mm_andnot_si128(
+        _mm_cmpeq_epi16(vdq, _mm_setzero_si128()),
+        _mm_or_si128(_mm_xor_si128(_mm_srai_epi16(z.d, 15), _mm_srai_epi16(vdq, 15)), _mm_set1_epi16(1)));
+    const __m128i wd1 = _mm_set_epi16(0, 128, 128, 128, 128, 128, 128, 0);  // lanes 1..6
+    z.b = _mm_adds_epi16(_mm_sign_epi16(wd1, sign), mult_lanes(z.b, _mm_set1_epi16(32640)));
     z.d = _mm_insert_epi16(_mm_slli_si128(z.d, 2), dq, 1);
 }
 
