@@ -211,19 +211,40 @@ struct ZeroSection {
     return sz;
 }
 
+/// add / sub of two 16-bit values with the reference's saturation: the
+/// wrapped result unless the sum overflowed, then the limit on the side of
+/// a's sign (overflow is rare, so this costs a predicted branch or one
+/// conditional move rather than the two clamps of sat16).
+[[gnu::always_inline]] inline Word16 add16(Word16 a, Word16 b) {
+    Word16 r;
+    return __builtin_add_overflow(a, b, &r) ? static_cast<Word16>((a >> 15) ^ 0x7FFF) : r;
+}
+[[gnu::always_inline]] inline Word16 sub16(Word16 a, Word16 b) {
+    Word16 r;
+    return __builtin_sub_overflow(a, b, &r) ? static_cast<Word16>((a >> 15) ^ 0x7FFF) : r;
+}
+
+/// FILTEP (see filtep) with the same 16-bit saturating steps.
+[[gnu::always_inline]] inline Word16 filtep_fast(Band& w) {
+    w.r2 = w.r1;
+    w.r1 = w.r0;
+    return add16(static_cast<Word16>((w.a1 * add16(w.r1, w.r1)) >> 15),
+                 static_cast<Word16>((w.a2 * add16(w.r2, w.r2)) >> 15));
+}
+
 /// The band adaptation of g722_band.h (adapt) with the zero section in
 /// registers.
 template <int Offset>
 [[gnu::always_inline]] inline void adapt_simd(Band& w, ZeroSection& z, Word16 dq, Word16 nbp) {
     w.nb = nbp;
     w.det = scale<Offset>(nbp);
-    w.p0 = sat16(dq + w.sz);
-    w.r0 = sat16(w.s + dq);
+    w.p0 = add16(dq, w.sz);
+    w.r0 = add16(w.s, dq);
     upzero_simd(z, dq);
     uppol2(w);
     uppol1(w);
     w.sz = filtez_simd(z);
-    w.s = sat16(filtep(w) + w.sz);
+    w.s = add16(filtep_fast(w), w.sz);
 }
 
 /// A band with its zero section in registers.
@@ -248,7 +269,7 @@ struct FastBand {
 /// QUANTL and the lower sub-band adaptation in one step: the code's table
 /// entry carries its inverse-quantiser level and log scale-factor adder.
 [[gnu::always_inline]] inline int encode_low_simd(FastBand& f, const QuantlLevels& lv, Word16 xl) {
-    const G722LowCode& c = low_code(quantl_index(lv, sat16(xl - f.w.s), f.w.det));
+    const G722LowCode& c = low_code(quantl_index(lv, sub16(xl, f.w.s), f.w.det));
     adapt_simd<kLowOffset>(f.w, f.z, scaled(f.w.det, c.invqal), log_scale<kLowMax>(f.w.nb, c.wl));
     return c.il;
 }
