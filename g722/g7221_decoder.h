@@ -30,6 +30,16 @@ struct BitReader {
     int at = 0, bit_count = 0, bits_left;
     Word16 current = 0;
     BitReader(const Word16* w, int bits) : words(w), word_count(bits / 16), bits_left(bits) {}
+    /// A reader of a frame of bits bits with left bits not yet read (the
+    /// reference's number_of_bits_left; below zero once the bits ran out,
+    /// and reads past the frame give 0).
+    BitReader(const Word16* w, int bits, int left) : BitReader(w, bits) {
+        const int read = bits - left;
+        at = (read + 15) / 16;
+        bit_count = (16 - read % 16) % 16;
+        if (bit_count != 0) current = at - 1 < word_count ? words[at - 1] : 0;
+        bits_left = left;
+    }
     int next() {
         if (bit_count == 0) {
             current = at < word_count ? words[at] : 0;
@@ -90,6 +100,19 @@ inline int decode_envelope(BitReader& in, int regions, Word16* std_dev, Word16* 
         std_dev[r] = g7221_int_region_standard_deviation_table[power_table_index(
             extract_l(L_add(rms[r], kPowerTableNegatives + shift * 2)))];
     return shift;
+}
+
+/// The categorisation control bits, the categorisation the encoder made
+/// from the bits left (categorize) and the control's moves along the
+/// balance order (rate_adjust_categories); returns the control value.
+inline int decode_categories(BitReader& in, const Layout& l, const Word16* rms, Word16* categories) {
+    Word16 balances[kMaxControlPossibilities];
+    int control = 0;
+    for (int i = 0; i < l.control_bits; ++i) control = (control << 1) + in.next();
+    in.bits_left -= l.control_bits;
+    categorize(in.bits_left, l.regions, l.control_possibilities, rms, categories, balances);
+    for (int i = 0; i < control; ++i) ++categories[balances[i]];
+    return control;
 }
 
 /// index_to_array: a vector index to its dim quantised magnitudes; returns
@@ -224,13 +247,9 @@ inline int decode_frame(const Word16* words, int bits_per_frame, bool annex_c, b
     int error = erased ? 1 : 0;
     if (!erased) {
         BitReader in(words, bits_per_frame);
-        Word16 std_dev[kMaxRegions], rms[kMaxRegions], categories[kMaxRegions], balances[kMaxControlPossibilities];
+        Word16 std_dev[kMaxRegions], rms[kMaxRegions], categories[kMaxRegions];
         m.mag_shift = static_cast<Word16>(decode_envelope(in, l.regions, std_dev, rms));
-        int control = 0;
-        for (int i = 0; i < l.control_bits; ++i) control = (control << 1) + in.next();
-        in.bits_left -= l.control_bits;
-        categorize(in.bits_left, l.regions, l.control_possibilities, rms, categories, balances);
-        for (int i = 0; i < control; ++i) ++categories[balances[i]];
+        const int control = decode_categories(in, l, rms, categories);
         decode_coefficients(in, m.rnd, l.regions, std_dev, categories, coefs);
         error = frame_errors(in, l.regions, l.control_possibilities, control, rms);
     }

@@ -328,21 +328,35 @@ inline void bits_to_words(const std::uint32_t* region_words, const Word16* bit_c
     }
 }
 
-/// The whole frame after the MLT (encoder()): bits_per_frame / 16 words.
-inline void encode_frame(Word16* coefs, int mag_shift, int bits_per_frame, bool annex_c, Word16* out) {
-    const Layout l = layout(annex_c);
-    Word16 rms[kMaxRegions], drp_bits[kMaxRegions], categories[kMaxRegions], balances[kMaxControlPossibilities];
-    std::uint16_t drp_codes[kMaxRegions];
+/// The encoder's steps after the categorisation (encoder() from the
+/// mag_shift correction of the power indices on): adjust_abs_region_power_index,
+/// vector_quantize_mlts and bits_to_words. coefs and rms are modified,
+/// categories receive the chosen categorisation; returns the control value.
+inline int quantize_and_pack(Word16* coefs, int mag_shift, Word16* rms, Word16* categories, const Word16* balances,
+                             const Word16* drp_bits, const std::uint16_t* drp_codes, int bits_per_frame,
+                             const Layout& l, Word16* out) {
+    int envelope = 0;
+    for (int r = 0; r < l.regions; ++r) envelope += drp_bits[r];
+    const int available = bits_per_frame - envelope - l.control_bits;
     Word16 bit_counts[kMaxRegions] = {};
     std::uint32_t words[kRegionWords * kMaxRegions] = {};
-    const int envelope = compute_region_powers(coefs, mag_shift, l.regions, rms, drp_bits, drp_codes);
-    const int available = bits_per_frame - envelope - l.control_bits;
-    categorize(available, l.regions, l.control_possibilities, rms, categories, balances);
     for (int r = 0; r < l.regions; ++r) rms[r] = static_cast<Word16>(rms[r] + 2 * mag_shift + kPowerTableNegatives);
     adjust_region_powers(rms, coefs, l.regions);
     const int control = vector_quantize(available, l.regions, l.control_possibilities, coefs, rms, categories,
                                         balances, bit_counts, words);
     bits_to_words(words, bit_counts, drp_bits, drp_codes, control, l.regions, l.control_bits, bits_per_frame, out);
+    return control;
+}
+
+/// The whole frame after the MLT (encoder()): bits_per_frame / 16 words.
+inline void encode_frame(Word16* coefs, int mag_shift, int bits_per_frame, bool annex_c, Word16* out) {
+    const Layout l = layout(annex_c);
+    Word16 rms[kMaxRegions], drp_bits[kMaxRegions], categories[kMaxRegions], balances[kMaxControlPossibilities];
+    std::uint16_t drp_codes[kMaxRegions];
+    const int envelope = compute_region_powers(coefs, mag_shift, l.regions, rms, drp_bits, drp_codes);
+    categorize(bits_per_frame - envelope - l.control_bits, l.regions, l.control_possibilities, rms, categories,
+               balances);
+    quantize_and_pack(coefs, mag_shift, rms, categories, balances, drp_bits, drp_codes, bits_per_frame, l, out);
 }
 
 }  // namespace g7221

@@ -62,7 +62,7 @@ ZepStatus zepsSBADPCMEncode_G722_16s(const Zep16s* pSrc, Zep16s* pDst, Zep32s le
         Word16 xl, xh;
         g722::qmf_tx_simd(qmf, coefs, pSrc[2 * n], pSrc[2 * n + 1], xl, xh);
         const int il = g722::encode_low_simd(low, levels, xl);
-        const int ih = g722::quanth(g722::sat16(xh - high.w.s), high.w.det);
+        const int ih = g722::quanth(g722::sub16(xh, high.w.s), high.w.det);
         g722::update_high_simd(high, ih);
         pDst[n] = g722::code_word(il, ih);
     }

@@ -9,8 +9,9 @@
 //    their sums never wrap, and the transmit outputs equal the reference's
 //    L_shr / limit, the receive outputs its L_shl(4) / extract_h
 //    (the packs saturation is that clamp).
-//  - QUANTL: Q6 << 3 <= 25600 and DETL <= 16384, so mult(Q6 << 3, DETL) is
-//    the exact (q * det) >> 15, formed from pmulhw / pmullw, and is
+//  - QUANTL: Q6 << 3 <= 25600 and 0 < DETL <= 16384, so mult(Q6 << 3,
+//    DETL) is the exact (q * det) >> 15, which is the unsigned high word
+//    (pmulhuw) of (Q6 << 4) * DETL (Q6 << 4 <= 51200 fits 16 unsigned bits), and is
 //    non-decreasing in the level index: counting the levels at or below
 //    |el| finds the reference's first level above it.
 #pragma once
@@ -100,13 +101,13 @@ struct QmfCoefs {
     std::memcpy(out, &both, 4);
 }
 
-/// The lower sub-band quantiser decision levels Q6 << 3 in lanes 0..30
-/// (lane 31 is padding, masked off).
+/// The lower sub-band quantiser decision levels Q6 << 4 (unsigned) in
+/// lanes 0..30 (lane 31 is padding, masked off).
 struct QuantlLevels {
     __m128i q[4];
     QuantlLevels() {
-        alignas(16) Word16 t[32];
-        for (int i = 0; i < 31; ++i) t[i] = g722_q6_x8[i];
+        alignas(16) std::uint16_t t[32];
+        for (int i = 0; i < 31; ++i) t[i] = static_cast<std::uint16_t>(g722_q6_x8[i] * 2);
         t[31] = 0;
         for (int v = 0; v < 4; ++v) q[v] = _mm_load_si128(reinterpret_cast<const __m128i*>(t + 8 * v));
     }
@@ -127,9 +128,8 @@ inline const QuantlLevels kQuantlLevels;
     const __m128i w = _mm_set1_epi16(static_cast<Word16>(wd));
     __m128i gt[4];
     for (int v = 0; v < 4; ++v) {
-        const __m128i hi = _mm_mulhi_epi16(lv.q[v], det);
-        const __m128i lo = _mm_mullo_epi16(lv.q[v], det);
-        const __m128i val = _mm_or_si128(_mm_slli_epi16(hi, 1), _mm_srli_epi16(lo, 15));
+        // (2 Q6 << 3) * DETL >> 16 unsigned = (Q6 << 3) * DETL >> 15: below 2^14
+        const __m128i val = _mm_mulhi_epu16(lv.q[v], det);
         gt[v] = _mm_cmpgt_epi16(val, w);
     }
     // bit i set: level i lies above wd. The levels above wd are a suffix of
@@ -182,11 +182,13 @@ struct ZeroSection {
 /// UPZERO (see upzero): BL updated from the signs of DLT, then DLT shifted
 /// with dq entering at DLT1.
 [[gnu::always_inline]] inline void upzero_simd(ZeroSection& z, Word16 dq) {
-    const __m128i sg0 = _mm_set1_epi16(static_cast<Word16>(dq >> 15));
-    const __m128i same_or_not = _mm_or_si128(_mm_xor_si128(_mm_srai_epi16(z.d, 15), sg0), _mm_set1_epi16(1));
-    const __m128i wd1 = _mm_set_epi16(0, dq ? 128 : 0, dq ? 128 : 0, dq ? 128 : 0, dq ? 128 : 0, dq ? 128 : 0,
-                                      dq ? 128 : 0, 0);  // lanes 1..6
-    z.b = _mm_adds_epi16(_mm_sign_epi16(wd1, same_or_not), mult_lanes(z.b, _mm_set1_epi16(32640)));
+    const __m128i vdq = _mm_set1_epi16(dq);
+    // +1 where DLT's sign equals dq's, -1 where not, 0 everywhere for dq = 0
+    const __m128i sign = _mm_andnot_si128(
+        _mm_cmpeq_epi16(vdq, _mm_setzero_si128()),
+        _mm_or_si128(_mm_xor_si128(_mm_srai_epi16(z.d, 15), _mm_srai_epi16(vdq, 15)), _mm_set1_epi16(1)));
+    const __m128i wd1 = _mm_set_epi16(0, 128, 128, 128, 128, 128, 128, 0);  // lanes 1..6
+    z.b = _mm_adds_epi16(_mm_sign_epi16(wd1, sign), mult_lanes(z.b, _mm_set1_epi16(32640)));
     z.d = _mm_insert_epi16(_mm_slli_si128(z.d, 2), dq, 1);
 }
 
@@ -209,19 +211,40 @@ struct ZeroSection {
     return sz;
 }
 
+/// add / sub of two 16-bit values with the reference's saturation: the
+/// wrapped result unless the sum overflowed, then the limit on the side of
+/// a's sign (overflow is rare, so this costs a predicted branch or one
+/// conditional move rather than the two clamps of sat16).
+[[gnu::always_inline]] inline Word16 add16(Word16 a, Word16 b) {
+    Word16 r;
+    return __builtin_add_overflow(a, b, &r) ? static_cast<Word16>((a >> 15) ^ 0x7FFF) : r;
+}
+[[gnu::always_inline]] inline Word16 sub16(Word16 a, Word16 b) {
+    Word16 r;
+    return __builtin_sub_overflow(a, b, &r) ? static_cast<Word16>((a >> 15) ^ 0x7FFF) : r;
+}
+
+/// FILTEP (see filtep) with the same 16-bit saturating steps.
+[[gnu::always_inline]] inline Word16 filtep_fast(Band& w) {
+    w.r2 = w.r1;
+    w.r1 = w.r0;
+    return add16(static_cast<Word16>((w.a1 * add16(w.r1, w.r1)) >> 15),
+                 static_cast<Word16>((w.a2 * add16(w.r2, w.r2)) >> 15));
+}
+
 /// The band adaptation of g722_band.h (adapt) with the zero section in
 /// registers.
 template <int Offset>
 [[gnu::always_inline]] inline void adapt_simd(Band& w, ZeroSection& z, Word16 dq, Word16 nbp) {
     w.nb = nbp;
     w.det = scale<Offset>(nbp);
-    w.p0 = sat16(dq + w.sz);
-    w.r0 = sat16(w.s + dq);
+    w.p0 = add16(dq, w.sz);
+    w.r0 = add16(w.s, dq);
     upzero_simd(z, dq);
     uppol2(w);
     uppol1(w);
     w.sz = filtez_simd(z);
-    w.s = sat16(filtep(w) + w.sz);
+    w.s = add16(filtep_fast(w), w.sz);
 }
 
 /// A band with its zero section in registers.
@@ -246,7 +269,7 @@ struct FastBand {
 /// QUANTL and the lower sub-band adaptation in one step: the code's table
 /// entry carries its inverse-quantiser level and log scale-factor adder.
 [[gnu::always_inline]] inline int encode_low_simd(FastBand& f, const QuantlLevels& lv, Word16 xl) {
-    const G722LowCode& c = low_code(quantl_index(lv, sat16(xl - f.w.s), f.w.det));
+    const G722LowCode& c = low_code(quantl_index(lv, sub16(xl, f.w.s), f.w.det));
     adapt_simd<kLowOffset>(f.w, f.z, scaled(f.w.det, c.invqal), log_scale<kLowMax>(f.w.nb, c.wl));
     return c.il;
 }

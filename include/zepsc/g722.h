@@ -399,6 +399,201 @@ ZEPSAPI ZepStatus zepsDecodeInit_G7221_16s(ZepG7221DecodeState* pState);
  */
 ZEPSAPI ZepStatus zepsDecode_G7221_16s(const Zep16s* pSrc, Zep32s bitsPerFrame, ZepG7221DecodeState* pState,
                                        Zep32s numRegions, Zep16s* pDstCoefs, Zep32s* pMagShift, Zep32s frameErased);
+
+/** @name G.722.1 stages
+ *  The middle of the coder as separate stages, each after the reference
+ *  routine of the same role; zepsEncode_G7221_16s is exactly
+ *  zepsRegionPowerQuant_G7221_16s, zepsCategorize_G7221_16s (with
+ *  bitsPerFrame - envelope bits - control bits available) and
+ *  zepsVectorQuantMLT_G7221_16s. The decoder stages read the frame in
+ *  order: zepsDecodeEnvelope_G7221_16s, zepsDecodeCategories_G7221_16s,
+ *  zepsDecodeVectorQuantMLT_G7221_16s; zepsDecode_G7221_16s runs them and
+ *  adds the frame checks and the concealment.
+ *
+ *  Power indices are the reference's absolute_region_power_index (steps of
+ *  3.01 dB; -15..24 as coded, the first region -6..24), categories 0..7
+ *  (7: no bits, noise), category balances the region order in which the
+ *  categorisation control moves categories (15 entries for 14 regions, 31
+ *  for 28). The number of control possibilities (16 or 32) and control
+ *  bits (4 or 5) follow from numRegions, so they are not arguments.
+ *  The bit reader of the reference (Bit_Obj) is the frame (pSrc,
+ *  bitsPerFrame) and the count of bits not yet read, *pBitsLeft
+ *  (the reference's number_of_bits_left; below zero once a corrupt frame
+ *  ran out of bits; bits past the frame read as zero).
+ *  @{ */
+
+/**
+ * Region powers and their coding (reference compute_region_powers): the
+ * power index of each region of 20 coefficients, corrected for magShift
+ * and limited to the coded range, then coded differentially: region 0 in 5
+ * bits, each further region's difference (limited to -12..11) by its
+ * Huffman code.
+ *
+ * @param pMltCoefs          numRegions * 20 coefficients from zepsMLTFwd_G7221_16s
+ * @param magShift           the exponent zepsMLTFwd_G7221_16s returned, -1..9
+ * @param pDrpNumBits        numRegions code lengths (5, then 1..16)
+ * @param pDrpCodeBits       numRegions codes, right-justified (bit patterns)
+ * @param pRegionPowerIndex  numRegions power indices
+ * @param numRegions         14 or 28
+ * @param pEnvelopeBits      receives the sum of the code lengths
+ * @return checks in order: pMltCoefs, pDrpNumBits, pDrpCodeBits,
+ *         pRegionPowerIndex, pEnvelopeBits null -> zepStsNullPtrErr (-8);
+ *         magShift outside -1..9, then numRegions not 14 or 28 ->
+ *         zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsRegionPowerQuant_G7221_16s(const Zep16s* pMltCoefs, Zep32s magShift, Zep16s* pDrpNumBits,
+                                                 Zep16s* pDrpCodeBits, Zep16s* pRegionPowerIndex, Zep32s numRegions,
+                                                 Zep32s* pEnvelopeBits);
+
+/**
+ * Categorisation (reference categorize with comp_powercat_and_catbalance):
+ * the offset whose expected bit count fits the bits available, each
+ * region's category at the control's middle, and the balance order in
+ * which the rate control lowers or raises categories. Above the frame
+ * length (320 or 640) only 5/8 of the extra bits count, as in the
+ * reference. Any power index values are accepted.
+ *
+ * @param availableBits      bits for the coefficients: bits per frame minus
+ *                           the envelope bits and the control bits
+ *                           (-32768..32767)
+ * @param numRegions         14 or 28
+ * @param pRegionPowerIndex  numRegions power indices
+ * @param pPowerCategories   numRegions categories, 0..7
+ * @param pCategoryBalances  15 or 31 region numbers
+ * @return checks in order: pRegionPowerIndex, pPowerCategories,
+ *         pCategoryBalances null -> zepStsNullPtrErr (-8); availableBits
+ *         outside -32768..32767, then numRegions not 14 or 28 ->
+ *         zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsCategorize_G7221_16s(Zep32s availableBits, Zep32s numRegions, const Zep16s* pRegionPowerIndex,
+                                           Zep16s* pPowerCategories, Zep16s* pCategoryBalances);
+
+/**
+ * Vector quantisation and Huffman coding of the coefficients with the rate
+ * control, and the frame's bit packing (reference encoder() from the
+ * magShift correction of the power indices on: adjust_abs_region_power_index,
+ * vector_quantize_mlts, bits_to_words). The regions are coded at the
+ * control's middle, then the control moves along the balance order until
+ * the bits fit; the frame is the envelope codes, the control, the regions'
+ * bits in order, cut at bitsPerFrame, unused bits set to one.
+ *
+ * Decisions: the bits available follow from bitsPerFrame and
+ * pDrpNumBits (bitsPerFrame - their sum - the control bits), so they are
+ * not an argument; only the low pDrpNumBits[r] bits of each code are sent.
+ * Categories raised past 7 by inconsistent balances code no bits.
+ *
+ * @param bitsPerFrame            a multiple of 16 in 320..960
+ * @param numRegions              14 or 28
+ * @param pMltCoefs               numRegions * 20 coefficients (not modified)
+ * @param magShift                their exponent, -1..9
+ * @param pRegionPowerIndex       numRegions power indices of
+ *                                zepsRegionPowerQuant_G7221_16s, -15..24
+ * @param pPowerCategories        numRegions categories of
+ *                                zepsCategorize_G7221_16s, 0..7; receives the
+ *                                categories of the chosen control
+ * @param pCategoryBalances       15 or 31 region numbers, 0..numRegions-1
+ * @param pDrpNumBits             numRegions envelope code lengths, 0..16
+ * @param pDrpCodeBits            numRegions envelope codes
+ * @param pCategorizationControl  receives the control value sent, 0..15 or 0..31
+ * @param pDst                    bitsPerFrame / 16 words, the first bit in
+ *                                the MSB of word 0
+ * @return checks in order: pMltCoefs, pRegionPowerIndex, pPowerCategories,
+ *         pCategoryBalances, pDrpNumBits, pDrpCodeBits,
+ *         pCategorizationControl, pDst null -> zepStsNullPtrErr (-8);
+ *         bitsPerFrame, then numRegions, then magShift outside their values
+ *         -> zepStsRangeErr (-7); a power index, category, balance or code
+ *         length outside its range -> zepStsOutOfRangeErr (-11); else
+ *         zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsVectorQuantMLT_G7221_16s(Zep32s bitsPerFrame, Zep32s numRegions, const Zep16s* pMltCoefs,
+                                               Zep32s magShift, const Zep16s* pRegionPowerIndex,
+                                               Zep16s* pPowerCategories, const Zep16s* pCategoryBalances,
+                                               const Zep16s* pDrpNumBits, const Zep16s* pDrpCodeBits,
+                                               Zep32s* pCategorizationControl, Zep16s* pDst);
+
+/**
+ * Envelope decoding (reference decode_envelope): reads the power indices
+ * from the start of the frame (5 bits, then each region's difference code),
+ * chooses the exponent magShift that keeps the reconstruction in range and
+ * gives each region's standard deviation at that exponent.
+ *
+ * Any bit pattern is accepted (power indices outside their table select
+ * its nearest entry; only corrupt frames have them).
+ *
+ * @param pSrc               bitsPerFrame / 16 words
+ * @param bitsPerFrame       a multiple of 16 in 320..960
+ * @param pBitsLeft          receives bitsPerFrame minus the bits read
+ * @param numRegions         14 or 28
+ * @param pStdDev            numRegions standard deviations
+ * @param pRegionPowerIndex  numRegions power indices
+ * @param pMagShift          receives the exponent for zepsMLTInv_G7221_16s, -1..9
+ * @return checks in order: pSrc, pBitsLeft, pStdDev, pRegionPowerIndex,
+ *         pMagShift null -> zepStsNullPtrErr (-8); bitsPerFrame, then
+ *         numRegions outside their values -> zepStsRangeErr (-7); else
+ *         zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeEnvelope_G7221_16s(const Zep16s* pSrc, Zep32s bitsPerFrame, Zep32s* pBitsLeft,
+                                               Zep32s numRegions, Zep16s* pStdDev, Zep16s* pRegionPowerIndex,
+                                               Zep32s* pMagShift);
+
+/**
+ * Rate control decoding (the categorisation step of reference decoder():
+ * the control bits, categorize on the bits left, rate_adjust_categories):
+ * reads the categorisation control after the envelope, repeats the
+ * encoder's categorisation and raises the categories of the first
+ * control regions of the balance order.
+ *
+ * @param pSrc                    bitsPerFrame / 16 words
+ * @param bitsPerFrame            a multiple of 16 in 320..960
+ * @param pBitsLeft               bits not yet read (as
+ *                                zepsDecodeEnvelope_G7221_16s left it),
+ *                                -1024..bitsPerFrame; updated
+ * @param numRegions              14 or 28
+ * @param pRegionPowerIndex       numRegions decoded power indices (any values)
+ * @param pPowerCategories        numRegions categories
+ * @param pCategorizationControl  receives the control value read
+ * @return checks in order: pSrc, pBitsLeft, pRegionPowerIndex,
+ *         pPowerCategories, pCategorizationControl null -> zepStsNullPtrErr
+ *         (-8); bitsPerFrame, then *pBitsLeft, then numRegions outside their
+ *         values -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeCategories_G7221_16s(const Zep16s* pSrc, Zep32s bitsPerFrame, Zep32s* pBitsLeft,
+                                                 Zep32s numRegions, const Zep16s* pRegionPowerIndex,
+                                                 Zep16s* pPowerCategories, Zep32s* pCategorizationControl);
+
+/**
+ * Coefficient decoding with noise filling (reference
+ * decode_vector_quantized_mlt_indices): each region of a category below 7
+ * decodes its vectors' Huffman codes and sign bits into centroids times the
+ * region's standard deviation; regions of categories 5 and 6 fill their
+ * zero coefficients, and regions of category 7 all of theirs, with +-noise
+ * from the decoder's generator. When the bits run out, that region and the
+ * rest become category 7 (pPowerCategories is updated) and *pBitsLeft ends
+ * one below its count, as in the reference.
+ *
+ * The generator is the one in the decoder state block (its four seeds; the
+ * rest of the block is neither read nor written).
+ *
+ * @param pSrc              bitsPerFrame / 16 words
+ * @param bitsPerFrame      a multiple of 16 in 320..960
+ * @param pBitsLeft         bits not yet read, -1024..bitsPerFrame; updated
+ * @param pState            state initialised by zepsDecodeInit_G7221_16s
+ * @param numRegions        14 or 28
+ * @param pStdDev           numRegions standard deviations
+ * @param pPowerCategories  numRegions categories, 0..7; updated
+ * @param pDstCoefs         320 or 640 coefficients (those above the coded
+ *                          band zero)
+ * @return checks in order: pSrc, pBitsLeft, pState, pStdDev,
+ *         pPowerCategories, pDstCoefs null -> zepStsNullPtrErr (-8);
+ *         bitsPerFrame, then *pBitsLeft, then numRegions outside their
+ *         values -> zepStsRangeErr (-7); a category outside 0..7 ->
+ *         zepStsOutOfRangeErr (-11); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeVectorQuantMLT_G7221_16s(const Zep16s* pSrc, Zep32s bitsPerFrame, Zep32s* pBitsLeft,
+                                                     ZepG7221DecodeState* pState, Zep32s numRegions,
+                                                     const Zep16s* pStdDev, Zep16s* pPowerCategories,
+                                                     Zep16s* pDstCoefs);
+/** @} */
 /** @} */
 
 #ifdef __cplusplus

@@ -152,6 +152,20 @@ TEST(G722, VectorFormsEqualScalarForms) {
     }
 }
 
+// The vector QUANTL decision on every scale factor the lower band can reach
+// (SCALEL of every NBL, and the reset value) and every difference signal.
+TEST(G722, VectorQuantlEqualsScalarEverywhere) {
+    namespace g = zeps::ref::g722;
+    const g::QuantlLevels levels;
+    std::vector<Word16> dets{32};
+    for (int nb = 0; nb <= g::kLowMax; nb += 64) dets.push_back(g::scale<g::kLowOffset>(static_cast<Word16>(nb)));
+    for (const Word16 det : dets)
+        for (int el = -32768; el <= 32767; ++el) {
+            const Word16 e = static_cast<Word16>(el);
+            ASSERT_EQ(g::quantl(e, det), g::low_code(g::quantl_index(levels, e, det)).il) << el << " " << det;
+        }
+}
+
 // The zero section on arbitrary states within its bounds (|DLT| <= 12404,
 // any BL), where saturating sums in FILTEZ do occur.
 TEST(G722, VectorZeroSectionEqualsScalar) {

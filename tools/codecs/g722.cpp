@@ -13,7 +13,8 @@ namespace {
 
 using zepsc_cli::CodecError;
 
-constexpr int kCodesPerRead = 160;  // 10 ms
+constexpr int kCodesPerRead = 160;  // 20 ms
+constexpr std::size_t kFrameSamples = 160;  // 10 ms at 16 kHz
 
 class Encoder final : public zepsc_cli::FrameEncoder {
 public:
@@ -22,18 +23,26 @@ public:
             throw CodecError("G.722 encoder initialisation failed");
     }
     int sample_rate() const override { return 16000; }
-    // One code word per pair of samples: a stream of any even length is
-    // coded whole, as the reference does (an odd last sample is dropped).
-    std::size_t frame_samples() const override { return 2; }
+    // 10 ms per call; one code word per pair of samples, so a stream of any
+    // even length is coded whole, as the reference does (an odd last sample
+    // is dropped).
+    std::size_t frame_samples() const override { return kFrameSamples; }
     void encode(const std::int16_t* pcm, std::vector<std::uint8_t>& out) override {
-        Zep16s code = 0;
-        if (zepsSBADPCMEncode_G722_16s(pcm, &code, 2, reinterpret_cast<ZepG722EncodeState*>(state_.data())) !=
-            zepStsNoErr)
-            throw CodecError("G.722 encoding failed");
-        out.push_back(static_cast<std::uint8_t>(code));
+        encode_pairs(pcm, kFrameSamples, out);
+    }
+    bool encode_partial(const std::int16_t* pcm, std::size_t samples, std::vector<std::uint8_t>& out) override {
+        if (samples >= 2) encode_pairs(pcm, samples & ~std::size_t{1}, out);
+        return true;
     }
 
 private:
+    void encode_pairs(const std::int16_t* pcm, std::size_t samples, std::vector<std::uint8_t>& out) {
+        Zep16s codes[kFrameSamples / 2];
+        if (zepsSBADPCMEncode_G722_16s(pcm, codes, static_cast<Zep32s>(samples),
+                                       reinterpret_cast<ZepG722EncodeState*>(state_.data())) != zepStsNoErr)
+            throw CodecError("G.722 encoding failed");
+        for (std::size_t i = 0; i < samples / 2; ++i) out.push_back(static_cast<std::uint8_t>(codes[i]));
+    }
     static std::size_t size() {
         Zep32s n = 0;
         zepsSBADPCMEncodeStateSize_G722_16s(&n);

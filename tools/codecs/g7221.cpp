@@ -40,7 +40,7 @@ public:
         std::vector<Zep16s> coefs(static_cast<std::size_t>(m_.samples())), words(static_cast<std::size_t>(m_.words()));
         Zep32s shift = 0;
         if (zepsMLTFwd_G7221_16s(pcm, history_.data(), coefs.data(), m_.samples(), &shift) != zepStsNoErr ||
-            zepsEncode_G7221_16s(m_.bits, m_.regions, coefs.data(), shift, words.data()) != zepStsNoErr)
+            !code_frame(coefs.data(), shift, words.data()))
             throw CodecError("G.722.1 encoding failed");
         if (g192_) {
             put16(out, 0x6B21);
@@ -53,6 +53,21 @@ public:
     }
 
 private:
+    // The frame coder as its three stages (what zepsEncode_G7221_16s does in
+    // one call): the envelope, the categorisation on the bits the envelope
+    // and the control leave, then quantisation, rate control and packing.
+    bool code_frame(const Zep16s* coefs, Zep32s shift, Zep16s* words) const {
+        Zep16s drp_bits[28], drp_codes[28], power_index[28], categories[28], balances[31];
+        Zep32s envelope_bits = 0, control = 0;
+        const int control_bits = m_.regions == 28 ? 5 : 4;
+        return zepsRegionPowerQuant_G7221_16s(coefs, shift, drp_bits, drp_codes, power_index, m_.regions,
+                                              &envelope_bits) == zepStsNoErr &&
+               zepsCategorize_G7221_16s(m_.bits - envelope_bits - control_bits, m_.regions, power_index, categories,
+                                        balances) == zepStsNoErr &&
+               zepsVectorQuantMLT_G7221_16s(m_.bits, m_.regions, coefs, shift, power_index, categories, balances,
+                                            drp_bits, drp_codes, &control, words) == zepStsNoErr;
+    }
+
     Mode m_;
     bool g192_;
     std::vector<Zep16s> history_;
