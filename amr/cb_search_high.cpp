@@ -45,7 +45,7 @@ PairLevel search_pair(const Word16* dn, const CorrMatrix& rr, const Word16* fixe
             alp2 = L_mac(alp2, rr[i2][i3], pair_cross);
             const Word16 sq2 = mult(ps2, ps2);
             const Word16 alp_16 = round_fx(alp2);
-            if (L_msu(L_mult(best.alp, sq2), best.sq, alp_16) > 0) {
+            if (improves(sq2, alp_16, best.sq, best.alp)) {
                 best.sq = sq2;
                 best.ps = ps2;
                 best.alp = alp_16;
@@ -95,7 +95,7 @@ void search_10and8i40(int nbPulse, int step, int nbTracks, const Word16* dn, con
             p[8] = static_cast<Word16>(l.ia);
             p[9] = static_cast<Word16>(l.ib);
         }
-        if (L_msu(L_mult(alpk, l.sq), psk, l.alp) > 0) {
+        if (improves(l.sq, l.alp, psk, alpk)) {
             psk = l.sq;
             alpk = l.alp;
             for (int k = 0; k < nbPulse; k++) codvec[k] = p[k];

@@ -25,7 +25,7 @@ struct Best {
     void offer(Word16 ps1, Word32 alp1, int pos) {
         const Word16 sq1 = mult(ps1, ps1);
         const Word16 alp_16 = round_fx(alp1);
-        if (L_msu(L_mult(alp, sq1), sq, alp_16) > 0) {
+        if (improves(sq1, alp_16, sq, alp)) {
             sq = sq1;
             ps = ps1;
             alp = alp_16;
@@ -38,7 +38,7 @@ struct Best {
 struct Chosen {
     Word16 psk = -1, alpk = 1;
     bool better(Word16 sq, Word16 alp) {
-        if (L_msu(L_mult(alpk, sq), psk, alp) > 0) {
+        if (improves(sq, alp, psk, alpk)) {
             psk = sq;
             alpk = alp;
             return true;

@@ -101,4 +101,24 @@ TEST(AmrCbSearch, VectorCorrelationsEqualReferenceLoops) {
     }
 }
 
+TEST(AmrCbSearch, CriterionEqualsReferenceForm) {
+    namespace k = zeps::ref::amr_cb;
+    zeps::test::Rng rng(475);
+    const std::int16_t sqs[] = {-1, 0, 1, 2, 16384, 32766, 32767};
+    const std::int16_t alps[] = {-32768, -32767, -1, 0, 1, 2, 16384, 32767};
+    auto ref = [](std::int16_t sq1, std::int16_t alp1, std::int16_t sq, std::int16_t alp) {
+        using namespace zeps::ref;
+        return L_msu(L_mult(alp, sq1), sq, alp1) > 0;
+    };
+    for (auto a : sqs)
+        for (auto b : alps)
+            for (auto c : sqs)
+                for (auto d : alps) ASSERT_EQ(k::improves(a, b, c, d), ref(a, b, c, d)) << a << " " << b << " " << c << " " << d;
+    for (int t = 0; t < 100000; t++) {
+        const auto a = static_cast<std::int16_t>(rng.uniform(-1, 32767)), c = static_cast<std::int16_t>(rng.uniform(-1, 32767));
+        const std::int16_t b = rng.s16(), d = rng.s16();
+        ASSERT_EQ(k::improves(a, b, c, d), ref(a, b, c, d)) << a << " " << b << " " << c << " " << d;
+    }
+}
+
 }  // namespace
