@@ -15,6 +15,7 @@
 #include <iterator>
 #include <vector>
 
+#include "amr/cb_candidates.h"
 #include "amr/cb_correlation.h"
 #include "frame/variants.h"
 #include "tests/variant_check.h"
@@ -98,6 +99,43 @@ TEST(AmrCbSearch, VectorCorrelationsEqualReferenceLoops) {
         k::cor_h_x2(h.data(), x.data(), da.data(), sf, tracks, tracks);
         k::cor_h_x2_scalar(h.data(), x.data(), db.data(), sf, tracks, tracks);
         ASSERT_EQ(da, db) << "cor_h_x2 round " << round;
+    }
+}
+
+TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
+    namespace k = zeps::ref::amr_cb;
+    zeps::test::Rng rng(102);
+    for (int round = 0; round < 3000; ++round) {
+        // rr-like rows and dn, from small to full scale, with saturating sums
+        const V16 m = levelled(rng, 1600), dn = levelled(rng, 40);
+        const int step = rng.chance(2) ? 4 : 5, count = step == 4 ? 10 : 8;
+        const int first = static_cast<int>(rng.uniform(0, step - 1));
+        const int nterms = static_cast<int>(rng.uniform(1, 9));
+        k::Term terms[9];
+        for (int t = 0; t < nterms; t++) {
+            const int row = static_cast<int>(rng.uniform(0, 39));
+            terms[t] = {{m.data() + 40 * row + first, t == 0 ? 41 * step : step}, static_cast<int>(rng.uniform(9, 15))};
+            if (t == 0) terms[t].v.p = m.data() + 41 * first;
+        }
+        const std::int16_t ps0 = rng.s16();
+        const std::int32_t alp0 = rng.s32();
+        const k::Strided d{dn.data() + first, step};
+        k::Candidates a{}, b{};
+        k::evaluate_track(ps0, alp0, d, terms, nterms, count, a);
+        k::evaluate_track_scalar(ps0, alp0, d, terms, nterms, count, b);
+        for (int i = 0; i < count; i++)
+            ASSERT_TRUE(a.ps[i] == b.ps[i] && a.sq[i] == b.sq[i] && a.alp[i] == b.alp[i]) << "round " << round << " " << i;
+        k::Sums sa{}, sb{};
+        k::track_sums(ps0, alp0, d, terms, nterms, count, sa);
+        k::track_sums_scalar(ps0, alp0, d, terms, nterms, count, sb);
+        for (int i = 0; i < count; i++)
+            ASSERT_TRUE(sa.ps[i] == sb.ps[i] && sa.alp[i] == sb.alp[i]) << "sums round " << round << " " << i;
+        const k::TrackWithFixedTerm pair(d, terms[0], count);
+        const k::Term second{{m.data() + 40 * rng.uniform(0, 39) + first, step}, static_cast<int>(rng.uniform(9, 15))};
+        pair.evaluate(ps0, alp0, second, a);
+        pair.evaluate_scalar(ps0, alp0, second, b);
+        for (int i = 0; i < count; i++)
+            ASSERT_TRUE(a.ps[i] == b.ps[i] && a.sq[i] == b.sq[i] && a.alp[i] == b.alp[i]) << "pair round " << round;
     }
 }
 
