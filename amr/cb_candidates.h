@@ -10,11 +10,15 @@
 // the track's stride. The vector form computes 8 positions at once with the
 // reference's saturations reproduced exactly (32-bit saturating adds
 // emulated, the one saturating square mult(-32768, -32768) fixed up), so it
-// needs no input bound; the plain form is the baseline it is tested against.
+// needs no input bound; where the start value and the shifts bound every
+// partial sum inside 32 bits, plain adds replace the emulated saturating
+// ones. The plain form is the baseline it is tested against.
 // The choice among the candidates stays sequential, as the reference's.
 #pragma once
 
 #include <tmmintrin.h>
+
+#include <cstdint>
 
 #include "amr/cb_search.h"
 
@@ -80,16 +84,34 @@ inline __m128i sat_add32(__m128i a, __m128i b) {
 
 namespace simd {
 
-/// The L_mac chains of 8 positions from k0 on, in two vectors of 4 sums.
-inline void mac_terms(Word32 alp0, const Term* terms, int nterms, int k0, int count, __m128i& lo, __m128i& hi) {
+/// True when no partial sum of the chain (and its rounding) can leave the
+/// 32-bit range: |alp0| + sum 2^(15 + shift) + 2^15 <= MAX_32, since every
+/// term is at most 32768 << shift in magnitude.
+inline bool chain_is_exact(Word32 alp0, const Term* terms, int nterms) {
+    std::int64_t bound = (alp0 < 0 ? -std::int64_t{alp0} : std::int64_t{alp0}) + 0x8000;
+    for (int t = 0; t < nterms; t++) bound += std::int64_t{1} << (15 + terms[t].shift);
+    return bound <= MAX_32;
+}
+
+/// The L_mac chains of 8 positions from k0 on, in two vectors of 4 sums;
+/// plain adds where chain_is_exact proved them equal to the saturating ones.
+inline void mac_terms(Word32 alp0, const Term* terms, int nterms, int k0, int count, bool exact, __m128i& lo,
+                      __m128i& hi) {
     const __m128i zero = _mm_setzero_si128();
     lo = _mm_set1_epi32(alp0);
     hi = lo;
     for (int t = 0; t < nterms; t++) {
         const __m128i v = gather8(terms[t].v, k0, count);
         const __m128i cnt = _mm_cvtsi32_si128(16 - terms[t].shift);
-        lo = sat_add32(lo, _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt));
-        hi = sat_add32(hi, _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt));
+        const __m128i vl = _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt);
+        const __m128i vh = _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt);
+        if (exact) {
+            lo = _mm_add_epi32(lo, vl);
+            hi = _mm_add_epi32(hi, vh);
+        } else {
+            lo = sat_add32(lo, vl);
+            hi = sat_add32(hi, vh);
+        }
     }
 }
 
@@ -113,9 +135,10 @@ inline void track_sums_scalar(Word16 ps0, Word32 alp0, Strided dn, const Term* t
 
 inline void track_sums(Word16 ps0, Word32 alp0, Strided dn, const Term* terms, int nterms, int count, Sums& c) {
     using namespace simd;
+    const bool exact = chain_is_exact(alp0, terms, nterms);
     for (int k0 = 0; k0 < count; k0 += 8) {
         __m128i lo, hi;
-        mac_terms(alp0, terms, nterms, k0, count, lo, hi);
+        mac_terms(alp0, terms, nterms, k0, count, exact, lo, hi);
         _mm_store_si128(reinterpret_cast<__m128i*>(c.ps + k0), _mm_adds_epi16(_mm_set1_epi16(ps0), gather8(dn, k0, count)));
         _mm_store_si128(reinterpret_cast<__m128i*>(c.alp + k0), lo);
         _mm_store_si128(reinterpret_cast<__m128i*>(c.alp + k0 + 4), hi);
@@ -127,12 +150,13 @@ inline void evaluate_track(Word16 ps0, Word32 alp0, Strided dn, const Term* term
     using namespace simd;
     const __m128i half = _mm_set1_epi32(0x8000);
     const __m128i minv = _mm_set1_epi16(MIN_16);
+    const bool exact = chain_is_exact(alp0, terms, nterms);
     for (int k0 = 0; k0 < count; k0 += 8) {
         const __m128i ps = _mm_adds_epi16(_mm_set1_epi16(ps0), gather8(dn, k0, count));
         __m128i lo, hi;
-        mac_terms(alp0, terms, nterms, k0, count, lo, hi);
-        lo = _mm_srai_epi32(sat_add32(lo, half), 16);
-        hi = _mm_srai_epi32(sat_add32(hi, half), 16);
+        mac_terms(alp0, terms, nterms, k0, count, exact, lo, hi);
+        lo = _mm_srai_epi32(exact ? _mm_add_epi32(lo, half) : sat_add32(lo, half), 16);
+        hi = _mm_srai_epi32(exact ? _mm_add_epi32(hi, half) : sat_add32(hi, half), 16);
         const __m128i sq = _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(ps, ps), 1),
                                         _mm_srli_epi16(_mm_mullo_epi16(ps, ps), 15));
         _mm_store_si128(reinterpret_cast<__m128i*>(c.ps + k0), ps);
