@@ -11,6 +11,7 @@
 #include "common/args.h"
 #include "common/exports.h"
 #include "g729/acelp_kernels.h"
+#include "g729/acelp_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -67,13 +68,30 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
         }
     }
 
+    // dn at the positions of tracks 1 and 2, for the eight-wide last pulse.
+    Word16 dn1[kNbPos], dn2[kNbPos], tmp_vect[kNbPos];
+    for (int k = 0; k < kNbPos; ++k) {
+        dn1[k] = dn[1 + kStep * k];
+        dn2[k] = dn[2 + kStep * k];
+    }
+    auto last_pair = [&](Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* row, std::int32_t tmax, int i2,
+                         int first, Word16& sq, Word16& alp, Word16& ix, Word16& iy) {
+        Word16 sq8[kNbPos], alp8[kNbPos];
+        pair_pulse_a(ps1, alp1, dn8, row, tmp_vect, max_abs8(row), tmax, sq8, alp8);
+        for (int k = 0; k < kNbPos; ++k)
+            if (better(sq8[k], alp8[k], sq, alp)) {
+                sq = sq8[k];
+                alp = alp8[k];
+                ix = static_cast<Word16>(i2);
+                iy = static_cast<Word16>(first + kStep * k);
+            }
+    };
     Word16 psk = -1, alpk = 1;
     Word16* ptr_rri0i3_i4 = rr.i0i3();
     Word16* ptr_rri1i3_i4 = rr.i1i3();
     Word16* ptr_rri2i3_i4 = rr.i2i3();
     Word16* ptr_rri3i3_i4 = rr.i3i3();
     Word16 ip0 = 0, ip1 = 1, ip2 = 2, ip3 = 3, ix = 0, iy = 0, ps = 0;
-    Word16 tmp_vect[kNbPos];
     for (int track = 3; track < 5; ++track) {
         // Pulses in tracks 2 and 3/4 first, then tracks 0 and 1.
         Word16 sq = -1, alp = 1, prev_i0 = -1, i0 = 0;
@@ -125,25 +143,14 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             p1 = ptr_rri0i3_i4 + mult(i1b, 6554);
             p2 = rr.i0i0();
             const Word16* p3c = rr.i0i1();
+            const std::int32_t tmax = max_abs8(tmp_vect);
             for (int i2 = 0; i2 < kSubfr; i2 += kStep) {
                 const Word16 ps1 = add(ps0, dn[i2]);
                 Word32 alp1 = L_mac(alp0, *p0, k1_8); p0 += kNbPos;
                 alp1 = L_mac(alp1, *p1, k1_8); p1 += kNbPos;
                 alp1 = L_mac(alp1, *p2++, k1_16);
-                const Word16* p4 = tmp_vect;
-                for (int i3 = 1; i3 < kSubfr; i3 += kStep) {
-                    const Word16 ps2 = add(ps1, dn[i3]);
-                    Word32 alp2 = L_mac(alp1, *p3c++, k1_8);
-                    alp2 = L_mac(alp2, *p4++, k1_2);
-                    const Word16 sq2 = mult(ps2, ps2);
-                    const Word16 alp_16 = round_fx(alp2);
-                    if (better(sq2, alp_16, sq, alp)) {
-                        sq = sq2;
-                        alp = alp_16;
-                        ix = static_cast<Word16>(i2);
-                        iy = static_cast<Word16>(i3);
-                    }
-                }
+                last_pair(ps1, alp1, dn1, p3c, tmax, i2, 1, sq, alp, ix, iy);
+                p3c += kNbPos;
             }
         }
         if (better(sq, alp, psk, alpk)) {
@@ -210,25 +217,14 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             p1 = rr.i0i1() + i1_offset;
             p2 = rr.i1i1();
             const Word16* p3c = rr.i1i2();
+            const std::int32_t tmax = max_abs8(tmp_vect);
             for (int i2 = 1; i2 < kSubfr; i2 += kStep) {
                 const Word16 ps1 = add(ps0, dn[i2]);
                 Word32 alp1 = L_mac(alp0, *p0, k1_8); p0 += kNbPos;
                 alp1 = L_mac(alp1, *p1++, k1_8);
                 alp1 = L_mac(alp1, *p2++, k1_16);
-                const Word16* p4 = tmp_vect;
-                for (int i3 = 2; i3 < kSubfr; i3 += kStep) {
-                    const Word16 ps2 = add(ps1, dn[i3]);
-                    Word32 alp2 = L_mac(alp1, *p3c++, k1_8);
-                    alp2 = L_mac(alp2, *p4++, k1_2);
-                    const Word16 sq2 = mult(ps2, ps2);
-                    const Word16 alp_16 = round_fx(alp2);
-                    if (better(sq2, alp_16, sq, alp)) {
-                        sq = sq2;
-                        alp = alp_16;
-                        ix = static_cast<Word16>(i2);
-                        iy = static_cast<Word16>(i3);
-                    }
-                }
+                last_pair(ps1, alp1, dn2, p3c, tmax, i2, 2, sq, alp, ix, iy);
+                p3c += kNbPos;
             }
         }
         if (better(sq, alp, psk, alpk)) {
