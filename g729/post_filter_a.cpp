@@ -5,6 +5,7 @@
 // impulse response of A(z/0.55)/A(z/0.7), short-term filter 1/A(z/0.7) and
 // adaptive gain control (AGC factor 0.9). Speech Q0, LP coefficients Q12,
 // gains Q15 / Q12.
+#include <cstdint>
 #include <cstring>
 
 #include "common/args.h"
@@ -119,24 +120,28 @@ void preemphasis(Word16* x, Word16 g, Word16& mem) {
     mem = last;
 }
 
+/// The L_mac chain of (x >> 2)^2 over a subframe: its terms are
+/// non-negative, so the chain is the exact doubled sum clamped at MAX_32.
+inline Word32 quarter_energy(const Word16* x) {
+    std::int64_t e = 0;  // at most 40 * 8192^2
+    for (int i = 0; i < kSubfr; ++i) {
+        const std::int32_t v = x[i] >> 2;
+        e += v * v;
+    }
+    const std::int64_t d = 2 * e;
+    return d > MAX_32 ? MAX_32 : static_cast<Word32>(d);
+}
+
 /// agc: scales out so that its energy follows the input's, smoothed by AGC_FAC.
 void agc(const Word16* in, Word16* out, Word16& past_gain) {
-    Word32 s = 0;
-    for (int i = 0; i < kSubfr; ++i) {
-        const Word16 v = shr(out[i], 2);
-        s = L_mac(s, v, v);
-    }
+    Word32 s = quarter_energy(out);
     if (s == 0) {
         past_gain = 0;
         return;
     }
     Word16 exp = sub(norm_l(s), 1);
     const Word16 gain_out = round_fx(L_shl(s, exp));
-    s = 0;
-    for (int i = 0; i < kSubfr; ++i) {
-        const Word16 v = shr(in[i], 2);
-        s = L_mac(s, v, v);
-    }
+    s = quarter_energy(in);
     Word16 g0;
     if (s == 0) {
         g0 = 0;
