@@ -11,6 +11,7 @@
 #include "common/args.h"
 #include "common/exports.h"
 #include "g729/codec_kernels.h"
+#include "g729/pitch_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -52,15 +53,19 @@ void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word
     const bool plain = 2 * span + 1 <= MAX_32;
     Word32 cor_max = MIN_32;
     Word16 t0 = t0_min;
+    // Under that bound every pair sum of the 32-bit lanes is exact too.
+    auto dot = [plain](Word32 init, const Word16* a, const Word16* b) {
+        return plain ? init + 2 * g729p::dot_lanes(a, b, kSubfr) : mac_sum(init, a, b, kSubfr, false);
+    };
     for (Word16 i = t0_min; i <= t0_max; ++i) {
-        const Word32 corr = mac_sum(0, scal, scal - i, kSubfr, plain);
+        const Word32 corr = dot(0, scal, scal - i);
         if (L_sub(corr, cor_max) > 0) {
             cor_max = corr;
             t0 = i;
         }
     }
-    const Word32 ener = mac_sum(1, scal - t0, scal - t0, kSubfr, plain);
-    const Word32 ener0 = mac_sum(1, scal, scal, kSubfr, plain);
+    const Word32 ener = dot(1, scal - t0, scal - t0);
+    const Word32 ener0 = dot(1, scal, scal);
     if (cor_max < 0) cor_max = 0;
     Word32 temp = cor_max;
     if (ener > temp) temp = ener;
