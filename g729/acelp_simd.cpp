@@ -27,6 +27,9 @@ void g729_pair_pulse_a_scalar(Word16 ps1, Word32 alp1, const Word16* dn8, const 
     g729c::pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
 }
 
+void g729_mult8(Word16* row, const Word16* g) { g729c::mult8(row, g); }
+void g729_mult8_scalar(Word16* row, const Word16* g) { g729c::mult8_scalar(row, g); }
+
 /// Cor_h's correlation chains over an already scaled h, as plain sums
 /// (plain true, valid when 2 sum h^2 fits in 31 bits) or with L_mac.
 void g729_cor_h_chains(const Word16* h, Word16* rr, bool plain) {

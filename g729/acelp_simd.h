@@ -42,6 +42,22 @@ inline __m128i square_q15(__m128i v) {
     return _mm_packs_epi32(p0, p1);
 }
 
+/// row[k] = mult(row[k], g[k]) for eight lanes: the reference's sign
+/// folding of a row of the correlation matrix.
+inline void mult8_scalar(Word16* row, const Word16* g) {
+    for (int k = 0; k < 8; ++k) row[k] = mult(row[k], g[k]);
+}
+
+/// mult8 in lanes: the full 32-bit product shifted by 15 and packed with
+/// signed saturation is mult() for every input (no bound needed).
+inline void mult8(Word16* row, const Word16* g) {
+    const __m128i r = fcb_load8(row), s = fcb_load8(g);
+    const __m128i lo = _mm_mullo_epi16(r, s), hi = _mm_mulhi_epi16(r, s);
+    const __m128i p0 = _mm_srai_epi32(_mm_unpacklo_epi16(lo, hi), 15);
+    const __m128i p1 = _mm_srai_epi32(_mm_unpackhi_epi16(lo, hi), 15);
+    fcb_store8(row, _mm_packs_epi32(p0, p1));
+}
+
 /// Main body, fourth pulse of D4i40_17 at the eight positions of one track:
 /// ps_sq[k] = mult(ps3, ps3) with ps3 = add(ps2, dn8[k]), and
 /// alp[k] = extract_l(L_shr(alp2 + 2 rd[k] + 4 r0[k] + 4 r1[k] + 4 r2[k], 5))

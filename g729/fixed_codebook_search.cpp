@@ -51,28 +51,30 @@ Word16 d4i40_17(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y, Wor
     const Word16 average = extract_l(L_shr(L32, 4));
     const Word16 thres = add(mult(sub(max0, average), kThreshFcb), average);
 
+    // Signs into the cross blocks: entry (i, j) of block (a, b) times
+    // mult(sign of position i of track a, sign of position j of track b).
+    // A sign is 0x7fff or 0x8000: the products for either first sign are
+    // set up once per track.
     {
-        Word16 *p01 = rr.i0i1(), *p02 = rr.i0i2(), *p03 = rr.i0i3(), *p04 = rr.i0i4();
-        for (int i0 = 0; i0 < kSubfr; i0 += kStep)
-            for (int i1 = 1; i1 < kSubfr; i1 += kStep) {
-                *p01 = mult(*p01, mult(p_sign[i0], p_sign[i1])); ++p01;
-                *p02 = mult(*p02, mult(p_sign[i0], p_sign[i1 + 1])); ++p02;
-                *p03 = mult(*p03, mult(p_sign[i0], p_sign[i1 + 2])); ++p03;
-                *p04 = mult(*p04, mult(p_sign[i0], p_sign[i1 + 3])); ++p04;
+        Word16 gp[kStep][kNbPos], gn[kStep][kNbPos];
+        for (int t = 1; t < kStep; ++t)
+            for (int k = 0; k < kNbPos; ++k) {
+                gp[t][k] = mult(0x7fff, p_sign[t + kStep * k]);
+                gn[t][k] = mult(static_cast<Word16>(0x8000), p_sign[t + kStep * k]);
             }
-        Word16 *p12 = rr.i1i2(), *p13 = rr.i1i3(), *p14 = rr.i1i4();
-        for (int i1 = 1; i1 < kSubfr; i1 += kStep)
-            for (int i2 = 2; i2 < kSubfr; i2 += kStep) {
-                *p12 = mult(*p12, mult(p_sign[i1], p_sign[i2])); ++p12;
-                *p13 = mult(*p13, mult(p_sign[i1], p_sign[i2 + 1])); ++p13;
-                *p14 = mult(*p14, mult(p_sign[i1], p_sign[i2 + 2])); ++p14;
-            }
-        Word16 *p23 = rr.i2i3(), *p24 = rr.i2i4();
-        for (int i2 = 2; i2 < kSubfr; i2 += kStep)
-            for (int i3 = 3; i3 < kSubfr; i3 += kStep) {
-                *p23 = mult(*p23, mult(p_sign[i2], p_sign[i3])); ++p23;
-                *p24 = mult(*p24, mult(p_sign[i2], p_sign[i3 + 1])); ++p24;
-            }
+        auto fold = [&](Word16* block, int ta, int tb) {
+            for (int r = 0; r < kNbPos; ++r)
+                mult8(block + kNbPos * r, p_sign[ta + kStep * r] > 0 ? gp[tb] : gn[tb]);
+        };
+        fold(rr.i0i1(), 0, 1);
+        fold(rr.i0i2(), 0, 2);
+        fold(rr.i0i3(), 0, 3);
+        fold(rr.i0i4(), 0, 4);
+        fold(rr.i1i2(), 1, 2);
+        fold(rr.i1i3(), 1, 3);
+        fold(rr.i1i4(), 1, 4);
+        fold(rr.i2i3(), 2, 3);
+        fold(rr.i2i4(), 2, 4);
     }
 
     Word16 ip0 = 0, ip1 = 1, ip2 = 2, ip3 = 3, psc = 0, alpha = MAX_16;

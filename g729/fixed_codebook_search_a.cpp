@@ -37,35 +37,28 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             dn[i] = negate(dn[i]);
         }
     }
-    // Signs into the cross blocks, in the reference's interleaved order.
+    // Signs into the cross blocks: row i of block (a, b) times the signs of
+    // track b (or their opposites when position i of track a is negative).
     {
-        Word16 *p0 = rr.i0i1(), *p1 = rr.i0i2(), *p2 = rr.i0i3(), *p3 = rr.i0i4();
-        for (int i0 = 0; i0 < kSubfr; i0 += kStep) {
-            const Word16* psign = sign_dn[i0] < 0 ? sign_dn_inv : sign_dn;
-            for (int i1 = 1; i1 < kSubfr; i1 += kStep) {
-                *p0 = mult(*p0, psign[i1]); ++p0;
-                *p1 = mult(*p1, psign[i1 + 1]); ++p1;
-                *p2 = mult(*p2, psign[i1 + 2]); ++p2;
-                *p3 = mult(*p3, psign[i1 + 3]); ++p3;
+        Word16 sg[kStep][kNbPos], sgi[kStep][kNbPos];
+        for (int t = 1; t < kStep; ++t)
+            for (int k = 0; k < kNbPos; ++k) {
+                sg[t][k] = sign_dn[t + kStep * k];
+                sgi[t][k] = sign_dn_inv[t + kStep * k];
             }
-        }
-        p0 = rr.i1i2(); p1 = rr.i1i3(); p2 = rr.i1i4();
-        for (int i1 = 1; i1 < kSubfr; i1 += kStep) {
-            const Word16* psign = sign_dn[i1] < 0 ? sign_dn_inv : sign_dn;
-            for (int i2 = 2; i2 < kSubfr; i2 += kStep) {
-                *p0 = mult(*p0, psign[i2]); ++p0;
-                *p1 = mult(*p1, psign[i2 + 1]); ++p1;
-                *p2 = mult(*p2, psign[i2 + 2]); ++p2;
-            }
-        }
-        p0 = rr.i2i3(); p1 = rr.i2i4();
-        for (int i2 = 2; i2 < kSubfr; i2 += kStep) {
-            const Word16* psign = sign_dn[i2] < 0 ? sign_dn_inv : sign_dn;
-            for (int i3 = 3; i3 < kSubfr; i3 += kStep) {
-                *p0 = mult(*p0, psign[i3]); ++p0;
-                *p1 = mult(*p1, psign[i3 + 1]); ++p1;
-            }
-        }
+        auto fold = [&](Word16* block, int ta, int tb) {
+            for (int r = 0; r < kNbPos; ++r)
+                mult8(block + kNbPos * r, sign_dn[ta + kStep * r] < 0 ? sgi[tb] : sg[tb]);
+        };
+        fold(rr.i0i1(), 0, 1);
+        fold(rr.i0i2(), 0, 2);
+        fold(rr.i0i3(), 0, 3);
+        fold(rr.i0i4(), 0, 4);
+        fold(rr.i1i2(), 1, 2);
+        fold(rr.i1i3(), 1, 3);
+        fold(rr.i1i4(), 1, 4);
+        fold(rr.i2i3(), 2, 3);
+        fold(rr.i2i4(), 2, 4);
     }
 
     // dn at the positions of tracks 1 and 2, for the eight-wide last pulse.

@@ -2,7 +2,8 @@
 // The vector kernels of the G.729 fixed-codebook searches against their
 // scalar twins (the reference's operators), on random, speech-scale and
 // extreme inputs, both builds: the fourth pulse of the main-body search, the
-// last pulse pair of the Annex A fast search, and Cor_h's plain chains.
+// last pulse pair of the Annex A fast search, the sign folding of the
+// correlation rows, and Cor_h's plain chains.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -23,6 +24,8 @@
     void g729_pair_pulse_a_scalar(std::int16_t, std::int32_t, const std::int16_t*, const std::int16_t*,      \
                                   const std::int16_t*, std::int16_t*, std::int16_t*);                        \
     void g729_cor_h_chains(const std::int16_t* h, std::int16_t* rr, bool plain);                             \
+    void g729_mult8(std::int16_t* row, const std::int16_t* g);                                               \
+    void g729_mult8_scalar(std::int16_t* row, const std::int16_t* g);                                        \
     }
 ZEPS_DECLARE_FCB_KERNELS(u8)
 ZEPS_DECLARE_FCB_KERNELS(n8)
@@ -119,6 +122,23 @@ TEST(G729FcbKernels, FourthPulseVectorEqualsScalar) {
 TEST(G729FcbKernels, AnnexAPairVectorEqualsScalar) {
     pair_agrees(zeps::u8::g729_pair_pulse_a, zeps::u8::g729_pair_pulse_a_scalar);
     pair_agrees(zeps::n8::g729_pair_pulse_a, zeps::n8::g729_pair_pulse_a_scalar);
+}
+
+template <class Fast, class Slow>
+void mult8_agrees(Fast fast, Slow slow) {
+    Rng rng(41);
+    for (int rep = 0; rep < 20000; ++rep) {
+        const V16 g = eight(rng, rep % 3), row = eight(rng, (rep / 3) % 3);
+        V16 a = row, b = row;
+        fast(a.data(), g.data());
+        slow(b.data(), g.data());
+        ASSERT_EQ(a, b) << "rep " << rep;
+    }
+}
+
+TEST(G729FcbKernels, SignFoldingVectorEqualsScalar) {
+    mult8_agrees(zeps::u8::g729_mult8, zeps::u8::g729_mult8_scalar);
+    mult8_agrees(zeps::n8::g729_mult8, zeps::n8::g729_mult8_scalar);
 }
 
 TEST(G729FcbKernels, CorHPlainChainsEqualSaturating) {
