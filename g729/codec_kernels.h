@@ -54,14 +54,17 @@ inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, const 
     }
     // The plain sum holds while peak <= limit (2 sum_a peak <= MAX_32).
     const std::int64_t limit = sum_a == 0 ? std::int64_t{1} << 40 : MAX_32 / (2 * sum_a);
+    // Every value is a Word16 (|v| <= 32768): with limit >= 32768 the plain
+    // sum always holds and the peak need not be followed.
+    const bool always_plain = limit >= 32768;
     std::int64_t peak = 0;
     for (int j = 0; j < kOrder; ++j) peak = std::max<std::int64_t>(peak, w[j] < 0 ? -std::int64_t{w[j]} : w[j]);
     Flag ovf = false;
     for (int i = 0; i < lg; ++i) {
         const Word16 xi = x[i];
-        peak = std::max<std::int64_t>(peak, xi < 0 ? -std::int64_t{xi} : xi);
+        if (!always_plain) peak = std::max<std::int64_t>(peak, xi < 0 ? -std::int64_t{xi} : xi);
         Word16 out;
-        if (peak <= limit) {
+        if (always_plain || peak <= limit) {
             Word32 acc = 0;
             for (int j = 1; j <= kOrder; ++j) acc += c[j] * w[j - 1];
             Word32 s = 2 * (c[0] * xi - acc);
@@ -83,7 +86,7 @@ inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, const 
         for (int k = kOrder - 1; k > 0; --k) w[k] = w[k - 1];
         w[0] = out;
         y[i] = out;
-        peak = std::max<std::int64_t>(peak, out < 0 ? -std::int64_t{out} : out);
+        if (!always_plain) peak = std::max<std::int64_t>(peak, out < 0 ? -std::int64_t{out} : out);
     }
     return ovf;
 }
