@@ -5,8 +5,11 @@
 // the reference's rr[] layout. Impulse response Q12, target Q0.
 #pragma once
 
+#include <cstdint>
+
 #include "common/basic_op.h"
 #include "g729/codec_kernels.h"
+#include "g729/pitch_kernels.h"
 
 ZEPS_BEGIN_VARIANT
 namespace g729c {
@@ -37,15 +40,31 @@ struct RR {
     Word16* i2i4() { return i0i1() + 8 * kMSize; }
 };
 
-/// cor = L_mac(cor, h1[k], h2[k]) and advance, as the reference's pointer pairs.
+/// cor = L_mac(cor, h1[k], h2[k]) and advance, as the reference's pointer
+/// pairs; Plain when no partial sum can saturate (the plain doubled sum).
+template <bool Plain>
+inline Word32 mac1(Word32 cor, Word16 a, Word16 b) {
+    if constexpr (Plain)
+        return cor + 2 * (Word32{a} * b);
+    else
+        return L_mac(cor, a, b);
+}
+template <bool Plain>
 inline Word32 mac_step(Word32 cor, const Word16*& a, const Word16*& b) {
-    cor = L_mac(cor, *a, *b);
+    cor = mac1<Plain>(cor, *a, *b);
     ++a;
     ++b;
     return cor;
 }
 
-/// Cor_h: the correlations of the (scaled) impulse response at the pulse positions.
+/// The correlation chains of Cor_h over the scaled impulse response h.
+template <bool Plain>
+inline void cor_h_chains(const Word16* h, RR& rr);
+
+/// Cor_h: the correlations of the (scaled) impulse response at the pulse
+/// positions. Every chain is a partial sum of products h[k] h[k + d], whose
+/// magnitude never exceeds the energy of h (Cauchy-Schwarz); when twice
+/// that energy fits in 31 bits the chains are plain 32-bit sums.
 inline void cor_h(const Word16* H, RR& rr) {
     Word16 h[kSubfr];
     Word32 cor = 0;
@@ -56,17 +75,28 @@ inline void cor_h(const Word16* H, RR& rr) {
         const Word16 k = shr(norm_l(cor), 1);
         for (int i = 0; i < kSubfr; ++i) h[i] = shl(H[i], k);
     }
+    std::int64_t e = 0;
+    for (int i = 0; i < kSubfr; ++i) e += Word32{h[i]} * h[i];
+    if (2 * e <= MAX_32)
+        cor_h_chains<true>(h, rr);
+    else
+        cor_h_chains<false>(h, rr);
+}
+
+template <bool Plain>
+inline void cor_h_chains(const Word16* h, RR& rr) {
+    Word32 cor;
     // The diagonals, filled from their last position down (indices, so that
     // no pointer steps before the start of rr).
     const Word16* ph = h;
     cor = 0;
     for (int i = 0; i < kNbPos; ++i) {
         const int at = kNbPos - 1 - i;
-        cor = L_mac(cor, *ph, *ph); ++ph; rr.i4i4()[at] = extract_h(cor);
-        cor = L_mac(cor, *ph, *ph); ++ph; rr.i3i3()[at] = extract_h(cor);
-        cor = L_mac(cor, *ph, *ph); ++ph; rr.i2i2()[at] = extract_h(cor);
-        cor = L_mac(cor, *ph, *ph); ++ph; rr.i1i1()[at] = extract_h(cor);
-        cor = L_mac(cor, *ph, *ph); ++ph; rr.i0i0()[at] = extract_h(cor);
+        cor = mac1<Plain>(cor, *ph, *ph); ++ph; rr.i4i4()[at] = extract_h(cor);
+        cor = mac1<Plain>(cor, *ph, *ph); ++ph; rr.i3i3()[at] = extract_h(cor);
+        cor = mac1<Plain>(cor, *ph, *ph); ++ph; rr.i2i2()[at] = extract_h(cor);
+        cor = mac1<Plain>(cor, *ph, *ph); ++ph; rr.i1i1()[at] = extract_h(cor);
+        cor = mac1<Plain>(cor, *ph, *ph); ++ph; rr.i0i0()[at] = extract_h(cor);
     }
     Word16 *p0, *p1, *p2, *p3, *p4;
     constexpr int ldec = kNbPos + 1;
@@ -80,17 +110,17 @@ inline void cor_h(const Word16* H, RR& rr) {
             cor = 0;
             const Word16 *a = h, *b = h + lag + kStep * k;
             for (int i = k + 1; i < kNbPos; ++i) {
-                cor = mac_step(cor, a, b);
-                cor = mac_step(cor, a, b); *p3 = extract_h(cor);
-                cor = mac_step(cor, a, b); *p2 = extract_h(cor);
-                cor = mac_step(cor, a, b); *p1 = extract_h(cor);
-                cor = mac_step(cor, a, b); *p0 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b);
+                cor = mac_step<Plain>(cor, a, b); *p3 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p2 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p1 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p0 = extract_h(cor);
                 p3 -= ldec; p2 -= ldec; p1 -= ldec; p0 -= ldec;
             }
-            cor = mac_step(cor, a, b);
-            cor = mac_step(cor, a, b); *p3 = extract_h(cor);
-            cor = mac_step(cor, a, b); *p2 = extract_h(cor);
-            cor = mac_step(cor, a, b); *p1 = extract_h(cor);
+            cor = mac_step<Plain>(cor, a, b);
+            cor = mac_step<Plain>(cor, a, b); *p3 = extract_h(cor);
+            cor = mac_step<Plain>(cor, a, b); *p2 = extract_h(cor);
+            cor = mac_step<Plain>(cor, a, b); *p1 = extract_h(cor);
             l_fin_sup -= kNbPos; --l_fin_inf;
         }
     }
@@ -104,16 +134,16 @@ inline void cor_h(const Word16* H, RR& rr) {
             cor = 0;
             const Word16 *a = h, *b = h + lag + kStep * k;
             for (int i = k + 1; i < kNbPos; ++i) {
-                cor = mac_step(cor, a, b); *p4 = extract_h(cor);
-                cor = mac_step(cor, a, b); *p3 = extract_h(cor);
-                cor = mac_step(cor, a, b); *p2 = extract_h(cor);
-                cor = mac_step(cor, a, b); *p1 = extract_h(cor);
-                cor = mac_step(cor, a, b); *p0 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p4 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p3 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p2 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p1 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p0 = extract_h(cor);
                 p4 -= ldec; p3 -= ldec; p2 -= ldec; p1 -= ldec; p0 -= ldec;
             }
-            cor = mac_step(cor, a, b); *p4 = extract_h(cor);
-            cor = mac_step(cor, a, b); *p3 = extract_h(cor);
-            cor = mac_step(cor, a, b); *p2 = extract_h(cor);
+            cor = mac_step<Plain>(cor, a, b); *p4 = extract_h(cor);
+            cor = mac_step<Plain>(cor, a, b); *p3 = extract_h(cor);
+            cor = mac_step<Plain>(cor, a, b); *p2 = extract_h(cor);
             l_fin_sup -= kNbPos; --l_fin_inf;
         }
     }
@@ -127,15 +157,15 @@ inline void cor_h(const Word16* H, RR& rr) {
             cor = 0;
             const Word16 *a = h, *b = h + lag + kStep * k;
             for (int i = k + 1; i < kNbPos; ++i) {
-                cor = mac_step(cor, a, b); *p4 = extract_h(cor);
-                cor = mac_step(cor, a, b); *p3 = extract_h(cor);
-                cor = mac_step(cor, a, b); *p2 = extract_h(cor);
-                cor = mac_step(cor, a, b); *p1 = extract_h(cor);
-                cor = mac_step(cor, a, b); *p0 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p4 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p3 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p2 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p1 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p0 = extract_h(cor);
                 p4 -= ldec; p3 -= ldec; p2 -= ldec; p1 -= ldec; p0 -= ldec;
             }
-            cor = mac_step(cor, a, b); *p4 = extract_h(cor);
-            cor = mac_step(cor, a, b); *p3 = extract_h(cor);
+            cor = mac_step<Plain>(cor, a, b); *p4 = extract_h(cor);
+            cor = mac_step<Plain>(cor, a, b); *p3 = extract_h(cor);
             l_fin_sup -= kNbPos; --l_fin_inf;
         }
     }
@@ -149,35 +179,22 @@ inline void cor_h(const Word16* H, RR& rr) {
             cor = 0;
             const Word16 *a = h, *b = h + lag + kStep * k;
             for (int i = k + 1; i < kNbPos; ++i) {
-                cor = mac_step(cor, a, b); *p3 = extract_h(cor);
-                cor = mac_step(cor, a, b);
-                cor = mac_step(cor, a, b); *p2 = extract_h(cor);
-                cor = mac_step(cor, a, b); *p1 = extract_h(cor);
-                cor = mac_step(cor, a, b); *p0 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p3 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b);
+                cor = mac_step<Plain>(cor, a, b); *p2 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p1 = extract_h(cor);
+                cor = mac_step<Plain>(cor, a, b); *p0 = extract_h(cor);
                 p3 -= ldec; p2 -= ldec; p1 -= ldec; p0 -= ldec;
             }
-            cor = mac_step(cor, a, b); *p3 = extract_h(cor);
+            cor = mac_step<Plain>(cor, a, b); *p3 = extract_h(cor);
             l_fin_sup -= kNbPos; --l_fin_inf;
         }
     }
 }
 
-/// Cor_h_X: the target filtered backwards through h, normalised to 13 bits.
-inline void cor_h_x(const Word16* h, const Word16* x, Word16* d) {
-    Word32 y32[kSubfr];
-    Word32 max = 0;
-    for (int i = 0; i < kSubfr; ++i) {
-        Word32 s = 0;
-        for (int j = i; j < kSubfr; ++j) s = L_mac(s, x[j], h[j - i]);
-        y32[i] = s;
-        s = L_abs(s);
-        if (L_sub(s, max) > 0) max = s;
-    }
-    Word16 j = norm_l(max);
-    if (j > 16) j = 16;
-    j = sub(18, j);
-    for (int i = 0; i < kSubfr; ++i) d[i] = extract_l(L_shr(y32[i], j));
-}
+/// Cor_h_X: the target filtered backwards through h, normalised to 13 bits
+/// (the correlations in 32-bit lanes when the energy bound allows).
+inline void cor_h_x(const Word16* h, const Word16* x, Word16* d) { g729p::cor_h_x(h, x, d); }
 
 }  // namespace g729c
 ZEPS_END_VARIANT

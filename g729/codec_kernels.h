@@ -41,22 +41,33 @@ inline Word16 syn_sample_saturating(const Word16* a, Word16 x, Past y_at, Flag& 
 /// While 2 * sum|a| * max|value so far| stays within 31 bits no product or
 /// partial sum of the reference's L_mult / L_msu chain can saturate, and the
 /// sample is the plain 32-bit sum; otherwise the saturating operators run.
+/// The 10 newest outputs ride in a window of locals (w[0] the newest), so
+/// the recursion never waits on a store to memory.
 inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, const Word16* mem) {
-    Word16 hist[kOrder];
-    for (int i = 0; i < kOrder; ++i) hist[i] = mem[i];
+    Word32 w[kOrder];
+    for (int k = 0; k < kOrder; ++k) w[k] = mem[kOrder - 1 - k];
+    Word32 c[kOrder + 1];
     std::int64_t sum_a = 0;
-    for (int j = 0; j <= kOrder; ++j) sum_a += a[j] < 0 ? -std::int64_t{a[j]} : a[j];
+    for (int j = 0; j <= kOrder; ++j) {
+        c[j] = a[j];
+        sum_a += a[j] < 0 ? -std::int64_t{a[j]} : a[j];
+    }
+    // The plain sum holds while peak <= limit (2 sum_a peak <= MAX_32).
+    const std::int64_t limit = sum_a == 0 ? std::int64_t{1} << 40 : MAX_32 / (2 * sum_a);
+    // Every value is a Word16 (|v| <= 32768): with limit >= 32768 the plain
+    // sum always holds and the peak need not be followed.
+    const bool always_plain = limit >= 32768;
     std::int64_t peak = 0;
-    for (int j = 0; j < kOrder; ++j) peak = std::max<std::int64_t>(peak, hist[j] < 0 ? -std::int64_t{hist[j]} : hist[j]);
+    for (int j = 0; j < kOrder; ++j) peak = std::max<std::int64_t>(peak, w[j] < 0 ? -std::int64_t{w[j]} : w[j]);
     Flag ovf = false;
     for (int i = 0; i < lg; ++i) {
-        auto y_at = [&](int j) { return i - j >= 0 ? y[i - j] : hist[kOrder + i - j]; };
         const Word16 xi = x[i];
-        peak = std::max<std::int64_t>(peak, xi < 0 ? -std::int64_t{xi} : xi);
+        if (!always_plain) peak = std::max<std::int64_t>(peak, xi < 0 ? -std::int64_t{xi} : xi);
         Word16 out;
-        if (2 * sum_a * peak <= MAX_32) {
-            Word32 s = 2 * Word32{a[0]} * xi;
-            for (int j = 1; j <= kOrder; ++j) s -= 2 * Word32{a[j]} * y_at(j);
+        if (always_plain || peak <= limit) {
+            Word32 acc = 0;
+            for (int j = 1; j <= kOrder; ++j) acc += c[j] * w[j - 1];
+            Word32 s = 2 * (c[0] * xi - acc);
             if (s > 0x0fffffff || s < -0x10000000) {
                 ovf = true;
                 s = s > 0 ? MAX_32 : MIN_32;
@@ -70,10 +81,12 @@ inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, const 
                 out = extract_h(s + 0x8000);
             }
         } else {
-            out = syn_sample_saturating(a, xi, y_at, ovf);
+            out = syn_sample_saturating(a, xi, [&](int j) { return static_cast<Word16>(w[j - 1]); }, ovf);
         }
+        for (int k = kOrder - 1; k > 0; --k) w[k] = w[k - 1];
+        w[0] = out;
         y[i] = out;
-        peak = std::max<std::int64_t>(peak, out < 0 ? -std::int64_t{out} : out);
+        if (!always_plain) peak = std::max<std::int64_t>(peak, out < 0 ? -std::int64_t{out} : out);
     }
     return ovf;
 }

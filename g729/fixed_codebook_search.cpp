@@ -12,6 +12,7 @@
 #include "common/args.h"
 #include "common/exports.h"
 #include "g729/acelp_kernels.h"
+#include "g729/acelp_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -50,52 +51,57 @@ Word16 d4i40_17(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y, Wor
     const Word16 average = extract_l(L_shr(L32, 4));
     const Word16 thres = add(mult(sub(max0, average), kThreshFcb), average);
 
+    // Signs into the cross blocks: entry (i, j) of block (a, b) times
+    // mult(sign of position i of track a, sign of position j of track b).
+    // A sign is 0x7fff or 0x8000: the products for either first sign are
+    // set up once per track.
     {
-        Word16 *p01 = rr.i0i1(), *p02 = rr.i0i2(), *p03 = rr.i0i3(), *p04 = rr.i0i4();
-        for (int i0 = 0; i0 < kSubfr; i0 += kStep)
-            for (int i1 = 1; i1 < kSubfr; i1 += kStep) {
-                *p01 = mult(*p01, mult(p_sign[i0], p_sign[i1])); ++p01;
-                *p02 = mult(*p02, mult(p_sign[i0], p_sign[i1 + 1])); ++p02;
-                *p03 = mult(*p03, mult(p_sign[i0], p_sign[i1 + 2])); ++p03;
-                *p04 = mult(*p04, mult(p_sign[i0], p_sign[i1 + 3])); ++p04;
+        Word16 gp[kStep][kNbPos], gn[kStep][kNbPos];
+        for (int t = 1; t < kStep; ++t)
+            for (int k = 0; k < kNbPos; ++k) {
+                gp[t][k] = mult(0x7fff, p_sign[t + kStep * k]);
+                gn[t][k] = mult(static_cast<Word16>(0x8000), p_sign[t + kStep * k]);
             }
-        Word16 *p12 = rr.i1i2(), *p13 = rr.i1i3(), *p14 = rr.i1i4();
-        for (int i1 = 1; i1 < kSubfr; i1 += kStep)
-            for (int i2 = 2; i2 < kSubfr; i2 += kStep) {
-                *p12 = mult(*p12, mult(p_sign[i1], p_sign[i2])); ++p12;
-                *p13 = mult(*p13, mult(p_sign[i1], p_sign[i2 + 1])); ++p13;
-                *p14 = mult(*p14, mult(p_sign[i1], p_sign[i2 + 2])); ++p14;
-            }
-        Word16 *p23 = rr.i2i3(), *p24 = rr.i2i4();
-        for (int i2 = 2; i2 < kSubfr; i2 += kStep)
-            for (int i3 = 3; i3 < kSubfr; i3 += kStep) {
-                *p23 = mult(*p23, mult(p_sign[i2], p_sign[i3])); ++p23;
-                *p24 = mult(*p24, mult(p_sign[i2], p_sign[i3 + 1])); ++p24;
-            }
+        auto fold = [&](Word16* block, int ta, int tb) {
+            for (int r = 0; r < kNbPos; ++r)
+                mult8(block + kNbPos * r, p_sign[ta + kStep * r] > 0 ? gp[tb] : gn[tb]);
+        };
+        fold(rr.i0i1(), 0, 1);
+        fold(rr.i0i2(), 0, 2);
+        fold(rr.i0i3(), 0, 3);
+        fold(rr.i0i4(), 0, 4);
+        fold(rr.i1i2(), 1, 2);
+        fold(rr.i1i3(), 1, 3);
+        fold(rr.i1i4(), 1, 4);
+        fold(rr.i2i3(), 2, 3);
+        fold(rr.i2i4(), 2, 4);
     }
 
     Word16 ip0 = 0, ip1 = 1, ip2 = 2, ip3 = 3, psc = 0, alpha = MAX_16;
     Word16 time = add(kMaxTime, extra);
-    const Word16 *r00 = rr.i0i0(), *r01 = rr.i0i1(), *r02 = rr.i0i2(), *r03 = rr.i0i3(), *r04 = rr.i0i4();
-    // One candidate of the fourth loop: keep it when ps3^2/alp3 beats the best.
-    auto try_fourth = [&](Word16 ps2, Word32 alp2, Word16 rdiag, Word16 r0, Word16 r1, Word16 r2, int i0, int i1,
-                          int i2, int i3) {
-        const Word16 ps3 = add(ps2, dn[i3]);
-        Word32 alp3 = L_mac(alp2, rdiag, 1);
-        alp3 = L_mac(alp3, r0, 2);
-        alp3 = L_mac(alp3, r1, 2);
-        alp3 = L_mac(alp3, r2, 2);
-        const Word16 alp = extract_l(L_shr(alp3, 5));
-        const Word16 ps3c = mult(ps3, ps3);
-        if (L_msu(L_mult(ps3c, alpha), psc, alp) > 0) {
-            psc = ps3c;
-            alpha = alp;
-            ip0 = static_cast<Word16>(i0);
-            ip1 = static_cast<Word16>(i1);
-            ip2 = static_cast<Word16>(i2);
-            ip3 = static_cast<Word16>(i3);
-        }
+    // dn at the positions of tracks 3 and 4, for the eight-wide fourth pulse.
+    Word16 dn3[kNbPos], dn4[kNbPos];
+    for (int k = 0; k < kNbPos; ++k) {
+        dn3[k] = dn[3 + kStep * k];
+        dn4[k] = dn[4 + kStep * k];
+    }
+    // The fourth pulse on one track (first position first): keep a candidate
+    // when ps3^2/alp3 beats the best so far.
+    auto fourth_track = [&](Word16 ps2, Word32 alp2, const Word16* dn8, const Word16* rd, const Word16* r0,
+                            const Word16* r1, const Word16* r2, int i0, int i1, int i2, int first) {
+        Word16 sq[kNbPos], al[kNbPos];
+        fourth_pulse(ps2, alp2, dn8, rd, r0, r1, r2, sq, al);
+        for (int k = 0; k < kNbPos; ++k)
+            if (L_msu(L_mult(sq[k], alpha), psc, al[k]) > 0) {
+                psc = sq[k];
+                alpha = al[k];
+                ip0 = static_cast<Word16>(i0);
+                ip1 = static_cast<Word16>(i1);
+                ip2 = static_cast<Word16>(i2);
+                ip3 = static_cast<Word16>(first + kStep * k);
+            }
     };
+    const Word16 *r00 = rr.i0i0(), *r01 = rr.i0i1(), *r02 = rr.i0i2(), *r03 = rr.i0i3(), *r04 = rr.i0i4();
     for (int i0 = 0; i0 < kSubfr; i0 += kStep) {
         const Word16 ps0 = dn[i0];
         const Word16 alp0 = *r00++;
@@ -112,22 +118,13 @@ Word16 d4i40_17(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y, Wor
                 alp2 = L_mac(alp2, *r02++, 2);
                 alp2 = L_mac(alp2, *r12++, 2);
                 if (ps2 > thres) {
-                    const Word16* r33 = rr.i3i3();
-                    for (int i3 = 3; i3 < kSubfr; i3 += kStep)
-                        try_fourth(ps2, alp2, *r33++, *r03++, *r13++, *r23++, i0, i1, i2, i3);
-                    r03 -= kNbPos;
-                    r13 -= kNbPos;
-                    const Word16* r44 = rr.i4i4();
-                    for (int i3 = 4; i3 < kSubfr; i3 += kStep)
-                        try_fourth(ps2, alp2, *r44++, *r04++, *r14++, *r24++, i0, i1, i2, i3);
-                    r04 -= kNbPos;
-                    r14 -= kNbPos;
+                    fourth_track(ps2, alp2, dn3, rr.i3i3(), r03, r13, r23, i0, i1, i2, 3);
+                    fourth_track(ps2, alp2, dn4, rr.i4i4(), r04, r14, r24, i0, i1, i2, 4);
                     time = sub(time, 1);
                     if (time <= 0) goto end_search;
-                } else {
-                    r23 += kNbPos;
-                    r24 += kNbPos;
                 }
+                r23 += kNbPos;
+                r24 += kNbPos;
             }
             r02 -= kNbPos;
             r13 += kNbPos;

@@ -11,6 +11,7 @@
 #include "common/args.h"
 #include "common/exports.h"
 #include "g729/acelp_kernels.h"
+#include "g729/acelp_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -36,44 +37,54 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             dn[i] = negate(dn[i]);
         }
     }
-    // Signs into the cross blocks, in the reference's interleaved order.
+    // Signs into the cross blocks: row i of block (a, b) times the signs of
+    // track b (or their opposites when position i of track a is negative).
     {
-        Word16 *p0 = rr.i0i1(), *p1 = rr.i0i2(), *p2 = rr.i0i3(), *p3 = rr.i0i4();
-        for (int i0 = 0; i0 < kSubfr; i0 += kStep) {
-            const Word16* psign = sign_dn[i0] < 0 ? sign_dn_inv : sign_dn;
-            for (int i1 = 1; i1 < kSubfr; i1 += kStep) {
-                *p0 = mult(*p0, psign[i1]); ++p0;
-                *p1 = mult(*p1, psign[i1 + 1]); ++p1;
-                *p2 = mult(*p2, psign[i1 + 2]); ++p2;
-                *p3 = mult(*p3, psign[i1 + 3]); ++p3;
+        Word16 sg[kStep][kNbPos], sgi[kStep][kNbPos];
+        for (int t = 1; t < kStep; ++t)
+            for (int k = 0; k < kNbPos; ++k) {
+                sg[t][k] = sign_dn[t + kStep * k];
+                sgi[t][k] = sign_dn_inv[t + kStep * k];
             }
-        }
-        p0 = rr.i1i2(); p1 = rr.i1i3(); p2 = rr.i1i4();
-        for (int i1 = 1; i1 < kSubfr; i1 += kStep) {
-            const Word16* psign = sign_dn[i1] < 0 ? sign_dn_inv : sign_dn;
-            for (int i2 = 2; i2 < kSubfr; i2 += kStep) {
-                *p0 = mult(*p0, psign[i2]); ++p0;
-                *p1 = mult(*p1, psign[i2 + 1]); ++p1;
-                *p2 = mult(*p2, psign[i2 + 2]); ++p2;
-            }
-        }
-        p0 = rr.i2i3(); p1 = rr.i2i4();
-        for (int i2 = 2; i2 < kSubfr; i2 += kStep) {
-            const Word16* psign = sign_dn[i2] < 0 ? sign_dn_inv : sign_dn;
-            for (int i3 = 3; i3 < kSubfr; i3 += kStep) {
-                *p0 = mult(*p0, psign[i3]); ++p0;
-                *p1 = mult(*p1, psign[i3 + 1]); ++p1;
-            }
-        }
+        auto fold = [&](Word16* block, int ta, int tb) {
+            for (int r = 0; r < kNbPos; ++r)
+                mult8(block + kNbPos * r, sign_dn[ta + kStep * r] < 0 ? sgi[tb] : sg[tb]);
+        };
+        fold(rr.i0i1(), 0, 1);
+        fold(rr.i0i2(), 0, 2);
+        fold(rr.i0i3(), 0, 3);
+        fold(rr.i0i4(), 0, 4);
+        fold(rr.i1i2(), 1, 2);
+        fold(rr.i1i3(), 1, 3);
+        fold(rr.i1i4(), 1, 4);
+        fold(rr.i2i3(), 2, 3);
+        fold(rr.i2i4(), 2, 4);
     }
 
+    // dn at the positions of tracks 1 and 2, for the eight-wide last pulse.
+    Word16 dn1[kNbPos], dn2[kNbPos], tmp_vect[kNbPos];
+    for (int k = 0; k < kNbPos; ++k) {
+        dn1[k] = dn[1 + kStep * k];
+        dn2[k] = dn[2 + kStep * k];
+    }
+    auto last_pair = [&](Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* row, std::int32_t tmax, int i2,
+                         int first, Word16& sq, Word16& alp, Word16& ix, Word16& iy) {
+        Word16 sq8[kNbPos], alp8[kNbPos];
+        pair_pulse_a(ps1, alp1, dn8, row, tmp_vect, max_abs8(row), tmax, sq8, alp8);
+        for (int k = 0; k < kNbPos; ++k)
+            if (better(sq8[k], alp8[k], sq, alp)) {
+                sq = sq8[k];
+                alp = alp8[k];
+                ix = static_cast<Word16>(i2);
+                iy = static_cast<Word16>(first + kStep * k);
+            }
+    };
     Word16 psk = -1, alpk = 1;
     Word16* ptr_rri0i3_i4 = rr.i0i3();
     Word16* ptr_rri1i3_i4 = rr.i1i3();
     Word16* ptr_rri2i3_i4 = rr.i2i3();
     Word16* ptr_rri3i3_i4 = rr.i3i3();
     Word16 ip0 = 0, ip1 = 1, ip2 = 2, ip3 = 3, ix = 0, iy = 0, ps = 0;
-    Word16 tmp_vect[kNbPos];
     for (int track = 3; track < 5; ++track) {
         // Pulses in tracks 2 and 3/4 first, then tracks 0 and 1.
         Word16 sq = -1, alp = 1, prev_i0 = -1, i0 = 0;
@@ -125,25 +136,14 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             p1 = ptr_rri0i3_i4 + mult(i1b, 6554);
             p2 = rr.i0i0();
             const Word16* p3c = rr.i0i1();
+            const std::int32_t tmax = max_abs8(tmp_vect);
             for (int i2 = 0; i2 < kSubfr; i2 += kStep) {
                 const Word16 ps1 = add(ps0, dn[i2]);
                 Word32 alp1 = L_mac(alp0, *p0, k1_8); p0 += kNbPos;
                 alp1 = L_mac(alp1, *p1, k1_8); p1 += kNbPos;
                 alp1 = L_mac(alp1, *p2++, k1_16);
-                const Word16* p4 = tmp_vect;
-                for (int i3 = 1; i3 < kSubfr; i3 += kStep) {
-                    const Word16 ps2 = add(ps1, dn[i3]);
-                    Word32 alp2 = L_mac(alp1, *p3c++, k1_8);
-                    alp2 = L_mac(alp2, *p4++, k1_2);
-                    const Word16 sq2 = mult(ps2, ps2);
-                    const Word16 alp_16 = round_fx(alp2);
-                    if (better(sq2, alp_16, sq, alp)) {
-                        sq = sq2;
-                        alp = alp_16;
-                        ix = static_cast<Word16>(i2);
-                        iy = static_cast<Word16>(i3);
-                    }
-                }
+                last_pair(ps1, alp1, dn1, p3c, tmax, i2, 1, sq, alp, ix, iy);
+                p3c += kNbPos;
             }
         }
         if (better(sq, alp, psk, alpk)) {
@@ -210,25 +210,14 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             p1 = rr.i0i1() + i1_offset;
             p2 = rr.i1i1();
             const Word16* p3c = rr.i1i2();
+            const std::int32_t tmax = max_abs8(tmp_vect);
             for (int i2 = 1; i2 < kSubfr; i2 += kStep) {
                 const Word16 ps1 = add(ps0, dn[i2]);
                 Word32 alp1 = L_mac(alp0, *p0, k1_8); p0 += kNbPos;
                 alp1 = L_mac(alp1, *p1++, k1_8);
                 alp1 = L_mac(alp1, *p2++, k1_16);
-                const Word16* p4 = tmp_vect;
-                for (int i3 = 2; i3 < kSubfr; i3 += kStep) {
-                    const Word16 ps2 = add(ps1, dn[i3]);
-                    Word32 alp2 = L_mac(alp1, *p3c++, k1_8);
-                    alp2 = L_mac(alp2, *p4++, k1_2);
-                    const Word16 sq2 = mult(ps2, ps2);
-                    const Word16 alp_16 = round_fx(alp2);
-                    if (better(sq2, alp_16, sq, alp)) {
-                        sq = sq2;
-                        alp = alp_16;
-                        ix = static_cast<Word16>(i2);
-                        iy = static_cast<Word16>(i3);
-                    }
-                }
+                last_pair(ps1, alp1, dn2, p3c, tmax, i2, 2, sq, alp, ix, iy);
+                p3c += kNbPos;
             }
         }
         if (better(sq, alp, psk, alpk)) {

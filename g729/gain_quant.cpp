@@ -9,6 +9,8 @@
 #include "common/args.h"
 #include "common/exports.h"
 #include "g729/codec_kernels.h"
+#include "g729/fast_ops.h"
+#include "g729/pitch_kernels.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -20,35 +22,45 @@ constexpr Word16 kInvCoef = -17103;  // INV_COEF, Q19
 constexpr Word16 kGpClip2 = 481;     // GPCLIP2, Q9
 constexpr Word16 kGp0999 = 16383;    // GP0999, Q14
 
+/// An L_mac chain over 40 products from init (0 or 1): exact in 32-bit lanes
+/// when the sums of squares ex, ey prove that no partial sum can saturate
+/// (2 sqrt(ex ey) <= MAX_32, so 2 |sum| is even and at most MAX_32 - 1);
+/// the reference's loop with its overflow flag otherwise.
+inline Word32 mac40(Word32 init, const Word16* x, const Word16* y, std::int64_t ex, std::int64_t ey, Flag& ovf) {
+    if (g729p::dot_is_safe(ex, ey)) return init + 2 * g729p::dot_lanes(x, y, kSubfr);
+    return g729p::dot40(x, y, init, ovf);
+}
+
 /// G_pitch: the gain <x,y>/<y,y> (Q14, 0..1.2) and the normalised
-/// correlations g_coeff = {yy, 15 - exp_yy, xy, 15 - exp_xy}.
+/// correlations g_coeff = {yy, 15 - exp_yy, xy, 15 - exp_xy}. An energy
+/// chain of non-negative terms saturates exactly when its exact sum passes
+/// MAX_32 and then stays there: the clamped exact sum is its value.
 Word16 g_pitch(const Word16* xn, const Word16* y1, Word16* g_coeff) {
     Word16 scaled[kSubfr];
     for (int i = 0; i < kSubfr; ++i) scaled[i] = shr(y1[i], 2);
+    const std::int64_t ey = g729p::energy64(y1, kSubfr), ex = g729p::energy64(xn, kSubfr);
     Flag ovf = false;
-    Word32 s = 1;
-    for (int i = 0; i < kSubfr; ++i) s = L_mac(s, y1[i], y1[i], ovf);
+    Word32 s = g729p::energy40_sat(ey, 1, ovf);
     Word16 exp_yy, yy;
     if (!ovf) {
         exp_yy = norm_l(s);
         yy = round_fx(L_shl(s, exp_yy));
     } else {
-        s = 1;
-        for (int i = 0; i < kSubfr; ++i) s = L_mac(s, scaled[i], scaled[i]);
+        Flag unused = false;
+        s = g729p::energy40_sat(g729p::energy64(scaled, kSubfr), 1, unused);
         exp_yy = norm_l(s);
         yy = round_fx(L_shl(s, exp_yy));
         exp_yy = sub(exp_yy, 4);
     }
     ovf = false;
-    s = 0;
-    for (int i = 0; i < kSubfr; ++i) s = L_mac(s, xn[i], y1[i], ovf);
+    s = mac40(0, xn, y1, ex, ey, ovf);
     Word16 exp_xy, xy;
     if (!ovf) {
         exp_xy = norm_l(s);
         xy = round_fx(L_shl(s, exp_xy));
     } else {
-        s = 0;
-        for (int i = 0; i < kSubfr; ++i) s = L_mac(s, xn[i], scaled[i]);
+        Flag unused = false;
+        s = mac40(0, xn, scaled, ex, g729p::energy64(scaled, kSubfr), unused);
         exp_xy = norm_l(s);
         xy = round_fx(L_shl(s, exp_xy));
         exp_xy = sub(exp_xy, 2);
@@ -71,18 +83,17 @@ Word16 g_pitch(const Word16* xn, const Word16* y1, Word16* g_coeff) {
 void corr_xy2(const Word16* xn, const Word16* y1, const Word16* y2, Word16* g_coeff, Word16* exp_g_coeff) {
     Word16 scaled_y2[kSubfr];
     for (int i = 0; i < kSubfr; ++i) scaled_y2[i] = shr(y2[i], 3);
-    Word32 L_acc = 1;
-    for (int i = 0; i < kSubfr; ++i) L_acc = L_mac(L_acc, scaled_y2[i], scaled_y2[i]);
+    const std::int64_t es = g729p::energy64(scaled_y2, kSubfr);
+    Flag unused = false;
+    Word32 L_acc = g729p::energy40_sat(es, 1, unused);
     Word16 exp = norm_l(L_acc);
     g_coeff[2] = round_fx(L_shl(L_acc, exp));
     exp_g_coeff[2] = add(exp, 19 - 16);
-    L_acc = 1;
-    for (int i = 0; i < kSubfr; ++i) L_acc = L_mac(L_acc, xn[i], scaled_y2[i]);
+    L_acc = mac40(1, xn, scaled_y2, g729p::energy64(xn, kSubfr), es, unused);
     exp = norm_l(L_acc);
     g_coeff[3] = negate(round_fx(L_shl(L_acc, exp)));
     exp_g_coeff[3] = sub(add(exp, 10 - 16), 1);
-    L_acc = 1;
-    for (int i = 0; i < kSubfr; ++i) L_acc = L_mac(L_acc, y1[i], scaled_y2[i]);
+    L_acc = mac40(1, y1, scaled_y2, g729p::energy64(y1, kSubfr), es, unused);
     exp = norm_l(L_acc);
     g_coeff[4] = round_fx(L_shl(L_acc, exp));
     exp_g_coeff[4] = sub(add(exp, 10 - 16), 1);
@@ -207,11 +218,11 @@ Word16 qua_gain(const Word16* code, const Word16* g_coeff, const Word16* exp_coe
             const Word16 g2_pitch = mult(g_pitch, g_pitch);
             const Word16 g2_code = mult(g_code, g_code);
             const Word16 g_pit_cod = mult(g_code, g_pitch);
-            Word32 d = Mpy_32_16(c[0].hi, c[0].lo, g2_pitch);
-            d = L_add(d, Mpy_32_16(c[1].hi, c[1].lo, g_pitch));
-            d = L_add(d, Mpy_32_16(c[2].hi, c[2].lo, g2_code));
-            d = L_add(d, Mpy_32_16(c[3].hi, c[3].lo, g_code));
-            d = L_add(d, Mpy_32_16(c[4].hi, c[4].lo, g_pit_cod));
+            Word32 d = Mpy_32_16_fast(c[0].hi, c[0].lo, g2_pitch);
+            d = L_add(d, Mpy_32_16_fast(c[1].hi, c[1].lo, g_pitch));
+            d = L_add(d, Mpy_32_16_fast(c[2].hi, c[2].lo, g2_code));
+            d = L_add(d, Mpy_32_16_fast(c[3].hi, c[3].lo, g_code));
+            d = L_add(d, Mpy_32_16_fast(c[4].hi, c[4].lo, g_pit_cod));
             if (L_sub(d, L_dist_min) < 0) {
                 L_dist_min = d;
                 index1 = static_cast<Word16>(cand1 + i);

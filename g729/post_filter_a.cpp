@@ -5,11 +5,13 @@
 // impulse response of A(z/0.55)/A(z/0.7), short-term filter 1/A(z/0.7) and
 // adaptive gain control (AGC factor 0.9). Speech Q0, LP coefficients Q12,
 // gains Q15 / Q12.
+#include <cstdint>
 #include <cstring>
 
 #include "common/args.h"
 #include "common/exports.h"
 #include "g729/codec_kernels.h"
+#include "g729/pitch_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -51,15 +53,19 @@ void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word
     const bool plain = 2 * span + 1 <= MAX_32;
     Word32 cor_max = MIN_32;
     Word16 t0 = t0_min;
+    // Under that bound every pair sum of the 32-bit lanes is exact too.
+    auto dot = [plain](Word32 init, const Word16* a, const Word16* b) {
+        return plain ? init + 2 * g729p::dot_lanes(a, b, kSubfr) : mac_sum(init, a, b, kSubfr, false);
+    };
     for (Word16 i = t0_min; i <= t0_max; ++i) {
-        const Word32 corr = mac_sum(0, scal, scal - i, kSubfr, plain);
+        const Word32 corr = dot(0, scal, scal - i);
         if (L_sub(corr, cor_max) > 0) {
             cor_max = corr;
             t0 = i;
         }
     }
-    const Word32 ener = mac_sum(1, scal - t0, scal - t0, kSubfr, plain);
-    const Word32 ener0 = mac_sum(1, scal, scal, kSubfr, plain);
+    const Word32 ener = dot(1, scal - t0, scal - t0);
+    const Word32 ener0 = dot(1, scal, scal);
     if (cor_max < 0) cor_max = 0;
     Word32 temp = cor_max;
     if (ener > temp) temp = ener;
@@ -119,24 +125,28 @@ void preemphasis(Word16* x, Word16 g, Word16& mem) {
     mem = last;
 }
 
+/// The L_mac chain of (x >> 2)^2 over a subframe: its terms are
+/// non-negative, so the chain is the exact doubled sum clamped at MAX_32.
+inline Word32 quarter_energy(const Word16* x) {
+    std::int64_t e = 0;  // at most 40 * 8192^2
+    for (int i = 0; i < kSubfr; ++i) {
+        const std::int32_t v = x[i] >> 2;
+        e += v * v;
+    }
+    const std::int64_t d = 2 * e;
+    return d > MAX_32 ? MAX_32 : static_cast<Word32>(d);
+}
+
 /// agc: scales out so that its energy follows the input's, smoothed by AGC_FAC.
 void agc(const Word16* in, Word16* out, Word16& past_gain) {
-    Word32 s = 0;
-    for (int i = 0; i < kSubfr; ++i) {
-        const Word16 v = shr(out[i], 2);
-        s = L_mac(s, v, v);
-    }
+    Word32 s = quarter_energy(out);
     if (s == 0) {
         past_gain = 0;
         return;
     }
     Word16 exp = sub(norm_l(s), 1);
     const Word16 gain_out = round_fx(L_shl(s, exp));
-    s = 0;
-    for (int i = 0; i < kSubfr; ++i) {
-        const Word16 v = shr(in[i], 2);
-        s = L_mac(s, v, v);
-    }
+    s = quarter_energy(in);
     Word16 g0;
     if (s == 0) {
         g0 = 0;

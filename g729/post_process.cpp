@@ -4,11 +4,13 @@
 // and rounded, on the state of zepsHighPassFilterInit_G729. The filter
 // memory is the unshifted Q15 accumulator, as in zepsHighPassFilter_G729_16s_ISfs
 // with scaleFactor 13; only the output differs (round(2 acc) for round(acc)).
+#include <cstdint>
 #include <cstring>
 
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
+#include "g729/fast_ops.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -21,6 +23,37 @@ struct HighPassState {
 };
 static_assert(sizeof(HighPassState) == 24);
 
+/// Mpy_32_16(L_Extract(y), a) as a plain value; ok is cleared when the
+/// reference's L_mult or L_mac inside it would saturate.
+inline std::int64_t memory_term_exact(Word32 y, Word16 a, bool& ok) {
+    const std::int64_t hi = y >> 16, lo = (y >> 1) & 0x7fff;
+    const std::int64_t p = 2 * hi * a;
+    const std::int64_t m = p + 2 * ((lo * a) >> 15);
+    ok = ok && fits32(p) && fits32(m);
+    return m;
+}
+
+/// One accumulator of the filter (before the output doubling): plain 64-bit
+/// sums in the reference's order, each partial sum the reference saturates
+/// range-checked; the saturating operators redo a sample that leaves the
+/// 32-bit range.
+inline Word32 accumulate(Word32 y1, Word32 y2, Word16 xn, Word16 xm1, Word16 xm2, const Word16* c) {
+    const Word16 b0 = c[0], b1 = c[1], b2 = c[2], a1 = c[4], a2 = c[5];
+    bool ok = true;
+    const std::int64_t s1 = memory_term_exact(y1, a1, ok) + memory_term_exact(y2, a2, ok);
+    const std::int64_t s2 = s1 + 2 * std::int64_t{xn} * b0;
+    const std::int64_t s3 = s2 + 2 * std::int64_t{xm1} * b1;
+    const std::int64_t s4 = s3 + 2 * std::int64_t{xm2} * b2;
+    if (ok && fits32(s1) && fits32(s2) && fits32(s3) && fits32(s4)) return L_shl_fast(static_cast<Word32>(s4), 2);
+    const DPF d1 = L_Extract(y1), d2 = L_Extract(y2);
+    Word32 t = Mpy_32_16(d1.hi, d1.lo, a1);
+    t = L_add(t, Mpy_32_16(d2.hi, d2.lo, a2));
+    t = L_mac(t, xn, b0);
+    t = L_mac(t, xm1, b1);
+    t = L_mac(t, xm2, b2);
+    return L_shl(t, 2);
+}
+
 }  // namespace
 
 ZepStatus zepsPostProcess_G729_16s_I(Zep16s* pSrcDst, int len, Zep8u* pState) {
@@ -28,17 +61,10 @@ ZepStatus zepsPostProcess_G729_16s_I(Zep16s* pSrcDst, int len, Zep8u* pState) {
     if (len < 1) return zepStsSizeErr;
     HighPassState st;
     std::memcpy(&st, pState, sizeof st);
-    const Word16 b0 = st.coef[0], b1 = st.coef[1], b2 = st.coef[2], a1 = st.coef[4], a2 = st.coef[5];
     for (int i = 0; i < len; ++i) {
         const Word16 x0 = pSrcDst[i];
-        const DPF d1 = L_Extract(st.y1), d2 = L_Extract(st.y2);
-        Word32 t = Mpy_32_16(d1.hi, d1.lo, a1);
-        t = L_add(t, Mpy_32_16(d2.hi, d2.lo, a2));
-        t = L_mac(t, x0, b0);
-        t = L_mac(t, st.x1, b1);
-        t = L_mac(t, st.x2, b2);
-        t = L_shl(t, 2);
-        pSrcDst[i] = round_fx(L_shl(t, 1));
+        const Word32 t = accumulate(st.y1, st.y2, x0, st.x1, st.x2, st.coef);
+        pSrcDst[i] = round_fx(L_shl_fast(t, 1));
         st.y2 = st.y1;
         st.y1 = t;
         st.x2 = st.x1;

@@ -706,6 +706,26 @@ ZEPSAPI ZepStatus zepsSynthesisFilter_G729_16s(const Zep16s* pLPC, const Zep16s*
                                                Zep16s* pSrcDstMem, int update);
 
 /**
+ * Order-10 synthesis filter 1/A(z) in single precision (G.729 Annex C
+ * syn_filt): per sample s = x, then s -= a[j] * y[-j] for j = 1..10 in that
+ * order, y = s. The same float operations in the same order on every
+ * processor build. pDst may equal pSrc; pSrcDstMem may overlap pDst (it is
+ * read before any output is written).
+ * @param pLPC       A(z), 11 values; pLPC[0] is taken as 1 and not read
+ * @param pSrc       excitation, len samples
+ * @param pDst       synthesis, len samples
+ * @param len        number of samples, at least 1 (40 in the codec)
+ * @param pSrcDstMem the 10 past outputs, oldest first; replaced by the last
+ *                   10 outputs (earlier memory values when len < 10) if update is not 0
+ * @param update     0: memory left as it is; otherwise updated
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsSizeErr if
+ *         len < 1; else zepStsNoErr. Decision: no check on the values; an
+ *         unstable filter runs into IEEE infinities as Annex C's does.
+ */
+ZEPSAPI ZepStatus zepsSynthesisFilter_G729_32f(const Zep32f* pLPC, const Zep32f* pSrc, Zep32f* pDst, int len,
+                                               Zep32f* pSrcDstMem, int update);
+
+/**
  * Order-10 inverse filter A(z) (ITU-T G.729 3.6, Residu): y = round(L_shl(
  * L_mult(x, a0) + sum L_mult(a[j], x[-j]), 3)) with L_mac.
  * @param pLPC A(z), 11 values, Q12

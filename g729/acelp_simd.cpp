@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Out-of-line entries to the G.729 fixed-codebook kernels (g729/acelp_simd.h,
+// g729/acelp_kernels.h), vector and scalar forms, for the tests that hold
+// them against each other. Not exported from the library.
+#include "g729/acelp_kernels.h"
+#include "g729/acelp_simd.h"
+
+ZEPS_BEGIN_VARIANT
+
+void g729_fourth_pulse(Word16 ps2, Word32 alp2, const Word16* dn8, const Word16* rd, const Word16* r0,
+                       const Word16* r1, const Word16* r2, Word16* ps_sq, Word16* alp) {
+    g729c::fourth_pulse(ps2, alp2, dn8, rd, r0, r1, r2, ps_sq, alp);
+}
+
+void g729_fourth_pulse_scalar(Word16 ps2, Word32 alp2, const Word16* dn8, const Word16* rd, const Word16* r0,
+                              const Word16* r1, const Word16* r2, Word16* ps_sq, Word16* alp) {
+    g729c::fourth_pulse_scalar(ps2, alp2, dn8, rd, r0, r1, r2, ps_sq, alp);
+}
+
+void g729_pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* r, const Word16* t, Word16* ps_sq,
+                       Word16* alp) {
+    g729c::pair_pulse_a(ps1, alp1, dn8, r, t, g729c::max_abs8(r), g729c::max_abs8(t), ps_sq, alp);
+}
+
+void g729_pair_pulse_a_scalar(Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* r, const Word16* t,
+                              Word16* ps_sq, Word16* alp) {
+    g729c::pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
+}
+
+void g729_mult8(Word16* row, const Word16* g) { g729c::mult8(row, g); }
+void g729_mult8_scalar(Word16* row, const Word16* g) { g729c::mult8_scalar(row, g); }
+
+/// Cor_h's correlation chains over an already scaled h, as plain sums
+/// (plain true, valid when 2 sum h^2 fits in 31 bits) or with L_mac.
+void g729_cor_h_chains(const Word16* h, Word16* rr, bool plain) {
+    g729c::RR m;
+    if (plain)
+        g729c::cor_h_chains<true>(h, m);
+    else
+        g729c::cor_h_chains<false>(h, m);
+    for (int i = 0; i < g729c::kDimRR; ++i) rr[i] = m.v[i];
+}
+
+ZEPS_END_VARIANT

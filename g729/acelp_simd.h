@@ -1,0 +1,142 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
+// Candidate evaluation of the G.729 fixed-codebook searches (ITU-T G.729
+// 3.8 D4i40_17, Annex A A.3.8 D4i40_17_fast) eight pulse positions of one
+// track at a time, each with its scalar twin (the reference's operators).
+// The choice among the candidates stays sequential in the callers (the
+// reference's strict-improvement test in position order).
+//
+// Bounds (why the vector forms are exact):
+// - main body: every correlation is a Word16, so |alp3| <= |alp2| + 14 * 2^15;
+//   alp2 itself is a sum of at most 9 such terms, far inside 32 bits, and the
+//   vector form refuses any |alp2| above 2^30 (the scalar runs instead).
+//   add() is a saturating 16-bit add (paddsw); mult(ps, ps) is the 32-bit
+//   product shifted by 15 and packed with signed saturation, which is what
+//   mult's clamp of -32768 * -32768 gives.
+// - Annex A: alp2 = L_mac(L_mac(alp1, r, 1/8), t, 1/2) may saturate, so the
+//   vector form runs only while |alp1| + 2^13 max|r| + 2^15 max|t| <= MAX_32;
+//   round_fx(alp2) is (alp2 >> 16) + bit 15 of alp2, packed with saturation
+//   (0x8000 only arises from alp2 >= 0x7fff8000, where round_fx saturates).
+#pragma once
+
+#include <tmmintrin.h>
+
+#include <cstdint>
+
+#include "common/basic_op.h"
+
+ZEPS_BEGIN_VARIANT
+namespace g729c {
+
+inline __m128i fcb_load8(const Word16* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+inline void fcb_store8(Word16* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+
+/// Sign-extended low / high four lanes of eight 16-bit values.
+inline __m128i widen_lo(__m128i v) { return _mm_srai_epi32(_mm_unpacklo_epi16(v, v), 16); }
+inline __m128i widen_hi(__m128i v) { return _mm_srai_epi32(_mm_unpackhi_epi16(v, v), 16); }
+
+/// mult(v, v) of eight lanes: (v v) >> 15, saturated.
+inline __m128i square_q15(__m128i v) {
+    const __m128i lo = _mm_mullo_epi16(v, v), hi = _mm_mulhi_epi16(v, v);
+    const __m128i p0 = _mm_srai_epi32(_mm_unpacklo_epi16(lo, hi), 15);
+    const __m128i p1 = _mm_srai_epi32(_mm_unpackhi_epi16(lo, hi), 15);
+    return _mm_packs_epi32(p0, p1);
+}
+
+/// row[k] = mult(row[k], g[k]) for eight lanes: the reference's sign
+/// folding of a row of the correlation matrix.
+inline void mult8_scalar(Word16* row, const Word16* g) {
+    for (int k = 0; k < 8; ++k) row[k] = mult(row[k], g[k]);
+}
+
+/// mult8 in lanes: the full 32-bit product shifted by 15 and packed with
+/// signed saturation is mult() for every input (no bound needed).
+inline void mult8(Word16* row, const Word16* g) {
+    const __m128i r = fcb_load8(row), s = fcb_load8(g);
+    const __m128i lo = _mm_mullo_epi16(r, s), hi = _mm_mulhi_epi16(r, s);
+    const __m128i p0 = _mm_srai_epi32(_mm_unpacklo_epi16(lo, hi), 15);
+    const __m128i p1 = _mm_srai_epi32(_mm_unpackhi_epi16(lo, hi), 15);
+    fcb_store8(row, _mm_packs_epi32(p0, p1));
+}
+
+/// Main body, fourth pulse of D4i40_17 at the eight positions of one track:
+/// ps_sq[k] = mult(ps3, ps3) with ps3 = add(ps2, dn8[k]), and
+/// alp[k] = extract_l(L_shr(alp2 + 2 rd[k] + 4 r0[k] + 4 r1[k] + 4 r2[k], 5))
+/// with the reference's L_mac chain.
+inline void fourth_pulse_scalar(Word16 ps2, Word32 alp2, const Word16* dn8, const Word16* rd, const Word16* r0,
+                                const Word16* r1, const Word16* r2, Word16* ps_sq, Word16* alp) {
+    for (int k = 0; k < 8; ++k) {
+        const Word16 ps3 = add(ps2, dn8[k]);
+        Word32 alp3 = L_mac(alp2, rd[k], 1);
+        alp3 = L_mac(alp3, r0[k], 2);
+        alp3 = L_mac(alp3, r1[k], 2);
+        alp3 = L_mac(alp3, r2[k], 2);
+        alp[k] = extract_l(L_shr(alp3, 5));
+        ps_sq[k] = mult(ps3, ps3);
+    }
+}
+
+inline void fourth_pulse(Word16 ps2, Word32 alp2, const Word16* dn8, const Word16* rd, const Word16* r0,
+                         const Word16* r1, const Word16* r2, Word16* ps_sq, Word16* alp) {
+    if (alp2 > (1 << 30) || alp2 < -(1 << 30)) {
+        fourth_pulse_scalar(ps2, alp2, dn8, rd, r0, r1, r2, ps_sq, alp);
+        return;
+    }
+    fcb_store8(ps_sq, square_q15(_mm_adds_epi16(_mm_set1_epi16(ps2), fcb_load8(dn8))));
+    const __m128i d = fcb_load8(rd);
+    const __m128i r0v = fcb_load8(r0), r1v = fcb_load8(r1), r2v = fcb_load8(r2);
+    const __m128i base = _mm_set1_epi32(alp2);
+    auto half = [&](__m128i dw, __m128i a, __m128i b, __m128i c) {
+        const __m128i cross = _mm_add_epi32(_mm_add_epi32(a, b), c);
+        const __m128i s = _mm_add_epi32(base, _mm_add_epi32(_mm_slli_epi32(dw, 1), _mm_slli_epi32(cross, 2)));
+        return _mm_srai_epi32(_mm_slli_epi32(_mm_srai_epi32(s, 5), 16), 16);  // extract_l(s >> 5)
+    };
+    const __m128i lo = half(widen_lo(d), widen_lo(r0v), widen_lo(r1v), widen_lo(r2v));
+    const __m128i hi = half(widen_hi(d), widen_hi(r0v), widen_hi(r1v), widen_hi(r2v));
+    fcb_store8(alp, _mm_packs_epi32(lo, hi));
+}
+
+/// Annex A, last pulse pair of D4i40_17_fast at the eight positions of one
+/// track: ps_sq[k] = mult(ps2, ps2) with ps2 = add(ps1, dn8[k]), and
+/// alp[k] = round_fx(L_mac(L_mac(alp1, r[k], 1/8), t[k], 1/2)).
+inline void pair_pulse_a_scalar(Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* r, const Word16* t,
+                                Word16* ps_sq, Word16* alp) {
+    for (int k = 0; k < 8; ++k) {
+        const Word16 ps2 = add(ps1, dn8[k]);
+        Word32 alp2 = L_mac(alp1, r[k], 4096);
+        alp2 = L_mac(alp2, t[k], 16384);
+        ps_sq[k] = mult(ps2, ps2);
+        alp[k] = round_fx(alp2);
+    }
+}
+
+/// The largest magnitude of eight values (as a 32-bit count).
+inline std::int32_t max_abs8(const Word16* v) {
+    std::int32_t m = 0;
+    for (int k = 0; k < 8; ++k) {
+        const std::int32_t a = v[k] < 0 ? -std::int32_t{v[k]} : v[k];
+        if (a > m) m = a;
+    }
+    return m;
+}
+
+/// Vector form for callers that know max|r| (rmax) and max|t| (tmax).
+inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* r, const Word16* t,
+                         std::int32_t rmax, std::int32_t tmax, Word16* ps_sq, Word16* alp) {
+    const std::int64_t reach = (alp1 < 0 ? -std::int64_t{alp1} : alp1) + std::int64_t{rmax} * 8192 + std::int64_t{tmax} * 32768;
+    if (reach > MAX_32) {
+        pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
+        return;
+    }
+    fcb_store8(ps_sq, square_q15(_mm_adds_epi16(_mm_set1_epi16(ps1), fcb_load8(dn8))));
+    const __m128i rv = fcb_load8(r), tv = fcb_load8(t);
+    const __m128i base = _mm_set1_epi32(alp1);
+    auto half = [&](__m128i rw, __m128i tw) {
+        const __m128i s = _mm_add_epi32(base, _mm_add_epi32(_mm_slli_epi32(rw, 13), _mm_slli_epi32(tw, 15)));
+        const __m128i bit15 = _mm_and_si128(_mm_srli_epi32(s, 15), _mm_set1_epi32(1));
+        return _mm_add_epi32(_mm_srai_epi32(s, 16), bit15);
+    };
+    fcb_store8(alp, _mm_packs_epi32(half(widen_lo(rv), widen_lo(tv)), half(widen_hi(rv), widen_hi(tv))));
+}
+
+}  // namespace g729c
+ZEPS_END_VARIANT

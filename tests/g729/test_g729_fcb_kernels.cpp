@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The vector kernels of the G.729 fixed-codebook searches against their
+// scalar twins (the reference's operators), on random, speech-scale and
+// extreme inputs, both builds: the fourth pulse of the main-body search, the
+// last pulse pair of the Annex A fast search, the sign folding of the
+// correlation rows, and Cor_h's plain chains.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "tests/variant_check.h"
+
+#define ZEPS_DECLARE_FCB_KERNELS(ns)                                                                          \
+    namespace zeps::ns {                                                                                      \
+    void g729_fourth_pulse(std::int16_t, std::int32_t, const std::int16_t*, const std::int16_t*,             \
+                           const std::int16_t*, const std::int16_t*, const std::int16_t*, std::int16_t*,     \
+                           std::int16_t*);                                                                   \
+    void g729_fourth_pulse_scalar(std::int16_t, std::int32_t, const std::int16_t*, const std::int16_t*,      \
+                                  const std::int16_t*, const std::int16_t*, const std::int16_t*, std::int16_t*, \
+                                  std::int16_t*);                                                            \
+    void g729_pair_pulse_a(std::int16_t, std::int32_t, const std::int16_t*, const std::int16_t*,             \
+                           const std::int16_t*, std::int16_t*, std::int16_t*);                               \
+    void g729_pair_pulse_a_scalar(std::int16_t, std::int32_t, const std::int16_t*, const std::int16_t*,      \
+                                  const std::int16_t*, std::int16_t*, std::int16_t*);                        \
+    void g729_cor_h_chains(const std::int16_t* h, std::int16_t* rr, bool plain);                             \
+    void g729_mult8(std::int16_t* row, const std::int16_t* g);                                               \
+    void g729_mult8_scalar(std::int16_t* row, const std::int16_t* g);                                        \
+    }
+ZEPS_DECLARE_FCB_KERNELS(u8)
+ZEPS_DECLARE_FCB_KERNELS(n8)
+
+namespace {
+using V16 = std::vector<std::int16_t>;
+using zeps::test::Rng;
+
+/// Eight values: extremes, small, or full-range at random.
+V16 eight(Rng& rng, int mode) {
+    V16 v(8);
+    for (auto& x : v) {
+        switch (mode) {
+            case 0: x = static_cast<std::int16_t>(rng.uniform(-3000, 3000)); break;
+            case 1: x = static_cast<std::int16_t>(rng.uniform(0, 1) ? 32767 : -32768); break;
+            default: x = rng.s16(); break;
+        }
+    }
+    return v;
+}
+
+std::int32_t alp_value(Rng& rng) {
+    switch (rng.uniform(0, 4)) {
+        case 0: return static_cast<std::int32_t>(rng.uniform(-300000, 300000));
+        case 1: return rng.uniform(0, 1) ? INT32_MAX : INT32_MIN;
+        case 2: return static_cast<std::int32_t>(rng.uniform(0x7ff00000, 0x7fffffff));
+        case 3: return static_cast<std::int32_t>(rng.uniform(-0x7fffffff - 1, -0x7ff00000));
+        default: return rng.s32();
+    }
+}
+
+template <class Fast, class Slow>
+void fourth_agrees(Fast fast, Slow slow) {
+    Rng rng(29);
+    for (int rep = 0; rep < 20000; ++rep) {
+        const int mode = rep % 3;
+        const V16 dn = eight(rng, mode), rd = eight(rng, mode), r0 = eight(rng, mode), r1 = eight(rng, mode),
+                  r2 = eight(rng, mode);
+        const std::int16_t ps = mode == 1 ? static_cast<std::int16_t>(rng.uniform(0, 1) ? 32767 : -32768) : rng.s16();
+        const std::int32_t alp = alp_value(rng);
+        V16 s1(8), a1(8), s2(8), a2(8);
+        fast(ps, alp, dn.data(), rd.data(), r0.data(), r1.data(), r2.data(), s1.data(), a1.data());
+        slow(ps, alp, dn.data(), rd.data(), r0.data(), r1.data(), r2.data(), s2.data(), a2.data());
+        ASSERT_EQ(s1, s2) << "rep " << rep;
+        ASSERT_EQ(a1, a2) << "rep " << rep;
+    }
+}
+
+template <class Fast, class Slow>
+void pair_agrees(Fast fast, Slow slow) {
+    Rng rng(31);
+    for (int rep = 0; rep < 20000; ++rep) {
+        const int mode = rep % 3;
+        const V16 dn = eight(rng, mode), r = eight(rng, mode), t = eight(rng, mode);
+        const std::int16_t ps = rng.s16();
+        const std::int32_t alp = alp_value(rng);
+        V16 s1(8), a1(8), s2(8), a2(8);
+        fast(ps, alp, dn.data(), r.data(), t.data(), s1.data(), a1.data());
+        slow(ps, alp, dn.data(), r.data(), t.data(), s2.data(), a2.data());
+        ASSERT_EQ(s1, s2) << "rep " << rep;
+        ASSERT_EQ(a1, a2) << "rep " << rep;
+    }
+}
+
+template <class Chains>
+void chains_agree(Chains chains) {
+    Rng rng(37);
+    for (int rep = 0; rep < 2000; ++rep) {
+        // Impulse responses scaled as Cor_h scales them: 2 sum h^2 just inside 31 bits.
+        V16 h(40);
+        const int amp = rep % 2 ? 32767 : 8000;
+        for (auto& x : h) x = static_cast<std::int16_t>(rng.uniform(-amp, amp));
+        std::int64_t e = 0;
+        for (auto x : h) e += std::int64_t{x} * x;
+        while (2 * e > INT32_MAX) {
+            e = 0;
+            for (auto& x : h) {
+                x = static_cast<std::int16_t>(x / 2);
+                e += std::int64_t{x} * x;
+            }
+        }
+        V16 a(616), b(616);
+        chains(h.data(), a.data(), true);
+        chains(h.data(), b.data(), false);
+        ASSERT_EQ(a, b) << "rep " << rep;
+    }
+}
+
+TEST(G729FcbKernels, FourthPulseVectorEqualsScalar) {
+    fourth_agrees(zeps::u8::g729_fourth_pulse, zeps::u8::g729_fourth_pulse_scalar);
+    fourth_agrees(zeps::n8::g729_fourth_pulse, zeps::n8::g729_fourth_pulse_scalar);
+}
+
+TEST(G729FcbKernels, AnnexAPairVectorEqualsScalar) {
+    pair_agrees(zeps::u8::g729_pair_pulse_a, zeps::u8::g729_pair_pulse_a_scalar);
+    pair_agrees(zeps::n8::g729_pair_pulse_a, zeps::n8::g729_pair_pulse_a_scalar);
+}
+
+template <class Fast, class Slow>
+void mult8_agrees(Fast fast, Slow slow) {
+    Rng rng(41);
+    for (int rep = 0; rep < 20000; ++rep) {
+        const V16 g = eight(rng, rep % 3), row = eight(rng, (rep / 3) % 3);
+        V16 a = row, b = row;
+        fast(a.data(), g.data());
+        slow(b.data(), g.data());
+        ASSERT_EQ(a, b) << "rep " << rep;
+    }
+}
+
+TEST(G729FcbKernels, SignFoldingVectorEqualsScalar) {
+    mult8_agrees(zeps::u8::g729_mult8, zeps::u8::g729_mult8_scalar);
+    mult8_agrees(zeps::n8::g729_mult8, zeps::n8::g729_mult8_scalar);
+}
+
+TEST(G729FcbKernels, CorHPlainChainsEqualSaturating) {
+    chains_agree(zeps::u8::g729_cor_h_chains);
+    chains_agree(zeps::n8::g729_cor_h_chains);
+}
+
+}  // namespace
