@@ -251,11 +251,16 @@ private:
     }
 
     /// The main body's post-filter (pitch from the first subframe) and post-processing.
+    /// A corrupt subframe-1 code can decode to lag 144 (t0_min 134 + 10),
+    /// which an erased frame then repeats; the post-filter's pitch search
+    /// ends at 143 (beyond it the reference reads outside its buffer), so the
+    /// lag is bounded there.
     void post_filter(const Zep16s* az, const Zep16s* synth, Zep16s* out) {
+        const Zep16s lag = t0_first_ > kPitMax ? static_cast<Zep16s>(kPitMax) : t0_first_;
         Zep16s voicing = 0;
         for (int sf = 0; sf < 2; ++sf) {
             Zep16s v = 0;
-            check(zepsPostFilter_G729_16s(t0_first_, az + sf * (kOrder + 1), synth + sf * kSubfr, out + sf * kSubfr,
+            check(zepsPostFilter_G729_16s(lag, az + sf * (kOrder + 1), synth + sf * kSubfr, out + sf * kSubfr,
                                           &v, post_.data()),
                   "post-filter");
             if (v != 0) voicing = v;
