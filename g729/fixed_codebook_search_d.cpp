@@ -9,7 +9,6 @@
 // better). Impulse response Q12, target Q0, codeword Q13, filtered
 // codeword Q12.
 #include <cstring>
-#include <utility>
 
 #include "common/args.h"
 #include "common/exports.h"
@@ -34,15 +33,23 @@ void scale_response(const Word16* H, Word16* h) {
     }
 }
 
-/// Correlation of the scaled response for pulses at p and q: the sum of
-/// h[k] h[k + |q - p|] over k = 0 .. 39 - max(p, q), accumulated from k = 0
-/// with saturation (the partial sums the reference's diagonal walk forms).
-Word16 corr(const Word16* h, int p, int q) {
-    if (p > q) std::swap(p, q);
-    Word32 c = 0;
-    for (int k = 0; k + q < kSubfr; ++k) c = L_mac(c, h[k], h[k + q - p]);
-    return extract_h(c);
-}
+/// Correlations of the scaled response for pulses at p and q, every pair:
+/// the sum of h[k] h[k + |q - p|] over k = 0 .. 39 - max(p, q), accumulated
+/// from k = 0 with saturation (the partial sums of the reference's diagonal
+/// walks), one diagonal at a time.
+struct Correlations {
+    Word16 v[kSubfr][kSubfr];
+    explicit Correlations(const Word16* h) {
+        for (int d = 0; d < kSubfr; ++d) {
+            Word32 c = 0;
+            for (int k = 0; k + d < kSubfr; ++k) {
+                c = L_mac(c, h[k], h[k + d]);
+                const int q = kSubfr - 1 - k, p = q - d;  // the pair whose sum ends at k
+                v[p][q] = v[q][p] = extract_h(c);
+            }
+        }
+    }
+};
 
 /// One pairing of D2i40_11: the sub-track (position mod 5) of the outer
 /// and the inner loop, and whether the outer position is the track-0 pulse.
@@ -71,18 +78,17 @@ Word16 d2i40_11(Word16* dn, const Word16* h_scaled, const Word16* h, Word16* cod
             dn[i] = negate(dn[i]);
         }
     }
-    Word16 energy[kSubfr];
-    for (int i = 0; i < kSubfr; ++i) energy[i] = corr(h_scaled, i, i);
+    const Correlations rr(h_scaled);
 
     int ip0 = 1, ip1 = 0;
     Word16 psc = 0, alpha = MAX_16;
     for (const Pairing& pr : kPairings) {
         for (int i0 = pr.outer; i0 < kSubfr; i0 += kStep) {
             for (int i1 = pr.inner; i1 < kSubfr; i1 += kStep) {
-                const Word16 cross = mult(corr(h_scaled, i0, i1), mult(p_sign[i0], p_sign[i1]));
+                const Word16 cross = mult(rr.v[i0][i1], mult(p_sign[i0], p_sign[i1]));
                 const Word16 ps1 = add(dn[i0], dn[i1]);
-                Word32 alp1 = L_mult(energy[i0], 1);
-                alp1 = L_mac(alp1, energy[i1], 1);
+                Word32 alp1 = L_mult(rr.v[i0][i0], 1);
+                alp1 = L_mac(alp1, rr.v[i1][i1], 1);
                 alp1 = L_mac(alp1, cross, 2);
                 const Word16 alp = extract_l(L_shr(alp1, 5));
                 const Word16 ps1c = mult(ps1, ps1);

@@ -1257,7 +1257,8 @@ ZEPSAPI ZepStatus zepsFrameEnergy_G729B_16s(const Zep16s* pSrcExc, Zep16s* pDstE
  * and post-filter); an Annex D coder switching to 8 kbit/s runs the main
  * body's stages, keeping the predictor memory and the phase-dispersion
  * state (zepsPhaseDispersionUpdate_G729D_16s) across the switch. Each
- * member reproduces the Annex D fixed-point reference bit for bit.
+ * member reproduces the Annex D fixed-point reference bit for bit;
+ * docs/g729d.md shows the decoder's subframe.
  * @{
  */
 
