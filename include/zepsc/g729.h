@@ -1267,6 +1267,186 @@ ZEPSAPI ZepStatus zepsSIDGainDecode_G729B_16s(Zep16s frameType, Zep16s gainIdx, 
 ZEPSAPI ZepStatus zepsFrameEnergy_G729B_16s(const Zep16s* pSrcExc, Zep16s* pDstEner, Zep16s* pDstShift);
 /** @} */
 
+/** @defgroup g729d G.729 Annex D: the 6.4 kbit/s extension
+ * Stages of the lower-rate extension (ITU-T G.729 Annex D v1.3): the 4-bit
+ * relative lag code of subframe 1, the 11-bit fixed codebook (two pulses),
+ * the 6-bit gain codebooks and the decoder's phase dispersion. The other
+ * stages of the 6.4 kbit/s coder are the main body's (LP analysis and LSP
+ * quantiser, open-loop pitch, the Annex D closed-loop search
+ * zepsAdaptiveCodebookSearch_G729D_16s, gain prediction, taming, synthesis
+ * and post-filter); an Annex D coder switching to 8 kbit/s runs the main
+ * body's stages, keeping the predictor memory and the phase-dispersion
+ * state (zepsPhaseDispersionUpdate_G729D_16s) across the switch. Each
+ * member reproduces the Annex D fixed-point reference bit for bit;
+ * docs/g729d.md shows the decoder's subframe.
+ * @{
+ */
+
+/**
+ * Pitch delay from its code at 6.4 kbit/s (Annex D, Dec_lag3D). Subframe 0
+ * as zepsDecodeLag_G729_16s (8-bit code); subframe 1 a 4-bit code relative
+ * to t0_min = max(20, T1 - 5) (t0_min + 9 at most 143; T1 read from
+ * pSrcDstDelay[0]): codes 0..3 give t0_min + code, codes 4..11 the delays
+ * t0_min + 2 + 1/3 .. t0_min + 5 + 1/3 in thirds (lag t0_min + 2 +
+ * (code - frac) / 3, frac = {1, 2, 0}[(code - 4) % 3], a fraction 2 written
+ * as the next lag with fraction -1), codes 12..15 give t0_min + code - 6.
+ * Decision: the reference masks a subframe-1 code to its 4 bits; this
+ * member rejects a code outside 0..15 instead.
+ * @param index        the code: 0..255 (subframe 0) or 0..15 (subframe 1)
+ * @param subframe     0 or 1
+ * @param pSrcDstDelay delay record (integer lag, fraction -1..1); in subframe 1
+ *                     its lag (18..145) is read first
+ * @return zepStsNullPtrErr if pSrcDstDelay is null; zepStsRangeErr if subframe
+ *         is not 0 or 1; zepStsOutOfRangeErr if the index is outside its code
+ *         range or the subframe-1 reference lag outside 18..145; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeLag_G729D_16s(Zep16s index, Zep16s subframe, Zep16s* pSrcDstDelay);
+
+/**
+ * Pitch-delay code at 6.4 kbit/s (Annex D, Enc_lag3D). Subframe 0 as
+ * zepsEncodeLag_G729_16s; subframe 1, with i = T0 - t0_min (t0_min as in
+ * zepsDecodeLag_G729D_16s from t0Prev): i for i < 3, 3 (i - 3) + frac + 3
+ * for i = 3..6, i + 6 for i = 7..9. The codable delays are those the
+ * Annex D closed-loop search returns: integer lags t0_min .. t0_min + 9,
+ * fractions +1 on t0_min + 3, -1..1 on t0_min + 4 and + 5, -1 on t0_min + 6.
+ * @param pSrcDelay delay record (integer lag, fraction)
+ * @param t0Prev    subframe 1: the first subframe's integer lag, 18..145 (ignored in subframe 0)
+ * @param subframe  0 or 1
+ * @param pDstIndex the code, 0..255 or 0..15
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         subframe is not 0 or 1, or (subframe 1) t0Prev is outside 18..145;
+ *         zepStsOutOfRangeErr if the delay has no code; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsEncodeLag_G729D_16s(const Zep16s* pSrcDelay, Zep16s t0Prev, Zep16s subframe,
+                                          Zep16s* pDstIndex);
+
+/**
+ * Fixed-codebook vector at 6.4 kbit/s (Annex D, Decod_ACELP64): 40
+ * samples, zero but for two pulses of +8191 or -8192 (Q13): pulse 0 at
+ * trackTable0[grayDecode[index & 15]] (positions 5k + 1, 5k + 3), pulse 1
+ * at trackTable1[grayDecode[index >> 4]] (5k, 5k + 2, 5k + 4, then 5k + 1);
+ * sign bit k set gives pulse k a positive sign. Two pulses on one position
+ * add (16382, -1 or -16384).
+ * @param sign  2-bit sign code, 0..3
+ * @param index 9-bit position code, 0..511
+ * @param pDst  the vector, 40 samples, Q13
+ * @return zepStsNullPtrErr if pDst is null; zepStsOutOfRangeErr if a code is
+ *         outside its range; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeFixedCodebook_G729D_16s(Zep16s sign, Zep16s index, Zep16s* pDst);
+
+/**
+ * 11-bit fixed-codebook search (Annex D, ACELP_CodebookD with D2i40_11):
+ * the impulse response pitch-sharpened in a copy; its correlations at the
+ * pulse positions (from the response scaled as in the main body's search)
+ * and the backward-filtered target (normalised to 13 bits); the two pulses
+ * maximising corr^2 / energy over every pair of the two tracks, searched in
+ * eight sub-track pairings in the reference's order (a later pair wins only
+ * if strictly better). The codeword is returned pitch-sharpened, the
+ * filtered codeword from the sharpened response without it.
+ * @param pSrcFixedTarget     target of the codebook search, 40 samples, Q0
+ * @param pSrcImpulseResponse impulse response, 40 samples, Q12 (not changed)
+ * @param lag                 integer pitch lag of the subframe, at least 1
+ * @param sharp               previous quantised pitch gain bounded to 0.2..0.8, Q14
+ * @param pDstFixedVector     codeword, 40 samples, Q13 (sharpened)
+ * @param pDstFltFixedVector  filtered codeword, 40 samples, Q12
+ * @param pDstIndex           9-bit position code, then 2-bit sign code (the order of the bitstream's C, S)
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         lag < 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsFixedCodebookSearch_G729D_16s(const Zep16s* pSrcFixedTarget,
+                                                    const Zep16s* pSrcImpulseResponse, Zep16s lag, Zep16s sharp,
+                                                    Zep16s* pDstFixedVector, Zep16s* pDstFltFixedVector,
+                                                    Zep16s* pDstIndex);
+
+/**
+ * Gain decoding at 6.4 kbit/s (Annex D, Dec_gain_6k): the 6-bit index (3
+ * bits of the first stage, then 3 of the second, each through imap1_6k /
+ * imap2_6k), the pitch gain gbk1_6k[.][0] + gbk2_6k[.][0], the code gain as
+ * the predicted gain of pCode times the correction (gbk1_6k[.][1] +
+ * gbk2_6k[.][1]) / 2 (Q13); the predictor memory is updated with that
+ * correction. An erased subframe uses zepsDecodeGainErased_G729_16s.
+ * @param index      gain index, 0..63
+ * @param pCode      the subframe's fixed-codebook vector after pitch sharpening, 40 samples, Q13
+ * @param pPastQuaEn past quantised energies, 4 values, Q10, updated
+ * @param pDstGain   pitch gain (Q14), code gain (Q1)
+ * @return zepStsNullPtrErr for a null pointer (argument order);
+ *         zepStsOutOfRangeErr if index is outside 0..63 (nothing written); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeGain_G729D_16s(Zep16s index, const Zep16s* pCode, Zep16s* pPastQuaEn,
+                                           Zep16s* pDstGain);
+
+/**
+ * Gain quantisation at 6.4 kbit/s (Annex D, Qua_gain_6k): the correlations
+ * and unquantised optimum gains of zepsGainQuant_G729_16s; 6 first-stage and
+ * 6 second-stage candidates pre-selected with the Annex D coefficients; among
+ * the 36 pairs the one of least weighted error wins (the first on a tie);
+ * with tameFlag 1 the optimum pitch gain is limited to 481 (Q9) before
+ * pre-selection and pairs with a pitch gain of 16383 or more are skipped.
+ * The predictor memory is updated.
+ * @param pSrcAdptTarget     target of the pitch search, 40 samples, Q0
+ * @param pSrcFltAdptVector  filtered adaptive vector, 40 samples, Q0
+ * @param pSrcFixedVector    codeword (sharpened), 40 samples, Q13
+ * @param pSrcFltFixedVector filtered codeword, 40 samples, Q12
+ * @param pPastQuaEn         past quantised energies, 4 values, Q10, updated
+ * @param tameFlag           1 when taming is needed (zepsTamingTest_G729_16s), else 0
+ * @param pDstGain           quantised pitch gain (Q14), code gain (Q1)
+ * @param pDstIndex          6-bit gain index: map1_6k[i1] * 8 + map2_6k[i2]
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         tameFlag is not 0 or 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainQuant_G729D_16s(const Zep16s* pSrcAdptTarget, const Zep16s* pSrcFltAdptVector,
+                                          const Zep16s* pSrcFixedVector, const Zep16s* pSrcFltFixedVector,
+                                          Zep16s* pPastQuaEn, Zep16s tameFlag, Zep16s* pDstGain, Zep16s* pDstIndex);
+
+/**
+ * Size of the phase-dispersion state: 20 bytes (the last six pitch gains,
+ * the previous dispersion state and code gain, the onset counter, padding).
+ * @param pSize receives the size in bytes
+ * @return zepStsNullPtrErr if pSize is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPhaseDispersionGetStateSize_G729D(Zep32s* pSize);
+
+/**
+ * Resets the phase-dispersion state (all zero, as the reference decoder starts).
+ * @param pState state block of zepsPhaseDispersionGetStateSize_G729D bytes
+ * @return zepStsNullPtrErr if pState is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPhaseDispersionInit_G729D(Zep8u* pState);
+
+/**
+ * Adaptive phase dispersion of a 6.4 kbit/s subframe (Annex D, Syn_filt64
+ * before its synthesis filter): the excitation with its fixed-codebook part
+ * (round(gainCode * code << 1), per sample) circularly convolved with the
+ * low-dispersion response (pitch gain below 0.6), the medium one (0.6 to
+ * 0.9) or none; the choice is lowered to strong dispersion when more than
+ * two of the last six pitch gains are below 0.6, rises by at most one step a
+ * subframe, and an onset (code gain above twice the previous) raises it by
+ * one for two subframes. The output feeds the synthesis filter only: the
+ * excitation buffer (the adaptive codebook) keeps the undispersed samples.
+ * @param pSrcExc   total excitation of the subframe, 40 samples, Q0
+ * @param gainCode  quantised code gain, Q1
+ * @param gainPitch quantised pitch gain, Q14
+ * @param pCode     fixed-codebook vector after pitch sharpening, 40 samples, Q13
+ * @param pDst      dispersed excitation, 40 samples, Q0 (may equal pSrcExc)
+ * @param pState    phase-dispersion state, updated
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPhaseDispersion_G729D_16s(const Zep16s* pSrcExc, Zep16s gainCode, Zep16s gainPitch,
+                                                const Zep16s* pCode, Zep16s* pDst, Zep8u* pState);
+
+/**
+ * Phase-dispersion state update of an 8 kbit/s subframe of an Annex D coder
+ * (Update64): the pitch gain enters the history, the previous state becomes
+ * "no dispersion", the previous code gain gainCode, the onset counter 0.
+ * @param gainPitch quantised pitch gain, Q14
+ * @param gainCode  quantised code gain, Q1
+ * @param pState    phase-dispersion state, updated
+ * @return zepStsNullPtrErr if pState is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPhaseDispersionUpdate_G729D_16s(Zep16s gainPitch, Zep16s gainCode, Zep8u* pState);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

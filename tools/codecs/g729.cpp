@@ -13,11 +13,13 @@
 // erased when the SYNC word is not 0x6B21); an erased frame is erased
 // speech after a speech frame, an untransmitted frame otherwise (B.5).
 #include <array>
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "tools/codec.h"
+#include "tools/codecs/g729_annex.h"
 #include "zepsc.h"
 
 namespace {
@@ -771,8 +773,8 @@ private:
 Setup setup_of(const zepsc_cli::CodecOptions& o, const std::string& format) {
     const std::string annex = o.get("annex", "0");
     if (annex != "0" && annex != "A" && annex != "B" && annex != "AB")
-        throw CodecError("--annex " + annex + " is not available yet: this build codes the main body (0), Annex A " +
-                         "and Annex B on either (B, AB)");
+        throw CodecError("--annex " + annex + " is not available yet: this build codes the main body (0), Annex A, " +
+                         "Annex B on either (B, AB) and Annex D");
     Setup setup;
     setup.variant = annex == "A" || annex == "AB" ? Variant::AnnexA : Variant::Main;
     setup.annex_b = annex == "B" || annex == "AB";
@@ -784,10 +786,44 @@ Setup setup_of(const zepsc_cli::CodecOptions& o, const std::string& format) {
     return setup;
 }
 
+// ---- Annex D (tools/codecs/g729d.cpp) ---------------------------------------
+
+bool is_annex_d(const zepsc_cli::CodecOptions& o) { return o.get("annex", "0") == "D"; }
+
+/// Annex D options: --rate 6.4 (the default) or 8, --ratefile one 16-bit
+/// little-endian code a frame (0 = 6.4, 1 = 8), as the ITU switching
+/// sequences use; no DTX.
+zepsc_g729::RateD annex_d_rate(const zepsc_cli::CodecOptions& o) {
+    if (o.has("dtx")) throw CodecError("--dtx is not available with --annex D (Annex D has no VAD/DTX of its own)");
+    const std::string rate = o.get("rate", "6.4");
+    if (rate != "6.4" && rate != "8") throw CodecError("--rate " + rate + ": Annex D codes 6.4 or 8 kbit/s");
+    return rate == "8" ? zepsc_g729::RateD::R8k : zepsc_g729::RateD::R6k4;
+}
+
+std::vector<zepsc_g729::RateD> annex_d_schedule(const zepsc_cli::CodecOptions& o) {
+    std::vector<zepsc_g729::RateD> schedule;
+    if (!o.has("ratefile")) return schedule;
+    const std::string path = o.get("ratefile");
+    std::FILE* f = std::fopen(path.c_str(), "rb");
+    if (f == nullptr) throw CodecError("cannot open the rate file " + path);
+    std::uint8_t w[2];
+    while (std::fread(w, 1, 2, f) == 2) {
+        const unsigned code = w[0] | (w[1] << 8);
+        if (code > 1) {
+            std::fclose(f);
+            throw CodecError("rate file " + path + ": code " + std::to_string(code) + " at frame " +
+                             std::to_string(schedule.size()) + " (Annex D: 0 = 6.4, 1 = 8 kbit/s)");
+        }
+        schedule.push_back(code == 0 ? zepsc_g729::RateD::R6k4 : zepsc_g729::RateD::R8k);
+    }
+    std::fclose(f);
+    return schedule;
+}
+
 zepsc_cli::CodecSpec make_spec() {
     zepsc_cli::CodecSpec s;
     s.name = "g729";
-    s.summary = "ITU-T G.729 CS-ACELP 8 kbit/s speech codec (main body, Annexes A and B)";
+    s.summary = "ITU-T G.729 CS-ACELP 8 kbit/s speech codec (main body, Annexes A, B and D)";
     s.help =
         "Input and output: 8 kHz 16-bit PCM; the encoder codes whole 80-sample frames and drops a\n"
         "final partial frame, as the ITU-T reference does. Bitstreams: .bit, the ITU-T serial\n"
@@ -800,10 +836,15 @@ zepsc_cli::CodecSpec make_spec() {
         "untransmitted frames (size 0); the decoder adds comfort noise and also decodes plain\n"
         "streams. An erased frame (a 0x0000 bit word, or SYNC other than 0x6B21 on a size-0\n"
         "frame) is erased speech after speech, else comfort noise. Annex B needs the .bit format.\n"
-        "Annexes D, E and I, --rate other than 8 and --ratefile are declared but not available yet.";
+        "--annex D is the 6.4 kbit/s extension (64-bit frames, size word 64); --rate 8 codes its\n"
+        "8 kbit/s frames and --ratefile FILE (one 16-bit little-endian code a frame: 0 = 6.4,\n"
+        "1 = 8) switches rate per frame; its decoder takes each frame's rate from the size word\n"
+        "(RTP payloads: 8 or 10 bytes a frame at --rate) and treats a frame with a 0x0000 bit\n"
+        "word as erased. Annexes E and I and --rate 11.8 are declared but not available yet.";
     s.options = {
         {"annex", "0 (main body), A, B, AB, D, E or I", {"0", "A", "B", "AB", "D", "E", "I"}, "0", false},
-        {"rate", "bit rate in kbit/s: 6.4, 8 or 11.8 (Annexes D, E, I)", {"6.4", "8", "11.8"}, "8", false},
+        {"rate", "bit rate in kbit/s: 6.4, 8 or 11.8 (Annexes D, E, I); default 8, with --annex D 6.4",
+         {"6.4", "8", "11.8"}, "", false},
         {"dtx", "voice activity detection and discontinuous transmission (Annex B)", {}, "", true},
         {"ratefile", "file of one rate code a frame (0 = 6.4, 1 = 8, 2 = 11.8), Annexes E and I", {}, "", false},
     };
@@ -811,10 +852,16 @@ zepsc_cli::CodecSpec make_spec() {
     s.pad_last_frame = false;
     s.make_encoder = [](const zepsc_cli::CodecOptions& o,
                         const std::string& format) -> std::unique_ptr<zepsc_cli::FrameEncoder> {
+        if (is_annex_d(o))
+            return zepsc_g729::make_g729d_encoder(annex_d_rate(o), annex_d_schedule(o), format == "bit");
         return std::make_unique<Encoder>(setup_of(o, format), format == "bit");
     };
     s.make_decoder = [](const zepsc_cli::CodecOptions& o,
                         const std::string& format) -> std::unique_ptr<zepsc_cli::FrameDecoder> {
+        if (is_annex_d(o)) {
+            if (o.has("ratefile")) throw CodecError("--ratefile is an encoder option: the decoder reads each frame's rate");
+            return zepsc_g729::make_g729d_decoder(annex_d_rate(o), format == "bit");
+        }
         return std::make_unique<Decoder>(setup_of(o, format), format == "bit");
     };
     return s;

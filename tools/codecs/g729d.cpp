@@ -1,0 +1,541 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// G.729 Annex D (6.4 kbit/s, with the 8 kbit/s main body and switching
+// between the two at any frame) in the zepsc tool, assembled from the
+// public exports alone: the encoder and decoder of the ITU-T Annex D
+// reference, stage by stage, in its order.
+//
+// At 6.4 kbit/s the frame carries 64 bits: L0 1, L1 7, L2 5, L3 5, P1 8,
+// C1 9, S1 2, GA1 3, GB1 3, P2 4, C2 9, S2 2, GA2 3, GB2 3 (no parity bit);
+// at 8 kbit/s the main body's 80. The two rates share every memory of the
+// coder (LSP and gain predictors, excitation, filters), so a stream may
+// switch rate at any frame; the decoder keeps its phase-dispersion state
+// up to date at 8 kbit/s too. Serial format: the size word (64 or 80) gives
+// each frame's rate, a frame with any bit word 0x0000 is erased. RTP
+// payloads: 8 or 10 bytes a frame at the one rate given.
+#include <array>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "tools/codecs/g729_annex.h"
+#include "zepsc.h"
+
+namespace zepsc_g729 {
+namespace {
+
+using zepsc_cli::CodecError;
+
+constexpr int kFrame = 80;
+constexpr int kSubfr = 40;
+constexpr int kOrder = 10;
+constexpr int kPitMax = 143;
+constexpr int kExcHistory = kPitMax + 11;  // PIT_MAX + L_INTERPOL
+constexpr int kMaxBits = 80;
+constexpr Zep16s kSharpMin = 3277;   // 0.2 in Q14
+constexpr Zep16s kSharpMax = 13017;  // 0.8 in Q14
+constexpr Zep16s kGpClip = 15564;    // pitch-gain ceiling under taming, Q14
+constexpr std::uint16_t kSync = 0x6B21;
+constexpr std::uint16_t kBit0 = 0x007F;
+constexpr std::uint16_t kBit1 = 0x0081;
+
+constexpr Zep16s kFreqPrevReset[kOrder] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
+constexpr Zep16s kLspReset[kOrder] = {30000, 26000, 21000, 15000, 8000, 0, -8000, -15000, -21000, -26000};
+constexpr Zep16s kHighPass140[6] = {1899, -3798, 1899, 4096, 7807, -3733};
+constexpr Zep16s kHighPass100[6] = {7699, -15398, 7699, 8192, 15836, -7667};
+
+/// The parameters of a frame, independent of the rate's bit layout.
+struct Params {
+    Zep16s lsp[2] = {};      // L0+L1, L2+L3
+    Zep16s parity = 0;       // P0 (8 kbit/s only)
+    Zep16s lag[2] = {};      // P1, P2
+    Zep16s pos[2] = {};      // C1, C2
+    Zep16s sign[2] = {};     // S1, S2
+    Zep16s gain[2] = {};     // GA+GB of each subframe
+};
+
+/// Pointers to a frame's fields in stream order and their bit widths.
+std::vector<std::pair<Zep16s*, int>> fields(Params& p, RateD rate) {
+    if (rate == RateD::R6k4)
+        return {{&p.lsp[0], 8}, {&p.lsp[1], 10}, {&p.lag[0], 8}, {&p.pos[0], 9}, {&p.sign[0], 2},
+                {&p.gain[0], 6}, {&p.lag[1], 4}, {&p.pos[1], 9}, {&p.sign[1], 2}, {&p.gain[1], 6}};
+    return {{&p.lsp[0], 8}, {&p.lsp[1], 10}, {&p.lag[0], 8},  {&p.parity, 1}, {&p.pos[0], 13}, {&p.sign[0], 4},
+            {&p.gain[0], 7}, {&p.lag[1], 5}, {&p.pos[1], 13}, {&p.sign[1], 4}, {&p.gain[1], 7}};
+}
+
+int frame_bits(RateD rate) { return rate == RateD::R6k4 ? 64 : 80; }
+
+void params_to_bits(Params p, RateD rate, std::uint8_t* bits) {
+    int k = 0;
+    for (auto [field, width] : fields(p, rate))
+        for (int b = width - 1; b >= 0; --b) bits[k++] = static_cast<std::uint8_t>((*field >> b) & 1);
+}
+
+Params bits_to_params(const std::uint8_t* bits, RateD rate) {
+    Params p;
+    int k = 0;
+    for (auto [field, width] : fields(p, rate)) {
+        int v = 0;
+        for (int b = 0; b < width; ++b) v = (v << 1) | bits[k++];
+        *field = static_cast<Zep16s>(v);
+    }
+    return p;
+}
+
+void check(ZepStatus s, const char* what) {
+    if (s < 0) throw CodecError(std::string("G.729 Annex D: ") + what + " failed with status " + std::to_string(s));
+}
+
+std::vector<std::uint8_t> state_block(ZepStatus (*size)(Zep32s*)) {
+    Zep32s n = 0;
+    check(size(&n), "state size query");
+    return std::vector<std::uint8_t>(static_cast<std::size_t>(n));
+}
+
+void put_word(std::vector<std::uint8_t>& out, std::uint16_t w) {
+    out.push_back(static_cast<std::uint8_t>(w & 0xff));
+    out.push_back(static_cast<std::uint8_t>(w >> 8));
+}
+
+Zep16s bounded_sharp(Zep16s gain_pitch) {
+    return gain_pitch > kSharpMax ? kSharpMax : gain_pitch < kSharpMin ? kSharpMin : gain_pitch;
+}
+
+/// Int_qlpc: A(z) of subframe 1 from the mean of the old and new LSPs, of
+/// subframe 2 from the new ones.
+void interpolate_filters(const Zep16s* lsp_old, const Zep16s* lsp_new, Zep16s* az) {
+    Zep16s lsp_mid[kOrder];
+    check(zepsInterpolate_G729_16s(lsp_old, lsp_new, lsp_mid, kOrder), "LSP interpolation");
+    check(zepsLSPToLPC_G729_16s(lsp_mid, az), "LSP to LPC");
+    check(zepsLSPToLPC_G729_16s(lsp_new, az + kOrder + 1), "LSP to LPC");
+}
+
+// ---- decoder ---------------------------------------------------------------
+
+class DecoderD final : public zepsc_cli::FrameDecoder {
+public:
+    DecoderD(RateD rate, bool serial) : rate_(rate), serial_(serial) {
+        post_ = state_block(zepsPostFilterGetStateSize_G729_16s);
+        check(zepsPostFilterInit_G729_16s(post_.data()), "post-filter initialisation");
+        hp_ = state_block(zepsHighPassFilterSize_G729);
+        check(zepsHighPassFilterInit_G729(kHighPass100, hp_.data()), "post-processing initialisation");
+        disp_ = state_block(zepsPhaseDispersionGetStateSize_G729D);
+        check(zepsPhaseDispersionInit_G729D(disp_.data()), "phase-dispersion initialisation");
+        for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
+        std::memcpy(prev_lsf_, kFreqPrevReset, sizeof prev_lsf_);
+        std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
+    }
+    int sample_rate() const override { return 8000; }
+    std::size_t max_frame_samples() const override { return kFrame; }
+
+    std::size_t decode(zepsc_cli::ByteSource& in, std::int16_t* pcm) override {
+        std::uint8_t bits[kMaxBits] = {};
+        bool erased = false;
+        RateD rate = rate_;
+        if (serial_) {
+            std::uint8_t head[4];
+            if (!in.read_exact(head, 4, "frame header")) return 0;
+            const unsigned size = head[2] | (head[3] << 8);
+            if (size != 64 && size != 80)
+                throw CodecError("frame of " + std::to_string(size) + " bits at byte " +
+                                 std::to_string(in.position() - 4) + ": G.729 Annex D frames have 64 or 80");
+            rate = size == 64 ? RateD::R6k4 : RateD::R8k;
+            std::uint8_t words[2 * kMaxBits];
+            if (!in.read_exact(words, 2 * size, "frame"))
+                throw CodecError("truncated frame at byte " + std::to_string(in.position()) + ": header without bits");
+            for (unsigned i = 0; i < size; ++i) {
+                const unsigned w = words[2 * i] | (words[2 * i + 1] << 8);
+                bits[i] = w == kBit1 ? 1 : 0;
+                if (w == 0) erased = true;
+            }
+        } else {
+            std::uint8_t bytes[kMaxBits / 8];
+            const int n = frame_bits(rate) / 8;
+            if (!in.read_exact(bytes, static_cast<std::size_t>(n), "frame")) return 0;
+            for (int i = 0; i < 8 * n; ++i) bits[i] = (bytes[i / 8] >> (7 - i % 8)) & 1;
+        }
+        Zep16s az[2 * (kOrder + 1)];
+        Zep16s synth[kFrame];
+        decode_frame(bits_to_params(bits, rate), rate, erased, az, synth);
+        std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
+        post_filter(az, synth, pcm);
+        return kFrame;
+    }
+
+private:
+    /// Decod_ld8kD: the excitation of the two subframes and the synthesis.
+    void decode_frame(const Params& prm, RateD rate, bool bfi, Zep16s* az, Zep16s* synth) {
+        const bool low = rate == RateD::R6k4;
+        decode_lp(prm, bfi, az);
+
+        bool bad_pitch = bfi;
+        if (!low) {
+            Zep16s parity = 0;
+            check(zepsParityPitch_G729_16s(prm.lag[0], &parity), "pitch parity");
+            bad_pitch = bad_pitch || parity != prm.parity;
+        }
+        for (int sf = 0; sf < 2; ++sf) {
+            const int i_subfr = sf * kSubfr;
+            Zep16s* exc = old_exc_ + i_subfr;
+
+            // Pitch delay, with the erasure rule of the main body (4.4.1).
+            Zep16s delay[2] = {t0_, 0};
+            if (sf == 0 ? !bad_pitch : !bfi) {
+                const Zep16s s = static_cast<Zep16s>(sf);
+                check(low ? zepsDecodeLag_G729D_16s(prm.lag[sf], s, delay) : zepsDecodeLag_G729_16s(prm.lag[sf], s, delay),
+                      "pitch delay decoding");
+                old_t0_ = delay[0];
+            } else {
+                delay[0] = old_t0_;
+                delay[1] = 0;
+                if (old_t0_ < kPitMax) ++old_t0_;
+            }
+            t0_ = delay[0];
+            if (sf == 0) t0_first_ = delay[0];
+            check(zepsDecodeAdaptiveVector_G729_16s_I(delay, exc), "adaptive vector");
+
+            // Fixed-codebook vector, random codes on an erased frame.
+            Zep16s index = prm.pos[sf], sign = prm.sign[sf];
+            if (bfi) {
+                index = static_cast<Zep16s>(random() & (low ? 0x01ff : 0x1fff));
+                sign = static_cast<Zep16s>(random() & (low ? 0x0003 : 0x000f));
+            }
+            Zep16s code[kSubfr];
+            check(low ? zepsDecodeFixedCodebook_G729D_16s(sign, index, code)
+                      : zepsDecodeFixedCodebook_G729_16s(sign, index, code),
+                  "fixed-codebook decoding");
+            check(zepsPitchSharpening_G729_16s_I(delay[0], sharp_, code), "pitch sharpening");
+
+            // Gains.
+            if (bfi)
+                check(zepsDecodeGainErased_G729_16s(past_qua_en_, gains_), "erased-frame gains");
+            else
+                check(low ? zepsDecodeGain_G729D_16s(prm.gain[sf], code, past_qua_en_, gains_)
+                          : zepsDecodeGain_G729_16s(prm.gain[sf], code, past_qua_en_, gains_),
+                      "gain decoding");
+            sharp_ = bounded_sharp(gains_[0]);
+
+            // Excitation: an erased frame keeps only the adaptive part of a
+            // voiced frame and only the fixed part otherwise.
+            Zep16s gp = gains_[0], gc = gains_[1];
+            if (bfi) {
+                if (voicing_ == 0)
+                    gp = 0;
+                else
+                    gc = 0;
+            }
+            check(zepsMixExcitation_G729_16s_I(gp, gc, code, exc + kExcHistory, kSubfr), "excitation");
+            if (!low) check(zepsPhaseDispersionUpdate_G729D_16s(gains_[0], gains_[1], disp_.data()), "dispersion update");
+            synthesise(az + sf * (kOrder + 1), i_subfr, low, code, synth);
+        }
+    }
+
+    /// Synthesis of one subframe: on overflow of the plain synthesis the
+    /// whole excitation buffer is scaled down by 4; at 6.4 kbit/s the
+    /// synthesis filter is fed the phase-dispersed excitation.
+    void synthesise(const Zep16s* a, int i_subfr, bool low, const Zep16s* code, Zep16s* synth) {
+        const Zep16s* cur = old_exc_ + kExcHistory + i_subfr;
+        Zep16s* out = synth + i_subfr;
+        const ZepStatus s = zepsSynthesisFilter_G729_16s(a, cur, out, kSubfr, mem_syn_, 0);
+        check(s, "synthesis filter");
+        if (s == zepStsOverflow)
+            for (Zep16s& e : old_exc_) e = static_cast<Zep16s>(e >> 2);
+        if (low) {
+            Zep16s dispersed[kSubfr];
+            check(zepsPhaseDispersion_G729D_16s(cur, gains_[1], gains_[0], code, dispersed, disp_.data()),
+                  "phase dispersion");
+            check(zepsSynthesisFilter_G729_16s(a, dispersed, out, kSubfr, mem_syn_, 0), "synthesis filter");
+        } else if (s == zepStsOverflow) {
+            check(zepsSynthesisFilter_G729_16s(a, cur, out, kSubfr, mem_syn_, 0), "synthesis filter");
+        }
+        std::memcpy(mem_syn_, out + kSubfr - kOrder, sizeof mem_syn_);
+    }
+
+    /// The main body's post-filter (pitch from the first subframe) and post-processing.
+    /// A corrupt subframe-1 code can decode to lag 144 (t0_min 134 + 10),
+    /// which an erased frame then repeats; the post-filter's pitch search
+    /// ends at 143 (beyond it the reference reads outside its buffer), so the
+    /// lag is bounded there.
+    void post_filter(const Zep16s* az, const Zep16s* synth, Zep16s* out) {
+        const Zep16s lag = t0_first_ > kPitMax ? static_cast<Zep16s>(kPitMax) : t0_first_;
+        Zep16s voicing = 0;
+        for (int sf = 0; sf < 2; ++sf) {
+            Zep16s v = 0;
+            check(zepsPostFilter_G729_16s(lag, az + sf * (kOrder + 1), synth + sf * kSubfr, out + sf * kSubfr,
+                                          &v, post_.data()),
+                  "post-filter");
+            if (v != 0) voicing = v;
+        }
+        voicing_ = voicing;
+        check(zepsPostProcess_G729_16s_I(out, kFrame, hp_.data()), "post-processing");
+    }
+
+    /// D_lsp and Int_qlpc: the frame's LSPs (the last good ones on an
+    /// erased frame) and the LP filters of the two subframes.
+    void decode_lp(const Params& prm, bool bfi, Zep16s* az) {
+        Zep16s lsf[kOrder];
+        if (!bfi) {
+            const Zep16s idx[4] = {static_cast<Zep16s>((prm.lsp[0] >> 7) & 1), static_cast<Zep16s>(prm.lsp[0] & 127),
+                                   static_cast<Zep16s>((prm.lsp[1] >> 5) & 31), static_cast<Zep16s>(prm.lsp[1] & 31)};
+            check(zepsLSFDecode_G729_16s(idx, &freq_prev_[0][0], lsf), "LSF decoding");
+            std::memcpy(prev_lsf_, lsf, sizeof lsf);
+            prev_ma_ = idx[0];
+        } else {
+            std::memcpy(lsf, prev_lsf_, sizeof lsf);
+            check(zepsLSFDecodeErased_G729_16s(prev_ma_, &freq_prev_[0][0], prev_lsf_), "erased LSF decoding");
+        }
+        Zep16s lsp_new[kOrder];
+        check(zepsLSFToLSP_G729_16s(lsf, lsp_new), "LSF to LSP");
+        interpolate_filters(lsp_old_, lsp_new, az);
+        std::memcpy(lsp_old_, lsp_new, sizeof lsp_new);
+    }
+
+    /// The reference decoder's random generator for erased fixed-codebook codes.
+    Zep16s random() {
+        seed_ = static_cast<Zep16s>(seed_ * 31821 + 13849);
+        return seed_;
+    }
+
+    RateD rate_;
+    bool serial_;
+    std::vector<std::uint8_t> post_, hp_, disp_;
+    Zep16s old_exc_[kExcHistory + kFrame] = {};
+    Zep16s freq_prev_[4][kOrder];
+    Zep16s prev_lsf_[kOrder];
+    Zep16s prev_ma_ = 0;
+    Zep16s lsp_old_[kOrder];
+    Zep16s mem_syn_[kOrder] = {};
+    Zep16s sharp_ = kSharpMin;
+    Zep16s old_t0_ = 60;
+    Zep16s t0_ = 60;
+    Zep16s t0_first_ = 60;
+    Zep16s gains_[2] = {0, 0};
+    Zep16s past_qua_en_[4] = {-14336, -14336, -14336, -14336};
+    Zep16s seed_ = 21845;
+    Zep16s voicing_ = 60;
+};
+
+// ---- encoder ---------------------------------------------------------------
+
+constexpr int kWindow = 240;                      // L_WINDOW = L_TOTAL
+constexpr int kSpeechAt = kWindow - kFrame - 40;  // the frame being coded, 40 samples before the newest
+
+class EncoderD final : public zepsc_cli::FrameEncoder {
+public:
+    EncoderD(RateD rate, std::vector<RateD> schedule, bool serial)
+        : rate_(rate), schedule_(std::move(schedule)), serial_(serial) {
+        hp_ = state_block(zepsHighPassFilterSize_G729);
+        check(zepsHighPassFilterInit_G729(kHighPass140, hp_.data()), "pre-processing initialisation");
+        for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
+        std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
+        std::memcpy(lsp_old_q_, kLspReset, sizeof lsp_old_q_);
+        prev_filter_[0] = 4096;
+    }
+    int sample_rate() const override { return 8000; }
+    std::size_t frame_samples() const override { return kFrame; }
+
+    void encode(const std::int16_t* pcm, std::vector<std::uint8_t>& out) override {
+        RateD rate = rate_;
+        if (!schedule_.empty()) {
+            if (frame_ >= schedule_.size())
+                throw CodecError("the rate file ends at frame " + std::to_string(frame_) + ", before the speech");
+            rate = schedule_[frame_];
+        }
+        ++frame_;
+        Zep16s* new_speech = old_speech_ + kWindow - kFrame;
+        std::memcpy(new_speech, pcm, kFrame * sizeof(Zep16s));
+        check(zepsHighPassFilter_G729_16s_ISfs(new_speech, kFrame, 12, hp_.data()), "pre-processing");
+        Params prm;
+        code_frame(rate, prm);
+        std::memmove(old_speech_, old_speech_ + kFrame, (kWindow - kFrame) * sizeof(Zep16s));
+        std::memmove(old_wsp_, old_wsp_ + kFrame, kPitMax * sizeof(Zep16s));
+        std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
+        write_frame(prm, rate, out);
+    }
+
+private:
+    void write_frame(const Params& prm, RateD rate, std::vector<std::uint8_t>& out) const {
+        std::uint8_t bits[kMaxBits];
+        const int n = frame_bits(rate);
+        params_to_bits(prm, rate, bits);
+        if (serial_) {
+            put_word(out, kSync);
+            put_word(out, static_cast<std::uint16_t>(n));
+            for (int i = 0; i < n; ++i) put_word(out, bits[i] ? kBit1 : kBit0);
+        } else {
+            for (int i = 0; i < n; i += 8) {
+                std::uint8_t byte = 0;
+                for (int k = 0; k < 8; ++k) byte = static_cast<std::uint8_t>((byte << 1) | bits[i + k]);
+                out.push_back(byte);
+            }
+        }
+    }
+
+    /// Autocorrelation, lag window, Levinson-Durbin (the last stable filter
+    /// kept when unstable) and the LSPs.
+    void analyse(Zep16s* a, Zep16s* rc, Zep16s* lsp_new) {
+        Zep32s r[13];
+        Zep16s exp_r0 = 0;
+        check(zepsAutoCorr_G729B(old_speech_, &exp_r0, r), "autocorrelation");
+        check(zepsLagWindow_G729_32s_I(r + 1, 12), "lag window");
+        Zep16s err = 0;
+        const ZepStatus s = zepsLevinsonDurbin_G729_32s16s(r, kOrder, a, rc, &err);
+        check(s, "Levinson-Durbin");
+        if (s == zepStsOverflow) {
+            std::memcpy(a, prev_filter_, (kOrder + 1) * sizeof(Zep16s));
+            rc[0] = prev_filter_[kOrder + 1];
+            rc[1] = prev_filter_[kOrder + 2];
+        } else {
+            std::memcpy(prev_filter_, a, (kOrder + 1) * sizeof(Zep16s));
+            prev_filter_[kOrder + 1] = rc[0];
+            prev_filter_[kOrder + 2] = rc[1];
+        }
+        check(zepsLPCToLSP_G729_16s(a, lsp_old_, lsp_new), "LP to LSP");
+    }
+
+    /// Int_lpc and perc_var: the unquantised filter of subframe 1 from the
+    /// interpolated LSPs and the weighting factors; lsp_old := lsp_new.
+    void weighting(const Zep16s* lsp_new, const Zep16s* rc, Zep16s* a_t, Zep16s* gamma) {
+        Zep16s lsp_mid[kOrder], lsf_int[kOrder], lsf_new[kOrder];
+        check(zepsInterpolate_G729_16s(lsp_old_, lsp_new, lsp_mid, kOrder), "LSP interpolation");
+        check(zepsLSPToLPC_G729_16s(lsp_mid, a_t), "LSP to LPC");
+        check(zepsLSPToLSF_Norm_G729_16s(lsp_mid, lsf_int), "LSP to LSF");
+        check(zepsLSPToLSF_Norm_G729_16s(lsp_new, lsf_new), "LSP to LSF");
+        std::memcpy(lsp_old_, lsp_new, kOrder * sizeof(Zep16s));
+        check(zepsWeightingFactors_G729_16s(lsf_int, lsf_new, rc, weighting_mem_, gamma), "weighting factors");
+    }
+
+    /// Qua_lsp and Int_qlpc: the quantised LSPs and filters (aq, 2 x 11).
+    void quantise_lp(Params& prm, const Zep16s* lsp_new, Zep16s* aq) {
+        Zep16s lsp_new_q[kOrder], idx[2];
+        check(zepsLSPQuant_G729_16s(lsp_new, &freq_prev_[0][0], lsp_new_q, idx), "LSP quantisation");
+        prm.lsp[0] = idx[0];
+        prm.lsp[1] = idx[1];
+        interpolate_filters(lsp_old_q_, lsp_new_q, aq);
+        std::memcpy(lsp_old_q_, lsp_new_q, sizeof lsp_new_q);
+    }
+
+    /// Coder_ld8kD: the main body's analysis and weighting, then per
+    /// subframe the target, the adaptive codebook (Annex D lag resolution at
+    /// 6.4 kbit/s), the fixed codebook and the gains of the frame's rate.
+    void code_frame(RateD rate, Params& prm) {
+        const bool low = rate == RateD::R6k4;
+        const Zep16s* speech = old_speech_ + kSpeechAt;
+        Zep16s rc[kOrder], lsp_new[kOrder];
+        Zep16s a_t[2 * (kOrder + 1)], aq[2 * (kOrder + 1)], gamma[4];
+        analyse(a_t + kOrder + 1, rc, lsp_new);
+        weighting(lsp_new, rc, a_t, gamma);
+
+        Zep16s* exc = old_exc_ + kExcHistory;
+        Zep16s* wsp = old_wsp_ + kPitMax;
+        Zep16s ap1[2][kOrder + 1], ap2[2][kOrder + 1];
+        for (int sf = 0; sf < 2; ++sf) {
+            const int o = sf * kSubfr;
+            check(zepsWeightLPC_G729_16s(a_t + sf * (kOrder + 1), gamma[sf], ap1[sf]), "weighting");
+            check(zepsWeightLPC_G729_16s(a_t + sf * (kOrder + 1), gamma[2 + sf], ap2[sf]), "weighting");
+            check(zepsResidual_G729_16s(ap1[sf], speech + o, wsp + o, kSubfr), "weighting filter");
+            check(zepsSynthesisFilter_G729_16s(ap2[sf], wsp + o, wsp + o, kSubfr, mem_w_, 1), "weighting filter");
+        }
+        quantise_lp(prm, lsp_new, aq);
+
+        Zep16s t_op = 0;
+        check(zepsOpenLoopPitchSearch_G729_16s(wsp, &t_op), "open-loop pitch");
+
+        Zep16s t0_first = 0;
+        for (int sf = 0; sf < 2; ++sf) {
+            const int o = sf * kSubfr;
+            const Zep16s s = static_cast<Zep16s>(sf);
+            const Zep16s* a_q = aq + sf * (kOrder + 1);
+            Zep16s zero[kOrder] = {};
+
+            // Impulse response of W(z)/A(z), target through the error filter.
+            Zep16s ai_zero[kSubfr] = {}, h1[kSubfr];
+            std::memcpy(ai_zero, ap1[sf], sizeof ap1[sf]);
+            check(zepsSynthesisFilter_G729_16s(a_q, ai_zero, h1, kSubfr, zero, 0), "impulse response");
+            check(zepsSynthesisFilter_G729_16s(ap2[sf], h1, h1, kSubfr, zero, 0), "impulse response");
+            check(zepsResidual_G729_16s(a_q, speech + o, exc + o, kSubfr), "LPC residual");
+            Zep16s error[kOrder + kSubfr];
+            std::memcpy(error, mem_err_, sizeof mem_err_);
+            check(zepsSynthesisFilter_G729_16s(a_q, exc + o, error + kOrder, kSubfr, mem_err_, 0), "error filter");
+            Zep16s xn[kSubfr];
+            check(zepsResidual_G729_16s(ap1[sf], error + kOrder, xn, kSubfr), "target");
+            check(zepsSynthesisFilter_G729_16s(ap2[sf], xn, xn, kSubfr, mem_w0_, 0), "target");
+
+            // Adaptive codebook.
+            Zep16s delay[2], adapt[kSubfr];
+            const Zep16s open = sf == 0 ? t_op : t0_first;
+            check(low ? zepsAdaptiveCodebookSearch_G729D_16s(open, xn, h1, old_exc_ + o, delay, adapt, s)
+                      : zepsAdaptiveCodebookSearch_G729_16s(open, xn, h1, old_exc_ + o, delay, adapt, s),
+                  "closed-loop pitch");
+            check(low ? zepsEncodeLag_G729D_16s(delay, t0_first, s, &prm.lag[sf])
+                      : zepsEncodeLag_G729_16s(delay, t0_first, s, &prm.lag[sf]),
+                  "pitch-delay code");
+            if (sf == 0) {
+                t0_first = delay[0];
+                check(zepsParityPitch_G729_16s(prm.lag[0], &prm.parity), "pitch parity");
+            }
+            Zep16s y1[kSubfr], gain_pit = 0, taming = 0;
+            check(zepsAdaptiveCodebookGain_G729_16s(xn, h1, adapt, y1, &gain_pit), "pitch gain");
+            check(zepsTamingTest_G729_16s(exc_err_, delay, &taming), "taming test");
+            if (taming == 1 && gain_pit > kGpClip) gain_pit = kGpClip;
+            Zep16s xn2[kSubfr];
+            check(zepsAdaptiveCodebookContribution_G729_16s(gain_pit, y1, xn, xn2), "codebook target");
+
+            // Fixed codebook.
+            Zep16s code[kSubfr], y2[kSubfr], cidx[2];
+            check(low ? zepsFixedCodebookSearch_G729D_16s(xn2, h1, delay[0], sharp_, code, y2, cidx)
+                      : zepsFixedCodebookSearch_G729_16s(xn2, h1, delay[0], sharp_, s, &budget_, code, y2, cidx),
+                  "fixed codebook");
+            prm.pos[sf] = cidx[0];
+            prm.sign[sf] = cidx[1];
+
+            // Gains, excitation, synthesis and memories.
+            Zep16s gains[2];
+            check(low ? zepsGainQuant_G729D_16s(xn, y1, code, y2, past_qua_en_, taming, gains, &prm.gain[sf])
+                      : zepsGainQuant_G729_16s(xn, y1, code, y2, past_qua_en_, taming, gains, &prm.gain[sf]),
+                  "gain quantisation");
+            sharp_ = bounded_sharp(gains[0]);
+            check(zepsMixExcitation_G729_16s_I(gains[0], gains[1], code, exc + o, kSubfr), "excitation");
+            check(zepsTamingUpdate_G729_16s(gains[0], delay[0], exc_err_), "taming update");
+            Zep16s synth[kSubfr], diff[kSubfr];
+            check(zepsSynthesisFilter_G729_16s(a_q, exc + o, synth, kSubfr, mem_syn_, 1), "local synthesis");
+            // speech - synth with saturation: the target update with a gain of 1.0 (Q14).
+            check(zepsAdaptiveCodebookContribution_G729_16s(16384, synth, speech + o, diff), "error memory");
+            std::memcpy(mem_err_, diff + kSubfr - kOrder, sizeof mem_err_);
+            check(zepsWeightedErrorMemory_G729_16s(gains[0], gains[1], xn, y1, y2, mem_w0_), "weighting memory");
+        }
+    }
+
+    RateD rate_;
+    std::vector<RateD> schedule_;
+    bool serial_;
+    std::size_t frame_ = 0;
+    std::vector<std::uint8_t> hp_;
+    Zep16s old_speech_[kWindow] = {};
+    Zep16s old_wsp_[kPitMax + kFrame] = {};
+    Zep16s old_exc_[kExcHistory + kFrame] = {};
+    Zep16s mem_w_[kOrder] = {};
+    Zep16s mem_w0_[kOrder] = {};
+    Zep16s mem_err_[kOrder] = {};
+    Zep16s mem_syn_[kOrder] = {};
+    Zep16s freq_prev_[4][kOrder];
+    Zep16s lsp_old_[kOrder];
+    Zep16s lsp_old_q_[kOrder];
+    Zep16s prev_filter_[kOrder + 3] = {};  // last stable A(z) and its rc[0], rc[1]
+    Zep16s weighting_mem_[3] = {0, 0, 1};
+    Zep16s sharp_ = kSharpMin;
+    Zep16s budget_ = 30;
+    Zep16s past_qua_en_[4] = {-14336, -14336, -14336, -14336};
+    Zep32s exc_err_[4] = {0x4000, 0x4000, 0x4000, 0x4000};
+};
+
+}  // namespace
+
+std::unique_ptr<zepsc_cli::FrameEncoder> make_g729d_encoder(RateD rate, std::vector<RateD> schedule, bool serial) {
+    return std::make_unique<EncoderD>(rate, std::move(schedule), serial);
+}
+
+std::unique_ptr<zepsc_cli::FrameDecoder> make_g729d_decoder(RateD rate, bool serial) {
+    return std::make_unique<DecoderD>(rate, serial);
+}
+
+}  // namespace zepsc_g729
