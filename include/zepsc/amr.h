@@ -417,6 +417,64 @@ ZEPSAPI ZepStatus zepsLSPQuant_GSMAMR_16s(Zep16s* pPastRq, const Zep16s* pSrcLSP
                                           Zep16s* pDstIndex, Zep32s rate);
 /** @} */
 
+/** @defgroup amr_cb GSM-AMR algebraic codebook search
+ *  The fixed (algebraic) codebook searches of the speech encoder, all eight modes.
+ *  @{ */
+/**
+ * GSM-AMR algebraic codebook search of every mode (3GPP TS 26.073 cbsearch.c
+ * with c2_9pf.c, c2_11pf.c, c3_14pf.c, c4_17pf.c, c8_31pf.c, c1035pf.c,
+ * s10_8pf.c, cor_h.c and set_sign.c), selected by rate code:
+ *
+ * | rate | routine | pulses | index words written |
+ * |---|---|---|---|
+ * | 0, 1 (4.75, 5.15) | code_2i40_9bits | 2 | 2: positions (7 bits), signs (2 bits) |
+ * | 3 (5.9) | code_2i40_11bits | 2 | 2: positions (9 bits), signs (2 bits) |
+ * | 6 (6.7) | code_3i40_14bits | 3 | 2: positions (11 bits), signs (3 bits) |
+ * | 7, 8 (7.4, 7.95) | code_4i40_17bits | 4 | 2: positions (13 bits, Gray-coded), signs (4 bits) |
+ * | 11 (10.2) | code_8i40_31bits | 8 | 7: 4 sign bits, then 3 compressed position words (10, 10, 7 bits) |
+ * | 12 (12.2) | code_10i40_35bits | 10 | 10: sign bit 3 and Gray-coded position of 5 pulses (4 bits), then 5 Gray-coded positions (3 bits) |
+ *
+ * The index words are in the order of the standard's parameter list and are
+ * what zepsFixedCodebookDecode_GSMAMR_16s takes back. The search correlates
+ * the target with the impulse response (cor_h_x; rate 11 with 4 tracks of
+ * step 4), fixes the pulse signs (set_sign; for rates 11 and 12 set_sign12k2
+ * from the target correlation and the LTP residual), builds the signed
+ * autocorrelation matrix of the impulse response (cor_h) and searches the
+ * pulse positions depth-first as the reference does.
+ *
+ * Pitch sharpening: with T0 < 40 the impulse response is sharpened before
+ * the search, h[i] += h[i-T0] * g for i = T0..39, and the same is applied to
+ * the code vector after it, where g = 2 * pitchSharp (Q14 -> Q15, saturated)
+ * for every rate except 12, which uses g = 2 * gainPit. Decision: the
+ * impulse response is an input only; the search sharpens a private copy
+ * (the reference encoder modifies its h1[] in place but never reads the
+ * sharpened response again: it recomputes h1[] for each subframe).
+ *
+ * Decision: every pointer is required for every rate, although only rates
+ * 11 and 12 read pSrcLtpResidual.
+ *
+ * @param pSrcTarget       target vector x[40] of the codebook search (xn2), Q0
+ * @param pSrcImpulse      impulse response h[40] of the weighted synthesis filter, Q12 (not modified)
+ * @param T0               integer pitch lag of the subframe, at least 1 (no sharpening from 40 on)
+ * @param pitchSharp       last quantised pitch gain (sharp), Q14; read by every rate except 12
+ * @param gainPit          pitch gain of the subframe, Q14; read by rate 12 only
+ * @param pSrcLtpResidual  long-term prediction residual res2[40], Q0; read by rates 11 and 12
+ * @param pDstCode         out: innovative code vector[40], Q13 (Q12 for rate 12), pitch-sharpened
+ * @param pDstFiltCode     out: filtered code vector y[40] (unsharpened code filtered by the sharpened response), Q12
+ * @param pDstIndex        out: 2, 7 or 10 index words as in the table above
+ * @param rate             rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @param subframe         subframe number 0..3 (read by rates 0 and 1, which choose their tracks by it)
+ * @return checks in order: pSrcTarget, pSrcImpulse, pSrcLtpResidual, pDstCode, pDstFiltCode,
+ *         pDstIndex null -> zepStsNullPtrErr (-8); rate not a GSM-AMR rate -> zepStsRangeErr (-7);
+ *         T0 below 1 -> zepStsRangeErr; subframe outside 0..3 -> zepStsRangeErr; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsAlgebraicCodebookSearch_GSMAMR_16s(const Zep16s* pSrcTarget, const Zep16s* pSrcImpulse,
+                                                          Zep16s T0, Zep16s pitchSharp, Zep16s gainPit,
+                                                          const Zep16s* pSrcLtpResidual, Zep16s* pDstCode,
+                                                          Zep16s* pDstFiltCode, Zep16s* pDstIndex, Zep32s rate,
+                                                          Zep32s subframe);
+/** @} */
+
 /** @defgroup amr_dec GSM-AMR decoder
  *  The stages of the speech decoder of all eight modes with comfort noise, bad-frame
  *  concealment, post-filter and post-processing (3GPP TS 26.073/26.091/26.092).

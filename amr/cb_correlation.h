@@ -1,0 +1,185 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
+// Correlations of the GSM-AMR algebraic codebook searches (3GPP TS 26.073
+// cor_h.c): the target/impulse-response correlation dn[] (cor_h_x2, Q0
+// after the track-maximum normalisation) and the signed autocorrelation
+// matrix rr[][] of the scaled impulse response (cor_h).
+//
+// The vector forms compute the reference's L_mac chains in 32-bit lanes,
+// which is exact whenever no partial sum can saturate: cor_h proves it from
+// the energy E of the scaled response (every partial sum of a lagged
+// product chain is at most E by Cauchy-Schwarz, so 2 E + 2^15 <= MAX_32
+// bounds every doubled sum and its rounding), cor_h_x2 from the energies of
+// target and response. Otherwise the plain loops run. The *_scalar forms
+// are the baseline the vector forms are tested against.
+#pragma once
+
+#include <tmmintrin.h>
+
+#include <cstdint>
+
+#include "amr/cb_search.h"
+#include "common/fixed_math.h"
+
+ZEPS_BEGIN_VARIANT
+namespace amr_cb {
+
+/// cor_h_x2 as the reference writes it.
+inline void cor_h_x2_scalar(const Word16* h, const Word16* x, Word16* dn, Word16 sf, int nb_track, int step) {
+    Word32 y32[kLCode];
+    Word32 tot = 5;
+    for (int k = 0; k < nb_track; k++) {
+        Word32 max = 0;
+        for (int i = k; i < kLCode; i += step) {
+            Word32 s = 0;
+            for (int j = i; j < kLCode; j++) s = L_mac(s, x[j], h[j - i]);
+            y32[i] = s;
+            s = L_abs(s);
+            if (L_sub(s, max) > 0) max = s;
+        }
+        tot = L_add(tot, L_shr(max, 1));
+    }
+    const Word16 j = sub(norm_l(tot), sf);
+    for (int i = 0; i < kLCode; i++) dn[i] = round_fx(L_shl(y32[i], j));
+}
+
+inline std::int64_t energy(const Word16* v) {
+    std::int64_t e = 0;
+    for (int i = 0; i < kLCode; i++) e += std::int32_t{v[i]} * v[i];
+    return e;
+}
+
+inline __m128i load8(const Word16* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+
+inline std::int32_t hsum32(__m128i v) {
+    v = _mm_add_epi32(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(1, 0, 3, 2)));
+    v = _mm_add_epi32(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(2, 3, 0, 1)));
+    return _mm_cvtsi128_si32(v);
+}
+
+/// cor_h_x2: when 4 Ex Eh <= MAX_32^2 no doubled partial sum can saturate
+/// and each y32[i] is a plain dot product of x[i..39] with h[0..39-i].
+inline void cor_h_x2(const Word16* h, const Word16* x, Word16* dn, Word16 sf, int nb_track, int step) {
+    const std::int64_t ex = energy(x), eh = energy(h);
+    const unsigned __int128 lim = static_cast<unsigned __int128>(MAX_32) * static_cast<unsigned __int128>(MAX_32);
+    if (static_cast<unsigned __int128>(ex) * static_cast<unsigned __int128>(eh) * 4u > lim) {
+        cor_h_x2_scalar(h, x, dn, sf, nb_track, step);
+        return;
+    }
+    alignas(16) Word16 xp[2 * kLCode] = {};
+    for (int i = 0; i < kLCode; i++) xp[i] = x[i];
+    Word32 y32[kLCode];
+    for (int i = 0; i < kLCode; i++) {
+        const Word16* xi = xp + i;
+        __m128i acc = _mm_madd_epi16(load8(xi), load8(h));
+        for (int m = 8; m < kLCode; m += 8) acc = _mm_add_epi32(acc, _mm_madd_epi16(load8(xi + m), load8(h + m)));
+        y32[i] = 2 * hsum32(acc);
+    }
+    Word32 tot = 5;
+    for (int k = 0; k < nb_track; k++) {
+        Word32 max = 0;
+        for (int i = k; i < kLCode; i += step) {
+            const Word32 s = L_abs(y32[i]);
+            if (s > max) max = s;
+        }
+        tot = L_add(tot, L_shr(max, 1));
+    }
+    const Word16 j = sub(norm_l(tot), sf);
+    for (int i = 0; i < kLCode; i++) dn[i] = round_fx(L_shl(y32[i], j));
+}
+
+/// The impulse response scaled for maximum precision (cor_h): h/2 when its
+/// energy saturates, else h * 0.99 / sqrt(energy).
+inline void scale_response(const Word16* h, Word16* h2) {
+    Word32 s = 2;
+    for (int i = 0; i < kLCode; i++) s = L_mac(s, h[i], h[i]);
+    if (sub(extract_h(s), 32767) == 0) {
+        for (int i = 0; i < kLCode; i++) h2[i] = shr(h[i], 1);
+    } else {
+        s = L_shr(s, 1);
+        Word16 k = extract_h(L_shl(Inv_sqrt(s), 7));
+        k = mult(k, 32440);  // 0.99 k
+        for (int i = 0; i < kLCode; i++) h2[i] = round_fx(L_shl(L_mult(h[i], k), 9));
+    }
+}
+
+/// cor_h as the reference writes it.
+inline void cor_h_scalar(const Word16* h, const Word16* sign, CorrMatrix& rr) {
+    Word16 h2[kLCode];
+    scale_response(h, h2);
+    Word32 s = 0;
+    for (int k = 0, i = kLCode - 1; k < kLCode; k++, i--) {
+        s = L_mac(s, h2[k], h2[k]);
+        rr[i][i] = round_fx(s);
+    }
+    for (int dec = 1; dec < kLCode; dec++) {
+        s = 0;
+        int j = kLCode - 1;
+        int i = j - dec;
+        for (int k = 0; k < kLCode - dec; k++, i--, j--) {
+            s = L_mac(s, h2[k], h2[k + dec]);
+            rr[j][i] = mult(round_fx(s), mult(sign[i], sign[j]));
+            rr[i][j] = rr[j][i];
+        }
+    }
+}
+
+/// mult() of 8 lanes whose product never saturates (no -32768 * -32768).
+inline __m128i mult8(__m128i a, __m128i b) {
+    const __m128i hi = _mm_mulhi_epi16(a, b);
+    const __m128i lo = _mm_mullo_epi16(a, b);
+    return _mm_or_si128(_mm_slli_epi16(hi, 1), _mm_srli_epi16(lo, 15));
+}
+
+/// round() of 8 doubled sums held undoubled in two 32-bit vectors (no saturation possible).
+inline __m128i round8(__m128i lo, __m128i hi) {
+    const __m128i half = _mm_set1_epi32(0x8000);
+    lo = _mm_srai_epi32(_mm_add_epi32(_mm_slli_epi32(lo, 1), half), 16);
+    hi = _mm_srai_epi32(_mm_add_epi32(_mm_slli_epi32(hi, 1), half), 16);
+    return _mm_packs_epi32(lo, hi);
+}
+
+/// cor_h. Diagonal lag d of the reference, P_d[n] = sum_{m<=n} h2[m] h2[m+d],
+/// lands in row j = 39 - n at column j - d: for a block of 8 lags the
+/// running sums at step n are one reversed contiguous store into row j.
+inline void cor_h(const Word16* h, const Word16* sign, CorrMatrix& rr) {
+    alignas(16) Word16 h2[kLCode + 8 * 6] = {};
+    scale_response(h, h2);
+    if (2 * energy(h2) + 0x8000 > MAX_32) {
+        cor_h_scalar(h, sign, rr);
+        return;
+    }
+    // Rows of the unsigned matrix's lower triangle, 40 columns of room on the left
+    // for the lanes of lags beyond the row (never read).
+    alignas(16) Word16 low[kLCode][kLCode + 48];
+    constexpr int kOff = 48;
+    __m128i acc[5][2];
+    for (auto& a : acc) a[0] = a[1] = _mm_setzero_si128();
+    const __m128i rev = _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1);
+    for (int n = 0; n < kLCode; n++) {
+        const int j = kLCode - 1 - n;
+        const __m128i hn = _mm_set1_epi16(h2[n]);
+        const int blocks = j / 8 + 1;  // lags 0..j
+        for (int b = 0; b < blocks; b++) {
+            const __m128i v = load8(h2 + n + 8 * b);
+            const __m128i plo = _mm_mullo_epi16(hn, v), phi = _mm_mulhi_epi16(hn, v);
+            acc[b][0] = _mm_add_epi32(acc[b][0], _mm_unpacklo_epi16(plo, phi));
+            acc[b][1] = _mm_add_epi32(acc[b][1], _mm_unpackhi_epi16(plo, phi));
+            // lanes: lag 8b + l at column j - 8b - l; reversed, columns j - 8b - 7 .. j - 8b
+            const __m128i r = _mm_shuffle_epi8(round8(acc[b][0], acc[b][1]), rev);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(&low[j][kOff + j - 8 * b - 7]), r);
+        }
+    }
+    const __m128i sj_all[5] = {load8(sign), load8(sign + 8), load8(sign + 16), load8(sign + 24), load8(sign + 32)};
+    for (int j = 0; j < kLCode; j++) {
+        const __m128i sj = _mm_set1_epi16(sign[j]);
+        for (int b = 0; b * 8 < j; b++) {
+            const __m128i v = mult8(load8(&low[j][kOff + 8 * b]), mult8(sj_all[b], sj));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(&rr[j][8 * b]), v);
+        }
+        rr[j][j] = low[j][kOff + j];
+        for (int i = 0; i < j; i++) rr[i][j] = rr[j][i];
+    }
+}
+
+}  // namespace amr_cb
+ZEPS_END_VARIANT

@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// GSM-AMR algebraic codebooks of 8 and 10 pulses (3GPP TS 26.073
+// c8_31pf.c MR102, c1035pf.c MR122, s10_8pf.c search_10and8i40): signs
+// from set_sign12k2, the pulse-pair search over the track orders, the
+// pulse indices (MR102 compressed 3-pulse words, MR122 Gray-coded) and the
+// filtered code. Target Q0, LTP residual Q0, impulse response Q12; pulses
+// +-8191 (MR102, Q13) or +-4096 (MR122, Q12), filtered code Q12.
+#include "amr/amr_cb_tables.h"
+#include "amr/cb_correlation.h"
+#include "amr/cb_search.h"
+#include "amr/cb_sign.h"
+
+ZEPS_BEGIN_VARIANT
+namespace amr_cb {
+namespace {
+
+/// One pulse-pair level of search_10and8i40: the fixed pulses' cross terms
+/// with the second pulse's track in rrv[], then the best pair (ia, ib).
+struct PairLevel {
+    Word16 sq = -1, alp = 1, ps = 0;
+    int ia, ib;
+};
+
+/// Search one pair of tracks given the pulses fixed so far. alp0 carries
+/// their energy; shifts are the reference's fractions of each term.
+PairLevel search_pair(const Word16* dn, const CorrMatrix& rr, const Word16* fixed, int nfixed, Word16 ps0, Word32 alp0,
+                      int ta, int tb, int step, Word16 rrv_diag, Word16 rrv_cross, Word16 alp_diag, Word16 alp_cross,
+                      Word16 pair_rrv, Word16 pair_cross) {
+    Word16 rrv[kLCode];
+    for (int i = tb; i < kLCode; i += step) {
+        Word32 s = L_mult(rr[i][i], rrv_diag);
+        for (int k = 0; k < nfixed; k++) s = L_mac(s, rr[fixed[k]][i], rrv_cross);
+        rrv[i] = round_fx(s);
+    }
+    PairLevel best;
+    best.ia = ta;
+    best.ib = tb;
+    for (int i2 = ta; i2 < kLCode; i2 += step) {
+        const Word16 ps1 = add(ps0, dn[i2]);
+        Word32 alp1 = L_mac(alp0, rr[i2][i2], alp_diag);
+        for (int k = 0; k < nfixed; k++) alp1 = L_mac(alp1, rr[fixed[k]][i2], alp_cross);
+        for (int i3 = tb; i3 < kLCode; i3 += step) {
+            const Word16 ps2 = add(ps1, dn[i3]);
+            Word32 alp2 = L_mac(alp1, rrv[i3], pair_rrv);
+            alp2 = L_mac(alp2, rr[i2][i3], pair_cross);
+            const Word16 sq2 = mult(ps2, ps2);
+            const Word16 alp_16 = round_fx(alp2);
+            if (L_msu(L_mult(best.alp, sq2), best.sq, alp_16) > 0) {
+                best.sq = sq2;
+                best.ps = ps2;
+                best.alp = alp_16;
+                best.ia = i2;
+                best.ib = i3;
+            }
+        }
+    }
+    return best;
+}
+
+/// search_10and8i40: pulse 0 at the maximum of the best track, pulse 1 at
+/// the maximum of each other track in turn, then pairs of pulses.
+void search_10and8i40(int nbPulse, int step, int nbTracks, const Word16* dn, const CorrMatrix& rr, Word16* ipos,
+                      const Word16* pos_max, Word16* codvec) {
+    const bool tenPulses = nbPulse == 10;
+    const int i0 = pos_max[ipos[0]];
+    Word16 psk = -1, alpk = 1;
+    for (int i = 0; i < nbPulse; i++) codvec[i] = static_cast<Word16>(i);
+    for (int t = 1; t < nbTracks; t++) {
+        Word16 p[10];
+        p[0] = static_cast<Word16>(i0);
+        p[1] = pos_max[ipos[1]];
+        const int i1 = p[1];
+        Word16 ps0 = add(dn[i0], dn[i1]);
+        Word32 alp0 = L_mult(rr[i0][i0], 2048);
+        alp0 = L_mac(alp0, rr[i1][i1], 2048);
+        alp0 = L_mac(alp0, rr[i0][i1], 4096);
+        // pulses 2, 3
+        PairLevel l = search_pair(dn, rr, p, 2, ps0, alp0, ipos[2], ipos[3], step, 4096, 8192, 2048, 4096, 16384, 4096);
+        p[2] = static_cast<Word16>(l.ia);
+        p[3] = static_cast<Word16>(l.ib);
+        // pulses 4, 5
+        l = search_pair(dn, rr, p, 4, l.ps, L_mult(l.alp, 16384), ipos[4], ipos[5], step, 4096, 8192, 1024, 2048, 8192,
+                        2048);
+        p[4] = static_cast<Word16>(l.ia);
+        p[5] = static_cast<Word16>(l.ib);
+        // pulses 6, 7
+        l = search_pair(dn, rr, p, 6, l.ps, L_mult(l.alp, 16384), ipos[6], ipos[7], step, 2048, 4096, 512, 1024, 8192,
+                        1024);
+        p[6] = static_cast<Word16>(l.ia);
+        p[7] = static_cast<Word16>(l.ib);
+        if (tenPulses) {
+            // pulses 8, 9
+            l = search_pair(dn, rr, p, 8, l.ps, L_mult(l.alp, 16384), ipos[8], ipos[9], step, 2048, 4096, 256, 512,
+                            4096, 512);
+            p[8] = static_cast<Word16>(l.ia);
+            p[9] = static_cast<Word16>(l.ib);
+        }
+        if (L_msu(L_mult(alpk, l.sq), psk, l.alp) > 0) {
+            psk = l.sq;
+            alpk = l.alp;
+            for (int k = 0; k < nbPulse; k++) codvec[k] = p[k];
+        }
+        // cycle the track order of pulses 1 .. nbPulse-1
+        const Word16 pos = ipos[1];
+        for (int j = 1, k = 2; k < nbPulse; j++, k++) ipos[j] = ipos[k];
+        ipos[nbPulse - 1] = pos;
+    }
+}
+
+/// MR102 pulses, signs and the position indices of the two rows of 4 tracks.
+void build_code_8i40(const Word16* codvec, const Word16* sign, Word16* cod, const PaddedResponse& h, Word16* y,
+                     Word16* sign_indx, Word16* pos_indx) {
+    constexpr int kTracks = 4;
+    Word16 sgn[8];
+    for (int i = 0; i < kLCode; i++) cod[i] = 0;
+    for (int i = 0; i < kTracks; i++) pos_indx[i] = sign_indx[i] = -1;
+    for (int k = 0; k < 8; k++) {
+        const int i = codvec[k];
+        const Word16 pos_index = static_cast<Word16>(i >> 2);
+        const int track = i & 3;
+        Word16 sign_index;
+        if (sign[i] > 0) {
+            cod[i] = add(cod[i], 8191);
+            sgn[k] = 32767;
+            sign_index = 0;
+        } else {
+            cod[i] = sub(cod[i], 8191);
+            sgn[k] = MIN_16;
+            sign_index = 1;
+        }
+        if (pos_indx[track] < 0) {
+            pos_indx[track] = pos_index;
+            sign_indx[track] = sign_index;
+            continue;
+        }
+        // second pulse of the track: the order of the two positions carries the second sign
+        const bool sameSign = ((sign_index ^ sign_indx[track]) & 1) == 0;
+        const bool inOrder = pos_indx[track] <= pos_index;
+        if (sameSign == inOrder) {
+            pos_indx[track + kTracks] = pos_index;
+        } else {
+            pos_indx[track + kTracks] = pos_indx[track];
+            pos_indx[track] = pos_index;
+            sign_indx[track] = sign_index;
+        }
+    }
+    filter_pulses(h, codvec, sgn, 8, y);
+}
+
+/// Three 3-level position indices in 10 bits (compress10).
+Word16 compress10(Word16 a, Word16 b, Word16 c) {
+    const Word16 hi = static_cast<Word16>((a >> 1) + (b >> 1) * 5 + (c >> 1) * 25);
+    return static_cast<Word16>((hi << 3) + (a & 1) + ((b & 1) << 1) + ((c & 1) << 2));
+}
+
+/// compress_code: 4 sign bits, then the 8 positions in 10, 10 and 7 bits.
+void compress_code(const Word16* sign_indx, const Word16* pos_indx, Word16* indx) {
+    for (int i = 0; i < 4; i++) indx[i] = sign_indx[i];
+    indx[4] = compress10(pos_indx[0], pos_indx[4], pos_indx[1]);
+    indx[5] = compress10(pos_indx[2], pos_indx[6], pos_indx[5]);
+    const Word16 ia = ((pos_indx[7] >> 1) & 1) == 1 ? static_cast<Word16>(4 - (pos_indx[3] >> 1))
+                                                    : static_cast<Word16>(pos_indx[3] >> 1);
+    const Word16 ib = static_cast<Word16>(((ia + (pos_indx[7] >> 1) * 5) << 5) + 12);
+    const Word16 ic = static_cast<Word16>(mult(ib, 1311) << 2);
+    indx[6] = static_cast<Word16>((pos_indx[3] & 1) + ((pos_indx[7] & 1) << 1) + ic);
+}
+
+/// MR122 pulses, filtered code and the signed position index of each
+/// track's two pulses (sign bit 3 on the first, order carrying the second).
+void build_code_10i40(const Word16* codvec, const Word16* sign, Word16* cod, const PaddedResponse& h, Word16* y,
+                      Word16* indx) {
+    Word16 sgn[10];
+    for (int i = 0; i < kLCode; i++) cod[i] = 0;
+    for (int i = 0; i < 5; i++) indx[i] = -1;
+    for (int k = 0; k < 10; k++) {
+        const int i = codvec[k];
+        Word16 index = static_cast<Word16>(i / 5);
+        const int track = i % 5;
+        if (sign[i] > 0) {
+            cod[i] = add(cod[i], 4096);
+            sgn[k] = 8192;
+        } else {
+            cod[i] = sub(cod[i], 4096);
+            sgn[k] = -8192;
+            index = static_cast<Word16>(index + 8);
+        }
+        if (indx[track] < 0) {
+            indx[track] = index;
+            continue;
+        }
+        bool keepFirst;
+        if (((index ^ indx[track]) & 8) == 0) {
+            keepFirst = indx[track] <= index;
+        } else {
+            keepFirst = (indx[track] & 7) > (index & 7);
+        }
+        if (keepFirst) {
+            indx[track + 5] = index;
+        } else {
+            indx[track + 5] = indx[track];
+            indx[track] = index;
+        }
+    }
+    filter_pulses(h, codvec, sgn, 10, y);
+}
+
+/// q_p: Gray coding of the position bits (the first five keep their sign bit).
+void gray_code_positions(Word16* indx) {
+    for (int n = 0; n < 10; n++) {
+        const Word16 tmp = indx[n];
+        indx[n] = n < 5 ? static_cast<Word16>((tmp & 8) | amr_cb_tab::gray[tmp & 7]) : amr_cb_tab::gray[tmp & 7];
+    }
+}
+
+}  // namespace
+
+void code_8i40_31bits(const Word16* x, const Word16* cn, const PaddedResponse& h, Word16* cod, Word16* y,
+                      Word16* indx) {
+    Word16 ipos[8], pos_max[4], codvec[8], dn[kLCode], sign[kLCode];
+    CorrMatrix rr;
+    cor_h_x2(h.h(), x, dn, 2, 4, 4);
+    set_sign12k2(dn, cn, sign, pos_max, 4, ipos, 4);
+    cor_h(h.h(), sign, rr);
+    search_10and8i40(8, 4, 4, dn, rr, ipos, pos_max, codvec);
+    Word16 sign_indx[4], pos_indx[8];
+    build_code_8i40(codvec, sign, cod, h, y, sign_indx, pos_indx);
+    compress_code(sign_indx, pos_indx, indx);
+}
+
+void code_10i40_35bits(const Word16* x, const Word16* cn, const PaddedResponse& h, Word16* cod, Word16* y,
+                       Word16* indx) {
+    Word16 ipos[10], pos_max[5], codvec[10], dn[kLCode], sign[kLCode];
+    CorrMatrix rr;
+    cor_h_x2(h.h(), x, dn, 2, 5, 5);
+    set_sign12k2(dn, cn, sign, pos_max, 5, ipos, 5);
+    cor_h(h.h(), sign, rr);
+    search_10and8i40(10, 5, 5, dn, rr, ipos, pos_max, codvec);
+    build_code_10i40(codvec, sign, cod, h, y, indx);
+    gray_code_positions(indx);
+}
+
+}  // namespace amr_cb
+ZEPS_END_VARIANT
