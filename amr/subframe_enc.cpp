@@ -114,4 +114,13 @@ ZepStatus zepsEncoderSubframeUpdate_GSMAMR_16s(const Zep16s* pSrcSpch, const Zep
     return zepStsNoErr;
 }
 
+ZepStatus zepsConvolve_GSMAMR_16s(const Zep16s* pSrc, const Zep16s* pImp, Zep16s* pDst, Zep32s len) {
+    if (any_null(pSrc, pImp, pDst)) return zepStsNullPtrErr;
+    if (len < 1 || len > amr_enc::kLFrame) return zepStsSizeErr;
+    Word16 y[amr_enc::kLFrame];
+    amr_enc::convolve(pSrc, pImp, y, len);
+    for (int i = 0; i < len; i++) pDst[i] = y[i];
+    return zepStsNoErr;
+}
+
 ZEPS_END_VARIANT

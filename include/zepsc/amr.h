@@ -1274,35 +1274,46 @@ ZEPSAPI ZepStatus zepsGainQuantInit_GSMAMR_16s(ZepGainQuantState_GSMAMR* pState)
 
 /**
  * GSM-AMR gain quantisation of a subframe (3GPP TS 26.073 gain_q.c
- * gainQuant): the MA-predicted code gain (gc_pred), then rate 12: the
- * optimum code gain (G_code) scalar-quantised (the pitch gain was quantised
- * by the pitch search); rates 1, 3, 6, 7, 11: the joint VQ of both gains
- * (Qua_gain); the predictor memory is updated with the quantised energy.
- * Decision: the joint quantisers of rates 0 and 8 are not provided by this
- * stage; those rates are refused (zepStsBadArgErr).
+ * gainQuant with gc_pred.c, g_code.c, q_gain_c.c, calc_en.c, qua_gain.c,
+ * qgain795.c, g_adapt.c, qgain475.c): the MA-predicted code gain (gc_pred),
+ * then by rate:
+ * - 12: the optimum code gain (G_code) scalar-quantised; the pitch gain was
+ *   quantised by the pitch search and passes unchanged;
+ * - 1, 3, 6, 7, 11: the joint VQ of both gains (Qua_gain);
+ * - 8: the pitch gain scalar-quantised with three candidates, the code gain
+ *   searched jointly with them, then requantised with the adaptive
+ *   energy-matching criterion (MR795_gain_quant); two indices;
+ * - 0: the two subframes of a pair are quantised jointly. The even
+ *   subframe only stores its energies (and updates the second predictor
+ *   with its optimum gain); pGains[1] then receives that unquantised code
+ *   gain for the caller's provisional update. The odd subframe writes the
+ *   index of the pair and the quantised gains of both subframes
+ *   (pGains[2], pGains[3] for the even one).
+ * The predictor memory is updated with the quantised energies.
  *
- * @param pState      in/out: state of zepsGainQuantInit_GSMAMR_16s
- * @param pSrcRes     40 values: LP residual (read by rate 8)
- * @param pSrcExc     40 values: adaptive codebook vector (read by rate 8)
- * @param pSrcCode    40 values: innovation, Q13 (Q12 for rate 12)
- * @param pSrcTarget  40 values: target of the pitch search
- * @param pSrcTarget2 40 values: target of the codebook search
- * @param pSrcFltAdpt 40 values: filtered adaptive codebook vector
- * @param pSrcFltCode 40 values: filtered innovation, Q12
- * @param pSrcGCoeff  4 values of zepsClosedLoopPitchSearch_GSMAMR_16s
- * @param pGains      in/out: [0] pitch gain (Q14, in: of the pitch search, out: quantised),
- *                    [1] out: quantised code gain (Q1)
- * @param pDstIndex   out: the gain index
- * @param gpLimit     pitch-gain limit of the pitch search, Q14
- * @param rate        rate code 1, 3, 6, 7, 11 or 12
- * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate not a GSM-AMR rate ->
- *         zepStsRangeErr (-7); rates 0 and 8 -> zepStsBadArgErr (-5); else zepStsNoErr.
+ * @param pState       in/out: state of zepsGainQuantInit_GSMAMR_16s
+ * @param pSrcRes      40 values: LP residual (read by rate 8)
+ * @param pSrcExc      40 values: adaptive codebook vector (read by rate 8)
+ * @param pSrcCode     40 values: innovation, Q13 (Q12 for rate 12)
+ * @param pSrcTarget   40 values: target of the pitch search
+ * @param pSrcTarget2  40 values: target of the codebook search
+ * @param pSrcFltAdpt  40 values: filtered adaptive codebook vector
+ * @param pSrcFltCode  40 values: filtered innovation, Q12
+ * @param pSrcGCoeff   4 values of zepsClosedLoopPitchSearch_GSMAMR_16s
+ * @param pGains       in/out: 4 values: [0] pitch gain (Q14, in: of the pitch search, out: quantised),
+ *                     [1] out: code gain, [2], [3] out: rate 0, odd subframe: the quantised pitch
+ *                     and code gains of the even subframe (else 0)
+ * @param pDstIndex    out: the gain index (rate 8: pitch, then code index; rate 0: written on odd subframes only)
+ * @param evenSubframe 1 for subframes 0 and 2, 0 for 1 and 3 (read by rate 0)
+ * @param gpLimit      pitch-gain limit of the pitch search, Q14
+ * @param rate         rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); else zepStsNoErr.
  */
 ZEPSAPI ZepStatus zepsGainQuant_GSMAMR_16s(ZepGainQuantState_GSMAMR* pState, const Zep16s* pSrcRes,
                                            const Zep16s* pSrcExc, const Zep16s* pSrcCode, const Zep16s* pSrcTarget,
                                            const Zep16s* pSrcTarget2, const Zep16s* pSrcFltAdpt,
                                            const Zep16s* pSrcFltCode, const Zep16s* pSrcGCoeff, Zep16s* pGains,
-                                           Zep16s* pDstIndex, Zep16s gpLimit, Zep32s rate);
+                                           Zep16s* pDstIndex, Zep16s evenSubframe, Zep16s gpLimit, Zep32s rate);
 
 /**
  * GSM-AMR encoder state update after a subframe (3GPP TS 26.073
@@ -1334,6 +1345,22 @@ ZEPSAPI ZepStatus zepsEncoderSubframeUpdate_GSMAMR_16s(const Zep16s* pSrcSpch, c
                                                        Zep16s gainPit, Zep16s gainCode, Zep16s* pMemSyn,
                                                        Zep16s* pMemErr, Zep16s* pMemW0, Zep16s* pSrcDstExc,
                                                        Zep16s* pDstSynth, Zep16s* pSharp, Zep32s rate);
+
+/**
+ * GSM-AMR filtering of an excitation by an impulse response (3GPP TS 26.073
+ * convolve.c Convolve): y[n] = sum_{i<=n} x[i] h[n-i] accumulated with L_mac,
+ * shifted left by 3 with saturation, high half (h Q12, x and y Q0). The
+ * 4.75 kbit/s encoder uses it to refilter the first subframe's adaptive
+ * vector of a pair.
+ *
+ * @param pSrc  len samples
+ * @param pImp  len values of the impulse response, Q12
+ * @param pDst  out: len samples
+ * @param len   1..160
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); len outside 1..160 -> zepStsSizeErr (-6);
+ *         else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsConvolve_GSMAMR_16s(const Zep16s* pSrc, const Zep16s* pImp, Zep16s* pDst, Zep32s len);
 
 /**
  * GSM-AMR encoder parameters to serial bits (3GPP TS 26.073 prm2bits.c

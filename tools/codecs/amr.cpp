@@ -577,7 +577,7 @@ constexpr int kTotal = 320;    // L_TOTAL: speech buffer of the LP analysis
 constexpr int kMp1 = kM + 1;
 constexpr int kAnaMax = 57;
 // Modes whose whole encoder is available.
-constexpr bool kEncoderMode[8] = {false, true, true, true, true, false, true, true};
+constexpr bool kEncoderMode[8] = {true, true, true, true, true, true, true, true};
 const char* const kModeName[8] = {"MR475", "MR515", "MR59", "MR67", "MR74", "MR795", "MR102", "MR122"};
 const char* const kModeRate[8] = {"4.75", "5.15", "5.9", "6.7", "7.4", "7.95", "10.2", "12.2"};
 
@@ -689,30 +689,86 @@ private:
         std::copy(lsp_new_q, lsp_new_q + kM, lsp_old_q_);
     }
 
+    /// One subframe of cod_amr. At 4.75 kbit/s the even subframe is first
+    /// coded with its unquantised gains on copies of the memories; the odd
+    /// one quantises the gains of both, then both are coded again.
     void subframe(int mode, int sf, const Zep16s* A, const Zep16s* Aq, const Zep16s* sp, const Zep16s* t_op,
                   Zep16s lsp_flag, Zep16s*& a) {
         const Zep32s rate = kRate[mode];
+        const bool even = (sf & 1) == 0, mr475 = mode == 0;
         const int at = sf * kSubfr;
         Zep16s* exc = old_exc_ + kExcHist + at;
-        Zep16s h1[kSubfr], xn[kSubfr], res[kSubfr], res2[kSubfr], xn2[kSubfr], y1[kSubfr], y2[kSubfr];
+        Zep16s res[kSubfr], res2[kSubfr], xn2[kSubfr], y1[kSubfr], y2[kSubfr];
         Zep16s code[kSubfr], pitch[4], g_coeff[4], synth[kSubfr];
-        check(zepsTargetImpulseResponse_GSMAMR_16s(A, Aq, sp + at - kM, mem_err_, mem_w0_, exc, h1, xn, res, rate));
+        if (mr475 && even) {
+            std::copy(mem_syn_, mem_syn_ + kM, sf0_.mem_syn);
+            std::copy(mem_w0_, mem_w0_ + kM, sf0_.mem_w0);
+            std::copy(mem_err_, mem_err_ + kM, sf0_.mem_err);
+            sf0_.sharp = sharp_;
+        }
+        check(zepsTargetImpulseResponse_GSMAMR_16s(A, Aq, sp + at - kM, mem_err_, mr475 ? sf0_.mem_w0 : mem_w0_, exc,
+                                                   h1_, xn_, res, rate));
+        if (mr475 && even) std::copy(h1_, h1_ + kSubfr, sf0_.h1);
         std::copy(res, res + kSubfr, res2);
-        check(zepsClosedLoopPitchSearch_GSMAMR_16s(&prev_lag_, tone_, t_op, h1, exc - kExcHist, res2, xn, lsp_flag,
+        check(zepsClosedLoopPitchSearch_GSMAMR_16s(&prev_lag_, tone_, t_op, h1_, exc - kExcHist, res2, xn_, lsp_flag,
                                                    xn2, y1, pitch, g_coeff, a, sf, rate));
         a += mode == 7 ? 2 : 1;
         const Zep16s t0 = pitch[0];
         if (sf == 0 && ol_gain_flg_[0] > 0) old_lags_[1] = t0;
         if (sf == 3 && ol_gain_flg_[1] > 0) old_lags_[0] = t0;
-        check(zepsAlgebraicCodebookSearch_GSMAMR_16s(xn2, h1, t0, sharp_, pitch[2], res2, code, y2, a, rate, sf));
+        check(zepsAlgebraicCodebookSearch_GSMAMR_16s(xn2, h1_, t0, sharp_, pitch[2], res2, code, y2, a, rate, sf));
         a += kCbParams[mode];
-        Zep16s gains[2] = {pitch[2], 0};
-        check(zepsGainQuant_GSMAMR_16s(gain(), res, exc, code, xn, xn2, y1, y2, g_coeff, gains, a, pitch[3], rate));
-        a += 1;
+        Zep16s gains[4] = {pitch[2], 0, 0, 0};
+        Zep16s* index = a;
+        if (mr475 && !even) index = gain_slot_;
+        check(zepsGainQuant_GSMAMR_16s(gain(), res, exc, code, xn_, xn2, y1, y2, g_coeff, gains, index,
+                                       static_cast<Zep16s>(even ? 1 : 0), pitch[3], rate));
+        if (mr475 && even) gain_slot_ = a;
+        if (!mr475 || even) a += mode == 5 ? 2 : 1;
         check(zepsUpdateGpClipping_GSMAMR_16s(tone_, gains[0]));
-        check(zepsEncoderSubframeUpdate_GSMAMR_16s(sp + at, Aq, xn, code, y1, y2, gains[0], gains[1], mem_syn_,
-                                                   mem_err_, mem_w0_, exc, synth, &sharp_, rate));
+        if (!mr475) {
+            check(zepsEncoderSubframeUpdate_GSMAMR_16s(sp + at, Aq, xn_, code, y1, y2, gains[0], gains[1], mem_syn_,
+                                                       mem_err_, mem_w0_, exc, synth, &sharp_, rate));
+        } else if (even) {
+            sf0_.at = at;
+            std::copy(xn_, xn_ + kSubfr, sf0_.xn);
+            std::copy(y2, y2 + kSubfr, sf0_.y2);
+            std::copy(code, code + kSubfr, sf0_.code);
+            sf0_.t0 = t0;
+            sf0_.frac = pitch[1];
+            Zep16s err[kM];
+            check(zepsEncoderSubframeUpdate_GSMAMR_16s(sp + at, Aq, xn_, code, y1, y2, gains[0], gains[1], sf0_.mem_syn,
+                                                       err, sf0_.mem_w0, exc, synth, &sharp_, rate));
+            std::copy(err, err + kM, mem_err_);
+            sharp_ = sf0_.sharp;
+        } else {
+            // The pair's first subframe again with its quantised gains, then this one.
+            std::copy(sf0_.mem_err, sf0_.mem_err + kM, mem_err_);
+            Zep16s* exc0 = old_exc_ + kExcHist + sf0_.at;
+            check(zepsAdaptiveCodebookDecode_GSMAMR_16s(exc0 - kExcHist, sf0_.t0, sf0_.frac, rate));
+            check(zepsConvolve_GSMAMR_16s(exc0, sf0_.h1, y1, kSubfr));
+            check(zepsEncoderSubframeUpdate_GSMAMR_16s(sp + sf0_.at, Aq - kMp1, sf0_.xn, sf0_.code, y1, sf0_.y2,
+                                                       gains[2], gains[3], mem_syn_, mem_err_, mem_w0_, exc0, synth,
+                                                       &sf0_.sharp, rate));
+            check(zepsTargetImpulseResponse_GSMAMR_16s(A, Aq, sp + at - kM, mem_err_, mem_w0_, exc, h1_, xn_, res,
+                                                       rate));
+            check(zepsAdaptiveCodebookDecode_GSMAMR_16s(exc - kExcHist, t0, pitch[1], rate));
+            check(zepsConvolve_GSMAMR_16s(exc, h1_, y1, kSubfr));
+            check(zepsEncoderSubframeUpdate_GSMAMR_16s(sp + at, Aq, xn_, code, y1, y2, gains[0], gains[1], mem_syn_,
+                                                       mem_err_, mem_w0_, exc, synth, &sharp_, rate));
+        }
     }
+
+    /// What the 4.75 kbit/s pair keeps of its first subframe.
+    struct PairStart {
+        Zep16s mem_syn[kM], mem_w0[kM], mem_err[kM], sharp;
+        Zep16s h1[kSubfr], xn[kSubfr], y2[kSubfr], code[kSubfr];
+        Zep16s t0, frac;
+        int at;
+    };
+    PairStart sf0_{};
+    Zep16s* gain_slot_ = nullptr;
+    Zep16s h1_[kSubfr]{}, xn_[kSubfr]{};
 
     // Index words of the codebook search per mode.
     static constexpr int kCbParams[8] = {2, 2, 2, 2, 2, 2, 7, 10};
