@@ -87,6 +87,12 @@ inline void cor_h_x2(const Word16* h, const Word16* x, Word16* dn, Word16 sf, in
     for (int i = 0; i < kLCode; i++) dn[i] = round_fx(L_shl(y32[i], j));
 }
 
+/// L_shl(v, n) for n >= 0: the exact shift saturated to 32 bits.
+inline Word32 shl_sat(Word32 v, int n) {
+    const std::int64_t w = static_cast<std::int64_t>(v) * (std::int64_t{1} << n);
+    return w > MAX_32 ? MAX_32 : w < MIN_32 ? MIN_32 : static_cast<Word32>(w);
+}
+
 /// The impulse response scaled for maximum precision (cor_h): h/2 when its
 /// energy saturates, else h * 0.99 / sqrt(energy).
 inline void scale_response(const Word16* h, Word16* h2) {
@@ -98,7 +104,7 @@ inline void scale_response(const Word16* h, Word16* h2) {
         s = L_shr(s, 1);
         Word16 k = extract_h(L_shl(Inv_sqrt(s), 7));
         k = mult(k, 32440);  // 0.99 k
-        for (int i = 0; i < kLCode; i++) h2[i] = round_fx(L_shl(L_mult(h[i], k), 9));
+        for (int i = 0; i < kLCode; i++) h2[i] = round_fx(shl_sat(L_mult(h[i], k), 9));
     }
 }
 
@@ -136,6 +142,37 @@ inline __m128i round8(__m128i lo, __m128i hi) {
     lo = _mm_srai_epi32(_mm_add_epi32(_mm_slli_epi32(lo, 1), half), 16);
     hi = _mm_srai_epi32(_mm_add_epi32(_mm_slli_epi32(hi, 1), half), 16);
     return _mm_packs_epi32(lo, hi);
+}
+
+/// The upper triangle of rr[][] from its lower one: 8x8 blocks transposed,
+/// the diagonal blocks element by element.
+inline void mirror_lower(CorrMatrix& rr) {
+    for (int bj = 0; bj < 5; bj++) {
+        for (int bi = 0; bi < bj; bi++) {
+            __m128i a[8];
+            for (int r = 0; r < 8; r++) a[r] = load8(&rr[8 * bj + r][8 * bi]);
+            __m128i b[8], c[8];
+            for (int r = 0; r < 4; r++) {
+                b[2 * r] = _mm_unpacklo_epi16(a[2 * r], a[2 * r + 1]);
+                b[2 * r + 1] = _mm_unpackhi_epi16(a[2 * r], a[2 * r + 1]);
+            }
+            c[0] = _mm_unpacklo_epi32(b[0], b[2]);
+            c[1] = _mm_unpackhi_epi32(b[0], b[2]);
+            c[2] = _mm_unpacklo_epi32(b[1], b[3]);
+            c[3] = _mm_unpackhi_epi32(b[1], b[3]);
+            c[4] = _mm_unpacklo_epi32(b[4], b[6]);
+            c[5] = _mm_unpackhi_epi32(b[4], b[6]);
+            c[6] = _mm_unpacklo_epi32(b[5], b[7]);
+            c[7] = _mm_unpackhi_epi32(b[5], b[7]);
+            for (int r = 0; r < 4; r++) {
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(&rr[8 * bi + 2 * r][8 * bj]), _mm_unpacklo_epi64(c[r], c[r + 4]));
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(&rr[8 * bi + 2 * r + 1][8 * bj]),
+                                 _mm_unpackhi_epi64(c[r], c[r + 4]));
+            }
+        }
+        for (int j = 8 * bj + 1; j < 8 * bj + 8; j++)
+            for (int i = 8 * bj; i < j; i++) rr[i][j] = rr[j][i];
+    }
 }
 
 /// cor_h. Diagonal lag d of the reference, P_d[n] = sum_{m<=n} h2[m] h2[m+d],
@@ -177,8 +214,8 @@ inline void cor_h(const Word16* h, const Word16* sign, CorrMatrix& rr) {
             _mm_storeu_si128(reinterpret_cast<__m128i*>(&rr[j][8 * b]), v);
         }
         rr[j][j] = low[j][kOff + j];
-        for (int i = 0; i < j; i++) rr[i][j] = rr[j][i];
     }
+    mirror_lower(rr);
 }
 
 }  // namespace amr_cb

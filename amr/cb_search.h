@@ -5,6 +5,8 @@
 // for MR122), filtered code Q12.
 #pragma once
 
+#include <cstdint>
+
 #include "common/basic_op.h"
 
 ZEPS_BEGIN_VARIANT
@@ -27,6 +29,15 @@ struct PaddedResponse {
 /// v[i] += mult(v[i - T0], sharp) for i = T0..39.
 inline void add_pitch_contribution(Word16* v, int T0, Word16 sharp) {
     for (int i = T0; i < kLCode; i++) v[i] = add(v[i], mult(v[i - T0], sharp));
+}
+
+/// The search criterion sq1 / alp1 > sq / alp, written by the reference as
+/// L_msu(L_mult(alp, sq1), sq, alp1) > 0. The squares sq1, sq lie in
+/// -1..32767 (mult(ps, ps) or the start value -1), so neither L_mult meets
+/// -32768 * -32768 and both are exact, and the saturation of L_msu keeps the
+/// sign of the exact difference: the test is the plain product comparison.
+inline bool improves(Word16 sq1, Word16 alp1, Word16 sq, Word16 alp) {
+    return std::int32_t{alp} * sq1 > std::int32_t{sq} * alp1;
 }
 
 /// Filtered code of n pulses: y[i] = round(sum_k h[i - pos_k] * sign_k),

@@ -6,6 +6,7 @@
 // filtered code. Target Q0, LTP residual Q0, impulse response Q12; pulses
 // +-8191 (MR102, Q13) or +-4096 (MR122, Q12), filtered code Q12.
 #include "amr/amr_cb_tables.h"
+#include "amr/cb_candidates.h"
 #include "amr/cb_correlation.h"
 #include "amr/cb_search.h"
 #include "amr/cb_sign.h"
@@ -21,36 +22,42 @@ struct PairLevel {
     int ia, ib;
 };
 
-/// Search one pair of tracks given the pulses fixed so far. alp0 carries
-/// their energy; shifts are the reference's fractions of each term.
+/// Search one pair of tracks (ta, tb) given the pulses fixed so far. alp0
+/// carries their energy; the shifts are the reference's fractions of each
+/// term (L_mult(v, 2^(shift - 1))): rrv[] = the fixed pulses' cross terms
+/// with track tb, then for each position of ta its cross terms, then the
+/// pairs.
 PairLevel search_pair(const Word16* dn, const CorrMatrix& rr, const Word16* fixed, int nfixed, Word16 ps0, Word32 alp0,
-                      int ta, int tb, int step, Word16 rrv_diag, Word16 rrv_cross, Word16 alp_diag, Word16 alp_cross,
-                      Word16 pair_rrv, Word16 pair_cross) {
-    Word16 rrv[kLCode];
-    for (int i = tb; i < kLCode; i += step) {
-        Word32 s = L_mult(rr[i][i], rrv_diag);
-        for (int k = 0; k < nfixed; k++) s = L_mac(s, rr[fixed[k]][i], rrv_cross);
-        rrv[i] = round_fx(s);
-    }
+                      int ta, int tb, int step, int rrv_diag, int rrv_cross, int alp_diag, int alp_cross, int pair_rrv,
+                      int pair_cross) {
+    const int count = step == 4 ? 10 : 8;  // positions on a track of step 4 or 5
+    const Strided dnb{dn + tb, step};
+    Term terms[10];
+    terms[0] = {{&rr[tb][tb], step * (kLCode + 1)}, rrv_diag};
+    for (int k = 0; k < nfixed; k++) terms[k + 1] = {{&rr[fixed[k]][tb], step}, rrv_cross};
+    Candidates rrv{};
+    evaluate_track(0, 0, dnb, terms, nfixed + 1, count, rrv);
+
+    terms[0] = {{&rr[ta][ta], step * (kLCode + 1)}, alp_diag};
+    for (int k = 0; k < nfixed; k++) terms[k + 1] = {{&rr[fixed[k]][ta], step}, alp_cross};
+    Sums first;
+    track_sums(ps0, alp0, {dn + ta, step}, terms, nfixed + 1, count, first);
+
     PairLevel best;
     best.ia = ta;
     best.ib = tb;
-    for (int i2 = ta; i2 < kLCode; i2 += step) {
-        const Word16 ps1 = add(ps0, dn[i2]);
-        Word32 alp1 = L_mac(alp0, rr[i2][i2], alp_diag);
-        for (int k = 0; k < nfixed; k++) alp1 = L_mac(alp1, rr[fixed[k]][i2], alp_cross);
-        for (int i3 = tb; i3 < kLCode; i3 += step) {
-            const Word16 ps2 = add(ps1, dn[i3]);
-            Word32 alp2 = L_mac(alp1, rrv[i3], pair_rrv);
-            alp2 = L_mac(alp2, rr[i2][i3], pair_cross);
-            const Word16 sq2 = mult(ps2, ps2);
-            const Word16 alp_16 = round_fx(alp2);
-            if (L_msu(L_mult(best.alp, sq2), best.sq, alp_16) > 0) {
-                best.sq = sq2;
-                best.ps = ps2;
-                best.alp = alp_16;
+    const TrackWithFixedTerm second(dnb, {{rrv.alp, 1}, pair_rrv}, count);
+    for (int ka = 0; ka < count; ka++) {
+        const int i2 = ta + step * ka;
+        Candidates c;
+        second.evaluate(first.ps[ka], first.alp[ka], {{&rr[i2][tb], step}, pair_cross}, c);
+        for (int k = 0; k < count; k++) {
+            if (improves(c.sq[k], c.alp[k], best.sq, best.alp)) {
+                best.sq = c.sq[k];
+                best.ps = c.ps[k];
+                best.alp = c.alp[k];
                 best.ia = i2;
-                best.ib = i3;
+                best.ib = tb + step * k;
             }
         }
     }
@@ -75,27 +82,25 @@ void search_10and8i40(int nbPulse, int step, int nbTracks, const Word16* dn, con
         alp0 = L_mac(alp0, rr[i1][i1], 2048);
         alp0 = L_mac(alp0, rr[i0][i1], 4096);
         // pulses 2, 3
-        PairLevel l = search_pair(dn, rr, p, 2, ps0, alp0, ipos[2], ipos[3], step, 4096, 8192, 2048, 4096, 16384, 4096);
+        PairLevel l = search_pair(dn, rr, p, 2, ps0, alp0, ipos[2], ipos[3], step, 13, 14, 12, 13, 15, 13);
         p[2] = static_cast<Word16>(l.ia);
         p[3] = static_cast<Word16>(l.ib);
         // pulses 4, 5
-        l = search_pair(dn, rr, p, 4, l.ps, L_mult(l.alp, 16384), ipos[4], ipos[5], step, 4096, 8192, 1024, 2048, 8192,
-                        2048);
+        l = search_pair(dn, rr, p, 4, l.ps, L_mult(l.alp, 16384), ipos[4], ipos[5], step, 13, 14, 11, 12, 14, 12);
         p[4] = static_cast<Word16>(l.ia);
         p[5] = static_cast<Word16>(l.ib);
         // pulses 6, 7
-        l = search_pair(dn, rr, p, 6, l.ps, L_mult(l.alp, 16384), ipos[6], ipos[7], step, 2048, 4096, 512, 1024, 8192,
-                        1024);
+        l = search_pair(dn, rr, p, 6, l.ps, L_mult(l.alp, 16384), ipos[6], ipos[7], step, 12, 13, 10, 11, 14, 11);
         p[6] = static_cast<Word16>(l.ia);
         p[7] = static_cast<Word16>(l.ib);
         if (tenPulses) {
             // pulses 8, 9
-            l = search_pair(dn, rr, p, 8, l.ps, L_mult(l.alp, 16384), ipos[8], ipos[9], step, 2048, 4096, 256, 512,
-                            4096, 512);
+            l = search_pair(dn, rr, p, 8, l.ps, L_mult(l.alp, 16384), ipos[8], ipos[9], step, 12, 13, 9, 10, 13,
+                            10);
             p[8] = static_cast<Word16>(l.ia);
             p[9] = static_cast<Word16>(l.ib);
         }
-        if (L_msu(L_mult(alpk, l.sq), psk, l.alp) > 0) {
+        if (improves(l.sq, l.alp, psk, alpk)) {
             psk = l.sq;
             alpk = l.alp;
             for (int k = 0; k < nbPulse; k++) codvec[k] = p[k];
@@ -216,7 +221,7 @@ void gray_code_positions(Word16* indx) {
 
 void code_8i40_31bits(const Word16* x, const Word16* cn, const PaddedResponse& h, Word16* cod, Word16* y,
                       Word16* indx) {
-    Word16 ipos[8], pos_max[4], codvec[8], dn[kLCode], sign[kLCode];
+    Word16 ipos[8], pos_max[4], codvec[8], dn[kLCode] = {}, sign[kLCode];
     CorrMatrix rr;
     cor_h_x2(h.h(), x, dn, 2, 4, 4);
     set_sign12k2(dn, cn, sign, pos_max, 4, ipos, 4);
@@ -229,7 +234,7 @@ void code_8i40_31bits(const Word16* x, const Word16* cn, const PaddedResponse& h
 
 void code_10i40_35bits(const Word16* x, const Word16* cn, const PaddedResponse& h, Word16* cod, Word16* y,
                        Word16* indx) {
-    Word16 ipos[10], pos_max[5], codvec[10], dn[kLCode], sign[kLCode];
+    Word16 ipos[10], pos_max[5], codvec[10], dn[kLCode] = {}, sign[kLCode];
     CorrMatrix rr;
     cor_h_x2(h.h(), x, dn, 2, 5, 5);
     set_sign12k2(dn, cn, sign, pos_max, 5, ipos, 5);

@@ -2,10 +2,12 @@
 // GSM-AMR algebraic codebooks of 2 to 4 pulses (3GPP TS 26.073 c2_9pf.c
 // MR475/MR515, c2_11pf.c MR59, c3_14pf.c MR67, c4_17pf.c MR74/MR795):
 // pitch sharpening of the impulse response, sign preselection, depth-first
-// position search and the index of the chosen pulses. Target Q0, impulse
+// position search (each track's 8 candidates evaluated together, see
+// cb_candidates.h) and the index of the chosen pulses. Target Q0, impulse
 // response Q12, pulses +8191/-8192 (Q13), filtered code Q12.
 #include "amr/amr_cb_tables.h"
 #include "amr/amr_dec_tables.h"
+#include "amr/cb_candidates.h"
 #include "amr/cb_correlation.h"
 #include "amr/cb_search.h"
 #include "amr/cb_sign.h"
@@ -14,7 +16,8 @@ ZEPS_BEGIN_VARIANT
 namespace amr_cb {
 namespace {
 
-constexpr Word16 k1_2 = 16384, k1_4 = 8192, k1_8 = 4096, k1_16 = 2048;
+// Fractions of the L_mac terms as shifts of L_mult: 1/2 -> 15, 1/4 -> 14, 1/8 -> 13, 1/16 -> 12.
+constexpr Word16 k1_4 = 8192;
 
 /// Running best of one search level: the candidate replaces the best when
 /// sq1 / alp1 > sq / alp (cross-multiplied as the reference does).
@@ -22,23 +25,28 @@ struct Best {
     Word16 sq = -1, alp = 1, ps = 0;
     int ix;
     explicit Best(int first) : ix(first) {}
-    void offer(Word16 ps1, Word32 alp1, int pos) {
-        const Word16 sq1 = mult(ps1, ps1);
-        const Word16 alp_16 = round_fx(alp1);
-        if (L_msu(L_mult(alp, sq1), sq, alp_16) > 0) {
-            sq = sq1;
-            ps = ps1;
-            alp = alp_16;
-            ix = pos;
+    /// The track's 8 candidates in position order (first, first + 5, ...).
+    void choose(const Candidates& c, int first) {
+        for (int k = 0; k < 8; k++) {
+            if (improves(c.sq[k], c.alp[k], sq, alp)) {
+                sq = c.sq[k];
+                ps = c.ps[k];
+                alp = c.alp[k];
+                ix = first + 5 * k;
+            }
         }
     }
 };
+
+/// The diagonal and a row of rr[][] along the track starting at first.
+Strided diagonal(const CorrMatrix& rr, int first) { return {&rr[first][first], 5 * (kLCode + 1)}; }
+Strided row(const CorrMatrix& rr, int i, int first) { return {&rr[i][first], 5}; }
 
 /// The codevector of the whole search (psk / alpk).
 struct Chosen {
     Word16 psk = -1, alpk = 1;
     bool better(Word16 sq, Word16 alp) {
-        if (L_msu(L_mult(alpk, sq), psk, alp) > 0) {
+        if (improves(sq, alp, psk, alpk)) {
             psk = sq;
             alpk = alp;
             return true;
@@ -49,14 +57,11 @@ struct Chosen {
 
 /// Best second pulse after i0 on the track starting at start.
 Best second_pulse(const Word16* dn, const CorrMatrix& rr, int i0, int start) {
-    const Word16 ps0 = dn[i0];
-    const Word32 alp0 = L_mult(rr[i0][i0], k1_4);
+    const Term terms[2] = {{diagonal(rr, start), 14}, {row(rr, i0, start), 15}};  // 1/4, 1/2
+    Candidates c;
+    evaluate_track(dn[i0], L_mult(rr[i0][i0], k1_4), {dn + start, 5}, terms, 2, 8, c);
     Best b(start);
-    for (int i1 = start; i1 < kLCode; i1 += 5) {
-        Word32 alp1 = L_mac(alp0, rr[i1][i1], k1_4);
-        alp1 = L_mac(alp1, rr[i0][i1], k1_2);
-        b.offer(add(ps0, dn[i1]), alp1, i1);
-    }
+    b.choose(c, start);
     return b;
 }
 
@@ -86,14 +91,12 @@ void search_3or4(const Word16* dn, const Word16* dn2, const CorrMatrix& rr, Word
             if (dn2[i0] < 0) continue;
             const Best b1 = second_pulse(dn, rr, i0, ipos[1]);
             const int i1 = b1.ix;
-            Word32 alp0 = L_mult(b1.alp, k1_4);
-            Best b2(ipos[2]);
-            for (int i2 = ipos[2]; i2 < kLCode; i2 += 5) {
-                Word32 alp1 = L_mac(alp0, rr[i2][i2], k1_16);
-                alp1 = L_mac(alp1, rr[i1][i2], k1_8);
-                alp1 = L_mac(alp1, rr[i0][i2], k1_8);
-                b2.offer(add(b1.ps, dn[i2]), alp1, i2);
-            }
+            Candidates cand;
+            const int t2 = ipos[2];
+            const Term terms2[3] = {{diagonal(rr, t2), 12}, {row(rr, i1, t2), 13}, {row(rr, i0, t2), 13}};
+            evaluate_track(b1.ps, L_mult(b1.alp, k1_4), {dn + t2, 5}, terms2, 3, 8, cand);
+            Best b2(t2);
+            b2.choose(cand, t2);
             const int i2 = b2.ix;
             if (npulse == 3) {
                 if (c.better(b2.sq, b2.alp)) {
@@ -103,15 +106,12 @@ void search_3or4(const Word16* dn, const Word16* dn2, const CorrMatrix& rr, Word
                 }
                 continue;
             }
-            alp0 = L_deposit_h(b2.alp);
-            Best b3(ipos[3]);
-            for (int i3 = ipos[3]; i3 < kLCode; i3 += 5) {
-                Word32 alp1 = L_mac(alp0, rr[i3][i3], k1_16);
-                alp1 = L_mac(alp1, rr[i2][i3], k1_8);
-                alp1 = L_mac(alp1, rr[i1][i3], k1_8);
-                alp1 = L_mac(alp1, rr[i0][i3], k1_8);
-                b3.offer(add(b2.ps, dn[i3]), alp1, i3);
-            }
+            const int t3 = ipos[3];
+            const Term terms3[4] = {
+                {diagonal(rr, t3), 12}, {row(rr, i2, t3), 13}, {row(rr, i1, t3), 13}, {row(rr, i0, t3), 13}};
+            evaluate_track(b2.ps, L_deposit_h(b2.alp), {dn + t3, 5}, terms3, 4, 8, cand);
+            Best b3(t3);
+            b3.choose(cand, t3);
             if (c.better(b3.sq, b3.alp)) {
                 codvec[0] = static_cast<Word16>(i0);
                 codvec[1] = static_cast<Word16>(i1);

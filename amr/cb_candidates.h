@@ -1,0 +1,219 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
+// One step of the depth-first pulse searches of the GSM-AMR algebraic
+// codebooks (3GPP TS 26.073 c3_14pf.c, c4_17pf.c, s10_8pf.c ...): every
+// position of one track is tried as the next pulse, with
+//   ps1  = add(ps0, dn[i])
+//   alp1 = L_mac(... L_mac(alp0, t_1[i], c_1) ..., t_n[i], c_n)
+//   sq1  = mult(ps1, ps1),  alp_16 = round(alp1)
+// where each c is a power-of-two fraction (L_mult(t, c) = t << shift, never
+// saturating) and the terms t are rows or the diagonal of rr[][] read with
+// the track's stride. The vector form computes 8 positions at once with the
+// reference's saturations reproduced exactly (32-bit saturating adds
+// emulated, the one saturating square mult(-32768, -32768) fixed up), so it
+// needs no input bound; where the start value and the shifts bound every
+// partial sum inside 32 bits, plain adds replace the emulated saturating
+// ones. The plain form is the baseline it is tested against.
+// The choice among the candidates stays sequential, as the reference's.
+#pragma once
+
+#include <tmmintrin.h>
+
+#include <cstdint>
+
+#include "amr/cb_search.h"
+
+ZEPS_BEGIN_VARIANT
+namespace amr_cb {
+
+/// A strided run of 16-bit values (a track of dn[], a row or the diagonal of rr[][]).
+struct Strided {
+    const Word16* p;
+    int stride;
+};
+
+/// One L_mac term: values and the left shift of L_mult(value, 2^(shift - 1)).
+struct Term {
+    Strided v;
+    int shift;
+};
+
+/// The candidates of one track: up to 16 positions.
+struct Candidates {
+    alignas(16) Word16 ps[16];
+    alignas(16) Word16 sq[16];
+    alignas(16) Word16 alp[16];
+};
+
+inline void evaluate_track_scalar(Word16 ps0, Word32 alp0, Strided dn, const Term* terms, int nterms, int count,
+                                  Candidates& c) {
+    for (int k = 0; k < count; k++) {
+        const Word16 ps1 = add(ps0, dn.p[k * dn.stride]);
+        Word32 alp1 = alp0;
+        for (int t = 0; t < nterms; t++)
+            alp1 = L_mac(alp1, terms[t].v.p[k * terms[t].v.stride], static_cast<Word16>(1 << (terms[t].shift - 1)));
+        c.ps[k] = ps1;
+        c.sq[k] = mult(ps1, ps1);
+        c.alp[k] = round_fx(alp1);
+    }
+}
+
+namespace simd {
+
+/// 8 strided values from k0 on (lanes past count read as 0).
+inline __m128i gather8(Strided s, int k0, int count) {
+    const Word16* p = s.p + k0 * s.stride;
+    const int d = s.stride;
+    if (count - k0 >= 8) return _mm_setr_epi16(p[0], p[d], p[2 * d], p[3 * d], p[4 * d], p[5 * d], p[6 * d], p[7 * d]);
+    __m128i v = _mm_setzero_si128();
+    switch (count - k0) {  // the tail of a 10-position track: 2 values
+        default: v = _mm_insert_epi16(v, p[d], 1); [[fallthrough]];
+        case 1: v = _mm_insert_epi16(v, p[0], 0);
+    }
+    return v;
+}
+
+/// L_add of 4 lanes with the reference's saturation.
+inline __m128i sat_add32(__m128i a, __m128i b) {
+    const __m128i r = _mm_add_epi32(a, b);
+    const __m128i ovf = _mm_srai_epi32(_mm_and_si128(_mm_xor_si128(a, r), _mm_xor_si128(b, r)), 31);
+    const __m128i sat = _mm_xor_si128(_mm_srai_epi32(a, 31), _mm_set1_epi32(0x7fffffff));
+    return _mm_or_si128(_mm_and_si128(ovf, sat), _mm_andnot_si128(ovf, r));
+}
+
+}  // namespace simd
+
+namespace simd {
+
+/// True when no partial sum of the chain (and its rounding) can leave the
+/// 32-bit range: |alp0| + sum 2^(15 + shift) + 2^15 <= MAX_32, since every
+/// term is at most 32768 << shift in magnitude.
+inline bool chain_is_exact(Word32 alp0, const Term* terms, int nterms) {
+    std::int64_t bound = (alp0 < 0 ? -std::int64_t{alp0} : std::int64_t{alp0}) + 0x8000;
+    for (int t = 0; t < nterms; t++) bound += std::int64_t{1} << (15 + terms[t].shift);
+    return bound <= MAX_32;
+}
+
+/// The L_mac chains of 8 positions from k0 on, in two vectors of 4 sums;
+/// plain adds where chain_is_exact proved them equal to the saturating ones.
+inline void mac_terms(Word32 alp0, const Term* terms, int nterms, int k0, int count, bool exact, __m128i& lo,
+                      __m128i& hi) {
+    const __m128i zero = _mm_setzero_si128();
+    lo = _mm_set1_epi32(alp0);
+    hi = lo;
+    for (int t = 0; t < nterms; t++) {
+        const __m128i v = gather8(terms[t].v, k0, count);
+        const __m128i cnt = _mm_cvtsi32_si128(16 - terms[t].shift);
+        const __m128i vl = _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt);
+        const __m128i vh = _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt);
+        if (exact) {
+            lo = _mm_add_epi32(lo, vl);
+            hi = _mm_add_epi32(hi, vh);
+        } else {
+            lo = sat_add32(lo, vl);
+            hi = sat_add32(hi, vh);
+        }
+    }
+}
+
+}  // namespace simd
+
+/// The pulse sums ps1 and the unrounded L_mac chains alp1 of a track's positions.
+struct Sums {
+    alignas(16) Word16 ps[16];
+    alignas(16) Word32 alp[16];
+};
+
+inline void track_sums_scalar(Word16 ps0, Word32 alp0, Strided dn, const Term* terms, int nterms, int count, Sums& c) {
+    for (int k = 0; k < count; k++) {
+        Word32 alp1 = alp0;
+        for (int t = 0; t < nterms; t++)
+            alp1 = L_mac(alp1, terms[t].v.p[k * terms[t].v.stride], static_cast<Word16>(1 << (terms[t].shift - 1)));
+        c.ps[k] = add(ps0, dn.p[k * dn.stride]);
+        c.alp[k] = alp1;
+    }
+}
+
+inline void track_sums(Word16 ps0, Word32 alp0, Strided dn, const Term* terms, int nterms, int count, Sums& c) {
+    using namespace simd;
+    const bool exact = chain_is_exact(alp0, terms, nterms);
+    for (int k0 = 0; k0 < count; k0 += 8) {
+        __m128i lo, hi;
+        mac_terms(alp0, terms, nterms, k0, count, exact, lo, hi);
+        _mm_store_si128(reinterpret_cast<__m128i*>(c.ps + k0), _mm_adds_epi16(_mm_set1_epi16(ps0), gather8(dn, k0, count)));
+        _mm_store_si128(reinterpret_cast<__m128i*>(c.alp + k0), lo);
+        _mm_store_si128(reinterpret_cast<__m128i*>(c.alp + k0 + 4), hi);
+    }
+}
+
+inline void evaluate_track(Word16 ps0, Word32 alp0, Strided dn, const Term* terms, int nterms, int count,
+                           Candidates& c) {
+    using namespace simd;
+    const __m128i half = _mm_set1_epi32(0x8000);
+    const __m128i minv = _mm_set1_epi16(MIN_16);
+    const bool exact = chain_is_exact(alp0, terms, nterms);
+    for (int k0 = 0; k0 < count; k0 += 8) {
+        const __m128i ps = _mm_adds_epi16(_mm_set1_epi16(ps0), gather8(dn, k0, count));
+        __m128i lo, hi;
+        mac_terms(alp0, terms, nterms, k0, count, exact, lo, hi);
+        lo = _mm_srai_epi32(exact ? _mm_add_epi32(lo, half) : sat_add32(lo, half), 16);
+        hi = _mm_srai_epi32(exact ? _mm_add_epi32(hi, half) : sat_add32(hi, half), 16);
+        const __m128i sq = _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(ps, ps), 1),
+                                        _mm_srli_epi16(_mm_mullo_epi16(ps, ps), 15));
+        _mm_store_si128(reinterpret_cast<__m128i*>(c.ps + k0), ps);
+        _mm_store_si128(reinterpret_cast<__m128i*>(c.sq + k0), _mm_xor_si128(sq, _mm_cmpeq_epi16(ps, minv)));
+        _mm_store_si128(reinterpret_cast<__m128i*>(c.alp + k0), _mm_packs_epi32(lo, hi));
+    }
+}
+
+/// evaluate_track with a fixed first term and dn[] over many calls (the
+/// second pulse of a pair tried after each first pulse): those are loaded
+/// and shifted once.
+class TrackWithFixedTerm {
+public:
+    TrackWithFixedTerm(Strided dn, Term first, int count) : count_(count), first_(first), dn_(dn) {
+        const __m128i zero = _mm_setzero_si128();
+        const __m128i cnt = _mm_cvtsi32_si128(16 - first.shift);
+        for (int k0 = 0, b = 0; k0 < count; k0 += 8, b++) {
+            dnv_[b] = simd::gather8(dn, k0, count);
+            const __m128i v = simd::gather8(first.v, k0, count);
+            lo_[b] = _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt);
+            hi_[b] = _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt);
+        }
+    }
+    /// The candidates after ps0, alp0 with the fixed term, then `second`.
+    void evaluate(Word16 ps0, Word32 alp0, Term second, Candidates& c) const {
+        using namespace simd;
+        const __m128i zero = _mm_setzero_si128();
+        const __m128i half = _mm_set1_epi32(0x8000);
+        const __m128i minv = _mm_set1_epi16(MIN_16);
+        const __m128i cnt = _mm_cvtsi32_si128(16 - second.shift);
+        const __m128i a0 = _mm_set1_epi32(alp0);
+        for (int k0 = 0, b = 0; k0 < count_; k0 += 8, b++) {
+            const __m128i ps = _mm_adds_epi16(_mm_set1_epi16(ps0), dnv_[b]);
+            const __m128i v = gather8(second.v, k0, count_);
+            __m128i lo = sat_add32(sat_add32(a0, lo_[b]), _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt));
+            __m128i hi = sat_add32(sat_add32(a0, hi_[b]), _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt));
+            lo = _mm_srai_epi32(sat_add32(lo, half), 16);
+            hi = _mm_srai_epi32(sat_add32(hi, half), 16);
+            const __m128i sq = _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(ps, ps), 1),
+                                            _mm_srli_epi16(_mm_mullo_epi16(ps, ps), 15));
+            _mm_store_si128(reinterpret_cast<__m128i*>(c.ps + k0), ps);
+            _mm_store_si128(reinterpret_cast<__m128i*>(c.sq + k0), _mm_xor_si128(sq, _mm_cmpeq_epi16(ps, minv)));
+            _mm_store_si128(reinterpret_cast<__m128i*>(c.alp + k0), _mm_packs_epi32(lo, hi));
+        }
+    }
+    /// The same computed by the plain loop.
+    void evaluate_scalar(Word16 ps0, Word32 alp0, Term second, Candidates& c) const {
+        const Term terms[2] = {first_, second};
+        evaluate_track_scalar(ps0, alp0, dn_, terms, 2, count_, c);
+    }
+
+private:
+    int count_;
+    Term first_;
+    Strided dn_;
+    __m128i dnv_[2], lo_[2], hi_[2];
+};
+
+}  // namespace amr_cb
+ZEPS_END_VARIANT

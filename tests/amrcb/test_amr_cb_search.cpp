@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// GSM-AMR algebraic codebook search: recorded calls of the 3GPP TS 26.073
+// reference encoder's cbsearch() replayed through both processor builds
+// (every mode, the shared speech files and the package's all-modes check
+// sequence), and the vectorised correlations against their plain loops.
+//
+// data/cbsearch.rec: records of 216 little-endian int16 words: mode
+// (0 = MR475 .. 7 = MR122), subframe, T0, pitch_sharp, gain_pit, x[40],
+// h[40], res2[40], then the reference's code[40], y[40], the index count and
+// the index words (10, unused ones 0).
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+#include "amr/cb_candidates.h"
+#include "amr/cb_correlation.h"
+#include "frame/variants.h"
+#include "tests/variant_check.h"
+
+namespace {
+
+using V16 = std::vector<std::int16_t>;
+constexpr std::int32_t kRates[8] = {0, 1, 3, 6, 7, 8, 11, 12};
+constexpr std::size_t kRecWords = 216;
+
+V16 read_records() {
+    std::ifstream f(ZEPS_TESTS_SOURCE_DIR "/amrcb/data/cbsearch.rec", std::ios::binary);
+    const std::vector<char> bytes((std::istreambuf_iterator<char>(f)), std::istreambuf_iterator<char>());
+    V16 w(bytes.size() / 2);
+    for (std::size_t i = 0; i < w.size(); i++)
+        w[i] = static_cast<std::int16_t>(static_cast<std::uint8_t>(bytes[2 * i]) |
+                                         (static_cast<std::uint8_t>(bytes[2 * i + 1]) << 8));
+    return w;
+}
+
+using Search = decltype(&zeps::u8::zepsAlgebraicCodebookSearch_GSMAMR_16s);
+
+TEST(AmrCbSearch, ReferenceRecordsEveryModeBothBuilds) {
+    const V16 rec = read_records();
+    ASSERT_EQ(rec.size() % kRecWords, 0u);
+    ASSERT_GE(rec.size() / kRecWords, 392u);
+    int perMode[8] = {};
+    for (Search search : {zeps::u8::zepsAlgebraicCodebookSearch_GSMAMR_16s,
+                          zeps::n8::zepsAlgebraicCodebookSearch_GSMAMR_16s}) {
+        int bad = 0;
+        for (std::size_t r = 0; r < rec.size() && bad < 5; r += kRecWords) {
+            const std::int16_t* w = rec.data() + r;
+            const int mode = w[0];
+            ASSERT_TRUE(mode >= 0 && mode < 8);
+            perMode[mode]++;
+            V16 code(40, 0x5a5a), y(40, 0x5a5a), idx(10, 0);
+            ASSERT_EQ(search(w + 5, w + 45, w[2], w[3], w[4], w + 85, code.data(), y.data(), idx.data(), kRates[mode],
+                             w[1]),
+                      zepStsNoErr);
+            const bool same = code == V16(w + 125, w + 165) && y == V16(w + 165, w + 205) &&
+                              idx == V16(w + 206, w + 216) && w[205] == (mode == 6 ? 7 : mode == 7 ? 10 : 2);
+            if (!same) {
+                ++bad;
+                ADD_FAILURE() << "record " << r / kRecWords << " mode " << mode << " subframe " << w[1];
+            }
+        }
+    }
+    for (int m = 0; m < 8; m++) EXPECT_GE(perMode[m], 2 * 49) << "mode " << m;
+}
+
+/// A vector whose level spans silence to saturated runs.
+V16 levelled(zeps::test::Rng& rng, int n) {
+    static const int kLevels[] = {0, 3, 300, 3000, 9000, 18000, 25000, 32767};
+    const int lvl = kLevels[rng.uniform(0, 7)];
+    V16 v(static_cast<std::size_t>(n));
+    for (auto& x : v) x = static_cast<std::int16_t>(rng.uniform(-lvl, lvl));
+    if (rng.chance(6))
+        for (auto i = static_cast<std::size_t>(rng.uniform(0, n - 1)); i < v.size(); i += 3)
+            v[i] = rng.chance(2) ? -32768 : 32767;
+    return v;
+}
+
+TEST(AmrCbSearch, VectorCorrelationsEqualReferenceLoops) {
+    namespace k = zeps::ref::amr_cb;
+    zeps::test::Rng rng(26073);
+    for (int round = 0; round < 3000; ++round) {
+        V16 h = levelled(rng, 40);
+        if (rng.chance(2)) h[0] = 4096;
+        const V16 x = levelled(rng, 40);
+        V16 sign(40);
+        for (auto& s : sign) s = rng.chance(2) ? 32767 : -32767;
+        k::CorrMatrix a, b;
+        k::cor_h(h.data(), sign.data(), a);
+        k::cor_h_scalar(h.data(), sign.data(), b);
+        for (int i = 0; i < 40; i++)
+            for (int j = 0; j < 40; j++) ASSERT_EQ(a[i][j], b[i][j]) << "cor_h round " << round << " " << i << "," << j;
+        const bool mr102 = rng.chance(2);
+        const std::int16_t sf = mr102 || rng.chance(2) ? 2 : 1;
+        const int tracks = mr102 ? 4 : 5;
+        V16 da(40), db(40);
+        k::cor_h_x2(h.data(), x.data(), da.data(), sf, tracks, tracks);
+        k::cor_h_x2_scalar(h.data(), x.data(), db.data(), sf, tracks, tracks);
+        ASSERT_EQ(da, db) << "cor_h_x2 round " << round;
+    }
+}
+
+TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
+    namespace k = zeps::ref::amr_cb;
+    zeps::test::Rng rng(102);
+    for (int round = 0; round < 3000; ++round) {
+        // rr-like rows and dn, from small to full scale, with saturating sums
+        const V16 m = levelled(rng, 1600), dn = levelled(rng, 40);
+        const int step = rng.chance(2) ? 4 : 5, count = step == 4 ? 10 : 8;
+        const int first = static_cast<int>(rng.uniform(0, step - 1));
+        const int nterms = static_cast<int>(rng.uniform(1, 9));
+        k::Term terms[9];
+        for (int t = 0; t < nterms; t++) {
+            const int row = static_cast<int>(rng.uniform(0, 39));
+            terms[t] = {{m.data() + 40 * row + first, t == 0 ? 41 * step : step}, static_cast<int>(rng.uniform(9, 15))};
+            if (t == 0) terms[t].v.p = m.data() + 41 * first;
+        }
+        const std::int16_t ps0 = rng.s16();
+        const std::int32_t alp0 = rng.chance(2) ? rng.s32() : static_cast<std::int32_t>(rng.uniform(-(1 << 28), 1 << 28));
+        const k::Strided d{dn.data() + first, step};
+        k::Candidates a{}, b{};
+        k::evaluate_track(ps0, alp0, d, terms, nterms, count, a);
+        k::evaluate_track_scalar(ps0, alp0, d, terms, nterms, count, b);
+        for (int i = 0; i < count; i++)
+            ASSERT_TRUE(a.ps[i] == b.ps[i] && a.sq[i] == b.sq[i] && a.alp[i] == b.alp[i]) << "round " << round << " " << i;
+        k::Sums sa{}, sb{};
+        k::track_sums(ps0, alp0, d, terms, nterms, count, sa);
+        k::track_sums_scalar(ps0, alp0, d, terms, nterms, count, sb);
+        for (int i = 0; i < count; i++)
+            ASSERT_TRUE(sa.ps[i] == sb.ps[i] && sa.alp[i] == sb.alp[i]) << "sums round " << round << " " << i;
+        const k::TrackWithFixedTerm pair(d, terms[0], count);
+        const k::Term second{{m.data() + 40 * rng.uniform(0, 39) + first, step}, static_cast<int>(rng.uniform(9, 15))};
+        pair.evaluate(ps0, alp0, second, a);
+        pair.evaluate_scalar(ps0, alp0, second, b);
+        for (int i = 0; i < count; i++)
+            ASSERT_TRUE(a.ps[i] == b.ps[i] && a.sq[i] == b.sq[i] && a.alp[i] == b.alp[i]) << "pair round " << round;
+    }
+}
+
+TEST(AmrCbSearch, CriterionEqualsReferenceForm) {
+    namespace k = zeps::ref::amr_cb;
+    zeps::test::Rng rng(475);
+    const std::int16_t sqs[] = {-1, 0, 1, 2, 16384, 32766, 32767};
+    const std::int16_t alps[] = {-32768, -32767, -1, 0, 1, 2, 16384, 32767};
+    auto ref = [](std::int16_t sq1, std::int16_t alp1, std::int16_t sq, std::int16_t alp) {
+        using namespace zeps::ref;
+        return L_msu(L_mult(alp, sq1), sq, alp1) > 0;
+    };
+    for (auto a : sqs)
+        for (auto b : alps)
+            for (auto c : sqs)
+                for (auto d : alps) ASSERT_EQ(k::improves(a, b, c, d), ref(a, b, c, d)) << a << " " << b << " " << c << " " << d;
+    for (int t = 0; t < 100000; t++) {
+        const auto a = static_cast<std::int16_t>(rng.uniform(-1, 32767)), c = static_cast<std::int16_t>(rng.uniform(-1, 32767));
+        const std::int16_t b = rng.s16(), d = rng.s16();
+        ASSERT_EQ(k::improves(a, b, c, d), ref(a, b, c, d)) << a << " " << b << " " << c << " " << d;
+    }
+}
+
+}  // namespace
