@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// zepsc amr: the GSM-AMR decoder (3GPP TS 26.071..26.073) assembled from
-// the library's public exports. Bitstreams:
+// zepsc amr: the GSM-AMR encoder and decoder (3GPP TS 26.071..26.073)
+// assembled from the library's public exports. Bitstreams:
 //  - "amr": the RFC 4867 single-channel storage format: "#!AMR\n", then per
 //    frame a ToC byte (F = 0, FT, Q, 2 padding bits) and the class-sorted
 //    speech bits packed MSB first and padded to whole octets; FT 8 is a SID
@@ -10,7 +10,11 @@
 // The decoder follows the reference decoder program: a NO_DATA frame is
 // decoded in the mode of the last frame that carried one, a decoder homing
 // frame resets the decoder, and one that follows a reset yields the encoder
-// homing pattern.
+// homing pattern. The encoder follows the reference encoder program: the
+// input is masked to 13 bits, the mode comes from --mode or, frame by frame,
+// from --modefile, and an encoder homing frame resets the encoder after it is
+// coded. Discontinuous transmission (--dtx) is not available in the encoder
+// yet and is refused.
 #include <algorithm>
 #include <array>
 #include <cstdint>
