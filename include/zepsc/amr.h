@@ -1082,6 +1082,301 @@ ZEPSAPI ZepStatus zepsDTXDecodeUpdate_GSMAMR_16s(ZepDTXDecodeState_GSMAMR* pStat
                                                  const Zep16s* pSrcSpeech);
 /** @} */
 
+/** @defgroup amr_enc GSM-AMR encoder
+ *  LP analysis, LSP conversion and interpolation, target and impulse
+ *  response, closed-loop pitch search, gain quantisation, the subframe's
+ *  state update and the parameter packing of the GSM-AMR encoder (3GPP TS
+ *  26.073). Speech Q0, A(z) Q12, LSPs Q15, gains as stated.
+ *
+ *  Frame order of the encoder (cod_amr): input masked to 13 bits and
+ *  high-pass filtered (zepsHighPassFilter_G729_16s_ISfs with the 140 Hz
+ *  pre-filter and scale factor 12: the same filter); zepsAutoCorr_GSMAMR_16s32s,
+ *  zepsLagWindow_G729_32s_I (the same lag window) and
+ *  zepsLevinsonDurbin_GSMAMR_32s16s once (twice for rate 12);
+ *  zepsLPCToLSP_GSMAMR_16s, zepsInterpolateLSPAnalysis_GSMAMR_16s_I,
+ *  zepsLSPQuant_GSMAMR_16s, zepsInterpolateLSP_GSMAMR_16s; the open-loop
+ *  pitch search; then per subframe zepsTargetImpulseResponse_GSMAMR_16s,
+ *  zepsClosedLoopPitchSearch_GSMAMR_16s, zepsAlgebraicCodebookSearch_GSMAMR_16s,
+ *  zepsGainQuant_GSMAMR_16s, zepsUpdateGpClipping_GSMAMR_16s and
+ *  zepsEncoderSubframeUpdate_GSMAMR_16s; zepsParamToBits_GSMAMR_16s.
+ *  @{ */
+
+/**
+ * GSM-AMR windowed autocorrelation (3GPP TS 26.073 autocorr.c Autocorr),
+ * lags 0..10 of 240 windowed samples (mult_r): while r[0] saturates the
+ * windowed signal is divided by 4; 1 is added to r[0] and all lags are
+ * normalised by norm_l(r[0]).
+ *
+ * @param pSrc    240 samples
+ * @param pDst    out: 11 autocorrelations in double precision, (r_h << 16) + (r_l << 1)
+ * @param window  0: the 200 + 40 window of the rates other than 12;
+ *                1: the 160 + 80 window and 2: the 232 + 8 window of rate 12's two analyses
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); window outside 0..2 ->
+ *         zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsAutoCorr_GSMAMR_16s32s(const Zep16s* pSrc, Zep32s* pDst, Zep32s window);
+
+/**
+ * GSM-AMR Levinson-Durbin recursion of order 10 in double precision (3GPP
+ * TS 26.073 levinson.c). Decision kept from the standard: the first
+ * reflection coefficient is not tested; when a later one exceeds 32750 in
+ * magnitude the previous filter (pOldLPC) is returned and the four
+ * reflection coefficients are cleared, otherwise pOldLPC receives the new
+ * filter.
+ *
+ * @param pOldLPC      in/out: 11 coefficients of the last stable filter, Q12 (reset: 4096, 0, ...)
+ * @param pSrcAutoCorr 11 autocorrelations, (r_h << 16) + (r_l << 1)
+ * @param pDstLPC      out: a[0..10], Q12
+ * @param pDstRC       out: the first 4 reflection coefficients, Q15
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLevinsonDurbin_GSMAMR_32s16s(Zep16s* pOldLPC, const Zep32s* pSrcAutoCorr, Zep16s* pDstLPC,
+                                                   Zep16s* pDstRC);
+
+/**
+ * GSM-AMR LP to LSP conversion (3GPP TS 26.073 az_lsp.c Az_lsp): the roots
+ * of the sum and difference polynomials searched on a 60-interval cosine
+ * grid with Chebyshev evaluation, four bisections and a linear
+ * interpolation each. Fewer than 10 roots: the old LSPs are returned.
+ *
+ * @param pSrcLPC    a[0..10], Q12
+ * @param pDstLSP    out: 10 LSPs, Q15
+ * @param pSrcOldLSP 10 LSPs used when the search fails, Q15
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLPCToLSP_GSMAMR_16s(const Zep16s* pSrcLPC, Zep16s* pDstLSP, const Zep16s* pSrcOldLSP);
+
+/**
+ * GSM-AMR interpolation of the unquantised LSPs (3GPP TS 26.073 int_lpc.c
+ * Int_lpc_1and3_2, Int_lpc_1to3_2): the subframes whose A(z) is not the
+ * analysed one are rewritten, the others kept. Rate 12: subframes 1 and 3
+ * from the LSPs halfway between old and mid, mid and new; other rates:
+ * subframes 1..3 with the weights 3/4-1/4, 1/2-1/2, 1/4-3/4.
+ *
+ * @param pLSPOld     10 unquantised LSPs of the previous frame, Q15
+ * @param pLSPMid     10 LSPs of the 2nd subframe (read for rate 12 only, always required)
+ * @param pLSPNew     10 LSPs of the 4th subframe, Q15
+ * @param pSrcDstLPC  in/out: 4 x 11 coefficients, Q12
+ * @param rate        rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsInterpolateLSPAnalysis_GSMAMR_16s_I(const Zep16s* pLSPOld, const Zep16s* pLSPMid,
+                                                          const Zep16s* pLSPNew, Zep16s* pSrcDstLPC, Zep32s rate);
+
+/**
+ * GSM-AMR resonance check of the LSPs (3GPP TS 26.073 ton_stab.c check_lsp):
+ * the count in pToneState[0] grows while the minimum distance of LSPs 4..8
+ * is below 1500 or that of LSPs 2..4 below 1100 (800 when lsp[1] > 30500,
+ * 600 when > 32000), else it is cleared; the flag is 1 from 12 on (count
+ * held at 12).
+ *
+ * @param pToneState in/out: 8 values: count, then the 7 past pitch gains / 8 (reset: all 0)
+ * @param pSrcLSP    10 LSPs of the previous frame (the encoder's lsp_old), Q15
+ * @param pFlag      out: resonance flag 0 or 1
+ * @return zepStsNullPtrErr (-8) for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsCheckLSP_GSMAMR_16s(Zep16s* pToneState, const Zep16s* pSrcLSP, Zep16s* pFlag);
+
+/**
+ * GSM-AMR pitch-gain history of the clipping check (3GPP TS 26.073
+ * ton_stab.c update_gp_clipping): the 7 past gains shift and gainPitch >> 3
+ * enters last.
+ *
+ * @param pToneState in/out: 8 values as zepsCheckLSP_GSMAMR_16s
+ * @param gainPitch  quantised pitch gain of the subframe, Q14
+ * @return zepStsNullPtrErr (-8) for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsUpdateGpClipping_GSMAMR_16s(Zep16s* pToneState, Zep16s gainPitch);
+
+/**
+ * GSM-AMR target and impulse response of a subframe (3GPP TS 26.073
+ * spreproc.c subframePreProc): A(z/g1) with g1 = 0.9 for rates 11 and 12,
+ * 0.94 otherwise, and A(z/0.6); the impulse response of
+ * A(z/g1) / (Aq(z) A(z/0.6)); the LP residual of the speech through Aq(z);
+ * the target: the residual through 1/Aq(z) with the error memory, then
+ * A(z/g1) and 1/A(z/0.6) with the weighting memory. The memories are read,
+ * not updated (zepsEncoderSubframeUpdate_GSMAMR_16s renews them).
+ *
+ * @param pSrcLPC    unquantised A(z) of the subframe, 11 values, Q12
+ * @param pSrcLPCQ   quantised A(z) of the subframe, 11 values, Q12
+ * @param pSrcSpch   10 past samples followed by the 40 of the subframe (pointer to the first of the 50)
+ * @param pMemErr    10 values: error memory (last 10 samples of speech minus synthesis)
+ * @param pMemW0     10 values: weighting-filter memory of the target
+ * @param pDstExc    out: 40 values: the LP residual (the excitation before the pitch search)
+ * @param pDstImp    out: 40 values: impulse response, Q12
+ * @param pDstTarget out: 40 values: target of the pitch search
+ * @param pDstRes    out: 40 values: LP residual
+ * @param rate       rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsTargetImpulseResponse_GSMAMR_16s(const Zep16s* pSrcLPC, const Zep16s* pSrcLPCQ,
+                                                       const Zep16s* pSrcSpch, const Zep16s* pMemErr,
+                                                       const Zep16s* pMemW0, Zep16s* pDstExc, Zep16s* pDstImp,
+                                                       Zep16s* pDstTarget, Zep16s* pDstRes, Zep32s rate);
+
+/**
+ * GSM-AMR closed-loop fractional pitch search of a subframe with its
+ * adaptive codebook vector and pitch gain (3GPP TS 26.073 cl_ltp.c cl_ltp,
+ * pitch_fr.c Pitch_fr, enc_lag3.c, enc_lag6.c, g_pitch.c, q_gain_p.c).
+ *
+ * Subframes 0 and 2 search absolutely around the open-loop lag of their half
+ * (rates 0 and 1: subframe 2 relative), the others relative to the previous
+ * subframe's lag; resolution 1/6 for rate 12, 1/3 otherwise. The pitch gain
+ * (Q14, at most 1.2) is limited to 0.95 when the resonance flag is set and
+ * the clipping check fires (rates 0 and 1 cap it at 0.85 and only lower the
+ * limit); rate 12 quantises it here. The target of the codebook search and
+ * the LTP residual follow.
+ *
+ * @param pPrevLag     in/out: the previous subframe's integer lag (reset: 0)
+ * @param pToneState   8 values of zepsCheckLSP_GSMAMR_16s
+ * @param pOpenLoopLag the 2 open-loop lags of the frame
+ * @param pSrcImp      40 values: impulse response, Q12
+ * @param pSrcDstExc   in/out: 154 past excitation samples followed by the 40 of the subframe,
+ *                     which receive the adaptive codebook vector
+ * @param pSrcDstRes   in/out: 40 values: LP residual in, LTP residual out
+ * @param pSrcTarget   40 values: target of the pitch search
+ * @param lspFlag      resonance flag of zepsCheckLSP_GSMAMR_16s
+ * @param pDstTarget2  out: 40 values: target of the codebook search
+ * @param pDstFltAdpt  out: 40 values: filtered adaptive codebook vector
+ * @param pDstPitch    out: 4 values: integer lag, fraction, pitch gain (Q14), gain limit (Q14)
+ * @param pDstGCoeff   out: 4 values: energy and correlation of the filtered vector as fraction, exponent pairs
+ * @param pDstIndex    out: the lag index; rate 12 also the pitch-gain index (2 values)
+ * @param subframe     subframe 0..3
+ * @param rate         rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate, then subframe -> zepStsRangeErr (-7);
+ *         then an open-loop lag or previous lag outside 0..143 -> zepStsOutOfRangeErr (-11); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsClosedLoopPitchSearch_GSMAMR_16s(Zep16s* pPrevLag, const Zep16s* pToneState,
+                                                       const Zep16s* pOpenLoopLag, const Zep16s* pSrcImp,
+                                                       Zep16s* pSrcDstExc, Zep16s* pSrcDstRes,
+                                                       const Zep16s* pSrcTarget, Zep16s lspFlag,
+                                                       Zep16s* pDstTarget2, Zep16s* pDstFltAdpt, Zep16s* pDstPitch,
+                                                       Zep16s* pDstGCoeff, Zep16s* pDstIndex, Zep32s subframe,
+                                                       Zep32s rate);
+
+/** Gain quantiser state (opaque; zepsGainQuantGetStateSize_GSMAMR_16s bytes). */
+typedef struct ZepGainQuantState_GSMAMR ZepGainQuantState_GSMAMR;
+
+/**
+ * Size of the GSM-AMR gain quantiser state.
+ * @param pSize out: bytes
+ * @return zepStsNullPtrErr (-8) for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainQuantGetStateSize_GSMAMR_16s(Zep32s* pSize);
+
+/**
+ * Initialises the GSM-AMR gain quantiser state (gc_pred_reset of both
+ * predictors: past energies -14336 and -2381 in Q10; the rest zero).
+ * @param pState state of zepsGainQuantGetStateSize_GSMAMR_16s bytes
+ * @return zepStsNullPtrErr (-8) for a null pointer, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainQuantInit_GSMAMR_16s(ZepGainQuantState_GSMAMR* pState);
+
+/**
+ * GSM-AMR gain quantisation of a subframe (3GPP TS 26.073 gain_q.c
+ * gainQuant with gc_pred.c, g_code.c, q_gain_c.c, calc_en.c, qua_gain.c,
+ * qgain795.c, g_adapt.c, qgain475.c): the MA-predicted code gain (gc_pred),
+ * then by rate:
+ * - 12: the optimum code gain (G_code) scalar-quantised; the pitch gain was
+ *   quantised by the pitch search and passes unchanged;
+ * - 1, 3, 6, 7, 11: the joint VQ of both gains (Qua_gain);
+ * - 8: the pitch gain scalar-quantised with three candidates, the code gain
+ *   searched jointly with them, then requantised with the adaptive
+ *   energy-matching criterion (MR795_gain_quant); two indices;
+ * - 0: the two subframes of a pair are quantised jointly. The even
+ *   subframe only stores its energies (and updates the second predictor
+ *   with its optimum gain); pGains[1] then receives that unquantised code
+ *   gain for the caller's provisional update. The odd subframe writes the
+ *   index of the pair and the quantised gains of both subframes
+ *   (pGains[2], pGains[3] for the even one).
+ * The predictor memory is updated with the quantised energies.
+ *
+ * @param pState       in/out: state of zepsGainQuantInit_GSMAMR_16s
+ * @param pSrcRes      40 values: LP residual (read by rate 8)
+ * @param pSrcExc      40 values: adaptive codebook vector (read by rate 8)
+ * @param pSrcCode     40 values: innovation, Q13 (Q12 for rate 12)
+ * @param pSrcTarget   40 values: target of the pitch search
+ * @param pSrcTarget2  40 values: target of the codebook search
+ * @param pSrcFltAdpt  40 values: filtered adaptive codebook vector
+ * @param pSrcFltCode  40 values: filtered innovation, Q12
+ * @param pSrcGCoeff   4 values of zepsClosedLoopPitchSearch_GSMAMR_16s
+ * @param pGains       in/out: 4 values: [0] pitch gain (Q14, in: of the pitch search, out: quantised),
+ *                     [1] out: code gain, [2], [3] out: rate 0, odd subframe: the quantised pitch
+ *                     and code gains of the even subframe (else 0)
+ * @param pDstIndex    out: the gain index (rate 8: pitch, then code index; rate 0: written on odd subframes only)
+ * @param evenSubframe 1 for subframes 0 and 2, 0 for 1 and 3 (read by rate 0)
+ * @param gpLimit      pitch-gain limit of the pitch search, Q14
+ * @param rate         rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainQuant_GSMAMR_16s(ZepGainQuantState_GSMAMR* pState, const Zep16s* pSrcRes,
+                                           const Zep16s* pSrcExc, const Zep16s* pSrcCode, const Zep16s* pSrcTarget,
+                                           const Zep16s* pSrcTarget2, const Zep16s* pSrcFltAdpt,
+                                           const Zep16s* pSrcFltCode, const Zep16s* pSrcGCoeff, Zep16s* pGains,
+                                           Zep16s* pDstIndex, Zep16s evenSubframe, Zep16s gpLimit, Zep32s rate);
+
+/**
+ * GSM-AMR encoder state update after a subframe (3GPP TS 26.073
+ * spstproc.c subframePostProc): excitation gp v + gc c (rate 12: gp / 2 and
+ * a doubled shift), the local synthesis through 1/Aq(z), the error memory
+ * (speech minus synthesis) and the weighting memory (target minus the
+ * filtered contributions) of the last 10 samples; sharp = min(gp, 0.8).
+ *
+ * @param pSrcSpch    40 speech samples of the subframe
+ * @param pSrcLPCQ    quantised A(z) of the subframe, 11 values, Q12
+ * @param pSrcTarget  40 values: target of the pitch search
+ * @param pSrcCode    40 values: innovation
+ * @param pSrcFltAdpt 40 values: filtered adaptive codebook vector
+ * @param pSrcFltCode 40 values: filtered innovation
+ * @param gainPit     quantised pitch gain, Q14
+ * @param gainCode    quantised code gain
+ * @param pMemSyn     in/out: 10 values: synthesis filter memory
+ * @param pMemErr     out: 10 values: error memory
+ * @param pMemW0      out: 10 values: weighting-filter memory
+ * @param pSrcDstExc  in/out: 40 values: adaptive codebook vector in, excitation out
+ * @param pDstSynth   out: 40 values: local synthesis
+ * @param pSharp      out: pitch sharpening factor, Q14
+ * @param rate        rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsEncoderSubframeUpdate_GSMAMR_16s(const Zep16s* pSrcSpch, const Zep16s* pSrcLPCQ,
+                                                       const Zep16s* pSrcTarget, const Zep16s* pSrcCode,
+                                                       const Zep16s* pSrcFltAdpt, const Zep16s* pSrcFltCode,
+                                                       Zep16s gainPit, Zep16s gainCode, Zep16s* pMemSyn,
+                                                       Zep16s* pMemErr, Zep16s* pMemW0, Zep16s* pSrcDstExc,
+                                                       Zep16s* pDstSynth, Zep16s* pSharp, Zep32s rate);
+
+/**
+ * GSM-AMR filtering of an excitation by an impulse response (3GPP TS 26.073
+ * convolve.c Convolve): y[n] = sum_{i<=n} x[i] h[n-i] accumulated with L_mac,
+ * shifted left by 3 with saturation, high half (h Q12, x and y Q0). The
+ * 4.75 kbit/s encoder uses it to refilter the first subframe's adaptive
+ * vector of a pair.
+ *
+ * @param pSrc  len samples
+ * @param pImp  len values of the impulse response, Q12
+ * @param pDst  out: len samples
+ * @param len   1..160
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); len outside 1..160 -> zepStsSizeErr (-6);
+ *         else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsConvolve_GSMAMR_16s(const Zep16s* pSrc, const Zep16s* pImp, Zep16s* pDst, Zep32s len);
+
+/**
+ * GSM-AMR encoder parameters to serial bits (3GPP TS 26.073 prm2bits.c
+ * Prm2bits), the inverse of zepsBitsToParam_GSMAMR_16s: each parameter
+ * written MSB first with the widths of the rate's layout, one bit a word
+ * (0 or 1); rate 25 writes the 35 bits of the SID layout. Only the rate's
+ * bits are written.
+ *
+ * @param pSrcParam parameters (counts as zepsBitsToParam_GSMAMR_16s)
+ * @param pDstBits  out: serial bits (up to 244)
+ * @param rate      rate code 0, 1, 3, 6, 7, 8, 11, 12 or 25
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsParamToBits_GSMAMR_16s(const Zep16s* pSrcParam, Zep16s* pDstBits, Zep32s rate);
+/** @} */
+
 /** @defgroup gsmfr GSM full rate
  *  The stages of the GSM 06.10 full-rate (RPE-LTP) codec, 13 kbit/s, in the
  *  fixed-point arithmetic of ETSI GSM 06.10 section 4: the encoder's

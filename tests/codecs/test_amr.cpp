@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// GSM-AMR decoder replays: every .amr stream of the shared reference set
-// (eight modes, DTX on and off) against the reference decoder's output, the
+// GSM-AMR replays: every .amr stream of the shared reference set (eight
+// modes, DTX on and off) decoded against the reference decoder's output and
+// encoded from its speech against the reference encoder's stream, the
 // reference package's check sequence in the 3GPP format, and corrupt input.
 #include <gtest/gtest.h>
 
@@ -15,6 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using zeps::codec_test::codec;
+using zeps::codec_test::expect_same_bytes;
 using zeps::codec_test::expect_same_pcm;
 using zeps::codec_test::read_bytes;
 using zeps::codec_test::read_pcm;
@@ -43,6 +45,42 @@ TEST(AmrDecoder, EveryReferenceStream) {
 TEST(AmrDecoder, CheckSequenceAllModesDtx) {
     const std::string stem = zeps::codec_test::shared_dir() + "/codecs/amr/conformance/spch_dos";
     expect_same_pcm(decoded(stem, "cod"), read_pcm(stem + ".out"), 160, stem);
+}
+
+// The encoder modes: every stream of these is replayed.
+const std::vector<std::pair<std::string, std::string>> kEncoderModes = {
+    {"mr475", "4.75"}, {"mr515", "5.15"}, {"mr59", "5.9"}, {"mr67", "6.7"},
+    {"mr74", "7.4"},   {"mr795", "7.95"}, {"mr102", "10.2"}, {"mr122", "12.2"},
+};
+
+TEST(AmrEncoder, EveryReferenceStreamWithoutDtx) {
+    const fs::path dir = fs::path(zeps::codec_test::shared_dir()) / "codecs" / "amr";
+    int streams = 0;
+    for (const auto& e : fs::directory_iterator(dir)) {
+        if (e.path().extension() != ".amr") continue;
+        const std::string stem = e.path().stem().string();
+        const std::size_t us = stem.find('_');
+        const std::string input = stem.substr(0, us), tag = stem.substr(us + 1);
+        for (const auto& [name, rate] : kEncoderModes) {
+            if (tag != name) continue;
+            SCOPED_TRACE(stem);
+            zepsc_cli::CodecOptions o;
+            o.values["mode"] = rate;
+            const std::vector<std::int16_t> pcm =
+                read_pcm(zeps::codec_test::shared_dir() + "/speech/" + input + ".s16");
+            const auto bits = zepsc_cli::encode_all(codec("amr"), o, "amr", pcm.data(), pcm.size());
+            expect_same_bytes(bits, read_bytes(e.path().string()), 1, stem + " encoder");
+            ++streams;
+        }
+    }
+    EXPECT_EQ(streams, 6 * static_cast<int>(kEncoderModes.size()));
+}
+
+TEST(AmrEncoder, UnavailableOptionIsRefused) {
+    const std::vector<std::int16_t> pcm(320, 0);
+    zepsc_cli::CodecOptions o;
+    o.values["dtx"] = "";
+    EXPECT_THROW(zepsc_cli::encode_all(codec("amr"), o, "amr", pcm.data(), pcm.size()), zepsc_cli::CodecError);
 }
 
 // Corrupt input ends in a CodecError, never in a crash or a silent result.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// zepsc amr: the GSM-AMR decoder (3GPP TS 26.071..26.073) assembled from
-// the library's public exports. Bitstreams:
+// zepsc amr: the GSM-AMR encoder and decoder (3GPP TS 26.071..26.073)
+// assembled from the library's public exports. Bitstreams:
 //  - "amr": the RFC 4867 single-channel storage format: "#!AMR\n", then per
 //    frame a ToC byte (F = 0, FT, Q, 2 padding bits) and the class-sorted
 //    speech bits packed MSB first and padded to whole octets; FT 8 is a SID
@@ -10,11 +10,17 @@
 // The decoder follows the reference decoder program: a NO_DATA frame is
 // decoded in the mode of the last frame that carried one, a decoder homing
 // frame resets the decoder, and one that follows a reset yields the encoder
-// homing pattern.
+// homing pattern. The encoder follows the reference encoder program: the
+// input is masked to 13 bits, the mode comes from --mode or, frame by frame,
+// from --modefile, and an encoder homing frame resets the encoder after it is
+// coded. Discontinuous transmission (--dtx) is not available in the encoder
+// yet and is refused.
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -567,6 +573,321 @@ private:
     bool homed_ = true;
 };
 
+// ---------------------------------------------------------------------------
+// The encoder (the reference's Speech_Encode_Frame and cod_amr) from the
+// public stages, one 20 ms frame at a time.
+
+constexpr int kTotal = 320;    // L_TOTAL: speech buffer of the LP analysis
+constexpr int kMp1 = kM + 1;
+constexpr int kAnaMax = 57;
+// Modes whose whole encoder is available.
+constexpr bool kEncoderMode[8] = {true, true, true, true, true, true, true, true};
+const char* const kModeName[8] = {"MR475", "MR515", "MR59", "MR67", "MR74", "MR795", "MR102", "MR122"};
+const char* const kModeRate[8] = {"4.75", "5.15", "5.9", "6.7", "7.4", "7.95", "10.2", "12.2"};
+
+class SpeechEncoder {
+public:
+    SpeechEncoder() {
+        Zep32s size = 0;
+        check(zepsGainQuantGetStateSize_GSMAMR_16s(&size));
+        gain_state_.assign(static_cast<std::size_t>(size), 0);
+        check(zepsHighPassFilterSize_G729(&size));
+        hp_state_.assign(static_cast<std::size_t>(size), 0);
+        reset();
+    }
+
+    void reset() {
+        static constexpr Zep16s kHp[6] = {1899, -3798, 1899, 4096, 7807, -3733};
+        static constexpr Zep16s kLspInit[kM] = {30000, 26000, 21000, 15000, 8000, 0, -8000, -15000, -21000, -26000};
+        check(zepsHighPassFilterInit_G729(kHp, hp_state_.data()));
+        check(zepsGainQuantInit_GSMAMR_16s(gain()));
+        std::fill(std::begin(old_speech_), std::end(old_speech_), Zep16s{0});
+        std::fill(std::begin(old_exc_), std::end(old_exc_), Zep16s{0});
+        std::fill(std::begin(old_wsp_), std::end(old_wsp_), Zep16s{0});
+        std::fill(std::begin(mem_syn_), std::end(mem_syn_), Zep16s{0});
+        std::fill(std::begin(mem_w_), std::end(mem_w_), Zep16s{0});
+        std::fill(std::begin(mem_w0_), std::end(mem_w0_), Zep16s{0});
+        std::fill(std::begin(mem_err_), std::end(mem_err_), Zep16s{0});
+        std::fill(std::begin(old_lags_), std::end(old_lags_), Zep16s{40});
+        std::fill(std::begin(ol_gain_flg_), std::end(ol_gain_flg_), Zep16s{0});
+        std::fill(std::begin(past_rq_), std::end(past_rq_), Zep16s{0});
+        std::fill(std::begin(tone_), std::end(tone_), Zep16s{0});
+        std::fill(std::begin(old_a_), std::end(old_a_), Zep16s{0});
+        old_a_[0] = 4096;
+        wght_[0] = 40;
+        wght_[1] = wght_[2] = 0;
+        std::copy(std::begin(kLspInit), std::end(kLspInit), lsp_old_);
+        std::copy(std::begin(kLspInit), std::end(kLspInit), lsp_old_q_);
+        sharp_ = 0;
+        prev_lag_ = 0;
+    }
+
+    /// Codes one frame of 160 samples (changed in place: masked to 13 bits
+    /// and high-pass filtered) in mode 0..7; writes the serial bits.
+    void encode(Zep16s* speech, int mode, Zep16s* serial) {
+        const Zep32s rate = kRate[mode];
+        for (int i = 0; i < kFrame; i++) speech[i] = static_cast<Zep16s>(speech[i] & 0xfff8);
+        check(zepsHighPassFilter_G729_16s_ISfs(speech, kFrame, 12, hp_state_.data()));
+        std::copy(speech, speech + kFrame, old_speech_ + kTotal - kFrame);
+
+        Zep16s ana[kAnaMax] = {};
+        Zep16s* a = ana;
+        Zep16s A[4 * kMp1], Aq[4 * kMp1], lsp_new[kM];
+        lp_analysis(mode, A, Aq, lsp_new, a);
+        Zep16s lsp_flag = 0;
+        check(zepsCheckLSP_GSMAMR_16s(tone_, lsp_old_, &lsp_flag));
+
+        Zep16s* sp = old_speech_ + kTotal - kFrame - kSubfr;  // the frame analysed, 40 samples behind
+        Zep16s wsp[kFrame], t_op[2];
+        check(zepsOpenLoopPitchSearchNonDTX_GSMAMR_16s(A, sp - kM, mem_w_, old_wsp_, old_lags_, ol_gain_flg_, wght_,
+                                                       wsp, t_op, rate));
+        for (int sf = 0; sf < 4; sf++) subframe(mode, sf, A + sf * kMp1, Aq + sf * kMp1, sp, t_op, lsp_flag, a);
+        std::copy(old_exc_ + kFrame, old_exc_ + kFrame + kExcHist, old_exc_);
+        std::copy(old_speech_ + kFrame, old_speech_ + kTotal, old_speech_);
+        check(zepsParamToBits_GSMAMR_16s(ana, serial, rate));
+    }
+
+private:
+    ZepGainQuantState_GSMAMR* gain() { return reinterpret_cast<ZepGainQuantState_GSMAMR*>(gain_state_.data()); }
+
+    static void check(ZepStatus s) {
+        if (s != zepStsNoErr) throw CodecError("GSM-AMR encoder stage failed with status " + std::to_string(s));
+    }
+
+    /// lpc() and lsp() of the reference: A(z) of the four subframes,
+    /// unquantised and quantised, and the LSP indices.
+    void lp_analysis(int mode, Zep16s* A, Zep16s* Aq, Zep16s* lsp_new, Zep16s*& a) {
+        const Zep32s rate = kRate[mode];
+        Zep32s r[kMp1];
+        Zep16s rc[4];
+        std::fill(A, A + 4 * kMp1, Zep16s{0});
+        Zep16s lsp_new_q[kM];
+        if (mode == 7) {
+            const Zep16s* w = old_speech_ + kTotal - 240 - kSubfr;
+            Zep16s lsp[2 * kM], lsp_q[2 * kM];
+            check(zepsAutoCorr_GSMAMR_16s32s(w, r, 1));
+            check(zepsLagWindow_G729_32s_I(r + 1, kM));
+            check(zepsLevinsonDurbin_GSMAMR_32s16s(old_a_, r, A + kMp1, rc));
+            check(zepsAutoCorr_GSMAMR_16s32s(w, r, 2));
+            check(zepsLagWindow_G729_32s_I(r + 1, kM));
+            check(zepsLevinsonDurbin_GSMAMR_32s16s(old_a_, r, A + 3 * kMp1, rc));
+            check(zepsLPCToLSP_GSMAMR_16s(A + kMp1, lsp, lsp_old_));
+            check(zepsLPCToLSP_GSMAMR_16s(A + 3 * kMp1, lsp + kM, lsp));
+            check(zepsInterpolateLSPAnalysis_GSMAMR_16s_I(lsp_old_, lsp, lsp + kM, A, rate));
+            check(zepsLSPQuant_GSMAMR_16s(past_rq_, lsp, lsp_q, a, rate));
+            check(zepsInterpolateLSP_GSMAMR_16s(lsp_old_q_, lsp_q, lsp_q + kM, Aq, rate));
+            a += 5;
+            std::copy(lsp + kM, lsp + 2 * kM, lsp_new);
+            std::copy(lsp_q + kM, lsp_q + 2 * kM, lsp_new_q);
+        } else {
+            check(zepsAutoCorr_GSMAMR_16s32s(old_speech_ + kTotal - 240, r, 0));
+            check(zepsLagWindow_G729_32s_I(r + 1, kM));
+            check(zepsLevinsonDurbin_GSMAMR_32s16s(old_a_, r, A + 3 * kMp1, rc));
+            check(zepsLPCToLSP_GSMAMR_16s(A + 3 * kMp1, lsp_new, lsp_old_));
+            check(zepsInterpolateLSPAnalysis_GSMAMR_16s_I(lsp_old_, lsp_new, lsp_new, A, rate));
+            check(zepsLSPQuant_GSMAMR_16s(past_rq_, lsp_new, lsp_new_q, a, rate));
+            check(zepsInterpolateLSP_GSMAMR_16s(lsp_old_q_, lsp_new_q, lsp_new_q, Aq, rate));
+            a += 3;
+        }
+        std::copy(lsp_new, lsp_new + kM, lsp_old_);
+        std::copy(lsp_new_q, lsp_new_q + kM, lsp_old_q_);
+    }
+
+    /// One subframe of cod_amr. At 4.75 kbit/s the even subframe is first
+    /// coded with its unquantised gains on copies of the memories; the odd
+    /// one quantises the gains of both, then both are coded again.
+    void subframe(int mode, int sf, const Zep16s* A, const Zep16s* Aq, const Zep16s* sp, const Zep16s* t_op,
+                  Zep16s lsp_flag, Zep16s*& a) {
+        const Zep32s rate = kRate[mode];
+        const bool even = (sf & 1) == 0, mr475 = mode == 0;
+        const int at = sf * kSubfr;
+        Zep16s* exc = old_exc_ + kExcHist + at;
+        Zep16s res[kSubfr], res2[kSubfr], xn2[kSubfr], y1[kSubfr], y2[kSubfr];
+        Zep16s code[kSubfr], pitch[4], g_coeff[4], synth[kSubfr];
+        if (mr475 && even) {
+            std::copy(mem_syn_, mem_syn_ + kM, sf0_.mem_syn);
+            std::copy(mem_w0_, mem_w0_ + kM, sf0_.mem_w0);
+            std::copy(mem_err_, mem_err_ + kM, sf0_.mem_err);
+            sf0_.sharp = sharp_;
+        }
+        check(zepsTargetImpulseResponse_GSMAMR_16s(A, Aq, sp + at - kM, mem_err_, mr475 ? sf0_.mem_w0 : mem_w0_, exc,
+                                                   h1_, xn_, res, rate));
+        if (mr475 && even) std::copy(h1_, h1_ + kSubfr, sf0_.h1);
+        std::copy(res, res + kSubfr, res2);
+        check(zepsClosedLoopPitchSearch_GSMAMR_16s(&prev_lag_, tone_, t_op, h1_, exc - kExcHist, res2, xn_, lsp_flag,
+                                                   xn2, y1, pitch, g_coeff, a, sf, rate));
+        a += mode == 7 ? 2 : 1;
+        const Zep16s t0 = pitch[0];
+        if (sf == 0 && ol_gain_flg_[0] > 0) old_lags_[1] = t0;
+        if (sf == 3 && ol_gain_flg_[1] > 0) old_lags_[0] = t0;
+        check(zepsAlgebraicCodebookSearch_GSMAMR_16s(xn2, h1_, t0, sharp_, pitch[2], res2, code, y2, a, rate, sf));
+        a += kCbParams[mode];
+        Zep16s gains[4] = {pitch[2], 0, 0, 0};
+        Zep16s* index = a;
+        if (mr475 && !even) index = gain_slot_;
+        check(zepsGainQuant_GSMAMR_16s(gain(), res, exc, code, xn_, xn2, y1, y2, g_coeff, gains, index,
+                                       static_cast<Zep16s>(even ? 1 : 0), pitch[3], rate));
+        if (mr475 && even) gain_slot_ = a;
+        if (!mr475 || even) a += mode == 5 ? 2 : 1;
+        check(zepsUpdateGpClipping_GSMAMR_16s(tone_, gains[0]));
+        if (!mr475) {
+            check(zepsEncoderSubframeUpdate_GSMAMR_16s(sp + at, Aq, xn_, code, y1, y2, gains[0], gains[1], mem_syn_,
+                                                       mem_err_, mem_w0_, exc, synth, &sharp_, rate));
+        } else if (even) {
+            sf0_.at = at;
+            std::copy(xn_, xn_ + kSubfr, sf0_.xn);
+            std::copy(y2, y2 + kSubfr, sf0_.y2);
+            std::copy(code, code + kSubfr, sf0_.code);
+            sf0_.t0 = t0;
+            sf0_.frac = pitch[1];
+            Zep16s err[kM];
+            check(zepsEncoderSubframeUpdate_GSMAMR_16s(sp + at, Aq, xn_, code, y1, y2, gains[0], gains[1], sf0_.mem_syn,
+                                                       err, sf0_.mem_w0, exc, synth, &sharp_, rate));
+            std::copy(err, err + kM, mem_err_);
+            sharp_ = sf0_.sharp;
+        } else {
+            // The pair's first subframe again with its quantised gains, then this one.
+            std::copy(sf0_.mem_err, sf0_.mem_err + kM, mem_err_);
+            Zep16s* exc0 = old_exc_ + kExcHist + sf0_.at;
+            check(zepsAdaptiveCodebookDecode_GSMAMR_16s(exc0 - kExcHist, sf0_.t0, sf0_.frac, rate));
+            check(zepsConvolve_GSMAMR_16s(exc0, sf0_.h1, y1, kSubfr));
+            check(zepsEncoderSubframeUpdate_GSMAMR_16s(sp + sf0_.at, Aq - kMp1, sf0_.xn, sf0_.code, y1, sf0_.y2,
+                                                       gains[2], gains[3], mem_syn_, mem_err_, mem_w0_, exc0, synth,
+                                                       &sf0_.sharp, rate));
+            check(zepsTargetImpulseResponse_GSMAMR_16s(A, Aq, sp + at - kM, mem_err_, mem_w0_, exc, h1_, xn_, res,
+                                                       rate));
+            check(zepsAdaptiveCodebookDecode_GSMAMR_16s(exc - kExcHist, t0, pitch[1], rate));
+            check(zepsConvolve_GSMAMR_16s(exc, h1_, y1, kSubfr));
+            check(zepsEncoderSubframeUpdate_GSMAMR_16s(sp + at, Aq, xn_, code, y1, y2, gains[0], gains[1], mem_syn_,
+                                                       mem_err_, mem_w0_, exc, synth, &sharp_, rate));
+        }
+    }
+
+    /// What the 4.75 kbit/s pair keeps of its first subframe.
+    struct PairStart {
+        Zep16s mem_syn[kM], mem_w0[kM], mem_err[kM], sharp;
+        Zep16s h1[kSubfr], xn[kSubfr], y2[kSubfr], code[kSubfr];
+        Zep16s t0, frac;
+        int at;
+    };
+    PairStart sf0_{};
+    Zep16s* gain_slot_ = nullptr;
+    Zep16s h1_[kSubfr]{}, xn_[kSubfr]{};
+
+    // Index words of the codebook search per mode.
+    static constexpr int kCbParams[8] = {2, 2, 2, 2, 2, 2, 7, 10};
+
+    std::vector<std::uint8_t> gain_state_, hp_state_;
+    Zep16s old_speech_[kTotal]{};
+    Zep16s old_exc_[kExcHist + kFrame]{};
+    Zep16s old_wsp_[kPitMax]{};
+    Zep16s mem_syn_[kM]{}, mem_w_[kM]{}, mem_w0_[kM]{}, mem_err_[kM]{};
+    Zep16s old_lags_[5]{}, ol_gain_flg_[2]{}, wght_[3]{};
+    Zep16s past_rq_[kM]{}, tone_[8]{}, old_a_[kMp1]{};
+    Zep16s lsp_old_[kM]{}, lsp_old_q_[kM]{};
+    Zep16s sharp_ = 0, prev_lag_ = 0;
+};
+
+/// Mode number 0..7 of a mode name as the 3GPP mode files write it ("MR122").
+int mode_of_name(const std::string& name) {
+    for (int m = 0; m < 8; m++)
+        if (name == kModeName[m]) return m;
+    return -1;
+}
+
+// The frame loop of the reference encoder program over one bitstream format.
+class AmrEncoder : public zepsc_cli::FrameEncoder {
+public:
+    AmrEncoder(bool storage, int mode, std::vector<int> modes) : storage_(storage), mode_(mode), modes_(std::move(modes)) {}
+    int sample_rate() const override { return 8000; }
+    std::size_t frame_samples() const override { return kFrame; }
+    void begin(std::vector<std::uint8_t>& out) override {
+        if (storage_) out.insert(out.end(), {'#', '!', 'A', 'M', 'R', '\n'});
+    }
+    void encode(const std::int16_t* pcm, std::vector<std::uint8_t>& out) override {
+        int mode = mode_;
+        if (!modes_.empty()) {
+            if (frame_ >= modes_.size()) throw CodecError("the mode file has fewer modes than the input has frames");
+            mode = modes_[frame_];
+        }
+        frame_++;
+        Zep16s speech[kFrame];
+        bool homing = true;
+        for (int i = 0; i < kFrame; i++) {
+            speech[i] = pcm[i];
+            homing = homing && pcm[i] == 0x0008;
+        }
+        std::array<Zep16s, kSerial> serial{};
+        encoder_.encode(speech, mode, serial.data());
+        if (storage_) write_storage(mode, serial.data(), out);
+        else write_cod(mode, serial.data(), out);
+        if (homing) encoder_.reset();
+    }
+
+private:
+    static void write_storage(int mode, const Zep16s* serial, std::vector<std::uint8_t>& out) {
+        out.push_back(static_cast<std::uint8_t>(mode << 3 | 4));
+        std::uint8_t packed[32] = {};
+        const std::uint8_t* sort = kSort[mode];
+        for (int k = 0; k < kBits[mode]; k++)
+            if (serial[sort[k]] != 0) packed[k >> 3] = static_cast<std::uint8_t>(packed[k >> 3] | 0x80 >> (k & 7));
+        out.insert(out.end(), packed, packed + kBytes[mode]);
+    }
+    static void write_cod(int mode, const Zep16s* serial, std::vector<std::uint8_t>& out) {
+        auto put = [&](int v) {
+            out.push_back(static_cast<std::uint8_t>(v & 0xff));
+            out.push_back(static_cast<std::uint8_t>((v >> 8) & 0xff));
+        };
+        put(0);
+        for (int i = 0; i < kSerial; i++) put(serial[i]);
+        put(mode);
+        for (int i = 0; i < 4; i++) put(0);
+    }
+
+    bool storage_;
+    int mode_;
+    std::vector<int> modes_;
+    std::size_t frame_ = 0;
+    SpeechEncoder encoder_;
+};
+
+/// The encoder's mode per frame from --mode or --modefile; an unavailable mode is refused.
+std::unique_ptr<zepsc_cli::FrameEncoder> make_encoder(const zepsc_cli::CodecOptions& options, const std::string& format) {
+    if (options.has("dtx")) throw CodecError("GSM-AMR encoder: --dtx is not available yet");
+    auto refuse = [](int m) {
+        if (!kEncoderMode[m])
+            throw CodecError(std::string("GSM-AMR encoder: mode ") + kModeRate[m] + " is not available yet");
+    };
+    std::vector<int> modes;
+    if (options.has("modefile")) {
+        const std::string path = options.get("modefile");
+        std::FILE* f = std::fopen(path.c_str(), "rb");
+        if (f == nullptr) throw CodecError("cannot open the mode file " + path);
+        std::string text;
+        char buf[4096];
+        for (std::size_t n; (n = std::fread(buf, 1, sizeof buf, f)) > 0;) text.append(buf, n);
+        std::fclose(f);
+        std::size_t at = 0;
+        while (at < text.size()) {
+            const std::size_t begin = text.find_first_not_of(" \t\r\n", at);
+            if (begin == std::string::npos) break;
+            const std::size_t end = std::min(text.find_first_of(" \t\r\n", begin), text.size());
+            const std::string name = text.substr(begin, end - begin);
+            const int m = mode_of_name(name);
+            if (m < 0) throw CodecError("mode file " + path + ": unknown mode \"" + name + "\"");
+            refuse(m);
+            modes.push_back(m);
+            at = end;
+        }
+    }
+    const std::string rate = options.get("mode", "12.2");
+    int mode = 7;
+    for (int m = 0; m < 8; m++)
+        if (rate == kModeRate[m]) mode = m;
+    if (modes.empty()) refuse(mode);
+    return std::make_unique<AmrEncoder>(format == "amr", mode, std::move(modes));
+}
+
 zepsc_cli::CodecSpec make_spec() {
     zepsc_cli::CodecSpec spec;
     spec.name = "amr";
@@ -582,9 +903,7 @@ zepsc_cli::CodecSpec make_spec() {
     };
     spec.formats = {"amr", "cod"};
     spec.pad_last_frame = false;
-    spec.make_encoder = [](const zepsc_cli::CodecOptions&, const std::string&) -> std::unique_ptr<zepsc_cli::FrameEncoder> {
-        throw CodecError("the GSM-AMR encoder is not available yet");
-    };
+    spec.make_encoder = make_encoder;
     spec.make_decoder = [](const zepsc_cli::CodecOptions&, const std::string& format) -> std::unique_ptr<zepsc_cli::FrameDecoder> {
         return std::make_unique<AmrDecoder>(format == "amr");
     };

@@ -1,0 +1,238 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
+// GSM-AMR encoder LP analysis (3GPP TS 26.073 autocorr.c, levinson.c,
+// az_lsp.c, int_lpc.c Int_lpc_1and3_2 / Int_lpc_1to3_2, ton_stab.c).
+//
+// Formats: autocorrelations normalised 32-bit in double precision
+// (r_h << 16) + (r_l << 1), LP coefficients Q12 with a[0] = 4096, LSPs Q15.
+#pragma once
+
+#include <algorithm>
+
+#include "amr/dec_lpc.h"
+#include "g729/g729_tables.h"
+
+ZEPS_BEGIN_VARIANT
+namespace amr_enc {
+
+using namespace amr_dec;
+
+inline constexpr int kLWindow = 240;  ///< L_WINDOW
+
+/// Autocorr: the window applied with mult_r, r[0] recomputed on y >> 2 while
+/// it saturates, plus 1, normalised; r[1..10] with the same shift.
+inline void autocorr(const Word16* x, const std::int16_t* wind, Word32* r) {
+    Word16 y[kLWindow];
+    for (int i = 0; i < kLWindow; i++) y[i] = mult_r(x[i], wind[i]);
+    Word32 sum;
+    for (;;) {
+        sum = 0;
+        for (int i = 0; i < kLWindow; i++) sum = L_mac(sum, y[i], y[i]);
+        if (sum != MAX_32) break;
+        for (int i = 0; i < kLWindow; i++) y[i] = shr(y[i], 2);
+    }
+    sum = L_add(sum, 1);
+    const Word16 norm = norm_l(sum);
+    const DPF r0 = L_Extract(L_shl(sum, norm));
+    r[0] = L_Comp(r0.hi, r0.lo);
+    for (int i = 1; i <= kM; i++) {
+        Word32 s = 0;
+        for (int j = 0; j < kLWindow - i; j++) s = L_mac(s, y[j], y[j + i]);
+        const DPF ri = L_Extract(L_shl(s, norm));
+        r[i] = L_Comp(ri.hi, ri.lo);
+    }
+}
+
+/// Levinson: order-10 recursion in double precision; when a reflection
+/// coefficient from the second on exceeds 32750 in magnitude the previous
+/// filter old_A is returned and rc[0..3] cleared; otherwise old_A becomes A.
+inline void levinson(Word16* old_A, const Word32* r, Word16* A, Word16* rc) {
+    Word16 Rh[kMp1], Rl[kMp1];
+    for (int i = 0; i <= kM; i++) L_Extract(r[i], Rh[i], Rl[i]);
+    Word16 Ah[kMp1], Al[kMp1], Anh[kMp1], Anl[kMp1];
+    Word16 Kh, Kl, hi, lo, alp_h, alp_l;
+    Word32 t1 = L_Comp(Rh[1], Rl[1]);
+    Word32 t0 = Div_32(L_abs(t1), Rh[0], Rl[0]);
+    if (t1 > 0) t0 = L_negate(t0);
+    L_Extract(t0, Kh, Kl);
+    rc[0] = round_fx(t0);
+    L_Extract(L_shr(t0, 4), Ah[1], Al[1]);
+    t0 = L_sub(MAX_32, L_abs(Mpy_32(Kh, Kl, Kh, Kl)));
+    L_Extract(t0, hi, lo);
+    t0 = Mpy_32(Rh[0], Rl[0], hi, lo);
+    Word16 alp_exp = norm_l(t0);
+    L_Extract(L_shl(t0, alp_exp), alp_h, alp_l);
+    for (int i = 2; i <= kM; i++) {
+        t0 = 0;
+        for (int j = 1; j < i; j++) t0 = L_add(t0, Mpy_32(Rh[j], Rl[j], Ah[i - j], Al[i - j]));
+        t0 = L_add(L_shl(t0, 4), L_Comp(Rh[i], Rl[i]));
+        Word32 t2 = Div_32(L_abs(t0), alp_h, alp_l);
+        if (t0 > 0) t2 = L_negate(t2);
+        t2 = L_shl(t2, alp_exp);
+        L_Extract(t2, Kh, Kl);
+        if (i < 5) rc[i - 1] = round_fx(t2);
+        if (abs_s(Kh) > 32750) {
+            for (int j = 0; j <= kM; j++) A[j] = old_A[j];
+            for (int j = 0; j < 4; j++) rc[j] = 0;
+            return;
+        }
+        for (int j = 1; j < i; j++) {
+            t0 = L_add(Mpy_32(Kh, Kl, Ah[i - j], Al[i - j]), L_Comp(Ah[j], Al[j]));
+            L_Extract(t0, Anh[j], Anl[j]);
+        }
+        L_Extract(L_shr(t2, 4), Anh[i], Anl[i]);
+        t0 = L_sub(MAX_32, L_abs(Mpy_32(Kh, Kl, Kh, Kl)));
+        L_Extract(t0, hi, lo);
+        t0 = Mpy_32(alp_h, alp_l, hi, lo);
+        const Word16 j = norm_l(t0);
+        L_Extract(L_shl(t0, j), alp_h, alp_l);
+        alp_exp = add(alp_exp, j);
+        for (int k = 1; k <= i; k++) {
+            Ah[k] = Anh[k];
+            Al[k] = Anl[k];
+        }
+    }
+    A[0] = 4096;
+    for (int i = 1; i <= kM; i++) old_A[i] = A[i] = round_fx(L_shl(L_Comp(Ah[i], Al[i]), 1));
+    old_A[0] = 4096;
+}
+
+/// Chebps: the Chebyshev polynomial of order 5 evaluated at x (Q15), in
+/// double precision, result Q8 scaled as the reference.
+inline Word16 chebps(Word16 x, const Word16* f) {
+    constexpr int kNC = kM / 2;
+    Word16 b2_h = 256, b2_l = 0, b1_h, b1_l, b0_h, b0_l;
+    Word32 t0 = L_mac(L_mult(x, 512), f[1], 8192);
+    L_Extract(t0, b1_h, b1_l);
+    for (int i = 2; i < kNC; i++) {
+        t0 = L_shl(Mpy_32_16(b1_h, b1_l, x), 1);
+        t0 = L_mac(t0, b2_h, static_cast<Word16>(-32768));
+        t0 = L_msu(t0, b2_l, 1);
+        t0 = L_mac(t0, f[i], 8192);
+        L_Extract(t0, b0_h, b0_l);
+        b2_l = b1_l;
+        b2_h = b1_h;
+        b1_l = b0_l;
+        b1_h = b0_h;
+    }
+    t0 = Mpy_32_16(b1_h, b1_l, x);
+    t0 = L_mac(t0, b2_h, static_cast<Word16>(-32768));
+    t0 = L_msu(t0, b2_l, 1);
+    t0 = L_mac(t0, f[kNC], 4096);
+    return extract_h(L_shl(t0, 6));
+}
+
+/// Az_lsp: the roots of the sum and difference polynomials on the 60-point
+/// cosine grid, each refined by four bisections and a linear interpolation;
+/// fewer than 10 roots keep old_lsp.
+inline void az_lsp(const Word16* a, Word16* lsp, const Word16* old_lsp) {
+    constexpr int kNC = kM / 2, kGridPoints = 60;
+    const std::int16_t* grid = zeps::grid;
+    Word16 f1[kNC + 1], f2[kNC + 1];
+    f1[0] = 1024;
+    f2[0] = 1024;
+    for (int i = 0; i < kNC; i++) {
+        Word16 x = extract_h(L_mac(L_mult(a[i + 1], 8192), a[kM - i], 8192));
+        f1[i + 1] = sub(x, f1[i]);
+        x = extract_h(L_msu(L_mult(a[i + 1], 8192), a[kM - i], 8192));
+        f2[i + 1] = add(x, f2[i]);
+    }
+    int nf = 0, ip = 0, j = 0;
+    const Word16* coef = f1;
+    Word16 xlow = grid[0], ylow = chebps(xlow, coef);
+    while (nf < kM && j < kGridPoints) {
+        j++;
+        Word16 xhigh = xlow, yhigh = ylow;
+        xlow = grid[j];
+        ylow = chebps(xlow, coef);
+        if (L_mult(ylow, yhigh) > 0) continue;
+        for (int i = 0; i < 4; i++) {
+            const Word16 xmid = add(shr(xlow, 1), shr(xhigh, 1));
+            const Word16 ymid = chebps(xmid, coef);
+            if (L_mult(ylow, ymid) <= 0) {
+                yhigh = ymid;
+                xhigh = xmid;
+            } else {
+                ylow = ymid;
+                xlow = xmid;
+            }
+        }
+        const Word16 x = sub(xhigh, xlow);
+        Word16 y = sub(yhigh, ylow);
+        Word16 xint;
+        if (y == 0) {
+            xint = xlow;
+        } else {
+            const Word16 sign = y;
+            y = abs_s(y);
+            const Word16 exp = norm_s(y);
+            y = shl(y, exp);
+            y = div_s(16383, y);
+            y = extract_l(L_shr(L_mult(x, y), sub(20, exp)));
+            if (sign < 0) y = negate(y);
+            xint = sub(xlow, extract_l(L_shr(L_mult(ylow, y), 11)));
+        }
+        lsp[nf++] = xint;
+        xlow = xint;
+        ip = 1 - ip;
+        coef = ip ? f2 : f1;
+        ylow = chebps(xlow, coef);
+    }
+    if (nf < kM)
+        for (int i = 0; i < kM; i++) lsp[i] = old_lsp[i];
+}
+
+/// Int_lpc_1and3_2: A(z) of subframes 1 and 3 from the LSPs halfway
+/// between their neighbours (subframes 2 and 4 stay as analysed).
+inline void int_lpc_1and3_2(const Word16* lsp_old, const Word16* lsp_mid, const Word16* lsp_new, Word16* Az) {
+    Word16 lsp[kM];
+    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_mid[i], 1), shr(lsp_old[i], 1));
+    lsp_az(lsp, Az);
+    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_mid[i], 1), shr(lsp_new[i], 1));
+    lsp_az(lsp, Az + 2 * kMp1);
+}
+
+/// Int_lpc_1to3_2: A(z) of subframes 1..3 (subframe 4 stays as analysed).
+inline void int_lpc_1to3_2(const Word16* lsp_old, const Word16* lsp_new, Word16* Az) {
+    Word16 lsp[kM];
+    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_new[i], 2), sub(lsp_old[i], shr(lsp_old[i], 2)));
+    lsp_az(lsp, Az);
+    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_old[i], 1), shr(lsp_new[i], 1));
+    lsp_az(lsp, Az + kMp1);
+    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_old[i], 2), sub(lsp_new[i], shr(lsp_new[i], 2)));
+    lsp_az(lsp, Az + 2 * kMp1);
+}
+
+/// Tone-stability record of ton_stab.c: count, then the 7 past pitch gains / 8.
+inline constexpr int kNFrame = 7;       ///< N_FRAME
+inline constexpr Word16 kGpClip = 15565;  ///< GP_CLIP, 0.95 in Q14
+
+/// check_lsp: 1 after 12 consecutive frames with closely spaced LSPs (resonance).
+inline Word16 check_lsp(Word16* ton, const Word16* lsp) {
+    Word16 dist_min1 = MAX_16, dist_min2 = MAX_16;
+    for (int i = 3; i < kM - 2; i++) dist_min1 = std::min(dist_min1, sub(lsp[i], lsp[i + 1]));
+    for (int i = 1; i < 3; i++) dist_min2 = std::min(dist_min2, sub(lsp[i], lsp[i + 1]));
+    const Word16 dist_th = lsp[1] > 32000 ? 600 : lsp[1] > 30500 ? 800 : 1100;
+    if (dist_min1 < 1500 || dist_min2 < dist_th) ton[0] = add(ton[0], 1);
+    else ton[0] = 0;
+    if (ton[0] >= 12) {
+        ton[0] = 12;
+        return 1;
+    }
+    return 0;
+}
+
+/// check_gp_clipping: 1 when g_pitch / 8 plus the 7 past ones exceeds GP_CLIP.
+inline Word16 check_gp_clipping(const Word16* ton, Word16 g_pitch) {
+    Word16 sum = shr(g_pitch, 3);
+    for (int i = 0; i < kNFrame; i++) sum = add(sum, ton[1 + i]);
+    return sum > kGpClip ? 1 : 0;
+}
+
+/// update_gp_clipping
+inline void update_gp_clipping(Word16* ton, Word16 g_pitch) {
+    for (int i = 0; i < kNFrame - 1; i++) ton[1 + i] = ton[2 + i];
+    ton[kNFrame] = shr(g_pitch, 3);
+}
+
+}  // namespace amr_enc
+ZEPS_END_VARIANT
