@@ -358,16 +358,20 @@ bool inv_32s(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, cons
     const int shift = e - g + pDesc->order + scaleFactor;
     const std::int32_t* rev = t + l.rev;
     if (vec && shift >= 0 && shift <= 31) {
-        for (int n = 0; n < M; ++n) {
-            pDst[2 * n] = re[rev[n]];
-            pDst[2 * n + 1] = im[rev[n]];
-        }
-        if (shift > 0) {
-            const __m128i c = _mm_cvtsi32_si128(shift), c1 = _mm_cvtsi32_si128(shift - 1);
-            for (int n = 0; n < 2 * M; n += 4) {
-                auto* p = reinterpret_cast<__m128i*>(pDst + n);
-                _mm_storeu_si128(p, round_shift_x4(_mm_loadu_si128(p), c, c1));
-            }
+        // Rounded in natural order, four bins a step; each (re, im) pair is
+        // stored at its bit-reversed place (the permutation is its own inverse).
+        const __m128i c = _mm_cvtsi32_si128(shift), c1 = _mm_cvtsi32_si128(shift > 0 ? shift - 1 : 0);
+        const __m128i keep = shift > 0 ? _mm_set1_epi32(1) : _mm_setzero_si128();
+        for (int n = 0; n < M; n += 4) {
+            const __m128i r = _mm_loadu_si128(reinterpret_cast<const __m128i*>(re + n));
+            const __m128i i = _mm_loadu_si128(reinterpret_cast<const __m128i*>(im + n));
+            const __m128i rr = _mm_add_epi32(_mm_sra_epi32(r, c), _mm_and_si128(_mm_sra_epi32(r, c1), keep));
+            const __m128i ii = _mm_add_epi32(_mm_sra_epi32(i, c), _mm_and_si128(_mm_sra_epi32(i, c1), keep));
+            const __m128i lo = _mm_unpacklo_epi32(rr, ii), hi = _mm_unpackhi_epi32(rr, ii);
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(pDst + 2 * rev[n]), lo);
+            _mm_storeh_pd(reinterpret_cast<double*>(pDst + 2 * rev[n + 1]), _mm_castsi128_pd(lo));
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(pDst + 2 * rev[n + 2]), hi);
+            _mm_storeh_pd(reinterpret_cast<double*>(pDst + 2 * rev[n + 3]), _mm_castsi128_pd(hi));
         }
         return true;
     }
