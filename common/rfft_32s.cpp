@@ -16,6 +16,16 @@
 // W_M^t = exp(-2 pi i t / M), t < M (re[M], im[M]), split twiddles W_N^k,
 // k <= M/2 (re[M/2+1], im[M/2+1]), and the bit-reversal table (M entries).
 // Work buffer: split real and imaginary arrays, N values.
+//
+// The block passes (peak search, block shifts, input normalisation and the
+// final rounding of the inverse) also run on SSSE3 vectors, four words at a
+// time, when M is a multiple of 4; a right shift by s with rounding to
+// nearest, ties up, is (x >> s) + bit s - 1 of x, which equals
+// (x + 2^(s-1)) >> s without the 33-bit sum. The butterflies stay scalar
+// (64-bit products). The scalar forms are kept as the baseline and tested
+// against.
+#include <tmmintrin.h>
+
 #include <bit>
 #include <cstring>
 
@@ -98,6 +108,37 @@ inline std::int32_t normalise(std::int32_t x, int e) {
     return static_cast<std::int32_t>((static_cast<i64>(x) + (i64{1} << (-e - 1))) >> (-e));
 }
 
+/// Peak of |v| over n words (n a multiple of 4), ORed into the result.
+inline std::uint32_t peak_or_x4(const std::int32_t* v, int n) {
+    __m128i acc = _mm_setzero_si128();
+    for (int i = 0; i < n; i += 4)
+        acc = _mm_or_si128(acc, _mm_abs_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(v + i))));
+    acc = _mm_or_si128(acc, _mm_shuffle_epi32(acc, _MM_SHUFFLE(1, 0, 3, 2)));
+    acc = _mm_or_si128(acc, _mm_shuffle_epi32(acc, _MM_SHUFFLE(2, 3, 0, 1)));
+    return static_cast<std::uint32_t>(_mm_cvtsi128_si32(acc));
+}
+
+/// x * 2^-s rounded to nearest, ties up, for 1 <= s <= 31, four words.
+inline __m128i round_shift_x4(__m128i x, __m128i s, __m128i s1) {
+    const __m128i half = _mm_and_si128(_mm_sra_epi32(x, s1), _mm_set1_epi32(1));
+    return _mm_add_epi32(_mm_sra_epi32(x, s), half);
+}
+
+/// dst[i] = normalise(src[i], e) for n words (n a multiple of 4), e >= -31.
+void normalise_x4(const std::int32_t* src, std::int32_t* dst, int n, int e) {
+    if (e >= 0) {
+        const __m128i c = _mm_cvtsi32_si128(e);
+        for (int i = 0; i < n; i += 4)
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i),
+                             _mm_sll_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i)), c));
+        return;
+    }
+    const __m128i c = _mm_cvtsi32_si128(-e), c1 = _mm_cvtsi32_si128(-e - 1);
+    for (int i = 0; i < n; i += 4)
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i),
+                         round_shift_x4(_mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i)), c, c1));
+}
+
 // ---------------------------------------------------------------- complex DIF
 // Same stage structure and butterflies as the float transform; the twiddle
 // W_{4s}^(p j) of a radix-4 stage of span s is W_M^(p j M / 4s).
@@ -141,15 +182,72 @@ void radix4(std::int32_t* re, std::int32_t* im, int M, int s, const std::int32_t
     }
 }
 
+/// 4x4 transpose of 32-bit words.
+inline void transpose4(__m128i& a, __m128i& b, __m128i& c, __m128i& d) {
+    const __m128i t0 = _mm_unpacklo_epi32(a, b), t1 = _mm_unpackhi_epi32(a, b);
+    const __m128i t2 = _mm_unpacklo_epi32(c, d), t3 = _mm_unpackhi_epi32(c, d);
+    a = _mm_unpacklo_epi64(t0, t2);
+    b = _mm_unpackhi_epi64(t0, t2);
+    c = _mm_unpacklo_epi64(t1, t3);
+    d = _mm_unpackhi_epi64(t1, t3);
+}
+
+/// The last radix-4 stage (span 1, no twiddles) for M a multiple of 16: four
+/// groups at a time, transposed so that each vector holds one leg of four
+/// butterflies; the same 32-bit additions as radix4.
+void radix4_last_x4(std::int32_t* re, std::int32_t* im, int M) {
+    for (int g = 0; g < M; g += 16) {
+        __m128i r0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(re + g));
+        __m128i r1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(re + g + 4));
+        __m128i r2 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(re + g + 8));
+        __m128i r3 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(re + g + 12));
+        __m128i i0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(im + g));
+        __m128i i1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(im + g + 4));
+        __m128i i2 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(im + g + 8));
+        __m128i i3 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(im + g + 12));
+        transpose4(r0, r1, r2, r3);
+        transpose4(i0, i1, i2, i3);
+        const __m128i t0r = _mm_add_epi32(r0, r2), t0i = _mm_add_epi32(i0, i2);
+        const __m128i t1r = _mm_sub_epi32(r0, r2), t1i = _mm_sub_epi32(i0, i2);
+        const __m128i t2r = _mm_add_epi32(r1, r3), t2i = _mm_add_epi32(i1, i3);
+        const __m128i t3r = _mm_sub_epi32(r1, r3), t3i = _mm_sub_epi32(i1, i3);
+        r0 = _mm_add_epi32(t0r, t2r), i0 = _mm_add_epi32(t0i, t2i);
+        r1 = _mm_sub_epi32(t0r, t2r), i1 = _mm_sub_epi32(t0i, t2i);
+        r2 = _mm_add_epi32(t1r, t3i), i2 = _mm_sub_epi32(t1i, t3r);
+        r3 = _mm_sub_epi32(t1r, t3i), i3 = _mm_add_epi32(t1i, t3r);
+        transpose4(r0, r1, r2, r3);
+        transpose4(i0, i1, i2, i3);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(re + g), r0);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(re + g + 4), r1);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(re + g + 8), r2);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(re + g + 12), r3);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(im + g), i0);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(im + g + 4), i1);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(im + g + 8), i2);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(im + g + 12), i3);
+    }
+}
+
 /// Block floating point: before a stage of growth `radix`, the block is
 /// shifted right (rounding to nearest) until its largest component has at
 /// most 29 (radix 2) or 28 (radix 4) significant bits, so that no butterfly
 /// can leave 32 bits. Returns the number of bits shifted out.
+template <bool Simd>
 int make_headroom(std::int32_t* re, std::int32_t* im, int M, int radix) {
+    const bool vec = Simd && M % 4 == 0;
     std::uint32_t peak = 0;
-    for (int n = 0; n < M; ++n) peak |= magnitude(re[n]) | magnitude(im[n]);
+    if (vec) {
+        peak = peak_or_x4(re, M) | peak_or_x4(im, M);
+    } else {
+        for (int n = 0; n < M; ++n) peak |= magnitude(re[n]) | magnitude(im[n]);
+    }
     const int s = bit_length(peak) - (radix == 2 ? 29 : 28);
     if (s <= 0) return 0;
+    if (vec) {
+        normalise_x4(re, re, M, -s);
+        normalise_x4(im, im, M, -s);
+        return s;
+    }
     for (int n = 0; n < M; ++n) {
         re[n] = normalise(re[n], -s);
         im[n] = normalise(im[n], -s);
@@ -158,17 +256,21 @@ int make_headroom(std::int32_t* re, std::int32_t* im, int M, int radix) {
 }
 
 /// In-place DIF transform, bit-reversed output; returns the bits shifted out.
+template <bool Simd>
 int cfft_dif(std::int32_t* re, std::int32_t* im, const Layout32s& l, const std::int32_t* t) {
     int shifted = 0;
     int s = l.M;
     if (l.m & 1) {
         s = l.M / 2;
-        shifted += make_headroom(re, im, l.M, 2);
+        shifted += make_headroom<Simd>(re, im, l.M, 2);
         radix2(re, im, s, t + l.wr, t + l.wi);
     }
     for (s /= 4; s >= 1; s /= 4) {
-        shifted += make_headroom(re, im, l.M, 4);
-        radix4(re, im, l.M, s, t + l.wr, t + l.wi);
+        shifted += make_headroom<Simd>(re, im, l.M, 4);
+        if (Simd && s == 1 && l.M % 16 == 0)
+            radix4_last_x4(re, im, l.M);
+        else
+            radix4(re, im, l.M, s, t + l.wr, t + l.wi);
     }
     return shifted;
 }
@@ -211,14 +313,21 @@ RfftDesc32s* rfft_init_32s(int order, std::uint8_t* pMem) {
     return desc;
 }
 
-bool rfft_fwd_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, const RfftDesc32s* pDesc,
+namespace {
+
+template <bool Simd>
+bool fwd_32s(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, const RfftDesc32s* pDesc,
                       std::uint8_t* pWork) {
     if (!valid(pDesc, scaleFactor)) return false;
     const Layout32s l = layout_32s(pDesc->order);
     const std::int32_t* t = tables(pDesc);
     const int M = l.M;
     std::uint32_t peak = 0;
-    for (int n = 0; n < 2 * M; ++n) peak |= magnitude(pSrc[n]);
+    if (Simd && M % 2 == 0) {
+        peak = peak_or_x4(pSrc, 2 * M);
+    } else {
+        for (int n = 0; n < 2 * M; ++n) peak |= magnitude(pSrc[n]);
+    }
     const int e = 28 - bit_length(peak);
     auto* re = reinterpret_cast<std::int32_t*>(pWork);
     std::int32_t* im = re + M;
@@ -226,7 +335,7 @@ bool rfft_fwd_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFac
         re[n] = normalise(pSrc[2 * n], e);
         im[n] = normalise(pSrc[2 * n + 1], e);
     }
-    const int g = cfft_dif(re, im, l, t);
+    const int g = cfft_dif<Simd>(re, im, l, t);
     // 2 X[k] 2^(30+e) = 2^30 Fe' + W^k Fo', Fe' = Z[k] + conj Z[M-k],
     // Fo' = -i (Z[k] - conj Z[M-k]); X[M-k] = conj(Fe' - W^k Fo') / 2.
     const int shift = 31 + e - g + scaleFactor;
@@ -253,25 +362,39 @@ bool rfft_fwd_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFac
     return true;
 }
 
-bool rfft_inv_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, const RfftDesc32s* pDesc,
-                      std::uint8_t* pWork) {
+template <bool Simd>
+bool inv_32s(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, const RfftDesc32s* pDesc,
+             std::uint8_t* pWork) {
     if (!valid(pDesc, scaleFactor)) return false;
     const Layout32s l = layout_32s(pDesc->order);
     const std::int32_t* t = tables(pDesc);
     const int M = l.M;
+    const bool vec = Simd && M % 4 == 0;
     // The imaginary parts of bins 0 and N/2 are not used.
     std::uint32_t peak = magnitude(pSrc[0]) | magnitude(pSrc[2 * M]);
-    for (int n = 2; n < 2 * M; ++n) peak |= magnitude(pSrc[n]);
+    if (vec) {
+        peak |= magnitude(pSrc[2]) | magnitude(pSrc[3]) | peak_or_x4(pSrc + 4, 2 * M - 4);
+    } else {
+        for (int n = 2; n < 2 * M; ++n) peak |= magnitude(pSrc[n]);
+    }
     const int e = 26 - bit_length(peak);
+    // The normalised bins 0..M-1 (the image of bin 0 unused), then bin M.
+    const i64 xm = normalise(pSrc[2 * M], e);
+    const std::int32_t* x = pSrc;
+    if (vec) {
+        normalise_x4(pSrc, pDst, 2 * M, e);
+        x = pDst;
+    }
     auto* re = reinterpret_cast<std::int32_t*>(pWork);
     std::int32_t* im = re + M;
-    const i64 x0 = normalise(pSrc[0], e), xm = normalise(pSrc[2 * M], e);
+    const auto at = [&](int n) -> i64 { return vec ? x[n] : normalise(x[n], e); };
+    const i64 x0 = at(0);
     re[0] = static_cast<std::int32_t>(x0 + xm);
     im[0] = static_cast<std::int32_t>(x0 - xm);
     // Z[k] = Fe' + i Fo', Fe' = X[k] + conj X[M-k], Fo' = (X[k] - conj X[M-k]) conj W^k.
     for (int k = 1; k <= M / 2; ++k) {
-        const i64 ar = normalise(pSrc[2 * k], e), ai = normalise(pSrc[2 * k + 1], e);
-        const i64 br = normalise(pSrc[2 * (M - k)], e), bi = normalise(pSrc[2 * (M - k) + 1], e);
+        const i64 ar = at(2 * k), ai = at(2 * k + 1);
+        const i64 br = at(2 * (M - k)), bi = at(2 * (M - k) + 1);
         const i64 fer = ar + br, fei = ai - bi, dr = ar - br, di = ai + bi;
         const i64 wr = t[l.pr + k], wi = t[l.pi + k];
         const i64 f_r = mul_q30(dr * wr + di * wi), f_i = mul_q30(di * wr - dr * wi);
@@ -280,14 +403,51 @@ bool rfft_inv_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFac
         re[M - k] = static_cast<std::int32_t>(fer + f_i);
         im[M - k] = static_cast<std::int32_t>(f_r - fei);
     }
-    const int g = cfft_dif(im, re, l, t);  // exchanged arrays: the conjugate transform
+    const int g = cfft_dif<Simd>(im, re, l, t);  // exchanged arrays: the conjugate transform
     const int shift = e - g + pDesc->order + scaleFactor;
     const std::int32_t* rev = t + l.rev;
+    if (vec && shift >= 0 && shift <= 31) {
+        // Rounded in natural order, four bins a step; each (re, im) pair is
+        // stored at its bit-reversed place (the permutation is its own inverse).
+        const __m128i c = _mm_cvtsi32_si128(shift), c1 = _mm_cvtsi32_si128(shift > 0 ? shift - 1 : 0);
+        const __m128i keep = shift > 0 ? _mm_set1_epi32(1) : _mm_setzero_si128();
+        for (int n = 0; n < M; n += 4) {
+            const __m128i r = _mm_loadu_si128(reinterpret_cast<const __m128i*>(re + n));
+            const __m128i i = _mm_loadu_si128(reinterpret_cast<const __m128i*>(im + n));
+            const __m128i rr = _mm_add_epi32(_mm_sra_epi32(r, c), _mm_and_si128(_mm_sra_epi32(r, c1), keep));
+            const __m128i ii = _mm_add_epi32(_mm_sra_epi32(i, c), _mm_and_si128(_mm_sra_epi32(i, c1), keep));
+            const __m128i lo = _mm_unpacklo_epi32(rr, ii), hi = _mm_unpackhi_epi32(rr, ii);
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(pDst + 2 * rev[n]), lo);
+            _mm_storeh_pd(reinterpret_cast<double*>(pDst + 2 * rev[n + 1]), _mm_castsi128_pd(lo));
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(pDst + 2 * rev[n + 2]), hi);
+            _mm_storeh_pd(reinterpret_cast<double*>(pDst + 2 * rev[n + 3]), _mm_castsi128_pd(hi));
+        }
+        return true;
+    }
     for (int n = 0; n < M; ++n) {
         pDst[2 * n] = round_shift_sat(i64{re[rev[n]]}, shift);
         pDst[2 * n + 1] = round_shift_sat(i64{im[rev[n]]}, shift);
     }
     return true;
+}
+
+}  // namespace
+
+bool rfft_fwd_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, const RfftDesc32s* pDesc,
+                      std::uint8_t* pWork) {
+    return fwd_32s<true>(pSrc, pDst, scaleFactor, pDesc, pWork);
+}
+bool rfft_fwd_32s_sfs_scalar(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor,
+                             const RfftDesc32s* pDesc, std::uint8_t* pWork) {
+    return fwd_32s<false>(pSrc, pDst, scaleFactor, pDesc, pWork);
+}
+bool rfft_inv_32s_sfs(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, const RfftDesc32s* pDesc,
+                      std::uint8_t* pWork) {
+    return inv_32s<true>(pSrc, pDst, scaleFactor, pDesc, pWork);
+}
+bool rfft_inv_32s_sfs_scalar(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor,
+                             const RfftDesc32s* pDesc, std::uint8_t* pWork) {
+    return inv_32s<false>(pSrc, pDst, scaleFactor, pDesc, pWork);
 }
 
 ZEPS_END_VARIANT
