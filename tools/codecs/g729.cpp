@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "tools/codec.h"
+#include "tools/codecs/g729_annex_e.h"
 #include "zepsc.h"
 
 namespace {
@@ -768,11 +769,20 @@ private:
     std::array<Zep16s, 4> sid_{};
 };
 
+/// Annex E (tools/codecs/g729e.cpp): the .bit format, --rate 8 or 11.8, no DTX.
+bool annex_e_of(const zepsc_cli::CodecOptions& o, const std::string& format) {
+    if (o.get("annex", "0") != "E") return false;
+    if (format != "bit") throw CodecError("Annex E streams (118-bit frames) need the .bit serial format");
+    if (o.has("dtx")) throw CodecError("--dtx needs Annex B: --annex B or AB (or I)");
+    if (o.get("rate", "11.8") == "6.4") throw CodecError("--rate 6.4 needs --annex D or I");
+    return true;
+}
+
 Setup setup_of(const zepsc_cli::CodecOptions& o, const std::string& format) {
     const std::string annex = o.get("annex", "0");
     if (annex != "0" && annex != "A" && annex != "B" && annex != "AB")
         throw CodecError("--annex " + annex + " is not available yet: this build codes the main body (0), Annex A " +
-                         "and Annex B on either (B, AB)");
+                         ", Annex B on either (B, AB) and Annex E");
     Setup setup;
     setup.variant = annex == "A" || annex == "AB" ? Variant::AnnexA : Variant::Main;
     setup.annex_b = annex == "B" || annex == "AB";
@@ -787,7 +797,7 @@ Setup setup_of(const zepsc_cli::CodecOptions& o, const std::string& format) {
 zepsc_cli::CodecSpec make_spec() {
     zepsc_cli::CodecSpec s;
     s.name = "g729";
-    s.summary = "ITU-T G.729 CS-ACELP 8 kbit/s speech codec (main body, Annexes A and B)";
+    s.summary = "ITU-T G.729 CS-ACELP 8 kbit/s speech codec (main body, Annexes A, B and E)";
     s.help =
         "Input and output: 8 kHz 16-bit PCM; the encoder codes whole 80-sample frames and drops a\n"
         "final partial frame, as the ITU-T reference does. Bitstreams: .bit, the ITU-T serial\n"
@@ -800,21 +810,30 @@ zepsc_cli::CodecSpec make_spec() {
         "untransmitted frames (size 0); the decoder adds comfort noise and also decodes plain\n"
         "streams. An erased frame (a 0x0000 bit word, or SYNC other than 0x6B21 on a size-0\n"
         "frame) is erased speech after speech, else comfort noise. Annex B needs the .bit format.\n"
-        "Annexes D, E and I, --rate other than 8 and --ratefile are declared but not available yet.";
+        "--annex E is the 11.8 kbit/s extension (.bit only; frames of 118 bits with the LPC mode\n"
+        "bit and its repeat, or 80 bits): the encoder codes at --rate 11.8 (default) or 8, or at\n"
+        "the rate of each frame read from --ratefile (16-bit words, 0 = 8, 1 = 11.8 kbit/s); the\n"
+        "decoder decodes both frame sizes; a frame is erased when a bit word but the last two is\n"
+        "0x0000 or the mode bit and its repeat differ. Annexes D and I are declared but not\n"
+        "available yet.";
     s.options = {
         {"annex", "0 (main body), A, B, AB, D, E or I", {"0", "A", "B", "AB", "D", "E", "I"}, "0", false},
-        {"rate", "bit rate in kbit/s: 6.4, 8 or 11.8 (Annexes D, E, I)", {"6.4", "8", "11.8"}, "8", false},
+        {"rate", "bit rate in kbit/s: 6.4, 8 or 11.8 (Annexes D, E, I); default 8, with --annex E 11.8",
+         {"6.4", "8", "11.8"}, "", false},
         {"dtx", "voice activity detection and discontinuous transmission (Annex B)", {}, "", true},
-        {"ratefile", "file of one rate code a frame (0 = 6.4, 1 = 8, 2 = 11.8), Annexes E and I", {}, "", false},
+        {"ratefile", "file of one 16-bit rate code a frame: Annex E 0 = 8, 1 = 11.8; Annex I 0 = 6.4, 1 = 8, 2 = 11.8", {}, "", false},
     };
     s.formats = {"bit", "g729"};
     s.pad_last_frame = false;
     s.make_encoder = [](const zepsc_cli::CodecOptions& o,
                         const std::string& format) -> std::unique_ptr<zepsc_cli::FrameEncoder> {
+        if (annex_e_of(o, format))
+            return zepsc_cli::g729e::make_encoder(o.get("rate", "11.8") == "11.8", o.get("ratefile"));
         return std::make_unique<Encoder>(setup_of(o, format), format == "bit");
     };
     s.make_decoder = [](const zepsc_cli::CodecOptions& o,
                         const std::string& format) -> std::unique_ptr<zepsc_cli::FrameDecoder> {
+        if (annex_e_of(o, format)) return zepsc_cli::g729e::make_decoder();
         return std::make_unique<Decoder>(setup_of(o, format), format == "bit");
     };
     return s;
