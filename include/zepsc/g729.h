@@ -1395,6 +1395,30 @@ ZEPSAPI ZepStatus zepsDecodeFixedCodebook_G729E_16s(const Zep16s* pIdx, Zep16s m
 ZEPSAPI ZepStatus zepsDecodeGainErased_G729E_16s(Zep16s* pPastQuaEn, Zep16s* pSrcDstGain, Zep16s* pSrcDstMuting,
                                                  int countBfi, int stationary);
 
+/**
+ * Fixed-codebook search of an 11.8 kbit/s subframe (G.729 Annex E
+ * ACELP_10i40_35bits in forward mode, ACELP_12i40_44bits in backward mode;
+ * arguments in their order, mode last): 5 tracks of 8 positions; the sign of
+ * each position is preset from the correlation of the target with the
+ * impulse response and from the long-term residual (both normalised by
+ * their energies, Inv_sqrt); then a depth-first search of pulse pairs on
+ * adjacent tracks from the 3 best starting tracks: 10 pulses (two a track)
+ * or 12 (three on the first two tracks). The impulse response is read only
+ * (the reference's halving of it is done in a copy).
+ * @param pSrcFixedTarget     target, 40 samples, Q0
+ * @param pSrcLtpResidual     residual after long-term prediction, 40 samples, Q0
+ * @param pSrcImpulseResponse impulse response (after pitch sharpening), 40 samples, Q12
+ * @param pDstFixedVector     codeword, 40 samples, pulses +-4096 (Q12)
+ * @param pDstFltFixedVector  codeword filtered by the response, Q11
+ * @param pDstIdx             five codes in the layout of zepsDecodeFixedCodebook_G729E_16s
+ * @param mode                0: forward (35 bits), 1: backward (44 bits)
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr
+ *         if mode is not 0 or 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsFixedCodebookSearch_G729E_16s(const Zep16s* pSrcFixedTarget, const Zep16s* pSrcLtpResidual,
+                                                    const Zep16s* pSrcImpulseResponse, Zep16s* pDstFixedVector,
+                                                    Zep16s* pDstFltFixedVector, Zep16s* pDstIdx, Zep16s mode);
+
 /** Size in bytes of the Annex E post-filter state: writes 428.
  *  @return zepStsNullPtrErr if pSize is null, else zepStsNoErr. */
 ZEPSAPI ZepStatus zepsPostFilterGetStateSize_G729E_16s(Zep32s* pSize);

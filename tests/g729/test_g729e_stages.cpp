@@ -9,6 +9,8 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <fstream>
+#include <string>
 #include <vector>
 
 #include "frame/variants.h"
@@ -117,6 +119,39 @@ TEST(G729EStages, CodebookPulses) {
     EXPECT_EQ(pulses, 12);
 }
 
+// tests/g729/data/acelp_e.cases: 300 calls of the ITU-T G.729 Annex E
+// ACELP_10i40_35bits (even cases) and ACELP_12i40_44bits (odd) on random
+// targets, residuals and decaying impulse responses (some with extreme
+// values), recorded from the reference: per call 206 little-endian words,
+// mode, x[40], cn[40], H[40], then code[40], y[40], indx[5].
+TEST(G729EStages, FixedCodebookSearchRecordedCalls) {
+    std::ifstream f(std::string(ZEPS_TESTS_SOURCE_DIR) + "/g729/data/acelp_e.cases", std::ios::binary);
+    ASSERT_TRUE(f.good());
+    std::vector<char> raw((std::istreambuf_iterator<char>(f)), std::istreambuf_iterator<char>());
+    ASSERT_EQ(raw.size(), 300u * 206u * 2u);
+    const auto word = [&](std::size_t i) {
+        return static_cast<Zep16s>(static_cast<unsigned char>(raw[2 * i]) |
+                                   (static_cast<unsigned char>(raw[2 * i + 1]) << 8));
+    };
+    for (std::size_t c = 0; c < 300; ++c) {
+        V16 w(206);
+        for (std::size_t i = 0; i < 206; ++i) w[i] = word(c * 206 + i);
+        const V16 h(w.begin() + 81, w.begin() + 121);
+        V16 code(40), y(40), idx(5);
+        ASSERT_EQ(u8::zepsFixedCodebookSearch_G729E_16s(w.data() + 1, w.data() + 41, h.data(), code.data(), y.data(),
+                                                        idx.data(), w[0]),
+                  zepStsNoErr);
+        EXPECT_EQ(code, V16(w.begin() + 121, w.begin() + 161)) << c;
+        EXPECT_EQ(y, V16(w.begin() + 161, w.begin() + 201)) << c;
+        EXPECT_EQ(idx, V16(w.begin() + 201, w.end())) << c;
+        EXPECT_EQ(V16(w.begin() + 81, w.begin() + 121), h);  // the response is read only
+        // The decoder rebuilds the codeword from the codes.
+        V16 dec(40);
+        ASSERT_EQ(u8::zepsDecodeFixedCodebook_G729E_16s(idx.data(), w[0], dec.data()), zepStsNoErr);
+        EXPECT_EQ(dec, code) << c;
+    }
+}
+
 TEST(G729EStages, LevinsonKeepsLastStableFilter) {
     // A ramp autocorrelation of r[2] = -r[0]-ish makes the second coefficient unstable.
     Zep16s rh[31] = {16384, 16000, -16384}, rl[31] = {};
@@ -215,6 +250,18 @@ ZEPS_VARIANT_CHECK(zepsDecodeFixedCodebook_G729E_16s) {
         const Zep16s mode = static_cast<Zep16s>(rng.uniform(-1, 2));
         both<V16>(u8::zepsDecodeFixedCodebook_G729E_16s, n8::zepsDecodeFixedCodebook_G729E_16s,
                   {rand16(rng, 5), V16(40, 3)}, [&](auto f, auto& v) { return f(v[0].data(), mode, v[1].data()); });
+    }
+}
+ZEPS_VARIANT_CHECK(zepsFixedCodebookSearch_G729E_16s) {
+    for (int rep = 0; rep < 30; ++rep) {
+        const Zep16s mode = static_cast<Zep16s>(rng.uniform(-1, 2));
+        V16 h = small16(rng, 40, 3000);
+        h[0] = 4096;
+        const V16 x = rep % 5 ? small16(rng, 40, 5000) : rand16(rng, 40), cn = small16(rng, 40, 5000);
+        both<V16>(u8::zepsFixedCodebookSearch_G729E_16s, n8::zepsFixedCodebookSearch_G729E_16s,
+                  {V16(40, 1), V16(40, 2), V16(5, 3)}, [&](auto f, auto& v) {
+                      return f(x.data(), cn.data(), h.data(), v[0].data(), v[1].data(), v[2].data(), mode);
+                  });
     }
 }
 ZEPS_VARIANT_CHECK(zepsDecodeGainErased_G729E_16s) {
