@@ -1447,6 +1447,215 @@ ZEPSAPI ZepStatus zepsPhaseDispersion_G729D_16s(const Zep16s* pSrcExc, Zep16s ga
 ZEPSAPI ZepStatus zepsPhaseDispersionUpdate_G729D_16s(Zep16s gainPitch, Zep16s gainCode, Zep8u* pState);
 /** @} */
 
+/** @defgroup g729e G.729 Annex E stages
+ *  Backward-adaptive order-30 LP analysis, order-30 filters, the 11.8 kbit/s
+ *  fixed codebooks, erasure concealment and post-filter of ITU-T G.729 Annex E.
+ *  @{ */
+/* Conventions of this group: as the g729_excitation group; LP filters of
+ * order m have m + 1 coefficients (Q12, a[0] = 4096), m at most 30 (M_BWD).
+ * Every member reproduces the ITU-T G.729 Annex E fixed-point reference
+ * (v1.3) bit for bit. The hybrid-window autocorrelation and the forward LSP
+ * quantiser of this annex are in the g729_lp group. */
+
+/**
+ * Lag window of the backward order-30 analysis (G.729 Annex E
+ * Lag_window_bwd): r[i] (i = 1..30) times lag_h_bwd/lag_l_bwd[i-1] in double
+ * precision (Mpy_32); then r[0] + 1 and each windowed r[i] + 1 (L_add)
+ * shifted left by norm_l(r[0] + 1) and split into hi/lo (L_Extract), the
+ * input of zepsLevinsonDurbin_G729E_16s.
+ * @param pSrc     31 autocorrelations (zepsWinHybrid_G729E_16s32s), read only
+ * @param pDstHigh 31 high halves
+ * @param pDstLow  31 low halves
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLagWindow_G729E_32s16s(const Zep32s* pSrc, Zep16s* pDstHigh, Zep16s* pDstLow);
+
+/**
+ * Levinson-Durbin recursion of G.729 Annex E (Levinsone; arguments in its
+ * order): the double-precision recursion of G.729 with each numerator
+ * bounded by its denominator before the division; a reflection coefficient
+ * beyond the first above 32750 in magnitude makes the filter unstable.
+ * @param order          2..30
+ * @param pRh, pRl       order + 1 autocorrelations in hi/lo, normalised (pRh[0] >= 16384)
+ * @param pLPC           order + 1 LP coefficients, Q12
+ * @param pRC            order reflection coefficients, Q15
+ * @param pSrcDstOldLPC  the last stable filter, order + 1 values, Q12 (reset: 4096, 0, ...)
+ * @param pSrcDstOldRC   its first two reflection coefficients (reset: 0, 0)
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr
+ *         if order is outside 2..30, then if pRh[0] < 16384 or pRl[0] < 0;
+ *         zepStsOverflow (12) on an unstable filter: pLPC receives the last
+ *         stable filter, pRC[0..1] its coefficients, pRC[2..] those found
+ *         before the unstable one and 0 after, the old records unchanged;
+ *         else zepStsNoErr, the old records replaced by the new filter.
+ */
+ZEPSAPI ZepStatus zepsLevinsonDurbin_G729E_16s(int order, const Zep16s* pRh, const Zep16s* pRl, Zep16s* pLPC,
+                                               Zep16s* pRC, Zep16s* pSrcDstOldLPC, Zep16s* pSrcDstOldRC);
+
+/**
+ * Synthesis filter 1/A(z) of order 1..30 (G.729 Annex E Syn_filte; arguments
+ * in its order): per sample s = L_mult(x, a0) - sum L_mult(a[j], y[-j])
+ * (L_msu), y = round(L_shl(s, 3)).
+ * @param order      filter order m, 1..30
+ * @param pLPC       A(z), m + 1 values, Q12
+ * @param pSrc       input, len samples
+ * @param pDst       output, len samples; may equal pSrc
+ * @param len        at least 1
+ * @param pSrcDstMem the m past outputs, oldest first; replaced by the last m
+ *                   outputs (earlier memory first when len < m) if update is not 0
+ * @param update     0: memory left as it is; otherwise updated
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr
+ *         if order is outside 1..30; zepStsSizeErr if len < 1; zepStsOverflow
+ *         when a basic operator saturated (the reference's Overflow flag: the
+ *         decoder then scales its excitation down by 4 and filters again),
+ *         the saturated output written; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSynthesisFilter_G729E_16s(int order, const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst,
+                                                int len, Zep16s* pSrcDstMem, int update);
+
+/** In-place zepsSynthesisFilter_G729E_16s: pSrcDst is input and output;
+ *  same checks in the same order. */
+ZEPSAPI ZepStatus zepsSynthesisFilter_G729E_16s_I(int order, const Zep16s* pLPC, Zep16s* pSrcDst, int len,
+                                                  Zep16s* pSrcDstMem, int update);
+
+/**
+ * Inverse filter A(z) of order 1..30 (G.729 Annex E Residue): y =
+ * round(L_shl(L_mult(x, a0) + sum L_mult(a[j], x[-j]), 3)) with L_mac.
+ * @param pSrc input, len samples; pSrc[-order..-1] are read too
+ * @param pDst output, len samples; must not overlap pSrc[-order..len-1]
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr
+ *         if order is outside 1..30; zepStsSizeErr if len < 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsResidual_G729E_16s(int order, const Zep16s* pLPC, const Zep16s* pSrc, Zep16s* pDst, int len);
+
+/**
+ * Bandwidth expansion A(z/gamma) of order 1..30 (G.729 Annex E Weight_Az):
+ * pDst[i] = round(L_mult(pLPC[i], gamma^i)), gamma^i by repeated rounded
+ * products; the decoder's backward filter takes gamma = 32113 (0.98).
+ * @param pDst order + 1 values; may equal pLPC
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr
+ *         if order is outside 1..30; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsWeightLPC_G729E_16s(const Zep16s* pLPC, Zep16s gamma, int order, Zep16s* pDst);
+
+/**
+ * Energy of a frame in dB (G.729 Annex E ener_dB), Q11: e = 1 + sum x^2
+ * (L_mac, saturating), halved, then shifted right n times until at most 32;
+ * the result is 617 (LOG2_Q11) times max(n - 1, 0) + 617 plus tab_log[e - 16],
+ * or 1 when e < 16. The decoder counts a frame towards the backward-mode
+ * dominance only when this is at least 8192.
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsSizeErr
+ *         if len < 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsEnergyDB_G729E_16s(const Zep16s* pSrc, int len, Zep16s* pDstEnergy);
+
+/**
+ * Pitch tracking of G.729 Annex E (track_pit) for the concealment of erased
+ * frames, run after each subframe's lag decoding.
+ * @param pSrcDstDelay {integer lag, fraction}: replaced by the last
+ *        stationary delay when the lag is a (sub-)multiple of the previous
+ *        one (within 4, factors 2..4) and the stationarity count is positive
+ * @param pSrcDstTrack record {previous lag, stationarity count 0..7, stationary
+ *        lag, its fraction}; reset {30, 0, 0, 0}
+ * @return zepStsNullPtrErr for a null pointer (argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPitchTrack_G729E_16s(Zep16s* pSrcDstDelay, Zep16s* pSrcDstTrack);
+
+/**
+ * Fixed-codebook vector of an 11.8 kbit/s subframe from its five codes
+ * (G.729 Annex E Dec_ACELP_10i40_35bits / Dec_ACELP_12i40_44bits): 5
+ * tracks of 8 positions (5 i + t), pulses of +-4096.
+ * @param pIdx five codes: forward mode 7 bits each (two pulses a track);
+ *        backward mode 13, 10, 7, 7, 7 bits (three pulses on the first two
+ *        tracks; bits 10-12 of the first code the starting track, above 4
+ *        read as 4). Only the bits of the format are read.
+ * @param mode 0: forward (35 bits), 1: backward (44 bits)
+ * @param pDst 40 samples, Q13
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr
+ *         if mode is not 0 or 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeFixedCodebook_G729E_16s(const Zep16s* pIdx, Zep16s mode, Zep16s* pDst);
+
+/**
+ * Gains of an erased 11.8 kbit/s subframe (G.729 Annex E Dec_gaine, its
+ * erasure branch; at 8 kbit/s the Annex E decoder uses
+ * zepsDecodeGainErased_G729_16s): with countBfi < 2 the pitch gain is
+ * 16384 (stationary) or 15564 and the code gain kept; otherwise both are the
+ * previous gains times the muting factor (mult), which then becomes
+ * mult(muting, 32604) when stationary and countBfi > 10, mult(muting, 32112)
+ * when not stationary. The predictor memory gets the erasure update of
+ * zepsDecodeGainErased_G729_16s.
+ * @param pPastQuaEn    past quantised energies, 4 values, Q10, updated
+ * @param pSrcDstGain   previous subframe's {pitch gain Q14, code gain Q1} in, this subframe's out
+ * @param pSrcDstMuting muting factor, Q15 (32767 after every good frame), updated
+ * @param countBfi      erased subframes before this one since the last good frame, >= 0
+ * @param stationary    1 after 30 or more backward-mode subframes in a row, else 0
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr
+ *         if countBfi < 0, then if stationary is not 0 or 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsDecodeGainErased_G729E_16s(Zep16s* pPastQuaEn, Zep16s* pSrcDstGain, Zep16s* pSrcDstMuting,
+                                                 int countBfi, int stationary);
+
+/**
+ * Fixed-codebook search of an 11.8 kbit/s subframe (G.729 Annex E
+ * ACELP_10i40_35bits in forward mode, ACELP_12i40_44bits in backward mode;
+ * arguments in their order, mode last): 5 tracks of 8 positions; the sign of
+ * each position is preset from the correlation of the target with the
+ * impulse response and from the long-term residual (both normalised by
+ * their energies, Inv_sqrt); then a depth-first search of pulse pairs on
+ * adjacent tracks from the 3 best starting tracks: 10 pulses (two a track)
+ * or 12 (three on the first two tracks). The impulse response is read only
+ * (the reference's halving of it is done in a copy).
+ * @param pSrcFixedTarget     target, 40 samples, Q0
+ * @param pSrcLtpResidual     residual after long-term prediction, 40 samples, Q0
+ * @param pSrcImpulseResponse impulse response (after pitch sharpening), 40 samples, Q12
+ * @param pDstFixedVector     codeword, 40 samples, pulses +-4096 (Q12)
+ * @param pDstFltFixedVector  codeword filtered by the response, Q11
+ * @param pDstIdx             five codes in the layout of zepsDecodeFixedCodebook_G729E_16s
+ * @param mode                0: forward (35 bits), 1: backward (44 bits)
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr
+ *         if mode is not 0 or 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsFixedCodebookSearch_G729E_16s(const Zep16s* pSrcFixedTarget, const Zep16s* pSrcLtpResidual,
+                                                    const Zep16s* pSrcImpulseResponse, Zep16s* pDstFixedVector,
+                                                    Zep16s* pDstFltFixedVector, Zep16s* pDstIdx, Zep16s mode);
+
+/** Size in bytes of the Annex E post-filter state: writes 428.
+ *  @return zepStsNullPtrErr if pSize is null, else zepStsNoErr. */
+ZEPSAPI ZepStatus zepsPostFilterGetStateSize_G729E_16s(Zep32s* pSize);
+
+/** Initialises the Annex E post-filter state (Init_Post_Filter): histories
+ *  zeroed, gain 1.0 (16384, Q14). @return zepStsNullPtrErr if pState is null. */
+ZEPSAPI ZepStatus zepsPostFilterInit_G729E_16s(Zep8u* pState);
+
+/**
+ * Post-filter of one 40-sample subframe of G.729 Annex E (Poste; arguments
+ * in its order): zepsPostFilter_G729_16s with the LP order, the weighting
+ * factors and the impulse-response length as arguments. The harmonic filter
+ * gain is 1/(1 + 0.5 g) when gammaHarm is 16384 (g at most 1, as the main
+ * body), else 1/(1 + mult_r(g, gammaHarm)) with g bounded to 1. The state
+ * keeps the last 30 input samples, 152 residual samples and 30 outputs of
+ * 1/A(z/gamma1).
+ * @param lag        the first subframe's integer lag, 18..143
+ * @param pSrc       the subframe's synthesis, 40 samples
+ * @param pLPC       the subframe's A(z), order + 1 values, Q12
+ * @param pDst       40 samples; may equal pSrc
+ * @param pVoicing   the long-term delay found, 0 when the harmonic filter is off
+ * @param gamma1     denominator factor, Q15, >= 0 (22938 at both rates)
+ * @param gamma2     numerator factor, Q15, >= 0 (18022 at 8 kbit/s, 21300 at 11.8)
+ * @param gammaHarm  harmonic factor, Q15, >= 0 (16384 at 8 kbit/s, 8192 at 11.8)
+ * @param lenImpulse impulse-response length, 2..32 (20 at 8 kbit/s, 32 at 11.8)
+ * @param order      LP order, 1..30 (10 forward, 30 backward)
+ * @param pState     state of zepsPostFilterGetStateSize_G729E_16s bytes
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr
+ *         if lag is outside 18..143, then if a factor is negative, then if
+ *         lenImpulse is outside 2..32, then if order is outside 1..30; else
+ *         zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilter_G729E_16s(Zep16s lag, const Zep16s* pSrc, const Zep16s* pLPC, Zep16s* pDst,
+                                           Zep16s* pVoicing, Zep16s gamma1, Zep16s gamma2, Zep16s gammaHarm,
+                                           int lenImpulse, int order, Zep8u* pState);
+/** @} */
+
 #ifdef __cplusplus
 }
 #endif

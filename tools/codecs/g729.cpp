@@ -20,6 +20,7 @@
 
 #include "tools/codec.h"
 #include "tools/codecs/g729_annex.h"
+#include "tools/codecs/g729_annex_e.h"
 #include "zepsc.h"
 
 namespace {
@@ -770,11 +771,20 @@ private:
     std::array<Zep16s, 4> sid_{};
 };
 
+/// Annex E (tools/codecs/g729e.cpp): the .bit format, --rate 8 or 11.8, no DTX.
+bool annex_e_of(const zepsc_cli::CodecOptions& o, const std::string& format) {
+    if (o.get("annex", "0") != "E") return false;
+    if (format != "bit") throw CodecError("Annex E streams (118-bit frames) need the .bit serial format");
+    if (o.has("dtx")) throw CodecError("--dtx needs Annex B: --annex B or AB (or I)");
+    if (o.get("rate", "11.8") == "6.4") throw CodecError("--rate 6.4 needs --annex D or I");
+    return true;
+}
+
 Setup setup_of(const zepsc_cli::CodecOptions& o, const std::string& format) {
     const std::string annex = o.get("annex", "0");
     if (annex != "0" && annex != "A" && annex != "B" && annex != "AB")
         throw CodecError("--annex " + annex + " is not available yet: this build codes the main body (0), Annex A, " +
-                         "Annex B on either (B, AB) and Annex D");
+                         "Annex B on either (B, AB), Annex D and the Annex E decoder");
     Setup setup;
     setup.variant = annex == "A" || annex == "AB" ? Variant::AnnexA : Variant::Main;
     setup.annex_b = annex == "B" || annex == "AB";
@@ -823,7 +833,7 @@ std::vector<zepsc_g729::RateD> annex_d_schedule(const zepsc_cli::CodecOptions& o
 zepsc_cli::CodecSpec make_spec() {
     zepsc_cli::CodecSpec s;
     s.name = "g729";
-    s.summary = "ITU-T G.729 CS-ACELP 8 kbit/s speech codec (main body, Annexes A, B and D)";
+    s.summary = "ITU-T G.729 CS-ACELP 8 kbit/s speech codec (main body, Annexes A, B, D and E)";
     s.help =
         "Input and output: 8 kHz 16-bit PCM; the encoder codes whole 80-sample frames and drops a\n"
         "final partial frame, as the ITU-T reference does. Bitstreams: .bit, the ITU-T serial\n"
@@ -840,13 +850,16 @@ zepsc_cli::CodecSpec make_spec() {
         "8 kbit/s frames and --ratefile FILE (one 16-bit little-endian code a frame: 0 = 6.4,\n"
         "1 = 8) switches rate per frame; its decoder takes each frame's rate from the size word\n"
         "(RTP payloads: 8 or 10 bytes a frame at --rate) and treats a frame with a 0x0000 bit\n"
-        "word as erased. Annexes E and I and --rate 11.8 are declared but not available yet.";
+        "word as erased. --annex E is the 11.8 kbit/s extension (.bit only; frames of 118 bits\n"
+        "with the LPC mode bit and its repeat, or 80 bits): its decoder decodes both frame sizes;\n"
+        "a frame is erased when a bit word but the last two is 0x0000 or the mode bit and its\n"
+        "repeat differ. The Annex E encoder and Annex I are declared but not available yet.";
     s.options = {
         {"annex", "0 (main body), A, B, AB, D, E or I", {"0", "A", "B", "AB", "D", "E", "I"}, "0", false},
-        {"rate", "bit rate in kbit/s: 6.4, 8 or 11.8 (Annexes D, E, I); default 8, with --annex D 6.4",
+        {"rate", "bit rate in kbit/s: 6.4, 8 or 11.8 (Annexes D, E, I); default 8, with --annex D 6.4, with --annex E 11.8",
          {"6.4", "8", "11.8"}, "", false},
         {"dtx", "voice activity detection and discontinuous transmission (Annex B)", {}, "", true},
-        {"ratefile", "file of one rate code a frame (0 = 6.4, 1 = 8, 2 = 11.8), Annexes E and I", {}, "", false},
+        {"ratefile", "file of one 16-bit rate code a frame: Annex E 0 = 8, 1 = 11.8; Annex I 0 = 6.4, 1 = 8, 2 = 11.8", {}, "", false},
     };
     s.formats = {"bit", "g729"};
     s.pad_last_frame = false;
@@ -854,6 +867,8 @@ zepsc_cli::CodecSpec make_spec() {
                         const std::string& format) -> std::unique_ptr<zepsc_cli::FrameEncoder> {
         if (is_annex_d(o))
             return zepsc_g729::make_g729d_encoder(annex_d_rate(o), annex_d_schedule(o), format == "bit");
+        if (annex_e_of(o, format))
+            return zepsc_cli::g729e::make_encoder(o.get("rate", "11.8") == "11.8", o.get("ratefile"));
         return std::make_unique<Encoder>(setup_of(o, format), format == "bit");
     };
     s.make_decoder = [](const zepsc_cli::CodecOptions& o,
@@ -862,6 +877,7 @@ zepsc_cli::CodecSpec make_spec() {
             if (o.has("ratefile")) throw CodecError("--ratefile is an encoder option: the decoder reads each frame's rate");
             return zepsc_g729::make_g729d_decoder(annex_d_rate(o), format == "bit");
         }
+        if (annex_e_of(o, format)) return zepsc_cli::g729e::make_decoder();
         return std::make_unique<Decoder>(setup_of(o, format), format == "bit");
     };
     return s;
