@@ -154,6 +154,9 @@ TEST(G722, VectorFormsEqualScalarForms) {
 // The zero section on arbitrary states within its bounds (|DLT| <= 12404,
 // any BL), where saturating sums in FILTEZ do occur.
 TEST(G722, VectorZeroSectionEqualsScalar) {
+#if !defined(__SSSE3__)
+    GTEST_SKIP() << "no vector zero section on this host: the scalar one is the only form";
+#else
     namespace g = zeps::ref::g722;
     Rng rng(1722);
     int saturated = 0;
@@ -183,6 +186,7 @@ TEST(G722, VectorZeroSectionEqualsScalar) {
         saturated += exact != sz;
     }
     EXPECT_GT(saturated, 100);  // the saturating path was taken
+#endif
 }
 
 TEST(G722, ResultsDoNotDependOnBlockCutting) {
