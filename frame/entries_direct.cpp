@@ -6,8 +6,10 @@
 #include "frame/variants.h"
 
 extern "C" {
-#define ZEPS_FWD(ret, name, params, args) \
-    ret name params { return zeps::ZEPS_VARIANT_NS::name args; }
+#define ZEPS_FWD(ret, name, params, args)                      \
+    __attribute__((visibility("default"))) ret name params { \
+        return zeps::ZEPS_VARIANT_NS::name args;             \
+    }
 #include "zepsc_forward.inc"
 #undef ZEPS_FWD
 }
