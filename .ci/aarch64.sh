@@ -22,15 +22,18 @@ fi
 toolchain="$PWD/cmake/toolchain-aarch64.cmake"
 jobs=$(nproc)
 
-# GoogleTest for aarch64, cross-built once from Debian's sources.
-gtest="$PWD/build-aarch64-gtest"
-if [ ! -f "$gtest/prefix/lib/libgtest.a" ]; then
-  cmake -S /usr/src/googletest -B "$gtest/build" -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
-        -DCMAKE_INSTALL_PREFIX="$gtest/prefix" -DBUILD_GMOCK=OFF -DCMAKE_BUILD_TYPE=Release > "$gtest.log"
-  cmake --build "$gtest/build" -j"$jobs" >> "$gtest.log"
-  cmake --install "$gtest/build" >> "$gtest.log"
+# GoogleTest for aarch64, cross-built once from Debian's sources (unless
+# ZEPS_AARCH64_PREFIX already names a folder holding one).
+if [ -z "${ZEPS_AARCH64_PREFIX:-}" ]; then
+  gtest="$PWD/build-aarch64-gtest"
+  if [ ! -f "$gtest/prefix/lib/libgtest.a" ]; then
+    cmake -S /usr/src/googletest -B "$gtest/build" -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
+          -DCMAKE_INSTALL_PREFIX="$gtest/prefix" -DBUILD_GMOCK=OFF -DCMAKE_BUILD_TYPE=Release > "$gtest.log"
+    cmake --build "$gtest/build" -j"$jobs" >> "$gtest.log"
+    cmake --install "$gtest/build" >> "$gtest.log"
+  fi
+  export ZEPS_AARCH64_PREFIX="$gtest/prefix"
 fi
-export ZEPS_AARCH64_PREFIX="$gtest/prefix"
 
 cmake -S . -B build-aarch64 -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DZEPS_WERROR=ON \
       -DZEPS_BUILD_BENCH=OFF -DZEPS_BUILD_TOOL=OFF
