@@ -21,7 +21,9 @@
 // Signals in the Q15 of the pre-processed speech, rp in Q15.
 #pragma once
 
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include "common/basic_op.h"
 
@@ -71,6 +73,7 @@ inline Word16 postprocess_frame_scalar(Word16 msr, const Word16* s, Word16* out)
     return msr;
 }
 
+#if defined(__SSSE3__)
 // ---------------------------------------------------------------- SSSE3
 
 namespace lattice_detail {
@@ -169,6 +172,16 @@ inline Word16 postprocess_frame_simd(Word16 msr, const Word16* s, Word16* out) {
     }
     return static_cast<Word16>(_mm_cvtsi128_si32(m));
 }
+#else
+// Hosts without SSSE3: the scalar forms (the same results).
+inline void analysis_frame_simd(const Word16 (*rp)[8], Word16* u, Word16* s) { analysis_frame_scalar(rp, u, s); }
+inline void synthesis_frame_simd(const Word16 (*rrp)[8], Word16* v, const Word16* wt, Word16* sr) {
+    synthesis_frame_scalar(rrp, v, wt, sr);
+}
+inline Word16 postprocess_frame_simd(Word16 msr, const Word16* s, Word16* out) {
+    return postprocess_frame_scalar(msr, s, out);
+}
+#endif
 
 }  // namespace gsmfr
 ZEPS_END_VARIANT

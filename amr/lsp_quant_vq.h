@@ -13,7 +13,9 @@
 // search keeps the reference's operators. Tests hold all three equal.
 #pragma once
 
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <cstdint>
 
@@ -77,6 +79,7 @@ inline void vq_scores_scalar(const Word16* r, const Word16* rows, const Word16* 
     for (int i = 0; i < count; i++) s[i] = vq_half_distance<N>(r, rows + i * N, wf, sign);
 }
 
+#if defined(__SSSE3__)
 /// temp = mult(wf, sub(r, x)) (sign > 0) or mult(wf, add(r, x)) in 8 lanes:
 /// the low 16 bits of (wf * d) >> 15, exact whenever wf != -32768 (the
 /// weights of Lsf_wt lie in -32376..32767).
@@ -132,6 +135,13 @@ inline void vq_scores(const Word16* r, const Word16* rows, const Word16* wf, int
     }
     vq_scores_scalar<N>(r, rows + N * i, wf, count - i, sign, s + i);
 }
+#else
+/// Hosts without SSSE3: the scalar scores (the same results).
+template <int N>
+inline void vq_scores(const Word16* r, const Word16* rows, const Word16* wf, int count, int sign, std::uint32_t* s) {
+    vq_scores_scalar<N>(r, rows, wf, count, sign, s);
+}
+#endif
 
 /// Best row of an N-wide codebook of `size` rows, `stride` rows apart (the
 /// reference's use_half reads every second row). With signed_rows each row

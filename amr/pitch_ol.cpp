@@ -5,7 +5,9 @@
 // the VAD option 2 correlation sums. Signal Q0 (scaled by 2^-3, 1 or 2^3 for
 // the search), correlations Q0 doubled as L_mac leaves them, normalised
 // correlations Q15.
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <cstdint>
 
@@ -28,6 +30,7 @@ std::int32_t dot_exact_scalar(const Word16* x, const Word16* y, int n) {
     return s;
 }
 
+#if defined(__SSSE3__)
 /// The same with pmaddwd, eight products per step: every lane and pair sum is
 /// a partial sum over a subset of the terms, bounded like the whole sum.
 std::int32_t dot_exact_ssse3(const Word16* x, const Word16* y, int n) {
@@ -42,6 +45,10 @@ std::int32_t dot_exact_ssse3(const Word16* x, const Word16* y, int n) {
     acc = _mm_add_epi32(acc, _mm_shuffle_epi32(acc, _MM_SHUFFLE(2, 3, 0, 1)));
     return _mm_cvtsi128_si32(acc) + dot_exact_scalar(x + i, y + i, n - i);
 }
+#else
+/// Hosts without SSSE3: the scalar sum (the same result).
+std::int32_t dot_exact_ssse3(const Word16* x, const Word16* y, int n) { return dot_exact_scalar(x, y, n); }
+#endif
 
 /// L_mac chain sum(2 x[i] y[i]). `exact` promises that no partial sum can
 /// saturate (by Cauchy-Schwarz: the search signal's energy is below 2^30),

@@ -4,7 +4,9 @@
 // the caller). A 64-point complex radix-2 decimation-in-time FFT halves its
 // data at each of the six stages (total scaling 1/64), and the real-spectrum
 // split halves once more. Twiddles phs_tbl are Q15.
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <cstdint>
 
@@ -73,6 +75,7 @@ void stage_scalar(Word16* x, int stage) {
     }
 }
 
+#if defined(__SSSE3__)
 /// Twiddles of four butterflies, laid out for the SSSE3 rotation: the
 /// rotation is pmaddwd of (re, im) with (c, -s) and of (im, re) with (c, s),
 /// then the rounding shift and the saturating pack of round_diff / round_sum.
@@ -156,6 +159,14 @@ void stage_ssse3(Word16* x, int stage) {
         }
     }
 }
+#else
+// Hosts without SSSE3: the scalar stages (the same results).
+void stages01_ssse3(Word16* x) {
+    stage_scalar(x, 0);
+    stage_scalar(x, 1);
+}
+void stage_ssse3(Word16* x, int stage) { stage_scalar(x, stage); }
+#endif
 
 /// 64-point complex FFT of re/im pairs, scaled by 1/64 (c_fft).
 void complex_fft(Word16* x, bool simd) {

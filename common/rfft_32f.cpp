@@ -12,7 +12,9 @@
 //
 // The SSE kernels and the scalar kernels perform the same single-precision
 // operations in the same order, so both give identical bits.
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <cmath>
 #include <cstring>
@@ -146,6 +148,7 @@ void cfft_dif_scalar(float* re, float* im, int m, const float* tw) {
     }
 }
 
+#if defined(__SSSE3__)
 // ---- SSE versions (same operations, four butterflies per instruction)
 
 inline void cmul4(__m128 xr, __m128 xi, __m128 wr, __m128 wi, __m128& yr, __m128& yi) {
@@ -307,6 +310,7 @@ bool cfft_dif_sse(float* re, float* im, int m, const float* tw) {
     }
     return false;
 }
+#endif
 
 // ---------------------------------------------------------------- split steps
 
@@ -364,6 +368,7 @@ void unpack_inverse(const float* re, const float* im, float* dst, int M, const s
     }
 }
 
+#if defined(__SSSE3__)
 // ---- SSE split steps on natural-order data (M a multiple of 8): four bins
 // k and the four mirror bins M-k per step, the same operations as above.
 
@@ -426,15 +431,18 @@ void unpack_natural(const float* re, const float* im, float* dst, int M) {
         _mm_storeu_ps(dst + 2 * n + 4, _mm_unpackhi_ps(r, i));
     }
 }
+#endif
 
 /// Packs N real samples into the split arrays: re[n] = x[2n], im[n] = x[2n+1].
 void pack_forward(const float* src, float* re, float* im, int M) {
     int n = 0;
+#if defined(__SSSE3__)
     for (; n + 4 <= M; n += 4) {
         const __m128 lo = _mm_loadu_ps(src + 2 * n), hi = _mm_loadu_ps(src + 2 * n + 4);
         _mm_storeu_ps(re + n, _mm_shuffle_ps(lo, hi, _MM_SHUFFLE(2, 0, 2, 0)));
         _mm_storeu_ps(im + n, _mm_shuffle_ps(lo, hi, _MM_SHUFFLE(3, 1, 3, 1)));
     }
+#endif
     for (; n < M; ++n) {
         re[n] = src[2 * n];
         im[n] = src[2 * n + 1];
@@ -445,6 +453,7 @@ bool valid(const RfftDesc32f* s) {
     return s->magic == kMagic32f && s->order >= kRfftMinOrder && s->order <= kRfftMaxOrder;
 }
 
+#if defined(__SSSE3__)
 template <bool Sse>
 bool forward(const float* pSrc, float* pDst, const RfftDesc32f* pDesc, std::uint8_t* pWork) {
     if (!valid(pDesc)) return false;
@@ -494,6 +503,35 @@ bool inverse(const float* pSrc, float* pDst, const RfftDesc32f* pDesc, std::uint
         unpack_inverse(re, im, pDst, l.M, rev_table(pDesc, l));
     return true;
 }
+#else
+// Hosts without SSSE3: both forms are the scalar kernels.
+template <bool Sse>
+bool forward(const float* pSrc, float* pDst, const RfftDesc32f* pDesc, std::uint8_t* pWork) {
+    if (!valid(pDesc)) return false;
+    const Layout32f l = layout_32f(pDesc->order);
+    const float* t = tables(pDesc);
+    float* re = reinterpret_cast<float*>(pWork);
+    float* im = re + l.M;
+    pack_forward(pSrc, re, im, l.M);
+    cfft_dif_scalar(re, im, l.m, t + l.tw);
+    split_forward(re, im, pDst, l, t + l.fwd, t + l.fwd + l.P, rev_table(pDesc, l));
+    return true;
+}
+
+template <bool Sse>
+bool inverse(const float* pSrc, float* pDst, const RfftDesc32f* pDesc, std::uint8_t* pWork) {
+    if (!valid(pDesc)) return false;
+    const Layout32f l = layout_32f(pDesc->order);
+    const float* t = tables(pDesc);
+    float* re = reinterpret_cast<float*>(pWork);
+    float* im = re + l.M;
+    split_inverse(pSrc, re, im, l, t + l.inv, t + l.inv + l.P);
+    // Exchanging the real and imaginary arrays conjugates the transform.
+    cfft_dif_scalar(im, re, l.m, t + l.tw);
+    unpack_inverse(re, im, pDst, l.M, rev_table(pDesc, l));
+    return true;
+}
+#endif
 
 }  // namespace
 
@@ -557,10 +595,15 @@ bool rfft_fwd_32f_split(float* pRe, float* pIm, float* pDst, const RfftDesc32f* 
     if (!valid(pDesc)) return false;
     const Layout32f l = layout_32f(pDesc->order);
     const float* t = tables(pDesc);
+#if defined(__SSSE3__)
     if (cfft_dif_sse(pRe, pIm, l.m, t + l.tw))
         split_forward_sse(pRe, pIm, pDst, l.M, t + l.fwd, t + l.fwd + l.P);
     else
         split_forward(pRe, pIm, pDst, l, t + l.fwd, t + l.fwd + l.P, rev_table(pDesc, l));
+#else
+    cfft_dif_scalar(pRe, pIm, l.m, t + l.tw);
+    split_forward(pRe, pIm, pDst, l, t + l.fwd, t + l.fwd + l.P, rev_table(pDesc, l));
+#endif
     return true;
 }
 

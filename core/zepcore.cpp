@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The core library: CPUID feature mask and 64-byte aligned scratch memory.
+// On hosts other than x86-64 the mask is empty (no x86 feature to report).
 #include "core/zepcore.h"
 
+#if defined(__x86_64__)
 #include <cpuid.h>
+#endif
 
 #include <cstdint>
 #include <cstdlib>
 
 namespace {
 
+#if defined(__x86_64__)
 constexpr unsigned kEcxSse3 = 1u << 0, kEcxSsse3 = 1u << 9, kEcxSse41 = 1u << 19,
                    kEcxSse42 = 1u << 20, kEcxMovbe = 1u << 22, kEcxOsxsave = 1u << 27,
                    kEcxAvx = 1u << 28;
@@ -35,6 +39,9 @@ std::uint64_t read_features() {
     if ((ecx & kEcxAvx) && (ecx & kEcxOsxsave) && os_saves_ymm()) m |= ZEP_CPU_AVX;
     return m;
 }
+#else
+std::uint64_t read_features() { return 0; }
+#endif
 
 }  // namespace
 

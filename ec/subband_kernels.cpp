@@ -3,7 +3,9 @@
 // bank, 16-bit Q13 window and float. The SSE versions process 8 (16-bit) or
 // 4 (float) taps per instruction with the same rounding, saturation and
 // operation order as the scalar versions.
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <cstring>
 
@@ -16,6 +18,7 @@ namespace {
 /// (d w + 4096) >> 13, not saturated (the Q13 product of a tap).
 inline Word32 q13_product(Word16 d, Word16 w) { return (Word32{d} * w + 4096) >> 13; }
 
+#if defined(__SSSE3__)
 /// Eight Q13 products (d w + 4096) >> 13 as two vectors of four 32-bit values.
 inline void q13_products8(__m128i d, __m128i w, __m128i& p0, __m128i& p1) {
     const __m128i lo = _mm_mullo_epi16(d, w), hi = _mm_mulhi_epi16(d, w);
@@ -26,6 +29,7 @@ inline void q13_products8(__m128i d, __m128i w, __m128i& p0, __m128i& p1) {
 
 inline __m128i load8(const std::int16_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 inline __m128i load4x32(const std::int32_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+#endif
 
 }  // namespace
 
@@ -37,6 +41,7 @@ void subband_fold_16s_scalar(const std::int16_t* d, const std::int16_t* w, int L
     }
 }
 
+#if defined(__SSSE3__)
 void subband_fold_16s(const std::int16_t* d, const std::int16_t* w, int L, int N, std::int32_t* u) {
     if (N < 8) {
         subband_fold_16s_scalar(d, w, L, N, u);
@@ -54,11 +59,18 @@ void subband_fold_16s(const std::int16_t* d, const std::int16_t* w, int L, int N
         _mm_storeu_si128(reinterpret_cast<__m128i*>(u + n + 4), _mm_srai_epi32(_mm_unpackhi_epi16(acc, acc), 16));
     }
 }
+#else
+// Hosts without SSSE3: the scalar forms (the same results).
+void subband_fold_16s(const std::int16_t* d, const std::int16_t* w, int L, int N, std::int32_t* u) {
+    subband_fold_16s_scalar(d, w, L, N, u);
+}
+#endif
 
 void subband_ola_16s_scalar(std::int16_t* d, const std::int16_t* w, const std::int32_t* y, int L, int N) {
     for (int n = 0; n < L; ++n) d[n] = saturate(Word32{d[n]} + q13_product(saturate(y[n % N]), w[L - 1 - n]));
 }
 
+#if defined(__SSSE3__)
 void subband_ola_16s(std::int16_t* d, const std::int16_t* w, const std::int32_t* y, int L, int N) {
     if (N < 8) {
         subband_ola_16s_scalar(d, w, y, L, N);
@@ -78,6 +90,11 @@ void subband_ola_16s(std::int16_t* d, const std::int16_t* w, const std::int32_t*
         }
     }
 }
+#else
+void subband_ola_16s(std::int16_t* d, const std::int16_t* w, const std::int32_t* y, int L, int N) {
+    subband_ola_16s_scalar(d, w, y, L, N);
+}
+#endif
 
 void subband_fold_32f_scalar(const float* d, const float* w, int L, int N, float* u) {
     for (int n = 0; n < N; ++n) {
@@ -87,6 +104,7 @@ void subband_fold_32f_scalar(const float* d, const float* w, int L, int N, float
     }
 }
 
+#if defined(__SSSE3__)
 void subband_fold_32f(const float* d, const float* w, int L, int N, float* u) {
     if (N < 4) {
         subband_fold_32f_scalar(d, w, L, N, u);
@@ -99,7 +117,13 @@ void subband_fold_32f(const float* d, const float* w, int L, int N, float* u) {
         _mm_storeu_ps(u + n, acc);
     }
 }
+#else
+void subband_fold_32f(const float* d, const float* w, int L, int N, float* u) {
+    subband_fold_32f_scalar(d, w, L, N, u);
+}
+#endif
 
+#if defined(__SSSE3__)
 void subband_fold_32f_split(const float* d, const float* w, int L, int N, float* re, float* im) {
     if (N < 8) {
         float u[4];
@@ -118,7 +142,17 @@ void subband_fold_32f_split(const float* d, const float* w, int L, int N, float*
         _mm_storeu_ps(im + n / 2, _mm_shuffle_ps(a0, a1, _MM_SHUFFLE(3, 1, 3, 1)));
     }
 }
+#else
+void subband_fold_32f_split(const float* d, const float* w, int L, int N, float* re, float* im) {
+    for (int n = 0; n < N / 2 * 2; ++n) {
+        float acc = d[n] * w[n];
+        for (int b = N; b < L; b += N) acc = acc + d[b + n] * w[b + n];
+        (n % 2 == 0 ? re : im)[n / 2] = acc;
+    }
+}
+#endif
 
+#if defined(__SSSE3__)
 void subband_shift_ola_32f(float* d, const float* w, const float* y, int L, int N, int F) {
     if (N < 4) {
         std::memmove(d, d + F, sizeof(float) * static_cast<std::size_t>(L - F));
@@ -148,11 +182,19 @@ void subband_shift_ola_32f(float* d, const float* w, const float* y, int L, int 
         }
     }
 }
+#else
+void subband_shift_ola_32f(float* d, const float* w, const float* y, int L, int N, int F) {
+    std::memmove(d, d + F, sizeof(float) * static_cast<std::size_t>(L - F));
+    std::memset(d + (L - F), 0, sizeof(float) * static_cast<std::size_t>(F));
+    subband_ola_32f_scalar(d, w, y, L, N);
+}
+#endif
 
 void subband_ola_32f_scalar(float* d, const float* w, const float* y, int L, int N) {
     for (int n = 0; n < L; ++n) d[n] = d[n] + y[n % N] * w[L - 1 - n];
 }
 
+#if defined(__SSSE3__)
 void subband_ola_32f(float* d, const float* w, const float* y, int L, int N) {
     if (N < 4) {
         subband_ola_32f_scalar(d, w, y, L, N);
@@ -167,5 +209,10 @@ void subband_ola_32f(float* d, const float* w, const float* y, int L, int N) {
         }
     }
 }
+#else
+void subband_ola_32f(float* d, const float* w, const float* y, int L, int N) {
+    subband_ola_32f_scalar(d, w, y, L, N);
+}
+#endif
 
 ZEPS_END_VARIANT

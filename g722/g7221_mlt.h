@@ -13,7 +13,9 @@
 // operation is the reference's saturating basic operator.
 #pragma once
 
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <cstdint>
 #include <cstring>
@@ -107,19 +109,23 @@ struct RotationPairs {
     }
 };
 
+#if defined(__SSSE3__)
 template <bool Synthesis>
 [[gnu::always_inline]] inline __m128i rotate4(__m128i lh, const Word16* pair) {
     const __m128i x = _mm_madd_epi16(lh, _mm_loadu_si128(reinterpret_cast<const __m128i*>(pair)));
     return Synthesis ? _mm_srai_epi32(_mm_add_epi32(x, _mm_set1_epi32(1 << 13)), 14)
                      : _mm_srai_epi32(_mm_add_epi32(x, _mm_set1_epi32(1 << 14)), 15);
 }
+#endif
 
 template <bool Synthesis>
 inline void rotation_stages_simd(Word16* in, Word16* out, Word16* spare, int n, const RotationPairs& rp) {
     const int log = dct_length_log(n);
     Word16* in_buffer = in;
     Word16* out_buffer = spare;
+#if defined(__SSSE3__)
     const __m128i reverse4 = _mm_setr_epi8(6, 7, 4, 5, 2, 3, 0, 1, 8, 9, 10, 11, 12, 13, 14, 15);
+#endif
     for (int set_count_log = log - 2, stage = 0; set_count_log >= 0; --set_count_log, ++stage) {
         const int set_span = n >> set_count_log;
         const int half = set_span / 2;  // a multiple of 10: groups of four, then a pair
@@ -132,6 +138,7 @@ inline void rotation_stages_simd(Word16* in, Word16* out, Word16* spare, int n, 
             Word16* out_low = next_out + set * set_span;
             Word16* out_high_end = out_low + set_span;  // out_high[-1 - j] = high output j
             int j = 0;
+#if defined(__SSSE3__)
             for (; j + 4 <= half; j += 4) {
                 const __m128i lh = _mm_unpacklo_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(low + j)),
                                                       _mm_loadl_epi64(reinterpret_cast<const __m128i*>(high + j)));
@@ -142,6 +149,7 @@ inline void rotation_stages_simd(Word16* in, Word16* out, Word16* spare, int n, 
                 _mm_storel_epi64(reinterpret_cast<__m128i*>(out_high_end - j - 4),
                                  _mm_shuffle_epi8(_mm_srli_si128(packed, 8), reverse4));
             }
+#endif
             for (; j < half; ++j) {
                 const int l = low[j], h = high[j];
                 const Word16* pl = low_pairs + 2 * j;
@@ -178,6 +186,7 @@ struct CoreColumns {
     }
 };
 
+#if defined(__SSSE3__)
 inline void dct_core_simd(const Word16* in, Word16* out, int n, const CoreColumns& cc,
                           const std::int16_t (&core)[10][10]) {
     const __m128i hi = _mm_set1_epi16(cc.limit), lo = _mm_set1_epi16(static_cast<Word16>(-cc.limit));
@@ -208,6 +217,13 @@ inline void dct_core_simd(const Word16* in, Word16* out, int n, const CoreColumn
         std::memcpy(out + base + 8, &last, 4);
     }
 }
+#else
+// Hosts without SSSE3: the scalar core (the same results).
+inline void dct_core_simd(const Word16* in, Word16* out, int n, const CoreColumns&,
+                          const std::int16_t (&core)[10][10]) {
+    dct_core(in, out, n, core);
+}
+#endif
 
 
 /// Vector forms of the transform tables, built once when the library is

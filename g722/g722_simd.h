@@ -16,13 +16,16 @@
 //    |el| finds the reference's first level above it.
 #pragma once
 
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include "g722/g722_band.h"
 
 ZEPS_BEGIN_VARIANT
 namespace g722 {
 
+#if defined(__SSSE3__)
 /// A QMF delay line held in three registers, newest sample in lane 0:
 /// lanes 0..23 = delay[0..23] of the reference.
 struct QmfRegs {
@@ -289,6 +292,44 @@ struct FastBand {
     update_high_simd(f, ih);
     return limit(f.w.r0);
 }
+#else
+// Hosts without SSSE3: the same interface on the scalar stages of
+// g722_band.h (the same results).
+struct QmfRegs {
+    Word16 d[24];
+    void load(const Word16* delay) { std::memcpy(d, delay, sizeof d); }
+    void store(Word16* delay) const { std::memcpy(delay, d, sizeof d); }
+};
+struct QmfCoefs {};
+struct QuantlLevels {};
+inline constexpr QmfCoefs kQmfCoefs{};
+inline constexpr QuantlLevels kQuantlLevels{};
+
+[[gnu::always_inline]] inline void qmf_tx_simd(QmfRegs& q, const QmfCoefs&, Word16 first, Word16 second, Word16& xl,
+                                               Word16& xh) {
+    qmf_tx(q.d, first, second, xl, xh);
+}
+[[gnu::always_inline]] inline void qmf_rx_simd(QmfRegs& q, const QmfCoefs&, Word16 rl, Word16 rh, Word16* out) {
+    qmf_rx(q.d, rl, rh, out[0], out[1]);
+}
+
+struct FastBand {
+    Band w;
+    void load(const StoredBand& s) { g722::load(w, s); }
+    void store(StoredBand& s) { g722::store(s, w); }
+};
+[[gnu::always_inline]] inline int encode_low_simd(FastBand& f, const QuantlLevels&, Word16 xl) {
+    return encode_low(f.w, xl);
+}
+[[gnu::always_inline]] inline void update_high_simd(FastBand& f, int ih) {
+    const Word16 dq = scaled(f.w.det, g722_invqah[ih]);
+    adapt<kHighOffset>(f.w, dq, log_scale<kHighMax>(f.w.nb, g722_wh_code[ih]));
+}
+[[gnu::always_inline]] inline Word16 decode_low_simd(FastBand& f, int il, int mode_index) {
+    return decode_low(f.w, il, mode_index);
+}
+[[gnu::always_inline]] inline Word16 decode_high_simd(FastBand& f, int ih) { return decode_high(f.w, ih); }
+#endif
 
 }  // namespace g722
 ZEPS_END_VARIANT

@@ -21,7 +21,9 @@
 #include <cstdint>
 #include <cstring>
 
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include "common/variant.h"
 #include "g722/g726_tables.h"
@@ -141,6 +143,7 @@ struct ScalarPredictor {
     }
 };
 
+#if defined(__SSSE3__)
 /// The same predictor on SSSE3 vectors: the eight coefficients and history
 /// words stay in two registers across a block; all eight FMULTs run at once.
 ///
@@ -225,6 +228,11 @@ struct VectorPredictor {
         h = _mm_insert_epi16(g, u.sr_float, 6);
     }
 };
+#else
+/// Hosts without SSSE3: the scalar predictor (the same results).
+template <int Leak>
+struct VectorPredictor : ScalarPredictor<Leak> {};
+#endif
 
 /// The scalar adaptation state inside a block (held in registers).
 struct Regs {

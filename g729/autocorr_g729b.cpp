@@ -2,7 +2,9 @@
 // G.729 Annex B windowed autocorrelation (B.3.2, Annex B Autocorr with
 // NP = 12): 240-sample window hamwindow (Q15), lags 0..12 normalised in
 // double precision, exponent of r[0] returned.
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <cstdint>
 
@@ -26,6 +28,7 @@ void g729_corr240_scalar(const Word16* y, std::int64_t& energy, Word32* r) {
     }
 }
 
+#if defined(__SSSE3__)
 void g729_corr240_ssse3(const Word16* y, std::int64_t& energy, Word32* r) {
     // Energy: pmaddwd pairs are below 2^31 and non-negative; widen to 64 bits.
     const __m128i zero = _mm_setzero_si128();
@@ -53,17 +56,25 @@ void g729_corr240_ssse3(const Word16* y, std::int64_t& energy, Word32* r) {
         r[k] = _mm_cvtsi128_si32(acc);
     }
 }
+#else
+// Hosts without SSSE3: the scalar sums (the same results).
+void g729_corr240_ssse3(const Word16* y, std::int64_t& energy, Word32* r) { g729_corr240_scalar(y, energy, r); }
+#endif
 
 ZepStatus zepsAutoCorr_G729B(const Zep16s* pSrc, Zep16s* pNormOut, Zep32s* pDst) {
     if (any_null(pSrc, pNormOut, pDst)) return zepStsNullPtrErr;
     alignas(16) Word16 y[kWindowPadded] = {};
     // mult_r with the window: pmulhrsw rounds exactly as mult_r, and the
     // window never reaches -32768, so the one saturating case cannot occur.
+#if defined(__SSSE3__)
     for (int i = 0; i < kWindow; i += 8) {
         const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pSrc + i));
         const __m128i w = _mm_loadu_si128(reinterpret_cast<const __m128i*>(hamwindow + i));
         _mm_store_si128(reinterpret_cast<__m128i*>(y + i), _mm_mulhrs_epi16(x, w));
     }
+#else
+    for (int i = 0; i < kWindow; ++i) y[i] = mult_r(pSrc[i], hamwindow[i]);
+#endif
 
     Word32 r[kCorrLags + 1];
     Word16 exp_r0 = 1;

@@ -3,7 +3,9 @@
 // sum and difference polynomials F1, F2 by Chebyshev evaluation on a cosine
 // grid, bisection and linear interpolation. LP Q12 in, LSP Q15 out; the
 // polynomials are Q11 (Q10 when Q11 overflows), Chebyshev sums Q24/Q23.
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <algorithm>
 #include <cstdint>
@@ -129,6 +131,7 @@ Word16 chebps_unsaturated(Word16 x, const Word16* f, int q) {
 /// hi x + floor(lo2 x / 2^16): pmaddwd with (0, x) gives the first term,
 /// pmulhuw of lo2 with x (corrected by lo2 where x < 0, x read unsigned
 /// there) the second.
+#if defined(__SSSE3__)
 void chebps_x8(const Word16* x, const Word16* f, int q, Word16* y) {
     const __m128i zero = _mm_setzero_si128();
     const __m128i xv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x));
@@ -164,6 +167,12 @@ void chebps_x8(const Word16* x, const Word16* f, int q, Word16* y) {
     const __m128i r = _mm_packs_epi32(_mm_srai_epi32(t[0], rshift), _mm_srai_epi32(t[1], rshift));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(y), r);
 }
+#else
+// Hosts without SSSE3: the same lane arithmetic, one point at a time.
+void chebps_x8(const Word16* x, const Word16* f, int q, Word16* y) {
+    for (int i = 0; i < 8; ++i) y[i] = chebps_unsaturated(x[i], f, q);
+}
+#endif
 
 namespace {
 

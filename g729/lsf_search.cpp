@@ -4,7 +4,9 @@
 // the reference's saturating accumulation; target and codebooks Q13.
 #include "g729/lsf_search.h"
 
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <cstdint>
 #include <cstring>
@@ -30,6 +32,7 @@ int lsf_first_stage_search_scalar(const Word16* target) {
     return cand;
 }
 
+#if defined(__SSSE3__)
 namespace {
 
 // Smallest and largest value of each lspcb1 column (Q13).
@@ -104,6 +107,10 @@ int lsf_first_stage_search(const Word16* target) {
     }
     return best.first();
 }
+#else
+// Hosts without SSSE3: the scalar searches (the same results).
+int lsf_first_stage_search(const Word16* target) { return lsf_first_stage_search_scalar(target); }
+#endif
 
 int lsf_second_stage_search_scalar(const Word16* target, const Word16* cb1, const Word16* w, int first) {
     Word16 buf[5];
@@ -127,6 +134,7 @@ int lsf_second_stage_search_scalar(const Word16* target, const Word16* cb1, cons
 ZEPS_END_VARIANT
 
 ZEPS_BEGIN_VARIANT
+#if defined(__SSSE3__)
 namespace {
 
 /// As first_stage_fits, for the five residual values buf against lspcb2
@@ -168,5 +176,10 @@ int lsf_second_stage_search(const Word16* target, const Word16* cb1, const Word1
     for (int i = 0; i < 8; ++i) best.update(acc[i], _mm_add_epi32(_mm_setr_epi32(0, 1, 2, 3), _mm_set1_epi32(4 * i)));
     return best.first();
 }
+#else
+int lsf_second_stage_search(const Word16* target, const Word16* cb1, const Word16* w, int first) {
+    return lsf_second_stage_search_scalar(target, cb1, w, first);
+}
+#endif
 
 ZEPS_END_VARIANT

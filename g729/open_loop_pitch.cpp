@@ -47,12 +47,14 @@ inline Word32 corr_at(const Word16* s, int lag, int step) {
 /// `fast` (no partial sum can saturate), else the reference's L_mac loop.
 void correlations(const Word16* s, int lag_hi, int lag_lo, bool fast, Word32* c) {
     int i = lag_hi, n = 0;
+#if defined(__SSSE3__)
     if (fast) {
         for (; i - 3 >= lag_lo; i -= 4, n += 4) {
             const __m128i v = dot4_lanes(s, s - i, s - i + 1, s - i + 2, s - i + 3, kFrame);
             _mm_storeu_si128(reinterpret_cast<__m128i*>(c + n), _mm_slli_epi32(v, 1));
         }
     }
+#endif
     for (; i >= lag_lo; --i, ++n) c[n] = fast ? 2 * dot_lanes(s, s - i, kFrame) : corr_at(s, i, 1);
 }
 

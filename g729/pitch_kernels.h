@@ -203,6 +203,7 @@ inline void cor_h_x_scalar(const Word16* h, const Word16* x, Word16* d) {
 
 // ---- vectorised forms: identical results, the scalar loops as fallback ----
 
+#if defined(__SSSE3__)
 /// Pred_lt_3 as a 20-tap filter: out[j] = sum_m x0[j - 9 + m] w[m], taken
 /// four outputs at a time. Four consecutive outputs never read each other
 /// (lags are at least 18), so in-place lags below 40 stay exact. A block
@@ -240,6 +241,10 @@ inline void pred_lt_3(Word16* exc, Word16 T0, Word16 frac) {
         _mm_storel_epi64(reinterpret_cast<__m128i*>(exc + j), _mm_packs_epi32(s, s));
     }
 }
+#else
+// Hosts without SSSE3: the scalar form (the same results).
+inline void pred_lt_3(Word16* exc, Word16 T0, Word16 frac) { pred_lt_3_scalar(exc, T0, frac); }
+#endif
 
 /// Reversed, zero-padded impulse response for the convolution: y[n] is the
 /// dot product of x[0..39] with hrev[39 - n ..].
@@ -250,6 +255,7 @@ struct HRev {
     }
 };
 
+#if defined(__SSSE3__)
 /// Convolve with a precomputed energy bound: exact in 32-bit lanes when
 /// 4 ex eh <= MAX_32^2; y = extract_h(L_shl(2 s, 3)) = sat16(s >> 12).
 inline void convolve_q12(const Word16* x, const Word16* h, const HRev& hr, std::int64_t eh, Word16* y) {
@@ -264,6 +270,11 @@ inline void convolve_q12(const Word16* x, const Word16* h, const HRev& hr, std::
         _mm_storel_epi64(reinterpret_cast<__m128i*>(y + n), _mm_packs_epi32(s, s));
     }
 }
+#else
+inline void convolve_q12(const Word16* x, const Word16* h, const HRev&, std::int64_t, Word16* y) {
+    convolve_q12_scalar(x, h, y);
+}
+#endif
 inline void convolve_q12(const Word16* x, const Word16* h, Word16* y) {
     const HRev hr(h);
     convolve_q12(x, h, hr, energy64(h, kSubfr), y);
@@ -287,6 +298,7 @@ inline Word32 energy40_sat(std::int64_t e, Word32 init, Flag& ovf) {
     return static_cast<Word32>(s);
 }
 
+#if defined(__SSSE3__)
 /// Norm_Corr, vectorised: see norm_corr_scalar.
 inline void norm_corr(const Word16* exc, const Word16* xn, const Word16* h, Word16 t_min, Word16 t_max,
                       Word16* corr) {
@@ -398,6 +410,14 @@ inline void cor_h_x(const Word16* h, const Word16* x, Word16* d) {
     j = sub(18, j);
     for (int i = 0; i < kSubfr; ++i) d[i] = extract_l(L_shr(y32[i], j));
 }
+#else
+inline void norm_corr(const Word16* exc, const Word16* xn, const Word16* h, Word16 t_min, Word16 t_max,
+                      Word16* corr) {
+    norm_corr_scalar(exc, xn, h, t_min, t_max, corr);
+}
+inline Word16 g_pitch(const Word16* xn, const Word16* y1) { return g_pitch_scalar(xn, y1); }
+inline void cor_h_x(const Word16* h, const Word16* x, Word16* d) { cor_h_x_scalar(h, x, d); }
+#endif
 
 }  // namespace g729p
 ZEPS_END_VARIANT

@@ -9,8 +9,11 @@
 // every product: the caller doubles once).
 #pragma once
 
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
+#include <algorithm>
 #include <cstdint>
 
 #include "common/basic_op.h"
@@ -18,6 +21,14 @@
 ZEPS_BEGIN_VARIANT
 namespace g729p {
 
+/// True when a doubled dot product of vectors with sums of squares ex, ey
+/// can never saturate at any partial sum: 4 ex ey <= MAX_32^2.
+inline bool dot_is_safe(std::int64_t ex, std::int64_t ey) {
+    const unsigned __int128 lim = static_cast<unsigned __int128>(MAX_32) * static_cast<unsigned __int128>(MAX_32);
+    return static_cast<unsigned __int128>(ex) * static_cast<unsigned __int128>(ey) * 4u <= lim;
+}
+
+#if defined(__SSSE3__)
 inline __m128i load8(const Word16* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 
 /// Exact sum of squares of n samples (n a multiple of 8, or a scalar tail).
@@ -38,12 +49,6 @@ inline std::int64_t energy64(const Word16* x, int n) {
     return s;
 }
 
-/// True when a doubled dot product of vectors with sums of squares ex, ey
-/// can never saturate at any partial sum: 4 ex ey <= MAX_32^2.
-inline bool dot_is_safe(std::int64_t ex, std::int64_t ey) {
-    const unsigned __int128 lim = static_cast<unsigned __int128>(MAX_32) * static_cast<unsigned __int128>(MAX_32);
-    return static_cast<unsigned __int128>(ex) * static_cast<unsigned __int128>(ey) * 4u <= lim;
-}
 
 inline std::int32_t hsum(__m128i v) {
     v = _mm_add_epi32(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(1, 0, 3, 2)));
@@ -103,6 +108,33 @@ inline bool any_abs_above(const Word16* x, int n, Word16 limit) {
     }
     return _mm_movemask_epi8(out) != 0;
 }
+#else
+// Hosts without SSSE3: the same sums in plain code (32-bit sums wrap as the
+// lanes do; the callers' bounds keep them exact).
+inline std::int64_t energy64(const Word16* x, int n) {
+    std::int64_t s = 0;
+    for (int i = 0; i < n; ++i) s += std::int32_t{x[i]} * x[i];
+    return s;
+}
+
+inline std::int32_t dot_lanes(const Word16* x, const Word16* y, int n) {
+    std::uint32_t s = 0;
+    for (int i = 0; i < n; ++i) s += static_cast<std::uint32_t>(std::int32_t{x[i]} * y[i]);
+    return static_cast<std::int32_t>(s);
+}
+
+inline std::int32_t max_abs(const Word16* x, int n) {
+    std::int32_t m = 0;
+    for (int i = 0; i < n; ++i) m = std::max(m, x[i] < 0 ? -std::int32_t{x[i]} : std::int32_t{x[i]});
+    return m;
+}
+
+inline bool any_abs_above(const Word16* x, int n, Word16 limit) {
+    for (int i = 0; i < n; ++i)
+        if (x[i] > limit || x[i] < -limit) return true;
+    return false;
+}
+#endif
 
 }  // namespace g729p
 ZEPS_END_VARIANT

@@ -23,7 +23,8 @@ TEST(Frame, VariantSelectionNeedsBothSsse3AndMovbe) {
 TEST(Frame, VersionRecordsMatchTheTable) {
     const ZepLibraryVersion& u = kLibVersion[0];
     const ZepLibraryVersion& n = kLibVersion[1];
-    for (const ZepLibraryVersion* v : {&u, &n}) {
+    const ZepLibraryVersion& g = kLibVersion[2];
+    for (const ZepLibraryVersion* v : {&u, &n, &g}) {
         EXPECT_EQ(v->major, 8);
         EXPECT_EQ(v->minor, 1);
         EXPECT_EQ(v->majorBuild, 1);
@@ -35,8 +36,11 @@ TEST(Frame, VersionRecordsMatchTheTable) {
     EXPECT_EQ(std::memcmp(n.targetCpu, "n8\0\0", 4), 0);
     EXPECT_STREQ(u.name, "zepSC SSSE3 (u8)");
     EXPECT_STREQ(n.name, "zepSC Lumo (n8)");
-    EXPECT_EQ(u.version, n.version);  // one text object shared by both records
+    EXPECT_EQ(std::memcmp(g.targetCpu, "gen\0", 4), 0);  // the one build of hosts other than x86-64
+    EXPECT_STREQ(g.name, "zepSC generic (gen)");
+    EXPECT_EQ(u.version, n.version);  // one text object shared by all records
     EXPECT_EQ(u.buildDate, n.buildDate);
+    EXPECT_EQ(u.version, g.version);
 }
 
 }  // namespace

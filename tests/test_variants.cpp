@@ -48,10 +48,15 @@ ZEPS_VARIANT_CHECK(zepscGetLibVersion) {
     const ZepLibraryVersion* a = zeps::u8::zepscGetLibVersion();
     const ZepLibraryVersion* b = zeps::n8::zepscGetLibVersion();
     // The one export whose builds differ by design: each returns its own
-    // record, and the records share their version and date texts.
+    // record, and the records share their version and date texts. (Hosts
+    // other than x86-64 have one generic build.)
+#if defined(__x86_64__)
     ASSERT_NE(a, b);
     EXPECT_STREQ(a->targetCpu, "u8");
     EXPECT_STREQ(b->targetCpu, "n8");
+#else
+    EXPECT_STREQ(a->targetCpu, "gen");
+#endif
     EXPECT_EQ(a->version, b->version);
     EXPECT_EQ(a->buildDate, b->buildDate);
 }

@@ -11,6 +11,10 @@
 #include <string>
 #include <vector>
 
+#ifndef ZEPS_EMULATOR
+#define ZEPS_EMULATOR ""  // programs of this build run natively
+#endif
+
 namespace {
 
 const char* const kExports[] = {
@@ -94,6 +98,9 @@ bool symbol_offset(const std::string& ins, const std::string& sym, std::size_t& 
 // What follows the jump up to the next entry is alignment padding that is
 // never executed.
 TEST(Abi, EveryEntryIsLoadAndIndirectJump) {
+#if !defined(__x86_64__)
+    GTEST_SKIP() << "one generic build on this host: the entries are direct calls, there is no table";
+#endif
     const auto dis = lines(run("objdump -d --no-show-raw-insn -M suffix " ZEPS_LIB_PATH));
     ASSERT_FALSE(dis.empty());
     std::map<std::string, std::vector<std::string>> body;
@@ -140,14 +147,20 @@ TEST(Abi, LoadTimeChoiceFollowsTheCoreMask) {
         const char* mask;
         const char* expect;
     } const cases[] = {
+#if defined(__x86_64__)
         {"0", "u8|zepSC SSSE3 (u8)"},
         {"20", "u8|zepSC SSSE3 (u8)"},
         {"10", "u8|zepSC SSSE3 (u8)"},
         {"30", "n8|zepSC Lumo (n8)"},
+#else
+        // One generic build on other hosts, whatever the mask.
+        {"0", "gen|zepSC generic (gen)"},
+        {"30", "gen|zepSC generic (gen)"},
+#endif
     };
     for (const Case& c : cases) {
         const std::string cmd = std::string("LD_LIBRARY_PATH=" ZEPS_FAKE_CORE_DIR " ZEPCORE_TEST_MASK=") + c.mask +
-                                " " ZEPS_PROBE_PATH;
+                                " " ZEPS_EMULATOR " " ZEPS_PROBE_PATH;
         const std::string out = run(cmd);
         EXPECT_EQ(out, std::string(c.expect) + "|8.1.1 (r42291)|Apr 10 2014|8.1.1.42291\n") << "mask 0x" << c.mask;
     }

@@ -15,9 +15,11 @@
 namespace zeps::u8::amr {
 void r_fft_scalar(std::int16_t* x);
 }
+#if defined(__x86_64__)  // elsewhere n8 names the one generic build, u8
 namespace zeps::n8::amr {
 void r_fft_scalar(std::int16_t* x);
 }
+#endif
 
 namespace zeps::test::amrvad {
 namespace {

@@ -7,15 +7,19 @@
 #include <cstdint>
 #include <vector>
 
+#include "frame/variants.h"
+
 namespace zeps {
 namespace u8 {
 #include "common/rfft_decl.inc"
 #include "ec/subband_kernels_decl.inc"
 }  // namespace u8
+#if defined(__x86_64__)  // elsewhere n8 names the one generic build, u8
 namespace n8 {
 #include "common/rfft_decl.inc"
 #include "ec/subband_kernels_decl.inc"
 }  // namespace n8
+#endif
 }  // namespace zeps
 
 namespace zeps::test {

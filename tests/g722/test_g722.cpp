@@ -69,7 +69,7 @@ std::vector<Zep16s> encode(const Coder& c, const std::vector<std::int16_t>& pcm)
     return codes;
 }
 
-std::vector<Zep16s> decode(const Coder& c, const std::vector<Zep16s>& codes, int mode) {
+[[maybe_unused]] std::vector<Zep16s> decode(const Coder& c, const std::vector<Zep16s>& codes, int mode) {
     Block b;
     EXPECT_EQ(c.dec_init(b.dec()), 0);
     std::vector<Zep16s> pcm(codes.size() * 2);
@@ -169,6 +169,9 @@ TEST(G722, VectorQuantlEqualsScalarEverywhere) {
 // The zero section on arbitrary states within its bounds (|DLT| <= 12404,
 // any BL), where saturating sums in FILTEZ do occur.
 TEST(G722, VectorZeroSectionEqualsScalar) {
+#if !defined(__SSSE3__)
+    GTEST_SKIP() << "no vector zero section on this host: the scalar one is the only form";
+#else
     namespace g = zeps::ref::g722;
     Rng rng(1722);
     int saturated = 0;
@@ -198,6 +201,7 @@ TEST(G722, VectorZeroSectionEqualsScalar) {
         saturated += exact != sz;
     }
     EXPECT_GT(saturated, 100);  // the saturating path was taken
+#endif
 }
 
 TEST(G722, ResultsDoNotDependOnBlockCutting) {

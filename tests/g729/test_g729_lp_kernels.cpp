@@ -25,7 +25,9 @@
     std::int16_t chebps_unsaturated(std::int16_t x, const std::int16_t* f, int q);    \
     }
 ZEPS_DECLARE_LP_KERNELS(u8)
+#if defined(__x86_64__)  // elsewhere n8 names the one generic build, u8
 ZEPS_DECLARE_LP_KERNELS(n8)
+#endif
 
 namespace {
 
