@@ -10,7 +10,10 @@
 // segments; the output comes out L - F samples late (the bank's delay). Full-band mode: a time-domain NLMS
 // filter of tail taps run over 10 ms blocks; no delay.
 // Both modes: Geigel double-talk detection (threshold 0.5, hangover 30 ms,
-// over the tail), the frame controller (variable step), two 2100 Hz tone
+// over the tail), the frame controller (variable step), the coefficient
+// guard (a saved copy of the filter run beside the adapting one; the copy is
+// restored when the adapting filter's error rises above it, which stops
+// double talk from diverging the canceller), two 2100 Hz tone
 // disablers (far and near side, G.165 rule by default), and non-linear
 // processing with comfort noise (optional).
 #pragma once
@@ -78,14 +81,16 @@ public:
             }
             work_.resize(static_cast<std::size_t>(wb));
             hist_.assign(static_cast<std::size_t>(bands_ * segments_), Zep32fc{0, 0});
-            coef_ = hist_;
+            coef_ = saved_ = hist_;
             nearSpec_.resize(static_cast<std::size_t>(bands_));
-            est_ = err_ = nearSpec_;
+            est_ = err_ = estK_ = errK_ = nearSpec_;
         } else {
             frame_ = cfg.rate / 100;
             taps_ = tail;
             farHist_.assign(static_cast<std::size_t>(taps_ - 1 + frame_), 0.0f);
             fcoef_.assign(static_cast<std::size_t>(taps_), 0.0f);
+            fsaved_ = fcoef_;
+            fsavedOut_.assign(static_cast<std::size_t>(frame_), 0.0f);
         }
         int s = 0;
         ok(ZEPSC_EC_LIB zepsDoubleTalkGetSize_EC_32f(tail, &s));
@@ -94,6 +99,9 @@ public:
         ok(ZEPSC_EC_LIB zepsEchoControlGetSize_EC_32f(&s));
         ctl_.emplace_back(s);
         ok(ZEPSC_EC_LIB zepsEchoControlInit_EC_32f(ctl_.back().get(), 1));
+        ok(ZEPSC_EC_LIB zepsCoefGuardGetSize_EC_32f(&s));
+        guard_.emplace_back(s);
+        ok(ZEPSC_EC_LIB zepsCoefGuardInit_EC_32f(guard_.back().get()));
         ok(ZEPSC_EC_LIB zepsNLPGetSize_EC_32f(&s));
         nlp_.emplace_back(s);
         ok(ZEPSC_EC_LIB zepsNLPInit_EC_32f(nlp_.back().get()));
@@ -172,6 +180,23 @@ private:
         return s;
     }
 
+    /// Coefficient guard: saves the adapting filter or restores the saved
+    /// one; returns true when the saved filter was restored.
+    bool guard(const EcEvents& ev, float nearL, float errL, float errK) {
+        const Zep32f levels[3] = {nearL, errL, errK};
+        Zep32s action = ZEP_EC_GUARD_KEEP;
+        if (!ev.toneDisabled)
+            ok(ZEPSC_EC_LIB zepsCoefGuard_EC_32f(levels, ev.doubleTalk ? 1 : 0, &action, guard_[0].get()));
+        if (cfg_.subband) {
+            if (action == ZEP_EC_GUARD_SAVE) saved_ = coef_;
+            if (action == ZEP_EC_GUARD_RESTORE) coef_ = saved_;
+        } else {
+            if (action == ZEP_EC_GUARD_SAVE) fsaved_ = fcoef_;
+            if (action == ZEP_EC_GUARD_RESTORE) fcoef_ = fsaved_;
+        }
+        return action == ZEP_EC_GUARD_RESTORE;
+    }
+
     void control(EcEvents& ev, float nearL, float errL, float estL, Zep32f& step, Zep32s& flags) {
         const Zep32f levels[4] = {mean_square(farF_.data(), frame_), nearL, errL, estL};
         ok(ZEPSC_EC_LIB zepsEchoControl_EC_32f(levels, ev.doubleTalk ? 1 : 0, &step, &flags, ctl_[0].get()));
@@ -184,10 +209,17 @@ private:
         ok(ZEPSC_EC_LIB zepsSubbandAnalysis_32f32fc(farF_.data(), hist_.data(), anaFar_[0].get(), work_.data()));
         ok(ZEPSC_EC_LIB zepsSubbandAnalysis_32f32fc(nearF_.data(), nearSpec_.data(), anaNear_[0].get(), work_.data()));
         ok(ZEPSC_EC_LIB zepsSubbandFilter_EC_32fc(hist_.data(), coef_.data(), est_.data(), bands_, segments_));
-        for (std::size_t k = 0; k < B; ++k)
+        ok(ZEPSC_EC_LIB zepsSubbandFilter_EC_32fc(hist_.data(), saved_.data(), estK_.data(), bands_, segments_));
+        for (std::size_t k = 0; k < B; ++k) {
             err_[k] = {nearSpec_[k].re - est_[k].re, nearSpec_[k].im - est_[k].im};
+            errK_[k] = {nearSpec_[k].re - estK_[k].re, nearSpec_[k].im - estK_[k].im};
+        }
         const double pd = power(nearSpec_) + 1e-9;
         const float nearL = mean_square(nearF_.data(), frame_);
+        if (guard(ev, nearL, static_cast<float>(nearL * power(err_) / pd), static_cast<float>(nearL * power(errK_) / pd))) {
+            est_ = estK_;
+            err_ = errK_;
+        }
         control(ev, nearL, static_cast<float>(nearL * power(err_) / pd), static_cast<float>(nearL * power(est_) / pd),
                 step, flags);
         if (step > 0) {
@@ -205,11 +237,20 @@ private:
         std::memmove(farHist_.data(), farHist_.data() + F, sizeof(float) * (T - 1));
         std::memcpy(farHist_.data() + T - 1, farF_.data(), sizeof(float) * F);
         ok(ZEPSC_EC_LIB zepsFullbandFilter_EC_32f(farHist_.data(), fcoef_.data(), linF_.data(), frame_, taps_));
-        double pe = 0, py = 0;
+        ok(ZEPSC_EC_LIB zepsFullbandFilter_EC_32f(farHist_.data(), fsaved_.data(), fsavedOut_.data(), frame_, taps_));
+        double pe = 0, py = 0, pk = 0, pyk = 0;
         for (std::size_t i = 0; i < F; ++i) {
             py += double{linF_[i]} * linF_[i];
+            pyk += double{fsavedOut_[i]} * fsavedOut_[i];
             linF_[i] = nearF_[i] - linF_[i];
+            fsavedOut_[i] = nearF_[i] - fsavedOut_[i];
             pe += double{linF_[i]} * linF_[i];
+            pk += double{fsavedOut_[i]} * fsavedOut_[i];
+        }
+        if (guard(ev, mean_square(nearF_.data(), frame_), static_cast<float>(pe / F), static_cast<float>(pk / F))) {
+            linF_ = fsavedOut_;
+            pe = pk;
+            py = pyk;
         }
         control(ev, mean_square(nearF_.data(), frame_), static_cast<float>(pe / F), static_cast<float>(py / F), step,
                 flags);
@@ -223,10 +264,10 @@ private:
 
     EcConfig cfg_;
     int order_ = 0, frame_ = 0, winLen_ = 0, bands_ = 0, segments_ = 0, taps_ = 0, failures_ = 0;
-    std::vector<StateBlock> anaFar_, anaNear_, syn_, dtd_, ctl_, nlp_, tone_;
+    std::vector<StateBlock> anaFar_, anaNear_, syn_, dtd_, ctl_, guard_, nlp_, tone_;
     std::vector<Zep8u> work_;
-    std::vector<Zep32fc> hist_, coef_, nearSpec_, est_, err_;
-    std::vector<float> farHist_, fcoef_, farF_, nearF_, linF_, outF_;
+    std::vector<Zep32fc> hist_, coef_, saved_, nearSpec_, est_, err_, estK_, errK_;
+    std::vector<float> farHist_, fcoef_, fsaved_, fsavedOut_, farF_, nearF_, linF_, outF_;
 };
 
 }  // namespace zepsc_ec

@@ -175,7 +175,8 @@ ZEPSAPI ZepStatus zepsSubbandSynthesis_32sc16s_Sfs(const Zep32sc* pSrc, Zep16s* 
 
 /** @defgroup ecadapt Echo canceller: adaptive filters, controllers, tone disabler, noise filter
  *  Sub-band and full-band NLMS filters, the frame controller with its
- *  Geigel double-talk detector, non-linear processing with comfort noise,
+ *  Geigel double-talk detector, the coefficient guard (two-filter scheme),
+ *  non-linear processing with comfort noise,
  *  the 2100 Hz tone disabler and the sub-band noise filter.
  *
  *  Sub-band history layout (filter and update): numSegments spectra of
@@ -200,6 +201,14 @@ enum ZepEcFlag {
     ZEP_EC_FLAG_PATHCHANGE = 4, /**< echo-path change detected this frame */
     ZEP_EC_FLAG_CONVERGED = 8,  /**< smoothed ERLE at least 12 dB */
     ZEP_EC_FLAG_NLP = 16        /**< suppress the residual (non-linear processing) */
+};
+
+/** Coefficient guard actions (zepsCoefGuard_EC_32f). */
+enum ZepEcGuardAction {
+    ZEP_EC_GUARD_KEEP = 0,   /**< keep both filters; the output is the adapting filter's error */
+    ZEP_EC_GUARD_SAVE = 1,   /**< copy the adapting filter's coefficients into the saved filter */
+    ZEP_EC_GUARD_RESTORE = 2 /**< copy the saved coefficients back into the adapting filter; the
+                                  output is the saved filter's error */
 };
 
 /** Tone detector result flags (zepsToneDetect_EC_16s). */
@@ -338,6 +347,49 @@ ZEPSAPI ZepStatus zepsEchoControlInit_EC_32f(Zep8u* pState, int mode);
  */
 ZEPSAPI ZepStatus zepsEchoControl_EC_32f(const Zep32f* pLevels, int doubleTalk, Zep32f* pStep, Zep32s* pFlags,
                                          Zep8u* pState);
+
+/**
+ * Size of the coefficient guard's state (fixed).
+ * @param pSize receives the size in bytes (any address is accepted by Init)
+ * Checks: pSize null (-8).
+ */
+ZEPSAPI ZepStatus zepsCoefGuardGetSize_EC_32f(int* pSize);
+
+/**
+ * Builds the coefficient guard (no copy saved yet, levels zero).
+ * @param pState block of the queried size, any address
+ * Checks: pState null (-8).
+ */
+ZEPSAPI ZepStatus zepsCoefGuardInit_EC_32f(Zep8u* pState);
+
+/**
+ * Coefficient guard, one call per frame: the two-filter scheme (Ochiai,
+ * Araseki and Ogihara, 1977) that keeps double talk from diverging the
+ * canceller. The caller runs its adapting filter and a saved copy of its
+ * coefficients on the same frame and copies coefficients as the action
+ * says. Chosen over a finer double-talk detector because it needs no
+ * detection at all to stop divergence: a frame the detector misses makes
+ * the adapting filter worse than the saved one, which is then restored; an
+ * echo-path change makes the adapting filter better, so it is still
+ * followed at once.
+ *
+ * @param pLevels    3 mean squares of the frame: near end, the adapting
+ *                   filter's error, the saved filter's error (any unit, the
+ *                   same for the three)
+ * @param doubleTalk 1 when the double-talk detector flagged the frame, else 0
+ * @param pAction    receives ZEP_EC_GUARD_KEEP, _SAVE or _RESTORE
+ * @param pState     guard state
+ * Rules: each level smoothed over frames (S = 0.7 S + 0.3 level). RESTORE
+ * when a copy has been saved and the saved filter's smoothed error is more
+ * than 3 dB below the adapting filter's; else SAVE when no double talk is
+ * flagged and the adapting filter's smoothed error is at most the saved
+ * filter's and more than 12 dB below the smoothed near-end level (a near
+ * talker keeps that ratio small, so a drifting filter is not saved); else
+ * KEEP. After RESTORE or SAVE both smoothed errors take the kept filter's.
+ * Checks: pointers (-8); doubleTalk outside 0..1 (-5); a state not built by
+ * Init (-5); a level negative or not finite (-7).
+ */
+ZEPSAPI ZepStatus zepsCoefGuard_EC_32f(const Zep32f* pLevels, int doubleTalk, Zep32s* pAction, Zep8u* pState);
 
 /**
  * Size of a Geigel double-talk detector's state.

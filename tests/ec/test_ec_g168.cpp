@@ -25,10 +25,10 @@ struct Expect {
     double conv, steady;  // seconds to 20 dB ERLE, steady-state ERLE (last 3 s)
 };
 // Figures reached per model D2..D9 (docs/ec.md).
-constexpr Expect kSubband[8] = {{0.97, 21.3}, {0.83, 23.1}, {0.83, 25.9}, {0.99, 24.8},
-                                {0.83, 24.3}, {0.85, 24.9}, {1.31, 25.8}, {1.59, 24.3}};
-constexpr Expect kFullband[8] = {{1.94, 34.1}, {0.86, 35.5}, {0.85, 37.1}, {1.26, 36.5},
-                                 {0.85, 35.9}, {1.55, 32.7}, {2.43, 26.5}, {2.44, 23.9}};
+constexpr Expect kSubband[8] = {{0.97, 21.3}, {0.83, 23.1}, {0.83, 25.9}, {0.99, 25.1},
+                                {0.83, 24.3}, {0.85, 25.5}, {1.31, 25.8}, {1.59, 24.3}};
+constexpr Expect kFullband[8] = {{1.94, 34.6}, {0.86, 36.1}, {0.85, 37.5}, {1.26, 36.5},
+                                 {0.85, 36.7}, {1.55, 32.7}, {2.43, 26.5}, {2.44, 23.9}};
 
 TEST(EchoG168, FarEndOnlyConvergenceAndSteadyStateOnEveryModel) {
     ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");
@@ -49,11 +49,10 @@ TEST(EchoG168, FarEndOnlyConvergenceAndSteadyStateOnEveryModel) {
 }
 
 // Near talker (female speech, the far end's level) from 5 s to 8 s. The
-// Geigel detector flags about half of the double-talk frames and the filter
-// partly diverges on the others: the ERLE right after the double talk is
-// 10 to 12 dB below the ERLE right before it, so the G.168 criterion of no
-// divergence is not met yet (docs/ec.md). The test holds the figures reached
-// and that the canceller recovers (within 3 dB of the earlier ERLE) 2 s later.
+// Geigel detector flags only about half of the double-talk frames; the
+// coefficient guard restores the saved filter whenever the adapting one
+// drifts, so the filter does not diverge (ITU-T G.168): the ERLE right after
+// the double talk stays within 3 dB of the ERLE right before it.
 TEST(EchoG168, DoubleTalkDoesNotDivergeTheFilter) {
     ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");
     for (int sub = 1; sub >= 0; --sub) {
@@ -69,8 +68,9 @@ TEST(EchoG168, DoubleTalkDoesNotDivergeTheFilter) {
                     100.0 * dtFrames * r.frame / (3.0 * kRate));
         const double recovered = erle(s.echo, r.linear, 10 * kRate, 11 * kRate);
         std::printf("  ERLE 2 s after the double talk %.1f dB\n", recovered);
-        EXPECT_GE(before, sub ? 22.7 : 25.7);
-        EXPECT_GE(after, sub ? 10.5 : 16.2);
+        EXPECT_GE(before, sub ? 21.9 : 25.7);
+        EXPECT_GE(after, sub ? 19.2 : 33.0);
+        EXPECT_GE(after, before - 3.0) << "the filter diverged";
         EXPECT_GE(recovered, before - 3.0);
     }
 }
@@ -145,7 +145,7 @@ TEST(EchoG168, NonLinearProcessingRemovesTheResidual) {
         std::printf("%s D4: output echo attenuation NLP off %.1f dB, on %.1f dB\n", sub ? "sub-band" : "full-band",
                     att[0], att[1]);
         EXPECT_GE(att[1], att[0] + (sub ? 2.5 : 0.5));
-        EXPECT_GE(att[1], sub ? 28.4 : 37.6);
+        EXPECT_GE(att[1], sub ? 28.4 : 38.2);
     }
 }
 

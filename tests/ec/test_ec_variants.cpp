@@ -154,6 +154,42 @@ ZEPS_VARIANT_CHECK(zepsEchoControl_EC_32f) {
     }
 }
 
+ZEPS_VARIANT_CHECK(zepsCoefGuardGetSize_EC_32f) {
+    int a = -1, b = -1;
+    ASSERT_EQ(zeps::u8::zepsCoefGuardGetSize_EC_32f(&a), zeps::n8::zepsCoefGuardGetSize_EC_32f(&b));
+    ASSERT_EQ(a, b);
+}
+
+ZEPS_VARIANT_CHECK(zepsCoefGuardInit_EC_32f) {
+    int size = 0;
+    zeps::u8::zepsCoefGuardGetSize_EC_32f(&size);
+    init_both(rng, size, [&](int v, Zep8u* p) {
+        return v == 0 ? zeps::u8::zepsCoefGuardInit_EC_32f(p) : zeps::n8::zepsCoefGuardInit_EC_32f(p);
+    });
+}
+
+ZEPS_VARIANT_CHECK(zepsCoefGuard_EC_32f) {
+    int size = 0;
+    zeps::u8::zepsCoefGuardGetSize_EC_32f(&size);
+    auto st = init_both(rng, size, [&](int v, Zep8u* p) {
+        return v == 0 ? zeps::u8::zepsCoefGuardInit_EC_32f(p) : zeps::n8::zepsCoefGuardInit_EC_32f(p);
+    });
+    Block& a = st->a;
+    Block& b = st->b;
+    for (int frame = 0; frame < 200; ++frame) {
+        const float nearL = std::fabs(rng.f32(1e7f));
+        // Errors around the near level down to 30 dB below it: every action occurs.
+        const float errA = nearL * std::fabs(rng.f32(1.0f)) * (rng.chance(2) ? 0.001f : 1.0f);
+        const float errK = nearL * std::fabs(rng.f32(1.0f)) * (rng.chance(2) ? 0.001f : 1.0f);
+        const float levels[3] = {rng.chance(50) ? -1.0f : nearL, errA, errK};
+        const int dt = shape(rng, 0, 1);
+        Zep32s xa = -1, xb = -1;
+        ASSERT_EQ(zeps::u8::zepsCoefGuard_EC_32f(levels, dt, &xa, a.p), zeps::n8::zepsCoefGuard_EC_32f(levels, dt, &xb, b.p));
+        ASSERT_EQ(xa, xb);
+        ASSERT_TRUE(same_state(a, b));
+    }
+}
+
 ZEPS_VARIANT_CHECK(zepsDoubleTalkGetSize_EC_32f) {
     const int tail = shape(rng, 1, 2048);
     int a = -1, b = -1;
