@@ -59,10 +59,17 @@ inline void evaluate_track_scalar(Word16 ps0, Word32 alp0, Strided dn, const Ter
 
 namespace simd {
 
-/// 8 strided values from k0 on (lanes past count read as 0).
+/// 8 strided values from k0 on (lanes past count read as 0). A stride of 1
+/// is a track-ordered run (TrackMatrix) with 8 readable values from k0.
 inline __m128i gather8(Strided s, int k0, int count) {
     const Word16* p = s.p + k0 * s.stride;
     const int d = s.stride;
+    if (d == 1) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        if (count - k0 >= 8) return v;
+        const __m128i lane = _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7);
+        return _mm_and_si128(v, _mm_cmpgt_epi16(_mm_set1_epi16(static_cast<short>(count - k0)), lane));
+    }
     if (count - k0 >= 8) return _mm_setr_epi16(p[0], p[d], p[2 * d], p[3 * d], p[4 * d], p[5 * d], p[6 * d], p[7 * d]);
     __m128i v = _mm_setzero_si128();
     switch (count - k0) {  // the tail of a 10-position track: 2 values
@@ -117,6 +124,40 @@ inline void mac_terms(Word32 alp0, const Term* terms, int nterms, int k0, int co
 
 }  // namespace simd
 
+/// rr[][] and dn[] rearranged so that the positions of one track are
+/// contiguous: track t of row i holds rr[i][t + step k] at t * width + k
+/// (width 16 for the 10 positions of a step-4 track, 8 for step 5; lanes
+/// past the track zero), the diagonal and dn[] likewise.
+struct TrackMatrix {
+    alignas(16) Word16 row[kLCode][80];
+    alignas(16) Word16 diag[80];
+    alignas(16) Word16 dn[80];
+    int step = 5, width = 8;
+
+    TrackMatrix(const CorrMatrix& rr, const Word16* d, int step_) : step(step_), width(step_ == 4 ? 16 : 8) {
+        const int count = step == 4 ? 10 : 8;
+        for (int t = 0; t < step; t++) {
+            for (int k = 0; k < width; k++) {
+                const int pos = t + step * k;
+                const bool in = k < count;
+                diag[t * width + k] = in ? rr[pos][pos] : 0;
+                dn[t * width + k] = in ? d[pos] : 0;
+            }
+        }
+        for (int i = 0; i < kLCode; i++) {
+            Word16* r = row[i];
+            for (int t = 0; t < step; t++) {
+                for (int k = 0; k < count; k++) r[t * width + k] = rr[i][t + step * k];
+                for (int k = count; k < width; k++) r[t * width + k] = 0;
+            }
+        }
+    }
+    /// Track t of row i of rr[][], of the diagonal, of dn[].
+    Strided track(int i, int t) const { return {&row[i][t * width], 1}; }
+    Strided diagonal(int t) const { return {&diag[t * width], 1}; }
+    Strided dn_track(int t) const { return {&dn[t * width], 1}; }
+};
+
 /// The pulse sums ps1 and the unrounded L_mac chains alp1 of a track's positions.
 struct Sums {
     alignas(16) Word16 ps[16];
@@ -163,6 +204,31 @@ inline void evaluate_track(Word16 ps0, Word32 alp0, Strided dn, const Term* term
         _mm_store_si128(reinterpret_cast<__m128i*>(c.sq + k0), _mm_xor_si128(sq, _mm_cmpeq_epi16(ps, minv)));
         _mm_store_si128(reinterpret_cast<__m128i*>(c.alp + k0), _mm_packs_epi32(lo, hi));
     }
+}
+
+/// True when some candidate k < count improves on (sq, alp); when none
+/// does, a sequential choice over them keeps (sq, alp). Needs sq >= -1, as
+/// improves(): alp sq1 - sq alp1 then fits 32 bits and one pmaddwd forms it.
+inline bool any_improves_scalar(const Candidates& c, int count, Word16 sq, Word16 alp) {
+    for (int k = 0; k < count; k++)
+        if (improves(c.sq[k], c.alp[k], sq, alp)) return true;
+    return false;
+}
+
+inline bool any_improves(const Candidates& c, int count, Word16 sq, Word16 alp) {
+    const __m128i w = _mm_set1_epi32(static_cast<std::int32_t>(static_cast<std::uint16_t>(alp)) |
+                                     static_cast<std::int32_t>(static_cast<std::uint32_t>(-sq) << 16));
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i lane = _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7);
+    for (int k0 = 0; k0 < count; k0 += 8) {
+        const __m128i s1 = _mm_load_si128(reinterpret_cast<const __m128i*>(c.sq + k0));
+        const __m128i a1 = _mm_load_si128(reinterpret_cast<const __m128i*>(c.alp + k0));
+        const __m128i lo = _mm_cmpgt_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(s1, a1), w), zero);
+        const __m128i hi = _mm_cmpgt_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(s1, a1), w), zero);
+        const __m128i live = _mm_cmpgt_epi16(_mm_set1_epi16(static_cast<short>(count - k0)), lane);
+        if (_mm_movemask_epi8(_mm_and_si128(_mm_packs_epi32(lo, hi), live)) != 0) return true;
+    }
+    return false;
 }
 
 /// evaluate_track with a fixed first term and dn[] over many calls (the

@@ -27,21 +27,21 @@ struct PairLevel {
 /// term (L_mult(v, 2^(shift - 1))): rrv[] = the fixed pulses' cross terms
 /// with track tb, then for each position of ta its cross terms, then the
 /// pairs.
-PairLevel search_pair(const Word16* dn, const CorrMatrix& rr, const Word16* fixed, int nfixed, Word16 ps0, Word32 alp0,
-                      int ta, int tb, int step, int rrv_diag, int rrv_cross, int alp_diag, int alp_cross, int pair_rrv,
-                      int pair_cross) {
+PairLevel search_pair(const TrackMatrix& tm, const Word16* fixed, int nfixed, Word16 ps0, Word32 alp0, int ta, int tb,
+                      int rrv_diag, int rrv_cross, int alp_diag, int alp_cross, int pair_rrv, int pair_cross) {
+    const int step = tm.step;
     const int count = step == 4 ? 10 : 8;  // positions on a track of step 4 or 5
-    const Strided dnb{dn + tb, step};
+    const Strided dnb = tm.dn_track(tb);
     Term terms[10];
-    terms[0] = {{&rr[tb][tb], step * (kLCode + 1)}, rrv_diag};
-    for (int k = 0; k < nfixed; k++) terms[k + 1] = {{&rr[fixed[k]][tb], step}, rrv_cross};
+    terms[0] = {tm.diagonal(tb), rrv_diag};
+    for (int k = 0; k < nfixed; k++) terms[k + 1] = {tm.track(fixed[k], tb), rrv_cross};
     Candidates rrv{};
     evaluate_track(0, 0, dnb, terms, nfixed + 1, count, rrv);
 
-    terms[0] = {{&rr[ta][ta], step * (kLCode + 1)}, alp_diag};
-    for (int k = 0; k < nfixed; k++) terms[k + 1] = {{&rr[fixed[k]][ta], step}, alp_cross};
+    terms[0] = {tm.diagonal(ta), alp_diag};
+    for (int k = 0; k < nfixed; k++) terms[k + 1] = {tm.track(fixed[k], ta), alp_cross};
     Sums first;
-    track_sums(ps0, alp0, {dn + ta, step}, terms, nfixed + 1, count, first);
+    track_sums(ps0, alp0, tm.dn_track(ta), terms, nfixed + 1, count, first);
 
     PairLevel best;
     best.ia = ta;
@@ -50,7 +50,8 @@ PairLevel search_pair(const Word16* dn, const CorrMatrix& rr, const Word16* fixe
     for (int ka = 0; ka < count; ka++) {
         const int i2 = ta + step * ka;
         Candidates c;
-        second.evaluate(first.ps[ka], first.alp[ka], {{&rr[i2][tb], step}, pair_cross}, c);
+        second.evaluate(first.ps[ka], first.alp[ka], {tm.track(i2, tb), pair_cross}, c);
+        if (!any_improves(c, count, best.sq, best.alp)) continue;  // the best stays as it is
         for (int k = 0; k < count; k++) {
             if (improves(c.sq[k], c.alp[k], best.sq, best.alp)) {
                 best.sq = c.sq[k];
@@ -69,6 +70,7 @@ PairLevel search_pair(const Word16* dn, const CorrMatrix& rr, const Word16* fixe
 void search_10and8i40(int nbPulse, int step, int nbTracks, const Word16* dn, const CorrMatrix& rr, Word16* ipos,
                       const Word16* pos_max, Word16* codvec) {
     const bool tenPulses = nbPulse == 10;
+    const TrackMatrix tm(rr, dn, step);
     const int i0 = pos_max[ipos[0]];
     Word16 psk = -1, alpk = 1;
     for (int i = 0; i < nbPulse; i++) codvec[i] = static_cast<Word16>(i);
@@ -82,20 +84,20 @@ void search_10and8i40(int nbPulse, int step, int nbTracks, const Word16* dn, con
         alp0 = L_mac(alp0, rr[i1][i1], 2048);
         alp0 = L_mac(alp0, rr[i0][i1], 4096);
         // pulses 2, 3
-        PairLevel l = search_pair(dn, rr, p, 2, ps0, alp0, ipos[2], ipos[3], step, 13, 14, 12, 13, 15, 13);
+        PairLevel l = search_pair(tm, p, 2, ps0, alp0, ipos[2], ipos[3], 13, 14, 12, 13, 15, 13);
         p[2] = static_cast<Word16>(l.ia);
         p[3] = static_cast<Word16>(l.ib);
         // pulses 4, 5
-        l = search_pair(dn, rr, p, 4, l.ps, L_mult(l.alp, 16384), ipos[4], ipos[5], step, 13, 14, 11, 12, 14, 12);
+        l = search_pair(tm, p, 4, l.ps, L_mult(l.alp, 16384), ipos[4], ipos[5], 13, 14, 11, 12, 14, 12);
         p[4] = static_cast<Word16>(l.ia);
         p[5] = static_cast<Word16>(l.ib);
         // pulses 6, 7
-        l = search_pair(dn, rr, p, 6, l.ps, L_mult(l.alp, 16384), ipos[6], ipos[7], step, 12, 13, 10, 11, 14, 11);
+        l = search_pair(tm, p, 6, l.ps, L_mult(l.alp, 16384), ipos[6], ipos[7], 12, 13, 10, 11, 14, 11);
         p[6] = static_cast<Word16>(l.ia);
         p[7] = static_cast<Word16>(l.ib);
         if (tenPulses) {
             // pulses 8, 9
-            l = search_pair(dn, rr, p, 8, l.ps, L_mult(l.alp, 16384), ipos[8], ipos[9], step, 12, 13, 9, 10, 13,
+            l = search_pair(tm, p, 8, l.ps, L_mult(l.alp, 16384), ipos[8], ipos[9], 12, 13, 9, 10, 13,
                             10);
             p[8] = static_cast<Word16>(l.ia);
             p[9] = static_cast<Word16>(l.ib);

@@ -130,6 +130,17 @@ TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
         k::track_sums_scalar(ps0, alp0, d, terms, nterms, count, sb);
         for (int i = 0; i < count; i++)
             ASSERT_TRUE(sa.ps[i] == sb.ps[i] && sa.alp[i] == sb.alp[i]) << "sums round " << round << " " << i;
+        // the same terms read as track-ordered runs (stride 1, 8 readable values past the track)
+        k::Term runs[9];
+        for (int t = 0; t < nterms; t++) runs[t] = {{m.data() + 40 * rng.uniform(0, 38), 1}, terms[t].shift};
+        k::evaluate_track(ps0, alp0, d, runs, nterms, count, a);
+        k::evaluate_track_scalar(ps0, alp0, d, runs, nterms, count, b);
+        for (int i = 0; i < count; i++)
+            ASSERT_TRUE(a.ps[i] == b.ps[i] && a.sq[i] == b.sq[i] && a.alp[i] == b.alp[i]) << "runs round " << round;
+        // the prefilter of the sequential choice, against a best from the candidates or the start (-1, 1)
+        const int pick = static_cast<int>(rng.uniform(-1, count - 1));
+        const std::int16_t bsq = pick < 0 ? -1 : b.sq[pick], balp = pick < 0 ? 1 : rng.chance(2) ? b.alp[pick] : rng.s16();
+        ASSERT_EQ(k::any_improves(b, count, bsq, balp), k::any_improves_scalar(b, count, bsq, balp)) << "round " << round;
         const k::TrackWithFixedTerm pair(d, terms[0], count);
         const k::Term second{{m.data() + 40 * rng.uniform(0, 39) + first, step}, static_cast<int>(rng.uniform(9, 15))};
         pair.evaluate(ps0, alp0, second, a);
