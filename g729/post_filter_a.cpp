@@ -107,11 +107,22 @@ Word16 tilt_factor(const Word16* ap3, const Word16* ap4) {
     std::memcpy(h, ap3, (kOrder + 1) * sizeof(Word16));
     const Word16 zero[kOrder] = {};
     syn_filt(ap4, h, h, kLh, zero);
-    Word32 L_tmp = L_mult(h[0], h[0]);
-    for (int i = 1; i < kLh; ++i) L_tmp = L_mac(L_tmp, h[i], h[i]);
-    const Word16 temp1 = extract_h(L_tmp);
-    L_tmp = L_mult(h[0], h[1]);
-    for (int i = 1; i < kLh - 1; ++i) L_tmp = L_mac(L_tmp, h[i], h[i + 1]);
+    // The energy chain's terms are non-negative: it is the doubled exact sum
+    // clamped at MAX_32. Within 31 bits it bounds (Cauchy-Schwarz) every
+    // partial sum of the lag-1 chain, which is then a plain sum too.
+    std::int64_t e = 0;
+    for (int i = 0; i < kLh; ++i) e += std::int32_t{h[i]} * h[i];
+    const bool plain = 2 * e <= MAX_32;
+    const Word16 temp1 = extract_h(plain ? static_cast<Word32>(2 * e) : MAX_32);
+    Word32 L_tmp;
+    if (plain) {
+        Word32 c = 0;
+        for (int i = 0; i < kLh - 1; ++i) c += std::int32_t{h[i]} * h[i + 1];
+        L_tmp = 2 * c;
+    } else {
+        L_tmp = L_mult(h[0], h[1]);
+        for (int i = 1; i < kLh - 1; ++i) L_tmp = L_mac(L_tmp, h[i], h[i + 1]);
+    }
     Word16 temp2 = extract_h(L_tmp);
     if (temp2 <= 0) return 0;
     temp2 = mult(temp2, kMu);
