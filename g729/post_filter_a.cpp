@@ -5,6 +5,7 @@
 // impulse response of A(z/0.55)/A(z/0.7), short-term filter 1/A(z/0.7) and
 // adaptive gain control (AGC factor 0.9). Speech Q0, LP coefficients Q12,
 // gains Q15 / Q12.
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -12,6 +13,7 @@
 #include "common/exports.h"
 #include "g729/codec_kernels.h"
 #include "g729/pitch_simd.h"
+#include "g729/post_filter_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -48,8 +50,7 @@ void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word
     // of scal[-t0_max .. 39]; by Cauchy-Schwarz none of their partial sums
     // exceeds the energy of that span, so twice that energy (plus the 1 the
     // energies start from) within 31 bits proves the saturating chains exact.
-    std::int64_t span = 0;
-    for (int j = -t0_max; j < kSubfr; ++j) span += std::int64_t{scal[j]} * scal[j];
+    const std::int64_t span = g729p::energy64(scal - t0_max, t0_max + kSubfr);
     const bool plain = 2 * span + 1 <= MAX_32;
     Word32 cor_max = MIN_32;
     Word16 t0 = t0_min;
@@ -96,7 +97,7 @@ void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word
             gain = 0;
         }
     }
-    for (int i = 0; i < kSubfr; ++i) out[i] = add(mult(g0, res[i]), mult(gain, res[i - t0]));
+    g729f::ltp_mix(res, t0, g0, gain, out, kSubfr);
 }
 
 /// Tilt factor of the compensation filter: MU * r(1)/r(0) of the impulse
@@ -106,11 +107,22 @@ Word16 tilt_factor(const Word16* ap3, const Word16* ap4) {
     std::memcpy(h, ap3, (kOrder + 1) * sizeof(Word16));
     const Word16 zero[kOrder] = {};
     syn_filt(ap4, h, h, kLh, zero);
-    Word32 L_tmp = L_mult(h[0], h[0]);
-    for (int i = 1; i < kLh; ++i) L_tmp = L_mac(L_tmp, h[i], h[i]);
-    const Word16 temp1 = extract_h(L_tmp);
-    L_tmp = L_mult(h[0], h[1]);
-    for (int i = 1; i < kLh - 1; ++i) L_tmp = L_mac(L_tmp, h[i], h[i + 1]);
+    // The energy chain's terms are non-negative: it is the doubled exact sum
+    // clamped at MAX_32. Within 31 bits it bounds (Cauchy-Schwarz) every
+    // partial sum of the lag-1 chain, which is then a plain sum too.
+    std::int64_t e = 0;
+    for (int i = 0; i < kLh; ++i) e += std::int32_t{h[i]} * h[i];
+    const bool plain = 2 * e <= MAX_32;
+    const Word16 temp1 = extract_h(plain ? static_cast<Word32>(2 * e) : MAX_32);
+    Word32 L_tmp;
+    if (plain) {
+        Word32 c = 0;
+        for (int i = 0; i < kLh - 1; ++i) c += std::int32_t{h[i]} * h[i + 1];
+        L_tmp = 2 * c;
+    } else {
+        L_tmp = L_mult(h[0], h[1]);
+        for (int i = 1; i < kLh - 1; ++i) L_tmp = L_mac(L_tmp, h[i], h[i + 1]);
+    }
     Word16 temp2 = extract_h(L_tmp);
     if (temp2 <= 0) return 0;
     temp2 = mult(temp2, kMu);
@@ -120,8 +132,7 @@ Word16 tilt_factor(const Word16* ap3, const Word16* ap4) {
 /// preemphasis: x[n] -= g x[n-1], with the last sample of the previous call in mem.
 void preemphasis(Word16* x, Word16 g, Word16& mem) {
     const Word16 last = x[kSubfr - 1];
-    for (int i = kSubfr - 1; i > 0; --i) x[i] = sub(x[i], mult(g, x[i - 1]));
-    x[0] = sub(x[0], mult(g, mem));
+    g729f::preemph(x, g, mem, kSubfr);
     mem = last;
 }
 
@@ -135,6 +146,19 @@ inline Word32 quarter_energy(const Word16* x) {
     }
     const std::int64_t d = 2 * e;
     return d > MAX_32 ? MAX_32 : static_cast<Word32>(d);
+}
+
+/// Residu of one subframe through A(z/0.55): in lanes when 2 sum|a|
+/// max|x| (x[-10..39]) proves every partial sum exact, else the reference's chain.
+void residual(const Word16* a, const Word16* x, Word16* y) {
+    std::int32_t sum_a = 0;
+    for (int j = 0; j <= kOrder; ++j) sum_a += a[j] < 0 ? -std::int32_t{a[j]} : a[j];
+    std::int64_t peak = g729p::max_abs(x - 8, kSubfr + 8);
+    for (int j = -kOrder; j < -8; ++j) peak = std::max<std::int64_t>(peak, x[j] < 0 ? -std::int64_t{x[j]} : x[j]);
+    if (2 * std::int64_t{sum_a} * peak <= MAX_32)
+        g729f::residu_plain(a, x, y, kSubfr);
+    else
+        residu(a, x, y, kSubfr);
 }
 
 /// agc: scales out so that its energy follows the input's, smoothed by AGC_FAC.
@@ -160,12 +184,15 @@ void agc(const Word16* in, Word16* out, Word16& past_gain) {
         s = Inv_sqrt(s);
         g0 = mult(round_fx(L_shl(s, 9)), kAgcFac1);
     }
+    // The gain recursion does not depend on the samples: run it first, then
+    // scale eight samples a step.
+    Word16 gains[kSubfr];
     Word16 gain = past_gain;
     for (int i = 0; i < kSubfr; ++i) {
-        gain = mult(gain, kAgcFac);
-        gain = add(gain, g0);
-        out[i] = extract_h(L_shl(L_mult(out[i], gain), 3));
+        gain = add(mult(gain, kAgcFac), g0);
+        gains[i] = gain;
     }
+    g729f::agc_scale(out, gains, kSubfr);
     past_gain = gain;
 }
 
@@ -209,8 +236,8 @@ void post_subframe_a(Word16 lag, bool harmonic, const Zep16s* pLPC, Zep16s* pSrc
     Word16 res2[kPitMax + kSubfr], scal[kPitMax + kSubfr];
     std::memcpy(res2, st.res2, sizeof st.res2);
     std::memcpy(scal, st.scal_res2, sizeof st.scal_res2);
-    residu(ap3, syn + kOrder, res2 + kPitMax, kSubfr);
-    for (int j = 0; j < kSubfr; ++j) scal[kPitMax + j] = shr(res2[kPitMax + j], 2);
+    residual(ap3, syn + kOrder, res2 + kPitMax);
+    g729f::quarter(res2 + kPitMax, scal + kPitMax, kSubfr);
 
     Word16 res2_pst[kSubfr];
     if (harmonic)
