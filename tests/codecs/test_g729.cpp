@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "tests/codecs/codec_replay.h"
+#include "zepsc.h"
 
 namespace {
 
@@ -221,6 +222,29 @@ TEST(G729Replay, CorruptBitstreams) {
     auto sid = head;
     sid[kFrameBytes + 2] = 16;  // a SID frame needs Annex B
     decode_corrupt(sid, "bit", true);
+}
+
+// The largest codable lag: subframe 0 at 143 (code 255) and the
+// subframe-1 code 31 (t0_min 134 + 10 = 144), then an erased frame that
+// repeats 144: both decoders go on (the post-filter's search ends at 143).
+TEST(G729Replay, LagAbove143ThenErasureDecodes) {
+    const auto good = read_bytes(root() + "/g729/male.bit");
+    ASSERT_GE(good.size(), 3 * kFrameBytes);
+    std::vector<std::uint8_t> bits(good.begin(), good.begin() + 3 * kFrameBytes);
+    auto put = [&](std::size_t frame, int first, int width, unsigned value) {
+        for (int b = 0; b < width; ++b) {
+            const std::size_t word = frame * kFrameBytes + 4 + 2 * std::size_t(first + b);
+            bits[word] = ((value >> (width - 1 - b)) & 1) ? 0x81 : 0x7F;
+            bits[word + 1] = 0;
+        }
+    };
+    Zep16s parity = 0;
+    ASSERT_EQ(zepsParityPitch_G729_16s(255, &parity), zepStsNoErr);
+    put(1, 18, 8, 255);     // P1: lag 143
+    put(1, 26, 1, static_cast<unsigned>(parity));  // P0: its parity bit
+    put(1, 51, 5, 31);   // P2: lag 144
+    bits[2 * kFrameBytes + 4 + 2 * 40] = 0;  // frame 2: a 0x0000 bit word erases it
+    decode_corrupt(bits, "bit", false);
 }
 
 /// The byte offsets of the frames of a serial stream (sizes 80, 16 or 0).

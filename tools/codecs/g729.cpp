@@ -288,11 +288,16 @@ private:
                       "post-filter");
             }
         } else {
+            // A corrupt subframe-1 code can decode to lag 144 (t0_min 134 +
+            // 10), which an erased frame then repeats; the main-body pitch
+            // post-filter ends its search at 143 (beyond it the reference
+            // reads outside its buffer), so the lag is bounded there.
+            const Zep16s lag = lags[0] > kPitMax ? static_cast<Zep16s>(kPitMax) : lags[0];
             Zep16s voicing = 0;
             for (int sf = 0; sf < 2; ++sf) {
                 const Zep16s* a = az + sf * (kOrder + 1);
                 Zep16s v = 0;
-                check(speech ? zepsPostFilter_G729_16s(lags[0], a, synth + sf * kSubfr, out + sf * kSubfr, &v,
+                check(speech ? zepsPostFilter_G729_16s(lag, a, synth + sf * kSubfr, out + sf * kSubfr, &v,
                                                        post_.data())
                              : zepsPostFilterInactive_G729_16s(a, synth + sf * kSubfr, out + sf * kSubfr,
                                                                post_.data()),
