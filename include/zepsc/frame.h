@@ -130,8 +130,9 @@ typedef struct ZepLibraryVersion {
 
 /**
  * Returns the version record of the processor build chosen when the library
- * was loaded: build 0 ("u8", the general SSSE3 build) or build 1 ("n8", the
- * build scheduled for low-power in-order processors with MOVBE).
+ * was loaded: on x86-64 build 0 ("u8", the general SSSE3 build) or build 1
+ * ("n8", the build scheduled for low-power in-order processors with MOVBE);
+ * on other hosts the one generic build 2 ("gen").
  *
  * Never fails and never returns null. The record lives as long as the
  * library; the caller must neither modify nor free it.
