@@ -61,8 +61,19 @@ inline constexpr int kLInterSrch = 4;  ///< L_INTER_SRCH
 
 /// Norm_Corr: correlation of the target with the filtered past excitation,
 /// normalised by its energy, for lags t_min..t_max (corr indexed by lag).
+/// Normalised correlations indexed by lag (t_min .. t_min + 39), stored
+/// from element 0 (the reference's pointer below the array start is not
+/// valid C++).
+struct LagCorr {
+    Word16 v[40];
+    int t_min;
+    Word16& operator[](int lag) { return v[lag - t_min]; }
+    Word16 operator[](int lag) const { return v[lag - t_min]; }
+    const Word16* at(int lag) const { return &v[lag - t_min]; }
+};
+
 inline void norm_corr(const Word16* exc, const Word16* xn, const Word16* h, int t_min, int t_max,
-                      Word16* corr_norm) {
+                      LagCorr& corr_norm) {
     Word16 excf[kLSubfr], scaled_excf[kLSubfr];
     int k = -t_min;
     convolve(&exc[k], h, excf, kLSubfr);
@@ -123,10 +134,10 @@ inline Word16 interpol_3or6(const Word16* x, Word16 frac, Word16 flag3) {
 }
 
 /// searchFrac: the best fraction from *frac to last_frac around lag.
-inline void search_frac(Word16& lag, Word16& frac, Word16 last_frac, const Word16* corr, Word16 flag3) {
-    Word16 max = interpol_3or6(&corr[lag], frac, flag3);
+inline void search_frac(Word16& lag, Word16& frac, Word16 last_frac, const LagCorr& corr, Word16 flag3) {
+    Word16 max = interpol_3or6(corr.at(lag), frac, flag3);
     for (Word16 i = add(frac, 1); i <= last_frac; i++) {
-        const Word16 corr_int = interpol_3or6(&corr[lag], i, flag3);
+        const Word16 corr_int = interpol_3or6(corr.at(lag), i, flag3);
         if (corr_int > max) {
             max = corr_int;
             frac = i;
@@ -224,8 +235,8 @@ inline Word16 pitch_fr(Word16& T0_prev, Word16 mode, const Word16* T_op, const W
         get_range(T0_prev, p.delta_frc_low, p.delta_frc_range, p.pit_min, kPitMax, t0_min, t0_max);
     }
     const int t_min = t0_min - kLInterSrch, t_max = t0_max + kLInterSrch;
-    Word16 corr_v[40];
-    Word16* corr = corr_v - t_min;
+    LagCorr corr;
+    corr.t_min = t_min;
     norm_corr(exc, xn, h, t_min, t_max, corr);
     Word16 max = corr[t0_min], lag = t0_min;
     for (int i = t0_min + 1; i <= t0_max; i++) {
