@@ -166,7 +166,7 @@ inline void decode_coefficients(BitReader& in, Random& rnd, int regions, const W
                     --in.bits_left;
                 } while (node > 0);
                 if (ran_out) break;
-                int k[5];
+                int k[5] = {};
                 const int sign_bits = index_to_array(-node, k, category);
                 if (in.bits_left < sign_bits) {
                     ran_out = true;

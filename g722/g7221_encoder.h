@@ -206,6 +206,10 @@ inline int vector_huffman(int category, int power_index, const Word16* x, std::u
             low = static_cast<Word16>(L_shr(low, 2));
             q = L_shr(L_add(L_add(q, g7221_int_dead_zone[category]), low), 13);
             k = extract_l(q);
+            // A power index far below what the frame coder derives from these
+            // coefficients wraps the step inverse negative; the reference
+            // would index its tables below zero there: no bin below 0.
+            if (k < 0) k = 0;
             if (k != 0) {
                 ++nonzero;
                 signs = (signs << 1) + (*x > 0);
