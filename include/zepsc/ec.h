@@ -261,9 +261,9 @@ ZEPSAPI ZepStatus zepsSubbandFilter_EC_32sc_Sfs(const Zep32sc* pSrc, const Zep32
  * @param numBands    1..4097
  * @param numSegments 1..255
  * @param step        0..2 (0: frozen, nothing changes)
- * @param delta       regularisation, above 0 (a far-end power floor)
+ * @param delta       regularisation, above 0 and at most 3e38 (a far-end power floor)
  * Checks: pointers (-8); numBands (-119); numSegments (-7); step outside
- * 0..2 or delta not above 0 (or not finite): -7.
+ * 0..2 or delta outside (0, 3e38] (not a number included): -7.
  */
 ZEPSAPI ZepStatus zepsSubbandCoefUpdate_EC_32fc_I(const Zep32fc* pSrc, const Zep32fc* pErr, Zep32fc* pCoef,
                                                   int numBands, int numSegments, Zep32f step, Zep32f delta);
@@ -303,8 +303,9 @@ ZEPSAPI ZepStatus zepsFullbandFilter_EC_16s(const Zep16s* pSrc, const Zep16s* pC
  * @param len   1 or more
  * @param taps  1 or more
  * @param step  0..2 (0: filter only)
- * @param delta regularisation above 0
- * Checks: pointers (-8); len or taps below 1 (-6); step or delta (-7).
+ * @param delta regularisation, above 0 and at most 3e38
+ * Checks: pointers (-8); len or taps below 1 (-6); step outside 0..2 or
+ * delta outside (0, 3e38] (not a number included): -7.
  */
 ZEPSAPI ZepStatus zepsFullbandNLMS_EC_32f(const Zep32f* pSrc, const Zep32f* pIn, Zep32f* pErr, Zep32f* pCoef,
                                           int len, int taps, Zep32f step, Zep32f delta);
