@@ -16,20 +16,12 @@ namespace {
 
 using namespace g729c;
 
-/// The 8 kbit/s book: 3 + 4 bits, 4 x 8 candidates.
-struct Book8k {
-    static constexpr int kSize1 = 8, kSize2 = 16, kNcan1 = 4, kNcan2 = 8;
-    static constexpr int kCorrQ = 12, kThr1Q = 14, kPreselShift = 7;
-    static constexpr Word16 kInvCoef = -17103;  // INV_COEF, Q19
-    static constexpr const auto& gbk1 = zeps::gbk1;
-    static constexpr const auto& gbk2 = zeps::gbk2;
-    static constexpr const auto& map1 = zeps::map1;
-    static constexpr const auto& map2 = zeps::map2;
-    static constexpr const auto& coef = zeps::coef;
-    static constexpr const auto& L_coef = zeps::L_coef;
-    static constexpr const auto& thr1 = zeps::thr1;
-    static constexpr const auto& thr2 = zeps::thr2;
-};
+/// The 8 kbit/s book (G.729 3.9.2): 3 + 4 bits, 4 x 8 candidates.
+constexpr GainBook kBook8k{.size1 = 8, .size2 = 16, .ncan1 = 4, .ncan2 = 8,
+                           .corr_q = 12, .thr1_q = 14, .presel_shift = 7,
+                           .inv_coef = -17103,  // INV_COEF, Q19
+                           .gbk1 = gbk1, .gbk2 = gbk2, .map1 = map1, .map2 = map2,
+                           .coef = coef, .L_coef = L_coef, .thr1 = thr1, .thr2 = thr2};
 
 }  // namespace
 
@@ -50,7 +42,7 @@ ZepStatus zepsGainQuant_G729_16s(const Zep16s* pSrcAdptTarget, const Zep16s* pSr
     Word16 cs[5], exp_cs[5];
     gain_correlations(pSrcAdptTarget, pSrcFltAdptVector, pSrcFltFixedVector, cs, exp_cs);
     Word16 gp, gc;
-    *pDstIndex = qua_gain<Book8k>(pSrcFixedVector, cs, exp_cs, pPastQuaEn, tameFlag, gp, gc);
+    *pDstIndex = qua_gain(kBook8k, pSrcFixedVector, cs, exp_cs, pPastQuaEn, tameFlag, gp, gc);
     pDstGain[0] = gp;
     pDstGain[1] = gc;
     return zepStsNoErr;

@@ -16,20 +16,12 @@ namespace {
 
 using namespace g729c;
 
-/// The 6.4 kbit/s book: 3 + 3 bits, 6 x 6 candidates.
-struct Book6k {
-    static constexpr int kSize1 = 8, kSize2 = 8, kNcan1 = 6, kNcan2 = 6;
-    static constexpr int kCorrQ = 13, kThr1Q = 13, kPreselShift = 6;
-    static constexpr Word16 kInvCoef = -28940;  // INV_COEF_6K, Q20
-    static constexpr const auto& gbk1 = gbk1_6k;
-    static constexpr const auto& gbk2 = gbk2_6k;
-    static constexpr const auto& map1 = map1_6k;
-    static constexpr const auto& map2 = map2_6k;
-    static constexpr const auto& coef = coef_6k;
-    static constexpr const auto& L_coef = L_coef_6k;
-    static constexpr const auto& thr1 = thr1_6k;
-    static constexpr const auto& thr2 = thr2_6k;
-};
+/// The 6.4 kbit/s book (Annex D): 3 + 3 bits, 6 x 6 candidates.
+constexpr GainBook kBook6k{.size1 = 8, .size2 = 8, .ncan1 = 6, .ncan2 = 6,
+                           .corr_q = 13, .thr1_q = 13, .presel_shift = 6,
+                           .inv_coef = -28940,  // INV_COEF_6K, Q20
+                           .gbk1 = gbk1_6k, .gbk2 = gbk2_6k, .map1 = map1_6k, .map2 = map2_6k,
+                           .coef = coef_6k, .L_coef = L_coef_6k, .thr1 = thr1_6k, .thr2 = thr2_6k};
 
 }  // namespace
 
@@ -43,7 +35,7 @@ ZepStatus zepsGainQuant_G729D_16s(const Zep16s* pSrcAdptTarget, const Zep16s* pS
     Word16 cs[5], exp_cs[5];
     gain_correlations(pSrcAdptTarget, pSrcFltAdptVector, pSrcFltFixedVector, cs, exp_cs);
     Word16 gp, gc;
-    *pDstIndex = qua_gain<Book6k>(pSrcFixedVector, cs, exp_cs, pPastQuaEn, tameFlag, gp, gc);
+    *pDstIndex = qua_gain(kBook6k, pSrcFixedVector, cs, exp_cs, pPastQuaEn, tameFlag, gp, gc);
     pDstGain[0] = gp;
     pDstGain[1] = gc;
     return zepStsNoErr;
