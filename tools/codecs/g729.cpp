@@ -335,18 +335,7 @@ private:
         check(zepsAutoCorr_G729B(old_speech_, &exp_r0, r), "autocorrelation");
         std::memcpy(rw, r, 13 * sizeof(Zep32s));
         check(zepsLagWindow_G729_32s_I(rw + 1, 12), "lag window");
-        Zep16s err = 0;
-        const ZepStatus s = zepsLevinsonDurbin_G729_32s16s(rw, kOrder, a, rc, &err);
-        check(s, "Levinson-Durbin");
-        if (s == zepStsOverflow) {
-            std::memcpy(a, prev_filter_, (kOrder + 1) * sizeof(Zep16s));
-            rc[0] = prev_filter_[kOrder + 1];
-            rc[1] = prev_filter_[kOrder + 2];
-        } else {
-            std::memcpy(prev_filter_, a, (kOrder + 1) * sizeof(Zep16s));
-            prev_filter_[kOrder + 1] = rc[0];
-            prev_filter_[kOrder + 2] = rc[1];
-        }
+        lp_filter_or_last_stable(check, rw, a, rc, prev_filter_);
         check(variant_ == Variant::AnnexA ? zepsLPCToLSP_G729A_16s(a, lsp_old_, lsp_new)
                                           : zepsLPCToLSP_G729_16s(a, lsp_old_, lsp_new),
               "LP to LSP");

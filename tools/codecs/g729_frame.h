@@ -2,9 +2,9 @@
 // Pieces of the G.729 8 kbit/s frame that the tool's "g729" coders
 // (tools/codecs/g729.cpp) and its Annex D ones (tools/codecs/g729d.cpp) both
 // use, through the public exports alone: the main body's constants, the
-// serial and RTP framing of a frame's bits, and the decoder's LSP decoding
-// (D_lsp, Int_qlpc), pitch-delay erasure rule (ITU-T G.729 4.4.1) and
-// post-filter.
+// serial and RTP framing of a frame's bits, the encoder's LP filter with its
+// last-stable fallback, and the decoder's LSP decoding (D_lsp, Int_qlpc),
+// pitch-delay erasure rule (ITU-T G.729 4.4.1) and post-filter.
 #pragma once
 
 #include <cstdint>
@@ -99,6 +99,28 @@ inline bool read_payload_bits(zepsc_cli::ByteSource& in, int n, std::uint8_t* bi
     if (!in.read_exact(bytes, static_cast<std::size_t>(n / 8), "frame")) return false;
     for (int i = 0; i < n; ++i) bits[i] = (bytes[i / 8] >> (7 - i % 8)) & 1;
     return true;
+}
+
+// ---- encoder ---------------------------------------------------------------
+
+/// Levinson-Durbin of the autocorrelations r into A(z) (a, 11) and the
+/// reflection coefficients rc; when the recursion finds the filter unstable
+/// the last stable filter and its rc[0], rc[1] (prev_filter, 13) stand in,
+/// otherwise they become it.
+inline void lp_filter_or_last_stable(const Check& check, const Zep32s* r, Zep16s* a, Zep16s* rc,
+                                     Zep16s* prev_filter) {
+    Zep16s err = 0;
+    const ZepStatus s = zepsLevinsonDurbin_G729_32s16s(r, kOrder, a, rc, &err);
+    check(s, "Levinson-Durbin");
+    if (s == zepStsOverflow) {
+        std::memcpy(a, prev_filter, (kOrder + 1) * sizeof(Zep16s));
+        rc[0] = prev_filter[kOrder + 1];
+        rc[1] = prev_filter[kOrder + 2];
+    } else {
+        std::memcpy(prev_filter, a, (kOrder + 1) * sizeof(Zep16s));
+        prev_filter[kOrder + 1] = rc[0];
+        prev_filter[kOrder + 2] = rc[1];
+    }
 }
 
 // ---- decoder ---------------------------------------------------------------

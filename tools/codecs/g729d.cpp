@@ -261,18 +261,7 @@ private:
         Zep16s exp_r0 = 0;
         check(zepsAutoCorr_G729B(old_speech_, &exp_r0, r), "autocorrelation");
         check(zepsLagWindow_G729_32s_I(r + 1, 12), "lag window");
-        Zep16s err = 0;
-        const ZepStatus s = zepsLevinsonDurbin_G729_32s16s(r, kOrder, a, rc, &err);
-        check(s, "Levinson-Durbin");
-        if (s == zepStsOverflow) {
-            std::memcpy(a, prev_filter_, (kOrder + 1) * sizeof(Zep16s));
-            rc[0] = prev_filter_[kOrder + 1];
-            rc[1] = prev_filter_[kOrder + 2];
-        } else {
-            std::memcpy(prev_filter_, a, (kOrder + 1) * sizeof(Zep16s));
-            prev_filter_[kOrder + 1] = rc[0];
-            prev_filter_[kOrder + 2] = rc[1];
-        }
+        lp_filter_or_last_stable(check, r, a, rc, prev_filter_);
         check(zepsLPCToLSP_G729_16s(a, lsp_old_, lsp_new), "LP to LSP");
     }
 
