@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "common/common_tables.h"
+
 namespace zeps::amr_dec_tab {
 
 /// pitch gain quantiser, Q14 (gains.tab)
@@ -26,8 +28,9 @@ extern const std::int16_t ph_imp_low[40];
 extern const std::int16_t ph_imp_mid[40];
 /// square-root table of sqrt_l_exp, Q15 (sqrt_l.tab)
 extern const std::int16_t sqrt_l_table[49];
-/// the 200+40 LP analysis window, read as pseudo-random parameters by build_CN_param (window.tab)
-extern const std::int16_t window_200_40[240];
+/// the 200+40 LP analysis window, read as pseudo-random parameters by build_CN_param (window.tab):
+/// the same values as G.729's hamwindow, one table for both
+inline constexpr const auto& window_200_40 = zeps::hamwindow;
 /// first track positions of the 2i40_9bits codebook (c2_9pf.tab)
 extern const std::int16_t startPos[16];
 /// Gray decoding (gray.tab)

@@ -17,5 +17,8 @@ extern const std::int16_t tabpow[33];
 extern const std::int16_t table[65];
 /// Slopes of that table for Lsp_lsf, Q12.
 extern const std::int16_t slope[64];
+/// The asymmetric 240-sample LP analysis window, Q15: hamwindow of ITU-T
+/// G.729 3.2.1, the same values as window_200_40 of 3GPP TS 26.073.
+extern const std::int16_t hamwindow[240];
 
 }  // namespace zeps

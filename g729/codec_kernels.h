@@ -24,6 +24,16 @@ inline constexpr int kSubfr = 40;   // L_SUBFR
 inline constexpr int kPitMin = 20;  // PIT_MIN
 inline constexpr int kPitMax = 143; // PIT_MAX
 
+/// t0_min of the second subframe's delay code (Dec_lag3, Enc_lag3 and their
+/// Annex D forms): 5 below the first subframe's integer delay t0, the
+/// 10-delay range kept within PIT_MIN..PIT_MAX.
+inline Word16 second_subframe_t0_min(Word16 t0) {
+    Word16 t0_min = sub(t0, 5);
+    if (t0_min < kPitMin) t0_min = kPitMin;
+    if (add(t0_min, 9) > kPitMax) t0_min = kPitMax - 9;
+    return t0_min;
+}
+
 /// One output sample of Syn_filt with the reference's saturating operators;
 /// y_at(j) gives y[i-j]. Sets ovf when an operator saturated.
 template <class Past>

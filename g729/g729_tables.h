@@ -9,7 +9,6 @@
 
 namespace zeps {
 
-extern const std::int16_t hamwindow[240];      ///< LP analysis window, Q15
 extern const std::int16_t lag_h[12];           ///< lag window, high parts (Annex B length)
 extern const std::int16_t lag_l[12];           ///< lag window, low parts
 extern const std::int16_t grid[61];            ///< root-search cosine grid, base codec, Q15

@@ -9,110 +9,19 @@
 #include "common/args.h"
 #include "common/exports.h"
 #include "g729/g729d_tables.h"
-#include "g729/gain_kernels.h"
+#include "g729/gain_quant_search.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
 
 using namespace g729c;
 
-constexpr int kNcan1 = 6, kNcan2 = 6;
-constexpr Word16 kInvCoef6k = -28940;  // INV_COEF_6K, Q20
-
-/// Gbk_presel of Annex D: the first of the 6 candidates of each stage
-/// around the unquantised gains (best_gain Q9 / Q2, gcode0 Q4).
-void gbk_presel_6k(const Word16* best_gain, Word16& cand1, Word16& cand2, Word16 gcode0) {
-    const Word32 L_cfbg = L_mult(coef_6k[0][0], best_gain[0]);
-    Word32 L_acc = L_add(L_cfbg, L_shr(L_coef_6k[1][1], 15));
-    Word16 acc_h = extract_h(L_acc);
-    Word32 L_preg = L_mult(acc_h, gcode0);
-    L_acc = L_shl(L_deposit_l(best_gain[1]), 6);
-    L_acc = L_sub(L_acc, L_preg);
-    acc_h = extract_h(L_shl(L_acc, 2));
-    const Word32 L_tmp_x = L_mult(acc_h, kInvCoef6k);
-
-    L_acc = L_sub(L_cfbg, L_shr(L_coef_6k[0][1], 10));
-    acc_h = mult(extract_h(L_acc), gcode0);
-    const Word32 L_tmp = L_mult(acc_h, coef_6k[1][0]);
-    L_preg = L_mult(coef_6k[0][0], best_gain[1]);
-    L_acc = L_sub(L_tmp, L_shr(L_preg, 3));
-    acc_h = extract_h(L_shl(L_acc, 2));
-    const Word32 L_tmp_y = L_mult(acc_h, kInvCoef6k);
-    constexpr Word16 sft_y = (13 + 4 + 1) - 16;
-    constexpr Word16 sft_x = (15 + 4 + 1) - 15;
-    cand1 = 0;
-    cand2 = 0;
-    if (gcode0 > 0) {
-        while (L_sub(L_tmp_y, L_shr(L_mult(thr1_6k[cand1], gcode0), sft_y)) > 0 && ++cand1 < 8 - kNcan1) {}
-        while (L_sub(L_tmp_x, L_shr(L_mult(thr2_6k[cand2], gcode0), sft_x)) > 0 && ++cand2 < 8 - kNcan2) {}
-    } else {
-        while (L_sub(L_tmp_y, L_shr(L_mult(thr1_6k[cand1], gcode0), sft_y)) < 0 && ++cand1 < 8 - kNcan1) {}
-        while (L_sub(L_tmp_x, L_shr(L_mult(thr2_6k[cand2], gcode0), sft_x)) < 0 && ++cand2 < 8 - kNcan2) {}
-    }
-}
-
-/// The Q13 correction of a codebook pair: (gbk1_6k[i][1] + gbk2_6k[j][1]) / 2.
-inline Word32 correction(int i, int j) { return L_shr(L_add(gbk1_6k[i][1], gbk2_6k[j][1]), 1); }
-
-/// Qua_gain_6k: the index (map1_6k[i1] * 8 + map2_6k[i2]) and the quantised
-/// gains; updates past_qua_en.
-Word16 qua_gain_6k(const Word16* code, const Word16* g_coeff, const Word16* exp_coeff, Word16* past_qua_en,
-                   Word16 tameflag, Word16& gain_pit, Word16& gain_cod) {
-    Word16 gcode0, exp_gcode0;
-    gain_predict(past_qua_en, code, gcode0, exp_gcode0);
-
-    Word16 best_gain[2];
-    optimum_gains(g_coeff, exp_coeff, tameflag, kGpClip2, best_gain);
-
-    Word16 gcode0_org;
-    if (exp_gcode0 >= 4)
-        gcode0_org = shr(gcode0, sub(exp_gcode0, 4));
-    else
-        gcode0_org = extract_h(L_shl(L_deposit_l(gcode0), sub(4 + 16, exp_gcode0)));
-    Word16 cand1, cand2;
-    gbk_presel_6k(best_gain, cand1, cand2, gcode0_org);
-
-    Word16 exp_min[5];
-    exp_min[0] = add(exp_coeff[0], 13);
-    exp_min[1] = add(exp_coeff[1], 14);
-    exp_min[2] = add(exp_coeff[2], sub(shl(exp_gcode0, 1), 19));
-    exp_min[3] = add(exp_coeff[3], sub(exp_gcode0, 2));
-    exp_min[4] = add(exp_coeff[4], sub(exp_gcode0, 3));
-    Word16 e_min = exp_min[0];
-    for (int i = 1; i < 5; ++i)
-        if (exp_min[i] < e_min) e_min = exp_min[i];
-    DPF c[5];
-    for (int i = 0; i < 5; ++i) c[i] = L_Extract(L_shr(L_deposit_h(g_coeff[i]), sub(exp_min[i], e_min)));
-
-    Word32 L_dist_min = MAX_32;
-    Word16 index1 = cand1, index2 = cand2;
-    for (int i = 0; i < kNcan1; ++i)
-        for (int j = 0; j < kNcan2; ++j) {
-            const Word16 g_pitch = add(gbk1_6k[cand1 + i][0], gbk2_6k[cand2 + j][0]);
-            if (tameflag == 1 && g_pitch >= kGp0999) continue;
-            const Word16 g_code = mult(gcode0, extract_l(correction(cand1 + i, cand2 + j)));
-            const Word16 g2_pitch = mult(g_pitch, g_pitch);
-            const Word16 g2_code = mult(g_code, g_code);
-            const Word16 g_pit_cod = mult(g_code, g_pitch);
-            Word32 d = Mpy_32_16(c[0].hi, c[0].lo, g2_pitch);
-            d = L_add(d, Mpy_32_16(c[1].hi, c[1].lo, g_pitch));
-            d = L_add(d, Mpy_32_16(c[2].hi, c[2].lo, g2_code));
-            d = L_add(d, Mpy_32_16(c[3].hi, c[3].lo, g_code));
-            d = L_add(d, Mpy_32_16(c[4].hi, c[4].lo, g_pit_cod));
-            if (L_sub(d, L_dist_min) < 0) {
-                L_dist_min = d;
-                index1 = static_cast<Word16>(cand1 + i);
-                index2 = static_cast<Word16>(cand2 + j);
-            }
-        }
-    gain_pit = add(gbk1_6k[index1][0], gbk2_6k[index2][0]);
-    const Word32 L_gbk12 = correction(index1, index2);
-    Word32 L_acc = L_mult(extract_l(L_gbk12), gcode0);
-    L_acc = L_shl(L_acc, add(negate(exp_gcode0), -13 - 1 + 1 + 16));
-    gain_cod = extract_h(L_acc);
-    gain_update(past_qua_en, L_gbk12);
-    return add(static_cast<Word16>(map1_6k[index1] * 8), map2_6k[index2]);
-}
+/// The 6.4 kbit/s book (Annex D): 3 + 3 bits, 6 x 6 candidates.
+constexpr GainBook kBook6k{.size1 = 8, .size2 = 8, .ncan1 = 6, .ncan2 = 6,
+                           .corr_q = 13, .thr1_q = 13, .presel_shift = 6,
+                           .inv_coef = -28940,  // INV_COEF_6K, Q20
+                           .gbk1 = gbk1_6k, .gbk2 = gbk2_6k, .map1 = map1_6k, .map2 = map2_6k,
+                           .coef = coef_6k, .L_coef = L_coef_6k, .thr1 = thr1_6k, .thr2 = thr2_6k};
 
 }  // namespace
 
@@ -123,16 +32,10 @@ ZepStatus zepsGainQuant_G729D_16s(const Zep16s* pSrcAdptTarget, const Zep16s* pS
                  pDstIndex))
         return zepStsNullPtrErr;
     if (!in_range<Word16>(tameFlag, 0, 1)) return zepStsRangeErr;
-    Word16 g_coeff[4];
-    (void)g_pitch(pSrcAdptTarget, pSrcFltAdptVector, g_coeff);
     Word16 cs[5], exp_cs[5];
-    cs[0] = g_coeff[0];
-    exp_cs[0] = negate(g_coeff[1]);
-    cs[1] = negate(g_coeff[2]);
-    exp_cs[1] = negate(add(g_coeff[3], 1));
-    corr_xy2(pSrcAdptTarget, pSrcFltAdptVector, pSrcFltFixedVector, cs, exp_cs);
+    gain_correlations(pSrcAdptTarget, pSrcFltAdptVector, pSrcFltFixedVector, cs, exp_cs);
     Word16 gp, gc;
-    *pDstIndex = qua_gain_6k(pSrcFixedVector, cs, exp_cs, pPastQuaEn, tameFlag, gp, gc);
+    *pDstIndex = qua_gain(kBook6k, pSrcFixedVector, cs, exp_cs, pPastQuaEn, tameFlag, gp, gc);
     pDstGain[0] = gp;
     pDstGain[1] = gc;
     return zepStsNoErr;

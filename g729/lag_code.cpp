@@ -13,14 +13,6 @@ namespace {
 
 using namespace g729c;
 
-/// The first subframe's search range, as the decoder places the 5-bit code of subframe 1.
-inline Word16 second_subframe_t0_min(Word16 t0) {
-    Word16 t0_min = sub(t0, 5);
-    if (t0_min < kPitMin) t0_min = kPitMin;
-    if (add(t0_min, 9) > kPitMax) t0_min = kPitMax - 9;
-    return t0_min;
-}
-
 inline Word16 parity_pitch(Word16 index) {
     Word16 temp = shr(index, 1);
     Word16 sum = 1;

@@ -16,13 +16,6 @@ namespace {
 
 using namespace g729c;
 
-inline Word16 second_subframe_t0_min(Word16 t0) {
-    Word16 t0_min = sub(t0, 5);
-    if (t0_min < kPitMin) t0_min = kPitMin;
-    if (add(t0_min, 9) > kPitMax) t0_min = kPitMax - 9;
-    return t0_min;
-}
-
 /// Dec_lag3D, subframe 1: the delay of a 4-bit code.
 inline void decode_relative(Word16 index, Word16 t0_min, Word16& t0, Word16& frac) {
     static constexpr Word16 kModTab[8] = {1, 2, 0, 1, 2, 0, 1, 2};

@@ -10,28 +10,13 @@
 #include <cstdlib>
 #include <vector>
 
-#include "frame/variants.h"
-#include "tests/variant_check.h"
+#include "tests/g729/g729_stage_util.h"
 
 namespace {
 
-using V16 = std::vector<std::int16_t>;
+using namespace zeps::test::g729st;
 namespace u8 = zeps::u8;
 namespace n8 = zeps::n8;
-
-template <class F, class Call>
-void both(F fu, F fn, const std::vector<V16>& bufs, Call call) {
-    std::vector<V16> a = bufs, b = bufs;
-    EXPECT_EQ(call(fu, a), call(fn, b));
-    for (std::size_t i = 0; i < a.size(); ++i) EXPECT_EQ(a[i], b[i]) << "buffer " << i;
-}
-
-V16 rand16(zeps::test::Rng& rng, std::size_t n) { return rng.vec<std::int16_t>(n); }
-V16 small16(zeps::test::Rng& rng, std::size_t n, int lim) {
-    V16 v(n);
-    for (auto& x : v) x = static_cast<std::int16_t>(rng.uniform(-lim, lim));
-    return v;
-}
 
 TEST(G729DStages, LagCodesRoundTrip) {
     for (Zep16s t1 : {19, 20, 24, 25, 60, 138, 139, 143}) {

@@ -13,40 +13,14 @@
 #include <string>
 #include <vector>
 
-#include "frame/variants.h"
-#include "tests/variant_check.h"
+#include "tests/g729/g729_stage_util.h"
 
 namespace {
 
-using V16 = std::vector<std::int16_t>;
-using V32 = std::vector<std::int32_t>;
+using namespace zeps::test::g729st;
 namespace u8 = zeps::u8;
 namespace n8 = zeps::n8;
 
-template <class V, class F, class Call>
-void both(F fu, F fn, const std::vector<V>& bufs, Call call) {
-    std::vector<V> a = bufs, b = bufs;
-    EXPECT_EQ(call(fu, a), call(fn, b));
-    for (std::size_t i = 0; i < a.size(); ++i) EXPECT_EQ(a[i], b[i]) << "buffer " << i;
-}
-
-V16 rand16(zeps::test::Rng& rng, std::size_t n) { return rng.vec<std::int16_t>(n); }
-V16 small16(zeps::test::Rng& rng, std::size_t n, int lim) {
-    V16 v(n);
-    for (auto& x : v) x = static_cast<std::int16_t>(rng.uniform(-lim, lim));
-    return v;
-}
-/// A stable order-10 LP filter (Q12) from ordered LSPs.
-V16 stable_lpc(zeps::test::Rng& rng) {
-    Zep16s lsp[10], a[11];
-    int f = 0;
-    for (int i = 0; i < 10; ++i) {
-        f += static_cast<int>(rng.uniform(1000, 2900));
-        lsp[i] = static_cast<Zep16s>(32767.0 * __builtin_cos(3.14159 * f / 29000.0));
-    }
-    u8::zepsLSPToLPC_G729_16s(lsp, a);
-    return V16(a, a + 11);
-}
 /// An order-30 filter: an order-10 one padded with small coefficients.
 V16 lpc30(zeps::test::Rng& rng) {
     V16 a = stable_lpc(rng);

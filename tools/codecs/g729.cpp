@@ -21,24 +21,16 @@
 #include "tools/codec.h"
 #include "tools/codecs/g729_annex.h"
 #include "tools/codecs/g729_annex_e.h"
+#include "tools/codecs/g729_frame.h"
 #include "zepsc.h"
 
 namespace {
 
 using zepsc_cli::CodecError;
+using namespace zepsc_g729;
 
-constexpr int kFrame = 80;
-constexpr int kSubfr = 40;
-constexpr int kOrder = 10;
-constexpr int kPitMax = 143;
-constexpr int kExcHistory = kPitMax + 11;  // PIT_MAX + L_INTERPOL
 constexpr int kBits = 80;
 constexpr int kPrmSize = 11;
-constexpr Zep16s kSharpMin = 3277;   // 0.2 in Q14
-constexpr Zep16s kSharpMax = 13017;  // 0.8 in Q14
-constexpr std::uint16_t kSync = 0x6B21;
-constexpr std::uint16_t kBit0 = 0x007F;
-constexpr std::uint16_t kBit1 = 0x0081;
 constexpr int kSidBits = 16;  // 15 SID bits and one padding bit
 constexpr Zep16s kSeedCng = 11111;  // INIT_SEED of the comfort-noise generator
 
@@ -52,11 +44,6 @@ constexpr std::array<int, kPrmSize> kPrmBits = {8, 10, 8, 1, 13, 4, 7, 5, 13, 4,
 /// stage, energy.
 constexpr std::array<int, 4> kSidPrmBits = {1, 5, 4, 5};
 
-constexpr Zep16s kFreqPrevReset[kOrder] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
-constexpr Zep16s kLspReset[kOrder] = {30000, 26000, 21000, 15000, 8000, 0, -8000, -15000, -21000, -26000};
-constexpr Zep16s kHighPass140[6] = {1899, -3798, 1899, 4096, 7807, -3733};
-constexpr Zep16s kHighPass100[6] = {7699, -15398, 7699, 8192, 15836, -7667};
-
 enum class Variant { Main, AnnexA };
 
 /// The codec a command runs: the main body or Annex A, with or without Annex B.
@@ -66,15 +53,9 @@ struct Setup {
 };
 
 /// A status of the library that the codec does not expect ends the run.
-void check(ZepStatus s, const char* what) {
-    if (s < 0) throw CodecError(std::string("G.729: ") + what + " failed with status " + std::to_string(s));
-}
+constexpr Check check{"G.729"};
 
-std::vector<std::uint8_t> state_block(ZepStatus (*size)(Zep32s*)) {
-    Zep32s n = 0;
-    check(size(&n), "state size query");
-    return std::vector<std::uint8_t>(static_cast<std::size_t>(n));
-}
+std::vector<std::uint8_t> state_block(ZepStatus (*size)(Zep32s*)) { return zepsc_g729::state_block(check, size); }
 
 // ---- parameters <-> bitstreams ---------------------------------------------
 
@@ -97,11 +78,6 @@ Params bits_to_params(const std::uint8_t* bits) {
     return prm;
 }
 
-void put_word(std::vector<std::uint8_t>& out, std::uint16_t w) {
-    out.push_back(static_cast<std::uint8_t>(w & 0xff));
-    out.push_back(static_cast<std::uint8_t>(w >> 8));
-}
-
 // ---- decoder ---------------------------------------------------------------
 
 class Decoder final : public zepsc_cli::FrameDecoder {
@@ -116,9 +92,6 @@ public:
         check(zepsHighPassFilterInit_G729(kHighPass100, hp_.data()), "post-processing initialisation");
         sid_gain_ = state_block(zepsSIDGainDecodeGetStateSize_G729B);
         check(zepsSIDGainDecodeInit_G729B(sid_gain_.data()), "SID gain initialisation");
-        for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
-        std::memcpy(prev_lsf_, kFreqPrevReset, sizeof prev_lsf_);
-        std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
     }
     int sample_rate() const override { return 8000; }
     std::size_t max_frame_samples() const override { return kFrame; }
@@ -133,18 +106,9 @@ public:
             const unsigned size = head[2] | (head[3] << 8);
             ftyp = frame_type(size, in.position() - 4);
             if (ftyp == kUntransmitted) erased = (head[0] | (head[1] << 8)) != kSync;
-            std::uint8_t words[2 * kBits];
-            if (size != 0 && !in.read_exact(words, 2 * size, "frame"))
-                throw CodecError("truncated frame at byte " + std::to_string(in.position()) + ": header without bits");
-            for (unsigned i = 0; i < size; ++i) {
-                const unsigned w = words[2 * i] | (words[2 * i + 1] << 8);
-                bits[i] = w == kBit1 ? 1 : 0;
-                if (w == 0) erased = true;
-            }
-        } else {
-            std::uint8_t bytes[kBits / 8];
-            if (!in.read_exact(bytes, sizeof bytes, "frame")) return 0;
-            for (int i = 0; i < kBits; ++i) bits[i] = (bytes[i / 8] >> (7 - i % 8)) & 1;
+            read_bit_words(in, size, bits, erased);
+        } else if (!read_payload_bits(in, kBits, bits)) {
+            return 0;
         }
         // B.5: a lost frame is erased speech after speech, else comfort noise.
         if (erased && annex_b_) ftyp = past_ftyp_ == kSpeech ? kSpeech : kUntransmitted;
@@ -180,7 +144,7 @@ private:
     /// Decod_ld8k / Decod_ld8a of a speech (or erased speech) frame: the
     /// excitation of the two subframes and the synthesis.
     void decode_speech(Params prm, bool bfi, Zep16s* az, Zep16s* synth, Zep16s* lags) {
-        decode_lp(prm, bfi, az);
+        lsp_.decode(prm[0], prm[1], bfi, az);
 
         Zep16s parity = 0;
         check(zepsParityPitch_G729_16s(prm[2], &parity), "pitch parity");
@@ -191,17 +155,11 @@ private:
             Zep16s* exc = old_exc_ + i_subfr;  // the buffer as the adaptive-vector stage addresses it
 
             // Pitch delay, with the erasure rule of 4.4.1.
-            Zep16s delay[2] = {t0_, 0};
-            if (sf == 0 ? !bad_pitch : !bfi) {
-                check(zepsDecodeLag_G729_16s(sf == 0 ? prm[2] : prm[7], static_cast<Zep16s>(sf), delay),
+            Zep16s delay[2];
+            lags_.next(sf == 0 ? !bad_pitch : !bfi, delay, [&](Zep16s* d) {
+                check(zepsDecodeLag_G729_16s(sf == 0 ? prm[2] : prm[7], static_cast<Zep16s>(sf), d),
                       "pitch delay decoding");
-                old_t0_ = delay[0];
-            } else {
-                delay[0] = old_t0_;
-                delay[1] = 0;
-                if (old_t0_ < kPitMax) ++old_t0_;
-            }
-            t0_ = delay[0];
+            });
             lags[sf] = delay[0];
             check(zepsDecodeAdaptiveVector_G729_16s_I(delay, exc), "adaptive vector");
 
@@ -209,8 +167,8 @@ private:
             Zep16s index = sf == 0 ? prm[4] : prm[8];
             Zep16s sign = sf == 0 ? prm[5] : prm[9];
             if (bfi) {
-                index = static_cast<Zep16s>(random() & 0x1fff);
-                sign = static_cast<Zep16s>(random() & 0x000f);
+                index = static_cast<Zep16s>(random_.next() & 0x1fff);
+                sign = static_cast<Zep16s>(random_.next() & 0x000f);
             }
             Zep16s code[kSubfr];
             check(zepsDecodeFixedCodebook_G729_16s(sign, index, code), "fixed-codebook decoding");
@@ -222,7 +180,7 @@ private:
             else
                 check(zepsDecodeGain_G729_16s(sf == 0 ? prm[6] : prm[10], code, past_qua_en_, gains_),
                       "gain decoding");
-            sharp_ = gains_[0] > kSharpMax ? kSharpMax : gains_[0] < kSharpMin ? kSharpMin : gains_[0];
+            sharp_ = bounded_sharp(gains_[0]);
 
             // Excitation: on an erased frame the main body keeps only the
             // adaptive part of a voiced frame and only the fixed part otherwise.
@@ -249,15 +207,15 @@ private:
               "SID gain decoding");
         if (ftyp == kSid) {
             Zep16s lsf[kOrder];
-            check(zepsLSFDecode_G729B_16s(sid, &freq_prev_[0][0], lsf), "SID LSF decoding");
+            check(zepsLSFDecode_G729B_16s(sid, &lsp_.freq_prev[0][0], lsf), "SID LSF decoding");
             check(zepsLSFToLSP_G729_16s(lsf, lsp_sid_), "LSF to LSP");
         }
         check(zepsCNGExcitation_G729B_16s(gain, old_exc_, &seed_cng_, nullptr), "comfort-noise excitation");
-        interpolate_filters(lsp_old_, lsp_sid_, az);
-        std::memcpy(lsp_old_, lsp_sid_, sizeof lsp_old_);
+        interpolate_filters(check, lsp_.lsp_old, lsp_sid_, az);
+        std::memcpy(lsp_.lsp_old, lsp_sid_, sizeof lsp_.lsp_old);
         for (int sf = 0; sf < 2; ++sf) {
             synthesise(az + sf * (kOrder + 1), sf * kSubfr, synth);
-            lags[sf] = old_t0_;
+            lags[sf] = lags_.old_t0;
         }
         sharp_ = kSharpMin;
     }
@@ -288,60 +246,9 @@ private:
                       "post-filter");
             }
         } else {
-            // A corrupt subframe-1 code can decode to lag 144 (t0_min 134 +
-            // 10), which an erased frame then repeats; the main-body pitch
-            // post-filter ends its search at 143 (beyond it the reference
-            // reads outside its buffer), so the lag is bounded there.
-            const Zep16s lag = lags[0] > kPitMax ? static_cast<Zep16s>(kPitMax) : lags[0];
-            Zep16s voicing = 0;
-            for (int sf = 0; sf < 2; ++sf) {
-                const Zep16s* a = az + sf * (kOrder + 1);
-                Zep16s v = 0;
-                check(speech ? zepsPostFilter_G729_16s(lag, a, synth + sf * kSubfr, out + sf * kSubfr, &v,
-                                                       post_.data())
-                             : zepsPostFilterInactive_G729_16s(a, synth + sf * kSubfr, out + sf * kSubfr,
-                                                               post_.data()),
-                      "post-filter");
-                if (v != 0) voicing = v;
-            }
-            voicing_ = voicing;
+            voicing_ = post_filter_main(check, lags[0], speech, az, synth, out, post_.data());
         }
         check(zepsPostProcess_G729_16s_I(out, kFrame, hp_.data()), "post-processing");
-    }
-
-    /// D_lsp and Int_qlpc: the frame's LSPs (the last good ones on an
-    /// erased frame) and the LP filters of the two subframes.
-    void decode_lp(const Params& prm, bool bfi, Zep16s* az) {
-        Zep16s lsf[kOrder];
-        if (!bfi) {
-            const Zep16s idx[4] = {static_cast<Zep16s>((prm[0] >> 7) & 1), static_cast<Zep16s>(prm[0] & 127),
-                                   static_cast<Zep16s>((prm[1] >> 5) & 31), static_cast<Zep16s>(prm[1] & 31)};
-            check(zepsLSFDecode_G729_16s(idx, &freq_prev_[0][0], lsf), "LSF decoding");
-            std::memcpy(prev_lsf_, lsf, sizeof lsf);
-            prev_ma_ = idx[0];
-        } else {
-            std::memcpy(lsf, prev_lsf_, sizeof lsf);
-            check(zepsLSFDecodeErased_G729_16s(prev_ma_, &freq_prev_[0][0], prev_lsf_), "erased LSF decoding");
-        }
-        Zep16s lsp_new[kOrder];
-        check(zepsLSFToLSP_G729_16s(lsf, lsp_new), "LSF to LSP");
-        interpolate_filters(lsp_old_, lsp_new, az);
-        std::memcpy(lsp_old_, lsp_new, sizeof lsp_new);
-    }
-
-    /// Int_qlpc: A(z) of subframe 1 from the mean of the old and new LSPs,
-    /// of subframe 2 from the new ones.
-    static void interpolate_filters(const Zep16s* lsp_old, const Zep16s* lsp_new, Zep16s* az) {
-        Zep16s lsp_mid[kOrder];
-        check(zepsInterpolate_G729_16s(lsp_old, lsp_new, lsp_mid, kOrder), "LSP interpolation");
-        check(zepsLSPToLPC_G729_16s(lsp_mid, az), "LSP to LPC");
-        check(zepsLSPToLPC_G729_16s(lsp_new, az + kOrder + 1), "LSP to LPC");
-    }
-
-    /// The reference decoder's random generator for erased fixed-codebook codes.
-    Zep16s random() {
-        seed_ = static_cast<Zep16s>(seed_ * 31821 + 13849);
-        return seed_;
     }
 
     Variant variant_;
@@ -349,17 +256,13 @@ private:
     bool serial_;
     std::vector<std::uint8_t> post_, hp_, sid_gain_;
     Zep16s old_exc_[kExcHistory + kFrame] = {};
-    Zep16s freq_prev_[4][kOrder];
-    Zep16s prev_lsf_[kOrder];
-    Zep16s prev_ma_ = 0;
-    Zep16s lsp_old_[kOrder];
+    LspDecoder lsp_{check};
+    LagMemory lags_;
+    ErasureRandom random_;
     Zep16s mem_syn_[kOrder] = {};
     Zep16s sharp_ = kSharpMin;
-    Zep16s old_t0_ = 60;
-    Zep16s t0_ = 60;
     Zep16s gains_[2] = {0, 0};
     Zep16s past_qua_en_[4] = {-14336, -14336, -14336, -14336};
-    Zep16s seed_ = 21845;
     Zep16s voicing_ = 60;
     // Annex B.
     Zep16s lsp_sid_[kOrder] = {31441, 27566, 21458, 13612, 4663, -4663, -13612, -21458, -27566, -31441};
@@ -372,10 +275,7 @@ private:
 
 // ---- encoder ---------------------------------------------------------------
 
-constexpr int kWindow = 240;               // L_WINDOW = L_TOTAL
-constexpr int kSpeechAt = kWindow - kFrame - 40;  // the frame being coded, 40 samples before the newest
-constexpr Zep16s kGamma1A = 24576;         // 0.75, Annex A weighting
-constexpr Zep16s kGpClip = 15564;          // pitch-gain ceiling under taming, Q14
+constexpr Zep16s kGamma1A = 24576;  // 0.75, Annex A weighting
 
 class Encoder final : public zepsc_cli::FrameEncoder {
 public:
@@ -414,17 +314,7 @@ private:
     void write_speech(const Params& prm, std::vector<std::uint8_t>& out) const {
         std::uint8_t bits[kBits];
         params_to_bits(prm, bits);
-        if (serial_) {
-            put_word(out, kSync);
-            put_word(out, kBits);
-            for (std::uint8_t b : bits) put_word(out, b ? kBit1 : kBit0);
-        } else {
-            for (int i = 0; i < kBits; i += 8) {
-                std::uint8_t byte = 0;
-                for (int k = 0; k < 8; ++k) byte = static_cast<std::uint8_t>((byte << 1) | bits[i + k]);
-                out.push_back(byte);
-            }
-        }
+        write_frame_bits(bits, kBits, serial_, out);
     }
 
     /// A SID frame (15 bits and the padding bit) or an untransmitted frame.
@@ -445,18 +335,7 @@ private:
         check(zepsAutoCorr_G729B(old_speech_, &exp_r0, r), "autocorrelation");
         std::memcpy(rw, r, 13 * sizeof(Zep32s));
         check(zepsLagWindow_G729_32s_I(rw + 1, 12), "lag window");
-        Zep16s err = 0;
-        const ZepStatus s = zepsLevinsonDurbin_G729_32s16s(rw, kOrder, a, rc, &err);
-        check(s, "Levinson-Durbin");
-        if (s == zepStsOverflow) {
-            std::memcpy(a, prev_filter_, (kOrder + 1) * sizeof(Zep16s));
-            rc[0] = prev_filter_[kOrder + 1];
-            rc[1] = prev_filter_[kOrder + 2];
-        } else {
-            std::memcpy(prev_filter_, a, (kOrder + 1) * sizeof(Zep16s));
-            prev_filter_[kOrder + 1] = rc[0];
-            prev_filter_[kOrder + 2] = rc[1];
-        }
+        lp_filter_or_last_stable(check, rw, a, rc, prev_filter_);
         check(variant_ == Variant::AnnexA ? zepsLPCToLSP_G729A_16s(a, lsp_old_, lsp_new)
                                           : zepsLPCToLSP_G729_16s(a, lsp_old_, lsp_new),
               "LP to LSP");
@@ -492,10 +371,7 @@ private:
         check(zepsCNGExcitation_G729B_16s(gain, old_exc_, &seed_, pitch), "comfort-noise excitation");
         for (int sf = 0; sf < 2; ++sf)
             check(zepsTamingUpdate_G729_16s(pitch[2 * sf], pitch[2 * sf + 1], exc_err_), "taming update");
-        Zep16s lsp_mid[kOrder];
-        check(zepsInterpolate_G729_16s(lsp_old_q_, lsp_sid_, lsp_mid, kOrder), "LSP interpolation");
-        check(zepsLSPToLPC_G729_16s(lsp_mid, aq), "LSP to LPC");
-        check(zepsLSPToLPC_G729_16s(lsp_sid_, aq + kOrder + 1), "LSP to LPC");
+        interpolate_filters(check, lsp_old_q_, lsp_sid_, aq);
         std::memcpy(lsp_old_q_, lsp_sid_, sizeof lsp_old_q_);
         sharp_ = kSharpMin;
         return ftyp;
@@ -599,7 +475,7 @@ private:
             Zep16s gains[2];
             check(zepsGainQuant_G729_16s(xn, y1, code, y2, past_qua_en_, taming, gains, &prm[sf == 0 ? 6 : 10]),
                   "gain quantisation");
-            sharp_ = gains[0] > kSharpMax ? kSharpMax : gains[0] < kSharpMin ? kSharpMin : gains[0];
+            sharp_ = bounded_sharp(gains[0]);
             check(zepsMixExcitation_G729_16s_I(gains[0], gains[1], code, exc + o, kSubfr), "excitation");
             check(zepsTamingUpdate_G729_16s(gains[0], delay[0], exc_err_), "taming update");
             check(zepsWeightedErrorMemory_G729_16s(gains[0], gains[1], xn, y1, y2, mem_w0_), "weighting memory");
@@ -613,10 +489,7 @@ private:
         check(zepsLSPQuant_G729_16s(lsp_new, &freq_prev_[0][0], lsp_new_q, idx), "LSP quantisation");
         prm[0] = idx[0];
         prm[1] = idx[1];
-        Zep16s lsp_mid[kOrder];
-        check(zepsInterpolate_G729_16s(lsp_old_q_, lsp_new_q, lsp_mid, kOrder), "LSP interpolation");
-        check(zepsLSPToLPC_G729_16s(lsp_mid, aq), "LSP to LPC");
-        check(zepsLSPToLPC_G729_16s(lsp_new_q, aq + kOrder + 1), "LSP to LPC");
+        interpolate_filters(check, lsp_old_q_, lsp_new_q, aq);
         std::memcpy(lsp_old_q_, lsp_new_q, sizeof lsp_new_q);
     }
 
@@ -720,7 +593,7 @@ private:
             Zep16s gains[2];
             check(zepsGainQuant_G729_16s(xn, y1, code, y2, past_qua_en_, taming, gains, &prm[sf == 0 ? 6 : 10]),
                   "gain quantisation");
-            sharp_ = gains[0] > kSharpMax ? kSharpMax : gains[0] < kSharpMin ? kSharpMin : gains[0];
+            sharp_ = bounded_sharp(gains[0]);
             check(zepsMixExcitation_G729_16s_I(gains[0], gains[1], code, exc + o, kSubfr), "excitation");
             check(zepsTamingUpdate_G729_16s(gains[0], delay[0], exc_err_), "taming update");
             Zep16s synth[kSubfr], diff[kSubfr];

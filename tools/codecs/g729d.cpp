@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "tools/codecs/g729_annex.h"
+#include "tools/codecs/g729_frame.h"
 #include "zepsc.h"
 
 namespace zepsc_g729 {
@@ -25,23 +26,8 @@ namespace {
 
 using zepsc_cli::CodecError;
 
-constexpr int kFrame = 80;
-constexpr int kSubfr = 40;
-constexpr int kOrder = 10;
-constexpr int kPitMax = 143;
-constexpr int kExcHistory = kPitMax + 11;  // PIT_MAX + L_INTERPOL
 constexpr int kMaxBits = 80;
-constexpr Zep16s kSharpMin = 3277;   // 0.2 in Q14
-constexpr Zep16s kSharpMax = 13017;  // 0.8 in Q14
-constexpr Zep16s kGpClip = 15564;    // pitch-gain ceiling under taming, Q14
-constexpr std::uint16_t kSync = 0x6B21;
-constexpr std::uint16_t kBit0 = 0x007F;
-constexpr std::uint16_t kBit1 = 0x0081;
-
-constexpr Zep16s kFreqPrevReset[kOrder] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
-constexpr Zep16s kLspReset[kOrder] = {30000, 26000, 21000, 15000, 8000, 0, -8000, -15000, -21000, -26000};
-constexpr Zep16s kHighPass140[6] = {1899, -3798, 1899, 4096, 7807, -3733};
-constexpr Zep16s kHighPass100[6] = {7699, -15398, 7699, 8192, 15836, -7667};
+constexpr Check check{"G.729 Annex D"};
 
 /// The parameters of a frame, independent of the rate's bit layout.
 struct Params {
@@ -81,33 +67,7 @@ Params bits_to_params(const std::uint8_t* bits, RateD rate) {
     return p;
 }
 
-void check(ZepStatus s, const char* what) {
-    if (s < 0) throw CodecError(std::string("G.729 Annex D: ") + what + " failed with status " + std::to_string(s));
-}
-
-std::vector<std::uint8_t> state_block(ZepStatus (*size)(Zep32s*)) {
-    Zep32s n = 0;
-    check(size(&n), "state size query");
-    return std::vector<std::uint8_t>(static_cast<std::size_t>(n));
-}
-
-void put_word(std::vector<std::uint8_t>& out, std::uint16_t w) {
-    out.push_back(static_cast<std::uint8_t>(w & 0xff));
-    out.push_back(static_cast<std::uint8_t>(w >> 8));
-}
-
-Zep16s bounded_sharp(Zep16s gain_pitch) {
-    return gain_pitch > kSharpMax ? kSharpMax : gain_pitch < kSharpMin ? kSharpMin : gain_pitch;
-}
-
-/// Int_qlpc: A(z) of subframe 1 from the mean of the old and new LSPs, of
-/// subframe 2 from the new ones.
-void interpolate_filters(const Zep16s* lsp_old, const Zep16s* lsp_new, Zep16s* az) {
-    Zep16s lsp_mid[kOrder];
-    check(zepsInterpolate_G729_16s(lsp_old, lsp_new, lsp_mid, kOrder), "LSP interpolation");
-    check(zepsLSPToLPC_G729_16s(lsp_mid, az), "LSP to LPC");
-    check(zepsLSPToLPC_G729_16s(lsp_new, az + kOrder + 1), "LSP to LPC");
-}
+std::vector<std::uint8_t> state_block(ZepStatus (*size)(Zep32s*)) { return zepsc_g729::state_block(check, size); }
 
 // ---- decoder ---------------------------------------------------------------
 
@@ -120,9 +80,6 @@ public:
         check(zepsHighPassFilterInit_G729(kHighPass100, hp_.data()), "post-processing initialisation");
         disp_ = state_block(zepsPhaseDispersionGetStateSize_G729D);
         check(zepsPhaseDispersionInit_G729D(disp_.data()), "phase-dispersion initialisation");
-        for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
-        std::memcpy(prev_lsf_, kFreqPrevReset, sizeof prev_lsf_);
-        std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
     }
     int sample_rate() const override { return 8000; }
     std::size_t max_frame_samples() const override { return kFrame; }
@@ -139,19 +96,9 @@ public:
                 throw CodecError("frame of " + std::to_string(size) + " bits at byte " +
                                  std::to_string(in.position() - 4) + ": G.729 Annex D frames have 64 or 80");
             rate = size == 64 ? RateD::R6k4 : RateD::R8k;
-            std::uint8_t words[2 * kMaxBits];
-            if (!in.read_exact(words, 2 * size, "frame"))
-                throw CodecError("truncated frame at byte " + std::to_string(in.position()) + ": header without bits");
-            for (unsigned i = 0; i < size; ++i) {
-                const unsigned w = words[2 * i] | (words[2 * i + 1] << 8);
-                bits[i] = w == kBit1 ? 1 : 0;
-                if (w == 0) erased = true;
-            }
-        } else {
-            std::uint8_t bytes[kMaxBits / 8];
-            const int n = frame_bits(rate) / 8;
-            if (!in.read_exact(bytes, static_cast<std::size_t>(n), "frame")) return 0;
-            for (int i = 0; i < 8 * n; ++i) bits[i] = (bytes[i / 8] >> (7 - i % 8)) & 1;
+            read_bit_words(in, size, bits, erased);
+        } else if (!read_payload_bits(in, frame_bits(rate), bits)) {
+            return 0;
         }
         Zep16s az[2 * (kOrder + 1)];
         Zep16s synth[kFrame];
@@ -165,7 +112,7 @@ private:
     /// Decod_ld8kD: the excitation of the two subframes and the synthesis.
     void decode_frame(const Params& prm, RateD rate, bool bfi, Zep16s* az, Zep16s* synth) {
         const bool low = rate == RateD::R6k4;
-        decode_lp(prm, bfi, az);
+        lsp_.decode(prm.lsp[0], prm.lsp[1], bfi, az);
 
         bool bad_pitch = bfi;
         if (!low) {
@@ -178,26 +125,20 @@ private:
             Zep16s* exc = old_exc_ + i_subfr;
 
             // Pitch delay, with the erasure rule of the main body (4.4.1).
-            Zep16s delay[2] = {t0_, 0};
-            if (sf == 0 ? !bad_pitch : !bfi) {
+            Zep16s delay[2];
+            lags_.next(sf == 0 ? !bad_pitch : !bfi, delay, [&](Zep16s* d) {
                 const Zep16s s = static_cast<Zep16s>(sf);
-                check(low ? zepsDecodeLag_G729D_16s(prm.lag[sf], s, delay) : zepsDecodeLag_G729_16s(prm.lag[sf], s, delay),
+                check(low ? zepsDecodeLag_G729D_16s(prm.lag[sf], s, d) : zepsDecodeLag_G729_16s(prm.lag[sf], s, d),
                       "pitch delay decoding");
-                old_t0_ = delay[0];
-            } else {
-                delay[0] = old_t0_;
-                delay[1] = 0;
-                if (old_t0_ < kPitMax) ++old_t0_;
-            }
-            t0_ = delay[0];
+            });
             if (sf == 0) t0_first_ = delay[0];
             check(zepsDecodeAdaptiveVector_G729_16s_I(delay, exc), "adaptive vector");
 
             // Fixed-codebook vector, random codes on an erased frame.
             Zep16s index = prm.pos[sf], sign = prm.sign[sf];
             if (bfi) {
-                index = static_cast<Zep16s>(random() & (low ? 0x01ff : 0x1fff));
-                sign = static_cast<Zep16s>(random() & (low ? 0x0003 : 0x000f));
+                index = static_cast<Zep16s>(random_.next() & (low ? 0x01ff : 0x1fff));
+                sign = static_cast<Zep16s>(random_.next() & (low ? 0x0003 : 0x000f));
             }
             Zep16s code[kSubfr];
             check(low ? zepsDecodeFixedCodebook_G729D_16s(sign, index, code)
@@ -251,73 +192,27 @@ private:
     }
 
     /// The main body's post-filter (pitch from the first subframe) and post-processing.
-    /// A corrupt subframe-1 code can decode to lag 144 (t0_min 134 + 10),
-    /// which an erased frame then repeats; the post-filter's pitch search
-    /// ends at 143 (beyond it the reference reads outside its buffer), so the
-    /// lag is bounded there.
     void post_filter(const Zep16s* az, const Zep16s* synth, Zep16s* out) {
-        const Zep16s lag = t0_first_ > kPitMax ? static_cast<Zep16s>(kPitMax) : t0_first_;
-        Zep16s voicing = 0;
-        for (int sf = 0; sf < 2; ++sf) {
-            Zep16s v = 0;
-            check(zepsPostFilter_G729_16s(lag, az + sf * (kOrder + 1), synth + sf * kSubfr, out + sf * kSubfr,
-                                          &v, post_.data()),
-                  "post-filter");
-            if (v != 0) voicing = v;
-        }
-        voicing_ = voicing;
+        voicing_ = post_filter_main(check, t0_first_, true, az, synth, out, post_.data());
         check(zepsPostProcess_G729_16s_I(out, kFrame, hp_.data()), "post-processing");
-    }
-
-    /// D_lsp and Int_qlpc: the frame's LSPs (the last good ones on an
-    /// erased frame) and the LP filters of the two subframes.
-    void decode_lp(const Params& prm, bool bfi, Zep16s* az) {
-        Zep16s lsf[kOrder];
-        if (!bfi) {
-            const Zep16s idx[4] = {static_cast<Zep16s>((prm.lsp[0] >> 7) & 1), static_cast<Zep16s>(prm.lsp[0] & 127),
-                                   static_cast<Zep16s>((prm.lsp[1] >> 5) & 31), static_cast<Zep16s>(prm.lsp[1] & 31)};
-            check(zepsLSFDecode_G729_16s(idx, &freq_prev_[0][0], lsf), "LSF decoding");
-            std::memcpy(prev_lsf_, lsf, sizeof lsf);
-            prev_ma_ = idx[0];
-        } else {
-            std::memcpy(lsf, prev_lsf_, sizeof lsf);
-            check(zepsLSFDecodeErased_G729_16s(prev_ma_, &freq_prev_[0][0], prev_lsf_), "erased LSF decoding");
-        }
-        Zep16s lsp_new[kOrder];
-        check(zepsLSFToLSP_G729_16s(lsf, lsp_new), "LSF to LSP");
-        interpolate_filters(lsp_old_, lsp_new, az);
-        std::memcpy(lsp_old_, lsp_new, sizeof lsp_new);
-    }
-
-    /// The reference decoder's random generator for erased fixed-codebook codes.
-    Zep16s random() {
-        seed_ = static_cast<Zep16s>(seed_ * 31821 + 13849);
-        return seed_;
     }
 
     RateD rate_;
     bool serial_;
     std::vector<std::uint8_t> post_, hp_, disp_;
     Zep16s old_exc_[kExcHistory + kFrame] = {};
-    Zep16s freq_prev_[4][kOrder];
-    Zep16s prev_lsf_[kOrder];
-    Zep16s prev_ma_ = 0;
-    Zep16s lsp_old_[kOrder];
+    LspDecoder lsp_{check};
+    LagMemory lags_;
+    ErasureRandom random_;
     Zep16s mem_syn_[kOrder] = {};
     Zep16s sharp_ = kSharpMin;
-    Zep16s old_t0_ = 60;
-    Zep16s t0_ = 60;
     Zep16s t0_first_ = 60;
     Zep16s gains_[2] = {0, 0};
     Zep16s past_qua_en_[4] = {-14336, -14336, -14336, -14336};
-    Zep16s seed_ = 21845;
     Zep16s voicing_ = 60;
 };
 
 // ---- encoder ---------------------------------------------------------------
-
-constexpr int kWindow = 240;                      // L_WINDOW = L_TOTAL
-constexpr int kSpeechAt = kWindow - kFrame - 40;  // the frame being coded, 40 samples before the newest
 
 class EncoderD final : public zepsc_cli::FrameEncoder {
 public:
@@ -355,19 +250,8 @@ public:
 private:
     void write_frame(const Params& prm, RateD rate, std::vector<std::uint8_t>& out) const {
         std::uint8_t bits[kMaxBits];
-        const int n = frame_bits(rate);
         params_to_bits(prm, rate, bits);
-        if (serial_) {
-            put_word(out, kSync);
-            put_word(out, static_cast<std::uint16_t>(n));
-            for (int i = 0; i < n; ++i) put_word(out, bits[i] ? kBit1 : kBit0);
-        } else {
-            for (int i = 0; i < n; i += 8) {
-                std::uint8_t byte = 0;
-                for (int k = 0; k < 8; ++k) byte = static_cast<std::uint8_t>((byte << 1) | bits[i + k]);
-                out.push_back(byte);
-            }
-        }
+        write_frame_bits(bits, frame_bits(rate), serial_, out);
     }
 
     /// Autocorrelation, lag window, Levinson-Durbin (the last stable filter
@@ -377,18 +261,7 @@ private:
         Zep16s exp_r0 = 0;
         check(zepsAutoCorr_G729B(old_speech_, &exp_r0, r), "autocorrelation");
         check(zepsLagWindow_G729_32s_I(r + 1, 12), "lag window");
-        Zep16s err = 0;
-        const ZepStatus s = zepsLevinsonDurbin_G729_32s16s(r, kOrder, a, rc, &err);
-        check(s, "Levinson-Durbin");
-        if (s == zepStsOverflow) {
-            std::memcpy(a, prev_filter_, (kOrder + 1) * sizeof(Zep16s));
-            rc[0] = prev_filter_[kOrder + 1];
-            rc[1] = prev_filter_[kOrder + 2];
-        } else {
-            std::memcpy(prev_filter_, a, (kOrder + 1) * sizeof(Zep16s));
-            prev_filter_[kOrder + 1] = rc[0];
-            prev_filter_[kOrder + 2] = rc[1];
-        }
+        lp_filter_or_last_stable(check, r, a, rc, prev_filter_);
         check(zepsLPCToLSP_G729_16s(a, lsp_old_, lsp_new), "LP to LSP");
     }
 
@@ -410,7 +283,7 @@ private:
         check(zepsLSPQuant_G729_16s(lsp_new, &freq_prev_[0][0], lsp_new_q, idx), "LSP quantisation");
         prm.lsp[0] = idx[0];
         prm.lsp[1] = idx[1];
-        interpolate_filters(lsp_old_q_, lsp_new_q, aq);
+        interpolate_filters(check, lsp_old_q_, lsp_new_q, aq);
         std::memcpy(lsp_old_q_, lsp_new_q, sizeof lsp_new_q);
     }
 

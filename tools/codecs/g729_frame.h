@@ -1,0 +1,229 @@
+/* SPDX-License-Identifier: BSD-3-Clause */
+// Pieces of the G.729 8 kbit/s frame that the tool's "g729" coders
+// (tools/codecs/g729.cpp) and its Annex D ones (tools/codecs/g729d.cpp) both
+// use, through the public exports alone: the main body's constants, the
+// serial and RTP framing of a frame's bits, the encoder's LP filter with its
+// last-stable fallback, and the decoder's LSP decoding (D_lsp, Int_qlpc),
+// pitch-delay erasure rule (ITU-T G.729 4.4.1) and post-filter.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "tools/codec.h"
+#include "zepsc.h"
+
+namespace zepsc_g729 {
+
+inline constexpr int kFrame = 80;
+inline constexpr int kSubfr = 40;
+inline constexpr int kOrder = 10;
+inline constexpr int kPitMax = 143;
+inline constexpr int kExcHistory = kPitMax + 11;  // PIT_MAX + L_INTERPOL
+inline constexpr int kWindow = 240;                      // L_WINDOW = L_TOTAL
+inline constexpr int kSpeechAt = kWindow - kFrame - 40;  // the frame being coded, 40 samples before the newest
+inline constexpr Zep16s kSharpMin = 3277;   // 0.2 in Q14
+inline constexpr Zep16s kSharpMax = 13017;  // 0.8 in Q14
+inline constexpr Zep16s kGpClip = 15564;    // pitch-gain ceiling under taming, Q14
+inline constexpr std::uint16_t kSync = 0x6B21;
+inline constexpr std::uint16_t kBit0 = 0x007F;
+inline constexpr std::uint16_t kBit1 = 0x0081;
+
+inline constexpr Zep16s kFreqPrevReset[kOrder] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
+inline constexpr Zep16s kLspReset[kOrder] = {30000, 26000, 21000, 15000, 8000, 0, -8000, -15000, -21000, -26000};
+inline constexpr Zep16s kHighPass140[6] = {1899, -3798, 1899, 4096, 7807, -3733};
+inline constexpr Zep16s kHighPass100[6] = {7699, -15398, 7699, 8192, 15836, -7667};
+
+/// A status of the library that the codec does not expect ends the run;
+/// the message names the codec.
+struct Check {
+    const char* codec;
+    void operator()(ZepStatus s, const char* what) const {
+        if (s < 0)
+            throw zepsc_cli::CodecError(std::string(codec) + ": " + what + " failed with status " + std::to_string(s));
+    }
+};
+
+inline std::vector<std::uint8_t> state_block(const Check& check, ZepStatus (*size)(Zep32s*)) {
+    Zep32s n = 0;
+    check(size(&n), "state size query");
+    return std::vector<std::uint8_t>(static_cast<std::size_t>(n));
+}
+
+inline Zep16s bounded_sharp(Zep16s gain_pitch) {
+    return gain_pitch > kSharpMax ? kSharpMax : gain_pitch < kSharpMin ? kSharpMin : gain_pitch;
+}
+
+// ---- framing ---------------------------------------------------------------
+
+inline void put_word(std::vector<std::uint8_t>& out, std::uint16_t w) {
+    out.push_back(static_cast<std::uint8_t>(w & 0xff));
+    out.push_back(static_cast<std::uint8_t>(w >> 8));
+}
+
+/// A speech frame of n bits (values 0/1): in the serial format SYNC, the
+/// size and one word a bit; as an RTP payload the bits MSB first.
+inline void write_frame_bits(const std::uint8_t* bits, int n, bool serial, std::vector<std::uint8_t>& out) {
+    if (serial) {
+        put_word(out, kSync);
+        put_word(out, static_cast<std::uint16_t>(n));
+        for (int i = 0; i < n; ++i) put_word(out, bits[i] ? kBit1 : kBit0);
+    } else {
+        for (int i = 0; i < n; i += 8) {
+            std::uint8_t byte = 0;
+            for (int k = 0; k < 8; ++k) byte = static_cast<std::uint8_t>((byte << 1) | bits[i + k]);
+            out.push_back(byte);
+        }
+    }
+}
+
+/// The size bit words of a serial frame after its header into bits; a word
+/// 0x0000 marks the frame erased.
+inline void read_bit_words(zepsc_cli::ByteSource& in, unsigned size, std::uint8_t* bits, bool& erased) {
+    std::uint8_t words[2 * 80];
+    if (size != 0 && !in.read_exact(words, 2 * size, "frame"))
+        throw zepsc_cli::CodecError("truncated frame at byte " + std::to_string(in.position()) +
+                                    ": header without bits");
+    for (unsigned i = 0; i < size; ++i) {
+        const unsigned w = words[2 * i] | (words[2 * i + 1] << 8);
+        bits[i] = w == kBit1 ? 1 : 0;
+        if (w == 0) erased = true;
+    }
+}
+
+/// An RTP payload of n bits (MSB first) into bits; false at the end of the input.
+inline bool read_payload_bits(zepsc_cli::ByteSource& in, int n, std::uint8_t* bits) {
+    std::uint8_t bytes[80 / 8];
+    if (!in.read_exact(bytes, static_cast<std::size_t>(n / 8), "frame")) return false;
+    for (int i = 0; i < n; ++i) bits[i] = (bytes[i / 8] >> (7 - i % 8)) & 1;
+    return true;
+}
+
+// ---- encoder ---------------------------------------------------------------
+
+/// Levinson-Durbin of the autocorrelations r into A(z) (a, 11) and the
+/// reflection coefficients rc; when the recursion finds the filter unstable
+/// the last stable filter and its rc[0], rc[1] (prev_filter, 13) stand in,
+/// otherwise they become it.
+inline void lp_filter_or_last_stable(const Check& check, const Zep32s* r, Zep16s* a, Zep16s* rc,
+                                     Zep16s* prev_filter) {
+    Zep16s err = 0;
+    const ZepStatus s = zepsLevinsonDurbin_G729_32s16s(r, kOrder, a, rc, &err);
+    check(s, "Levinson-Durbin");
+    if (s == zepStsOverflow) {
+        std::memcpy(a, prev_filter, (kOrder + 1) * sizeof(Zep16s));
+        rc[0] = prev_filter[kOrder + 1];
+        rc[1] = prev_filter[kOrder + 2];
+    } else {
+        std::memcpy(prev_filter, a, (kOrder + 1) * sizeof(Zep16s));
+        prev_filter[kOrder + 1] = rc[0];
+        prev_filter[kOrder + 2] = rc[1];
+    }
+}
+
+// ---- decoder ---------------------------------------------------------------
+
+/// Int_qlpc: A(z) of subframe 1 from the mean of the old and new LSPs, of
+/// subframe 2 from the new ones.
+inline void interpolate_filters(const Check& check, const Zep16s* lsp_old, const Zep16s* lsp_new, Zep16s* az) {
+    Zep16s lsp_mid[kOrder];
+    check(zepsInterpolate_G729_16s(lsp_old, lsp_new, lsp_mid, kOrder), "LSP interpolation");
+    check(zepsLSPToLPC_G729_16s(lsp_mid, az), "LSP to LPC");
+    check(zepsLSPToLPC_G729_16s(lsp_new, az + kOrder + 1), "LSP to LPC");
+}
+
+/// The decoder's LSP memories: the MA predictor's past LSFs, the last good
+/// LSFs and predictor switch, and the previous frame's LSPs.
+struct LspDecoder {
+    explicit LspDecoder(Check c) : check(c) {
+        for (auto& row : freq_prev) std::memcpy(row, kFreqPrevReset, sizeof row);
+        std::memcpy(prev_lsf, kFreqPrevReset, sizeof prev_lsf);
+        std::memcpy(lsp_old, kLspReset, sizeof lsp_old);
+    }
+
+    /// D_lsp and Int_qlpc: the frame's LSPs from the codes L0+L1, L2+L3 (the
+    /// last good ones on an erased frame) and the LP filters of the two
+    /// subframes.
+    void decode(Zep16s l01, Zep16s l23, bool bfi, Zep16s* az) {
+        Zep16s lsf[kOrder];
+        if (!bfi) {
+            const Zep16s idx[4] = {static_cast<Zep16s>((l01 >> 7) & 1), static_cast<Zep16s>(l01 & 127),
+                                   static_cast<Zep16s>((l23 >> 5) & 31), static_cast<Zep16s>(l23 & 31)};
+            check(zepsLSFDecode_G729_16s(idx, &freq_prev[0][0], lsf), "LSF decoding");
+            std::memcpy(prev_lsf, lsf, sizeof lsf);
+            prev_ma = idx[0];
+        } else {
+            std::memcpy(lsf, prev_lsf, sizeof lsf);
+            check(zepsLSFDecodeErased_G729_16s(prev_ma, &freq_prev[0][0], prev_lsf), "erased LSF decoding");
+        }
+        Zep16s lsp_new[kOrder];
+        check(zepsLSFToLSP_G729_16s(lsf, lsp_new), "LSF to LSP");
+        interpolate_filters(check, lsp_old, lsp_new, az);
+        std::memcpy(lsp_old, lsp_new, sizeof lsp_new);
+    }
+
+    Check check;
+    Zep16s freq_prev[4][kOrder];
+    Zep16s prev_lsf[kOrder];
+    Zep16s prev_ma = 0;
+    Zep16s lsp_old[kOrder];
+};
+
+/// The pitch-delay memories of the decoder and the erasure rule of G.729
+/// 4.4.1: a subframe whose code is bad repeats the last good integer delay,
+/// which grows by one (up to 143) for the next.
+struct LagMemory {
+    /// The delay of a subframe: decode(delay) with delay = {last delay, 0}
+    /// when its code is good.
+    template <class Decode>
+    void next(bool good, Zep16s* delay, Decode decode) {
+        delay[0] = t0;
+        delay[1] = 0;
+        if (good) {
+            decode(delay);
+            old_t0 = delay[0];
+        } else {
+            delay[0] = old_t0;
+            if (old_t0 < kPitMax) ++old_t0;
+        }
+        t0 = delay[0];
+    }
+
+    Zep16s old_t0 = 60;
+    Zep16s t0 = 60;
+};
+
+/// The reference decoder's random generator for erased fixed-codebook codes.
+struct ErasureRandom {
+    Zep16s next() {
+        seed = static_cast<Zep16s>(seed * 31821 + 13849);
+        return seed;
+    }
+    Zep16s seed = 21845;
+};
+
+/// The main body's post-filter of a frame, pitch from the first subframe's
+/// lag (without its long-term part on comfort-noise frames, Annex B);
+/// returns the voicing of the last subframe that found one, else 0.
+/// A corrupt subframe-1 code can decode to lag 144 (t0_min 134 + 10), which
+/// an erased frame then repeats; the pitch post-filter ends its search at
+/// 143 (beyond it the reference reads outside its buffer), so the lag is
+/// bounded there.
+inline Zep16s post_filter_main(const Check& check, Zep16s lag0, bool speech, const Zep16s* az, const Zep16s* synth,
+                               Zep16s* out, std::uint8_t* state) {
+    const Zep16s lag = lag0 > kPitMax ? static_cast<Zep16s>(kPitMax) : lag0;
+    Zep16s voicing = 0;
+    for (int sf = 0; sf < 2; ++sf) {
+        const Zep16s* a = az + sf * (kOrder + 1);
+        Zep16s v = 0;
+        check(speech ? zepsPostFilter_G729_16s(lag, a, synth + sf * kSubfr, out + sf * kSubfr, &v, state)
+                     : zepsPostFilterInactive_G729_16s(a, synth + sf * kSubfr, out + sf * kSubfr, state),
+              "post-filter");
+        if (v != 0) voicing = v;
+    }
+    return voicing;
+}
+
+}  // namespace zepsc_g729
