@@ -19,8 +19,9 @@
 // on from call to call. Counters in ns per frame (see bench/interleaved.h).
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <memory>
