@@ -1,23 +1,34 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// Whole G.729 codecs per 10 ms frame: the encoder and decoder of the main
-// body and of Annexes A, B and AB assembled from the public exports (the
-// zepsc tool's codec), beside Debian's libbcg729 (G.729 Annex A, with or
-// without its Annex B VAD/DTX) on the same speech. Frames of
-// shared/speech/male.s16, looped. The BM_G729*_Rounds benchmarks time both
-// implementations round by round (50 frames of ours, then the same 50
-// frames of the peer, thread CPU time) and report microseconds per frame of
-// each as counters, so that load on the machine strikes both alike.
+// Whole G.729 codecs per 10 ms frame, the codec of `zepsc g729` (public
+// exports): main body, Annexes A, B (main body with VAD/DTX), AB, D (6.4
+// kbit/s) encoders and decoders, and the Annex E decoder (11.8 kbit/s; its
+// encoder is not available), through bench/interleaved.h: the public entries
+// (the build the library chose), the same calls with each build forced, and
+// the peer round by round in one loop on the same frames.
+//
+// Peer: Debian's libbcg729 (G.729 Annex A, optionally its Annex B VAD/DTX).
+// Its channel is made once, outside the timing, and carried across calls as
+// ours is. Annex A encoder and decoder: DTX off on both sides, same speech,
+// and the decoder of each side reads the same Annex A frames (our encoding,
+// 10-byte RTP payloads, which both take). Annex AB: bcg729 with its VAD on
+// (x_bcg729_vad), decoding its own encoding; the two VADs decide
+// differently, so that ratio also weighs how many frames each sends.
+//
+// One call = 100 frames (1 s of shared/speech/male.s16, or the first 100
+// frames of the Annex E reference stream of that file); the coder state runs
+// on from call to call. Counters in ns per frame (see bench/interleaved.h).
 #include <benchmark/benchmark.h>
 
-#include <time.h>
-
+#include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <functional>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "bench/interleaved.h"
 #include "tools/codec.h"
 
 #if defined(ZEPS_HAVE_LIBBCG729)
@@ -29,250 +40,169 @@ extern "C" {  // the library's headers declare C functions without a C++ guard
 
 namespace {
 
-using V16 = std::vector<std::int16_t>;
-constexpr std::size_t kFrame = 80;
+using Bytes = std::vector<std::uint8_t>;
+constexpr int kFrame = 80;
+constexpr int kFrames = 100;
 
-const V16& speech() {
-    static const V16 s = [] {
-        V16 v;
-        const std::string path = std::string(ZEPS_SHARED_DIR) + "/speech/male.s16";
-        if (FILE* f = std::fopen(path.c_str(), "rb")) {
-            std::int16_t buf[4096];
-            std::size_t n;
-            while ((n = std::fread(buf, sizeof(std::int16_t), 4096, f)) > 0) v.insert(v.end(), buf, buf + n);
-            std::fclose(f);
+const std::vector<std::int16_t>& speech() {
+    static const std::vector<std::int16_t> s = [] {
+        std::vector<std::int16_t> v(kFrame * kFrames);
+        std::ifstream f(ZEPS_SHARED_DIR "/speech/male.s16", std::ios::binary);
+        for (auto& x : v) {
+            unsigned char b[2] = {0, 0};
+            f.read(reinterpret_cast<char*>(b), 2);
+            x = static_cast<std::int16_t>(b[0] | (b[1] << 8));
         }
-        if (v.size() < 100 * kFrame) v.assign(100 * kFrame, 0);
-        v.resize(v.size() / kFrame * kFrame);
         return v;
     }();
     return s;
 }
 
-std::size_t frames() { return speech().size() / kFrame; }
-
-zepsc_cli::CodecOptions annex(const char* a) {
-    zepsc_cli::CodecOptions o;
-    o.values["annex"] = a;
-    return o;
-}
-
 const zepsc_cli::CodecSpec& g729() {
     const zepsc_cli::CodecSpec* c = zepsc_cli::find_codec("g729");
-    if (!c) std::abort();
+    if (c == nullptr) std::abort();
     return *c;
 }
 
-void encoder(benchmark::State& st, const char* a) {
-    auto enc = g729().make_encoder(zepsc_cli::with_defaults(g729(), annex(a)), "g729");
-    std::vector<std::uint8_t> out;
-    out.reserve(16);
-    std::size_t f = 0;
-    for (auto _ : st) {
-        out.clear();
-        enc->encode(speech().data() + f * kFrame, out);
-        benchmark::DoNotOptimize(out.data());
-        if (++f == frames()) f = 0;
-    }
-    st.SetLabel("per 10 ms frame");
+zepsc_cli::CodecOptions options(const char* annex) {
+    zepsc_cli::CodecOptions o;
+    o.values["annex"] = annex;
+    return zepsc_cli::with_defaults(g729(), o);
 }
 
-void decoder(benchmark::State& st, const char* a) {
-    const auto bits = zepsc_cli::encode_all(g729(), annex(a), "g729", speech().data(), speech().size());
-    auto dec = g729().make_decoder(zepsc_cli::with_defaults(g729(), annex(a)), "g729");
-    std::int16_t pcm[kFrame];
-    std::size_t f = 0;
-    for (auto _ : st) {
-        zepsc_cli::MemorySource src(bits.data() + f * 10, 10);
-        benchmark::DoNotOptimize(dec->decode(src, pcm));
-        if (++f == bits.size() / 10) f = 0;
-    }
-    st.SetLabel("per 10 ms frame");
+/// The Annex E reference encoding of male.s16 (ITU-T serial format), cut
+/// after its first kFrames frames (each: SYNC, size word, size bit words).
+Bytes annex_e_stream() {
+    std::ifstream f(ZEPS_SHARED_DIR "/codecs/g729/g729e/male.bit", std::ios::binary);
+    Bytes all((std::istreambuf_iterator<char>(f)), std::istreambuf_iterator<char>());
+    std::size_t at = 0;
+    for (int n = 0; n < kFrames && at + 4 <= all.size(); ++n) at += 4 + 2 * std::size_t(all[at + 2] | all[at + 3] << 8);
+    all.resize(std::min(at, all.size()));
+    return all;
 }
 
-void BM_G729_Encoder(benchmark::State& st) { encoder(st, "0"); }
-void BM_G729_Decoder(benchmark::State& st) { decoder(st, "0"); }
-void BM_G729A_Encoder(benchmark::State& st) { encoder(st, "A"); }
-void BM_G729A_Decoder(benchmark::State& st) { decoder(st, "A"); }
-BENCHMARK(BM_G729_Encoder);
-BENCHMARK(BM_G729_Decoder);
-BENCHMARK(BM_G729A_Encoder);
-BENCHMARK(BM_G729A_Decoder);
+/// Our encoder of one annex: one call codes the kFrames frames.
+zb::Factory our_encoder(const char* annex, const char* fmt) {
+    return [annex, fmt] {
+        std::shared_ptr<zepsc_cli::FrameEncoder> enc = g729().make_encoder(options(annex), fmt);
+        auto out = std::make_shared<Bytes>();
+        out->reserve(512 * kFrames);
+        return zb::Call([enc, out] {
+            out->clear();
+            for (int f = 0; f < kFrames; ++f) enc->encode(speech().data() + f * kFrame, *out);
+            benchmark::DoNotOptimize(out->data());
+        });
+    };
+}
+
+/// Our decoder of one annex over a stream: one call decodes it whole.
+zb::Factory our_decoder(const char* annex, const char* fmt, std::shared_ptr<const Bytes> bits) {
+    return [annex, fmt, bits] {
+        std::shared_ptr<zepsc_cli::FrameDecoder> dec = g729().make_decoder(options(annex), fmt);
+        return zb::Call([dec, bits] {
+            zepsc_cli::MemorySource in(bits->data(), bits->size());
+            std::int16_t pcm[kFrame];
+            while (dec->decode(in, pcm) != 0) benchmark::DoNotOptimize(pcm);
+        });
+    };
+}
+
+std::shared_ptr<const Bytes> our_stream(const char* annex, const char* fmt) {
+    return std::make_shared<const Bytes>(
+        zepsc_cli::encode_all(g729(), options(annex), fmt, speech().data(), speech().size()));
+}
+
+// ---------------------------------------------------------------- peer
 
 #if defined(ZEPS_HAVE_LIBBCG729)
-void BM_G729A_Encoder_bcg729(benchmark::State& st) {
-    bcg729EncoderChannelContextStruct* enc = initBcg729EncoderChannel(0);
-    std::uint8_t bits[10], len = 0;
-    std::size_t f = 0;
-    for (auto _ : st) {
-        bcg729Encoder(enc, speech().data() + f * kFrame, bits, &len);
-        benchmark::DoNotOptimize(bits);
-        if (++f == frames()) f = 0;
-    }
+zb::Peer bcg729_encoder(bool vad) {
+    auto enc = std::shared_ptr<bcg729EncoderChannelContextStruct>(initBcg729EncoderChannel(vad ? 1 : 0),
+                                                                  closeBcg729EncoderChannel);
+    auto out = std::make_shared<Bytes>(10 * kFrames);
+    return {vad ? "bcg729_vad" : "bcg729", [enc, out] {
+                std::uint8_t len = 0;
+                for (int f = 0; f < kFrames; ++f)
+                    bcg729Encoder(enc.get(), speech().data() + f * kFrame, out->data() + 10 * f, &len);
+                benchmark::DoNotOptimize(out->data());
+            }};
+}
+
+/// bits: 10-byte frames (lens null) or the peer's own frames of lens[f]
+/// bytes (10, 2 for SID, 0 untransmitted) at 10-byte strides.
+zb::Peer bcg729_decoder(const char* name, std::shared_ptr<const Bytes> bits, std::shared_ptr<const Bytes> lens) {
+    auto dec = std::shared_ptr<bcg729DecoderChannelContextStruct>(initBcg729DecoderChannel(), closeBcg729DecoderChannel);
+    return {name, [dec, bits, lens] {
+                std::int16_t pcm[kFrame];
+                for (int f = 0; f < kFrames; ++f) {
+                    const std::uint8_t len = lens ? (*lens)[static_cast<std::size_t>(f)] : 10;
+                    bcg729Decoder(dec.get(), bits->data() + 10 * f, len, 0, len == 10 ? 0 : 1, 0, pcm);
+                    benchmark::DoNotOptimize(pcm);
+                }
+            }};
+}
+
+/// The peer decoding its own VAD/DTX encoding of the speech.
+zb::Peer bcg729_vad_decoder() {
+    auto bits = std::make_shared<Bytes>(10 * kFrames);
+    auto lens = std::make_shared<Bytes>(kFrames);
+    bcg729EncoderChannelContextStruct* enc = initBcg729EncoderChannel(1);
+    for (int f = 0; f < kFrames; ++f)
+        bcg729Encoder(enc, speech().data() + f * kFrame, bits->data() + 10 * f, lens->data() + f);
     closeBcg729EncoderChannel(enc);
-    st.SetLabel("per 10 ms frame");
+    return bcg729_decoder("bcg729_vad", bits, lens);
 }
-void BM_G729A_Decoder_bcg729(benchmark::State& st) {
-    const auto bits = zepsc_cli::encode_all(g729(), annex("A"), "g729", speech().data(), speech().size());
-    bcg729DecoderChannelContextStruct* dec = initBcg729DecoderChannel();
-    std::int16_t pcm[kFrame];
-    std::size_t f = 0;
-    for (auto _ : st) {
-        bcg729Decoder(dec, bits.data() + f * 10, 10, 0, 0, 0, pcm);
-        benchmark::DoNotOptimize(pcm);
-        if (++f == bits.size() / 10) f = 0;
-    }
-    closeBcg729DecoderChannel(dec);
-    st.SetLabel("per 10 ms frame");
-}
-BENCHMARK(BM_G729A_Encoder_bcg729);
-BENCHMARK(BM_G729A_Decoder_bcg729);
 #endif
 
-// ---- round-by-round timing of ours against the peer on the same frames
+// ---------------------------------------------------------------- benchmarks
 
-double thread_seconds() {
-    timespec t{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
-    return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
-}
-
-constexpr int kRound = 50;
-
-/// Runs ours(frame) then peer(frame) (when given) over the same kRound
-/// frames per iteration; counters: us per frame of each, and their ratio.
-void rounds(benchmark::State& st, const std::function<void(std::size_t)>& ours,
-            const std::function<void(std::size_t)>& peer, std::size_t nframes) {
-    double t_ours = 0, t_peer = 0;
-    std::size_t f = 0, n = 0;
-    for (auto _ : st) {
-        if (f + kRound > nframes) f = 0;
-        double t0 = thread_seconds();
-        for (int k = 0; k < kRound; ++k) ours(f + k);
-        double t1 = thread_seconds();
-        t_ours += t1 - t0;
-        if (peer) {
-            t0 = thread_seconds();
-            for (int k = 0; k < kRound; ++k) peer(f + k);
-            t1 = thread_seconds();
-            t_peer += t1 - t0;
-        }
-        f += kRound;
-        n += kRound;
-    }
-    if (n == 0) return;
-    st.counters["zepsc_us"] = 1e6 * t_ours / static_cast<double>(n);
-    if (peer) {
-        st.counters["peer_us"] = 1e6 * t_peer / static_cast<double>(n);
-        st.counters["peer/zepsc"] = t_ours > 0 ? t_peer / t_ours : 0;
-    }
-    st.SetLabel(peer ? "per 10 ms frame; peer: libbcg729" : "per 10 ms frame");
-}
-
-/// Our encoder of one annex in one format, frame by frame.
-struct OurEncoder {
-    std::unique_ptr<zepsc_cli::FrameEncoder> enc;
-    std::vector<std::uint8_t> out;
-    OurEncoder(const char* a, const char* fmt) {
-        zepsc_cli::CodecOptions o = annex(a);
-        enc = g729().make_encoder(zepsc_cli::with_defaults(g729(), o), fmt);
-        out.reserve(512);
-    }
-    void frame(std::size_t f) {
-        out.clear();
-        enc->encode(speech().data() + f * kFrame, out);
-        benchmark::DoNotOptimize(out.data());
-    }
+struct Annex {
+    const char* annex;
+    const char* fmt;
+    int peer;  // 0 none, 1 bcg729 without VAD, 2 bcg729 with its VAD
+};
+constexpr Annex kAnnexes[] = {
+    {"0", "g729", 0}, {"A", "g729", 1}, {"B", "bit", 0}, {"AB", "bit", 2}, {"D", "bit", 0},
 };
 
-/// Our decoder over our own encoding of the speech, frame by frame
-/// (the stream restarts at its end; the decoder state runs on).
-struct OurDecoder {
-    std::vector<std::uint8_t> bits;
-    std::unique_ptr<zepsc_cli::FrameDecoder> dec;
-    std::unique_ptr<zepsc_cli::MemorySource> src;
-    std::int16_t pcm[kFrame];
-    OurDecoder(const char* a, const char* fmt) {
-        bits = zepsc_cli::encode_all(g729(), annex(a), fmt, speech().data(), speech().size());
-        dec = g729().make_decoder(zepsc_cli::with_defaults(g729(), annex(a)), fmt);
-        src = std::make_unique<zepsc_cli::MemorySource>(bits.data(), bits.size());
-    }
-    void frame(std::size_t) {
-        if (dec->decode(*src, pcm) == 0) {
-            src = std::make_unique<zepsc_cli::MemorySource>(bits.data(), bits.size());
-            dec->decode(*src, pcm);
-        }
-        benchmark::DoNotOptimize(pcm);
-    }
-};
-
-void encoder_rounds(benchmark::State& st, const char* a, const char* fmt, int peer_vad) {
-    OurEncoder ours(a, fmt);
-    std::function<void(std::size_t)> peer;
-#if defined(ZEPS_HAVE_LIBBCG729)
-    bcg729EncoderChannelContextStruct* enc = nullptr;
-    std::uint8_t bits[10];
-    std::uint8_t len = 0;
-    if (peer_vad >= 0) {
-        enc = initBcg729EncoderChannel(static_cast<std::uint8_t>(peer_vad));
-        peer = [&](std::size_t f) {
-            bcg729Encoder(enc, speech().data() + f * kFrame, bits, &len);
-            benchmark::DoNotOptimize(bits);
-        };
-    }
-#else
-    (void)peer_vad;
-#endif
-    rounds(st, [&](std::size_t f) { ours.frame(f); }, peer, frames());
-#if defined(ZEPS_HAVE_LIBBCG729)
-    if (enc) closeBcg729EncoderChannel(enc);
-#endif
+void label(benchmark::State& state, const Annex& a, bool encode) {
+    state.SetLabel(std::string(encode ? "encoder" : "decoder") + ", annex " + a.annex + ", ns per frame");
 }
 
-void decoder_rounds(benchmark::State& st, const char* a, const char* fmt, int peer_vad) {
-    OurDecoder ours(a, fmt);
-    std::function<void(std::size_t)> peer;
+void BM_G729Encoder(benchmark::State& state) {
+    const Annex& a = kAnnexes[state.range(0)];
+    std::vector<zb::Peer> peers;
 #if defined(ZEPS_HAVE_LIBBCG729)
-    // The peer decodes its own encoding of the same speech (frames of 10, 2
-    // or 0 bytes with its VAD; untransmitted frames as comfort noise).
-    std::vector<std::uint8_t> pbits(frames() * 10);
-    std::vector<std::uint8_t> plen(frames());
-    bcg729DecoderChannelContextStruct* dec = nullptr;
-    std::int16_t pcm[kFrame];
-    if (peer_vad >= 0) {
-        bcg729EncoderChannelContextStruct* enc = initBcg729EncoderChannel(static_cast<std::uint8_t>(peer_vad));
-        for (std::size_t f = 0; f < frames(); ++f) bcg729Encoder(enc, speech().data() + f * kFrame, &pbits[f * 10], &plen[f]);
-        closeBcg729EncoderChannel(enc);
-        dec = initBcg729DecoderChannel();
-        peer = [&](std::size_t f) {
-            bcg729Decoder(dec, &pbits[f * 10], plen[f], 0, plen[f] == 10 ? 0 : 1, 0, pcm);
-            benchmark::DoNotOptimize(pcm);
-        };
-    }
-#else
-    (void)peer_vad;
+    if (a.peer != 0) peers.push_back(bcg729_encoder(a.peer == 2));
 #endif
-    rounds(st, [&](std::size_t f) { ours.frame(f); }, peer, frames());
-#if defined(ZEPS_HAVE_LIBBCG729)
-    if (dec) closeBcg729DecoderChannel(dec);
-#endif
+    zb::interleaved(state, our_encoder(a.annex, a.fmt), std::move(peers), kFrames);
+    label(state, a, true);
 }
+BENCHMARK(BM_G729Encoder)->DenseRange(0, 4)->ArgName("annex_0_A_B_AB_D")->Apply(zb::few_rounds)->Unit(benchmark::kMicrosecond);
 
-void BM_G729_Encoder_Rounds(benchmark::State& st) { encoder_rounds(st, "0", "g729", -1); }
-void BM_G729_Decoder_Rounds(benchmark::State& st) { decoder_rounds(st, "0", "g729", -1); }
-void BM_G729A_Encoder_Rounds(benchmark::State& st) { encoder_rounds(st, "A", "g729", 0); }
-void BM_G729A_Decoder_Rounds(benchmark::State& st) { decoder_rounds(st, "A", "g729", 0); }
-void BM_G729B_Encoder_Rounds(benchmark::State& st) { encoder_rounds(st, "B", "bit", -1); }
-void BM_G729B_Decoder_Rounds(benchmark::State& st) { decoder_rounds(st, "B", "bit", -1); }
-void BM_G729AB_Encoder_Rounds(benchmark::State& st) { encoder_rounds(st, "AB", "bit", 1); }
-void BM_G729AB_Decoder_Rounds(benchmark::State& st) { decoder_rounds(st, "AB", "bit", 1); }
-BENCHMARK(BM_G729_Encoder_Rounds);
-BENCHMARK(BM_G729_Decoder_Rounds);
-BENCHMARK(BM_G729A_Encoder_Rounds);
-BENCHMARK(BM_G729A_Decoder_Rounds);
-BENCHMARK(BM_G729B_Encoder_Rounds);
-BENCHMARK(BM_G729B_Decoder_Rounds);
-BENCHMARK(BM_G729AB_Encoder_Rounds);
-BENCHMARK(BM_G729AB_Decoder_Rounds);
+void BM_G729Decoder(benchmark::State& state) {
+    const Annex& a = kAnnexes[state.range(0)];
+    const auto bits = our_stream(a.annex, a.fmt);
+    std::vector<zb::Peer> peers;
+#if defined(ZEPS_HAVE_LIBBCG729)
+    if (a.peer == 1) peers.push_back(bcg729_decoder("bcg729", bits, nullptr));
+    if (a.peer == 2) peers.push_back(bcg729_vad_decoder());
+#endif
+    zb::interleaved(state, our_decoder(a.annex, a.fmt, bits), std::move(peers), kFrames);
+    label(state, a, false);
+}
+BENCHMARK(BM_G729Decoder)->DenseRange(0, 4)->ArgName("annex_0_A_B_AB_D")->Apply(zb::few_rounds)->Unit(benchmark::kMicrosecond);
+
+/// Annex E decoder over the first 100 frames of the reference stream (11.8
+/// kbit/s); skipped when the shared stream is absent.
+void BM_G729EDecoder(benchmark::State& state) {
+    auto bits = std::make_shared<const Bytes>(annex_e_stream());
+    if (bits->empty()) {
+        state.SkipWithError("shared/codecs/g729/g729e/male.bit not found");
+        return;
+    }
+    zb::interleaved(state, our_decoder("E", "bit", bits), {}, kFrames);
+    state.SetLabel("decoder, annex E 11.8 kbit/s, ns per frame");
+}
+BENCHMARK(BM_G729EDecoder)->Apply(zb::few_rounds)->Unit(benchmark::kMicrosecond);
 
 }  // namespace

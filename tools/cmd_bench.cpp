@@ -3,8 +3,9 @@
 // runs, on the embedded demo clip, and the full-duplex channels (one encoder
 // plus one decoder each) one core sustains in real time. It runs the same
 // frame loops as the codec commands (encode_all/decode_all), with each
-// codec's default options; the clip is given to a codec at its own sampling
-// rate as it stands.
+// codec's default options (and, for G.729, each annex that has both an
+// encoder and a decoder: A, B, AB and D); the clip is given to a codec at
+// its own sampling rate as it stands.
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
@@ -47,8 +48,21 @@ double best_seconds(double seconds, F&& call) {
     return best;
 }
 
-Row bench_codec(const CodecSpec& spec, double seconds) {
-    const CodecOptions options = with_defaults(spec, {});
+/// Option sets timed besides the defaults: the G.729 annexes with both
+/// directions (Annex E has no encoder here to code the clip).
+std::vector<CodecOptions> variants_of(const CodecSpec& spec) {
+    std::vector<CodecOptions> v(1);
+    if (spec.name == "g729")
+        for (const char* annex : {"A", "B", "AB", "D"}) {
+            CodecOptions o;
+            o.values["annex"] = annex;
+            v.push_back(o);
+        }
+    return v;
+}
+
+Row bench_codec(const CodecSpec& spec, const CodecOptions& given, double seconds) {
+    const CodecOptions options = with_defaults(spec, given);
     const std::string format = spec.formats.front();
     const std::vector<std::int16_t> clip(kDemoClip, kDemoClip + kDemoClipLength);
     Row r;
@@ -76,7 +90,7 @@ void run_bench(const BenchArgs& args) {
     for (const CodecSpec& spec : codec_registry()) {
         if (!args.codec.empty() && args.codec != spec.name) continue;
         try {
-            rows.push_back(bench_codec(spec, args.seconds));
+            for (const CodecOptions& o : variants_of(spec)) rows.push_back(bench_codec(spec, o, args.seconds));
         } catch (const CodecError& e) {
             if (!args.codec.empty()) throw;  // asked for by name: say why it cannot be timed
             skipped += (skipped.empty() ? "" : "; ") + spec.name + " (" + e.what() + ")";
