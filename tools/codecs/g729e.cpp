@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The G.729 Annex E codec of the zepsc tool (11.8 kbit/s with the 8 kbit/s
 // frames of the main body in between), assembled from the public exports
-// alone: the Annex E reference decoder, stage by stage, in its order.
+// alone: the Annex E reference decoder and encoder, stage by stage, in
+// their order. The encoder codes every frame at 11.8 kbit/s, at 8, or at
+// the rate of each frame from a rate file.
 //
 // Bitstream: the ITU-T serial format (SYNC 0x6B21, a size word of 118 or
 // 80, then one 16-bit word a bit, 0x0081 = 1, 0x007F = 0). An 11.8 kbit/s
