@@ -65,9 +65,13 @@ inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, const 
         if (!always_plain) peak = std::max<std::int64_t>(peak, xi < 0 ? -std::int64_t{xi} : xi);
         Word16 out;
         if (always_plain || peak <= limit) {
-            Word32 acc = 0;
-            for (int j = 1; j <= kOrder; ++j) acc += c[j] * w[j - 1];
-            Word32 s = 2 * (c[0] * xi - acc);
+            // The newest output's product is added last: the recursion's
+            // latency is one multiply and a few adds a sample, the older
+            // terms summed while the previous sample is still being formed.
+            Word32 acc = c[0] * xi;
+            for (int j = kOrder; j >= 2; --j) acc -= c[j] * w[j - 1];
+            acc -= c[1] * w[0];
+            Word32 s = 2 * acc;
             if (s > 0x0fffffff || s < -0x10000000) {
                 ovf = true;
                 s = s > 0 ? MAX_32 : MIN_32;
