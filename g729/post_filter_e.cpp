@@ -44,13 +44,7 @@ Word16 calc_st_filte(const Word16* apond2, const Word16* apond1, Word16* sig, in
     const Word16 zero[kOrderMax] = {};
     g729e::syn_filte(m, apond1, apond2, h, long_h, zero);
     const Word16 parcor0 = calc_rc0_h(h, long_h);
-    Word32 L_g0 = 0;
-    for (int i = 0; i < long_h; ++i) L_g0 = L_add(L_g0, L_deposit_l(abs_s(h[i])));
-    const Word16 g0 = extract_h(L_shl(L_g0, 14));
-    if (g0 > 1024) {
-        const Word16 temp = div_s(1024, g0);
-        for (int i = 0; i < kSubfr; ++i) sig[i] = mult_r(sig[i], temp);
-    }
+    scale_by_h_sum(h, long_h, sig);
     return parcor0;
 }
 

@@ -276,6 +276,19 @@ inline Word16 calc_rc0_h(const Word16* h, int long_h) {
 }
 
 
+/// The short-term filter's input scaled by the inverse of the sum of |h|
+/// (the impulse response of its long_h first samples) when that sum is
+/// above 1 (Q10 on the Q12 response).
+inline void scale_by_h_sum(const Word16* h, int long_h, Word16* sig) {
+    Word32 L_g0 = 0;
+    for (int i = 0; i < long_h; ++i) L_g0 = L_add(L_g0, L_deposit_l(abs_s(h[i])));
+    const Word16 g0 = extract_h(L_shl(L_g0, 14));
+    if (g0 > 1024) {
+        const Word16 temp = div_s(1024, g0);
+        for (int i = 0; i < kSubfr; ++i) sig[i] = mult_r(sig[i], temp);
+    }
+}
+
 /// filt_mu: y[n] = (x[n] + mu x[n-1]) / (1 - |mu|); sig_in starts at x[-1].
 inline void filt_mu(const Word16* sig_in, Word16* out, Word16 parcor0) {
     Word16 mu, fact, sh_fact1;
