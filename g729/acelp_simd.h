@@ -16,6 +16,7 @@
 //   vector form runs only while |alp1| + 2^13 max|r| + 2^15 max|t| <= MAX_32;
 //   round_fx(alp2) is (alp2 >> 16) + bit 15 of alp2, packed with saturation
 //   (0x8000 only arises from alp2 >= 0x7fff8000, where round_fx saturates).
+// - the candidate test: see any_better8.
 #pragma once
 
 #include <tmmintrin.h>
@@ -136,6 +137,38 @@ inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word1
         return _mm_add_epi32(_mm_srai_epi32(s, 16), bit15);
     };
     fcb_store8(alp, _mm_packs_epi32(half(widen_lo(rv), widen_lo(tv)), half(widen_hi(rv), widen_hi(tv))));
+}
+
+/// The reference's candidate test of the searches, L_msu(L_mult(alp, sq2),
+/// sq, alp2) > 0: true when (sq2, alp2) improves on (sq, alp).
+inline bool fcb_better(Word16 sq2, Word16 alp2, Word16 sq, Word16 alp) {
+    return L_msu(L_mult(alp, sq2), sq, alp2) > 0;
+}
+
+/// Whether any of eight candidates (sq8[k], alp8[k]) passes fcb_better
+/// against (sq, alp); when none does, the sequential choice over them keeps
+/// (sq, alp) and may be skipped.
+inline bool any_better8_scalar(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+    for (int k = 0; k < 8; ++k)
+        if (fcb_better(sq8[k], alp8[k], sq, alp)) return true;
+    return false;
+}
+
+/// any_better8 in lanes, for sq8[k] >= 0 (squares from mult) and sq >= -1
+/// (the searches start from -1): neither product L_mult(alp, sq2) nor
+/// L_mult(sq, alp2) can then saturate (that needs -32768 * -32768), and
+/// L_msu's clamp keeps the sign of the exact difference, so the test is
+/// alp sq2 - sq alp2 > 0. That value lies within +-(32767 * 32768 + 32768^2)
+/// < 2^31: one pmaddwd of the pairs (sq2, alp2) and (alp, -sq) gives it
+/// exactly (-sq is never -32768, so pmaddwd's one overflow cannot occur).
+inline bool any_better8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+    const __m128i s = fcb_load8(sq8), a = fcb_load8(alp8);
+    const __m128i w = _mm_set1_epi32(static_cast<int>((std::uint32_t{static_cast<std::uint16_t>(-sq)} << 16) |
+                                                      static_cast<std::uint16_t>(alp)));
+    const __m128i lo = _mm_madd_epi16(_mm_unpacklo_epi16(s, a), w);
+    const __m128i hi = _mm_madd_epi16(_mm_unpackhi_epi16(s, a), w);
+    const __m128i z = _mm_setzero_si128();
+    return _mm_movemask_epi8(_mm_or_si128(_mm_cmpgt_epi32(lo, z), _mm_cmpgt_epi32(hi, z))) != 0;
 }
 
 }  // namespace g729c
