@@ -19,7 +19,9 @@
 // - the candidate test: see any_better8.
 #pragma once
 
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <cstdint>
 
@@ -28,6 +30,7 @@
 ZEPS_BEGIN_VARIANT
 namespace g729c {
 
+#if defined(__SSSE3__)
 inline __m128i fcb_load8(const Word16* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 inline void fcb_store8(Word16* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
 
@@ -42,6 +45,7 @@ inline __m128i square_q15(__m128i v) {
     const __m128i p1 = _mm_srai_epi32(_mm_unpackhi_epi16(lo, hi), 15);
     return _mm_packs_epi32(p0, p1);
 }
+#endif
 
 /// row[k] = mult(row[k], g[k]) for eight lanes: the reference's sign
 /// folding of a row of the correlation matrix.
@@ -52,11 +56,15 @@ inline void mult8_scalar(Word16* row, const Word16* g) {
 /// mult8 in lanes: the full 32-bit product shifted by 15 and packed with
 /// signed saturation is mult() for every input (no bound needed).
 inline void mult8(Word16* row, const Word16* g) {
+#if defined(__SSSE3__)
     const __m128i r = fcb_load8(row), s = fcb_load8(g);
     const __m128i lo = _mm_mullo_epi16(r, s), hi = _mm_mulhi_epi16(r, s);
     const __m128i p0 = _mm_srai_epi32(_mm_unpacklo_epi16(lo, hi), 15);
     const __m128i p1 = _mm_srai_epi32(_mm_unpackhi_epi16(lo, hi), 15);
     fcb_store8(row, _mm_packs_epi32(p0, p1));
+#else
+    mult8_scalar(row, g);
+#endif
 }
 
 /// Main body, fourth pulse of D4i40_17 at the eight positions of one track:
@@ -78,6 +86,7 @@ inline void fourth_pulse_scalar(Word16 ps2, Word32 alp2, const Word16* dn8, cons
 
 inline void fourth_pulse(Word16 ps2, Word32 alp2, const Word16* dn8, const Word16* rd, const Word16* r0,
                          const Word16* r1, const Word16* r2, Word16* ps_sq, Word16* alp) {
+#if defined(__SSSE3__)
     if (alp2 > (1 << 30) || alp2 < -(1 << 30)) {
         fourth_pulse_scalar(ps2, alp2, dn8, rd, r0, r1, r2, ps_sq, alp);
         return;
@@ -94,6 +103,9 @@ inline void fourth_pulse(Word16 ps2, Word32 alp2, const Word16* dn8, const Word1
     const __m128i lo = half(widen_lo(d), widen_lo(r0v), widen_lo(r1v), widen_lo(r2v));
     const __m128i hi = half(widen_hi(d), widen_hi(r0v), widen_hi(r1v), widen_hi(r2v));
     fcb_store8(alp, _mm_packs_epi32(lo, hi));
+#else
+    fourth_pulse_scalar(ps2, alp2, dn8, rd, r0, r1, r2, ps_sq, alp);
+#endif
 }
 
 /// Annex A, last pulse pair of D4i40_17_fast at the eight positions of one
@@ -123,6 +135,7 @@ inline std::int32_t max_abs8(const Word16* v) {
 /// Vector form for callers that know max|r| (rmax) and max|t| (tmax).
 inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* r, const Word16* t,
                          std::int32_t rmax, std::int32_t tmax, Word16* ps_sq, Word16* alp) {
+#if defined(__SSSE3__)
     const std::int64_t reach = (alp1 < 0 ? -std::int64_t{alp1} : alp1) + std::int64_t{rmax} * 8192 + std::int64_t{tmax} * 32768;
     if (reach > MAX_32) {
         pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
@@ -137,6 +150,10 @@ inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word1
         return _mm_add_epi32(_mm_srai_epi32(s, 16), bit15);
     };
     fcb_store8(alp, _mm_packs_epi32(half(widen_lo(rv), widen_lo(tv)), half(widen_hi(rv), widen_hi(tv))));
+#else
+    static_cast<void>(rmax), static_cast<void>(tmax);
+    pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
+#endif
 }
 
 /// The reference's candidate test of the searches, L_msu(L_mult(alp, sq2),

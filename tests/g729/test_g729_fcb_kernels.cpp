@@ -30,7 +30,9 @@
     void g729_mult8_scalar(std::int16_t* row, const std::int16_t* g);                                        \
     }
 ZEPS_DECLARE_FCB_KERNELS(u8)
+#if defined(__x86_64__)  // elsewhere n8 names the one generic build, u8
 ZEPS_DECLARE_FCB_KERNELS(n8)
+#endif
 
 namespace {
 using V16 = std::vector<std::int16_t>;
