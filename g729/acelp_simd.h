@@ -179,6 +179,7 @@ inline bool any_better8_scalar(const Word16* sq8, const Word16* alp8, Word16 sq,
 /// < 2^31: one pmaddwd of the pairs (sq2, alp2) and (alp, -sq) gives it
 /// exactly (-sq is never -32768, so pmaddwd's one overflow cannot occur).
 inline bool any_better8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+#if defined(__SSSE3__)
     const __m128i s = fcb_load8(sq8), a = fcb_load8(alp8);
     const __m128i w = _mm_set1_epi32(static_cast<int>((std::uint32_t{static_cast<std::uint16_t>(-sq)} << 16) |
                                                       static_cast<std::uint16_t>(alp)));
@@ -186,6 +187,9 @@ inline bool any_better8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16
     const __m128i hi = _mm_madd_epi16(_mm_unpackhi_epi16(s, a), w);
     const __m128i z = _mm_setzero_si128();
     return _mm_movemask_epi8(_mm_or_si128(_mm_cmpgt_epi32(lo, z), _mm_cmpgt_epi32(hi, z))) != 0;
+#else
+    return any_better8_scalar(sq8, alp8, sq, alp);
+#endif
 }
 
 }  // namespace g729c
