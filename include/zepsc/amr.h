@@ -1227,7 +1227,8 @@ ZEPSAPI ZepStatus zepsTargetImpulseResponse_GSMAMR_16s(const Zep16s* pSrcLPC, co
  * limit); rate 12 quantises it here. The target of the codebook search and
  * the LTP residual follow.
  *
- * @param pPrevLag     in/out: the previous subframe's integer lag (reset: 0)
+ * @param pPrevLag     in/out: the previous subframe's integer lag (reset: 0); at 1/3
+ *                     resolution 143 2/3 is written as 144 with fraction -1, so 144 is accepted
  * @param pToneState   8 values of zepsCheckLSP_GSMAMR_16s
  * @param pOpenLoopLag the 2 open-loop lags of the frame
  * @param pSrcImp      40 values: impulse response, Q12
@@ -1244,7 +1245,8 @@ ZEPSAPI ZepStatus zepsTargetImpulseResponse_GSMAMR_16s(const Zep16s* pSrcLPC, co
  * @param subframe     subframe 0..3
  * @param rate         rate code 0, 1, 3, 6, 7, 8, 11 or 12
  * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate, then subframe -> zepStsRangeErr (-7);
- *         then an open-loop lag or previous lag outside 0..143 -> zepStsOutOfRangeErr (-11); else zepStsNoErr.
+ *         then an open-loop lag outside 0..143 or a previous lag outside 0..144 -> zepStsOutOfRangeErr (-11);
+ *         else zepStsNoErr.
  */
 ZEPSAPI ZepStatus zepsClosedLoopPitchSearch_GSMAMR_16s(Zep16s* pPrevLag, const Zep16s* pToneState,
                                                        const Zep16s* pOpenLoopLag, const Zep16s* pSrcImp,

@@ -119,7 +119,7 @@ ZEPS_VARIANT_CHECK(zepsTargetImpulseResponse_GSMAMR_16s) {
 
 ZEPS_VARIANT_CHECK(zepsClosedLoopPitchSearch_GSMAMR_16s) {
     for (int t = 0; t < 60; t++) {
-        V16 prev_a = small(rng, 1, 18, 143), prev_b = prev_a, ea = rng.vec<std::int16_t>(194), eb = ea;
+        V16 prev_a = small(rng, 1, 18, 144), prev_b = prev_a, ea = rng.vec<std::int16_t>(194), eb = ea;
         V16 ra = rng.vec<std::int16_t>(40), rb = ra;
         const V16 tone = small(rng, 8, 0, 4000), op = small(rng, 2, 18, 143), h = small(rng, 40, -4096, 4096);
         const V16 xn = rng.vec<std::int16_t>(40);
