@@ -1275,6 +1275,39 @@ ZEPSAPI ZepStatus zepsGainQuantGetStateSize_GSMAMR_16s(Zep32s* pSize);
 ZEPSAPI ZepStatus zepsGainQuantInit_GSMAMR_16s(ZepGainQuantState_GSMAMR* pState);
 
 /**
+ * Reads the MA gain predictor memories of a GSM-AMR gain quantiser state
+ * (3GPP TS 26.073 gc_pred.c, the gc_predSt of gainQuant; newest energy
+ * first), e.g. to hand them to zepsEncDTXSID_GSMAMR_16s.
+ *
+ * Decision: the predictor stays inside the opaque state (the signatures of
+ * the quantiser do not change); DTX reaches it through this function and
+ * zepsGainQuantSetPredictor_GSMAMR_16s, the reference's dtx_enc writing
+ * gc_predSt directly. The second predictor of 4.75 kbit/s (gc_predUnqSt,
+ * copied from the first at every even subframe) is not exposed, as dtx_enc
+ * leaves it alone.
+ *
+ * @param pState          state of zepsGainQuantInit_GSMAMR_16s (read only)
+ * @param pPastQuaEn      out: 4 values, past_qua_en (Q10, log2)
+ * @param pPastQuaEnMR122 out: 4 values, past_qua_en_MR122 (Q10, 20 log10)
+ * @return zepStsNullPtrErr (-8) for a null pointer (checked in argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainQuantGetPredictor_GSMAMR_16s(const ZepGainQuantState_GSMAMR* pState, Zep16s* pPastQuaEn,
+                                                       Zep16s* pPastQuaEnMR122);
+
+/**
+ * Writes the MA gain predictor memories of a GSM-AMR gain quantiser state
+ * (the counterpart of zepsGainQuantGetPredictor_GSMAMR_16s). Any values are
+ * accepted and stored as given. Nothing else in the state changes.
+ *
+ * @param pState          in/out: state of zepsGainQuantInit_GSMAMR_16s
+ * @param pPastQuaEn      4 values, past_qua_en (Q10, log2)
+ * @param pPastQuaEnMR122 4 values, past_qua_en_MR122 (Q10, 20 log10)
+ * @return zepStsNullPtrErr (-8) for a null pointer (checked in argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainQuantSetPredictor_GSMAMR_16s(ZepGainQuantState_GSMAMR* pState, const Zep16s* pPastQuaEn,
+                                                       const Zep16s* pPastQuaEnMR122);
+
+/**
  * GSM-AMR gain quantisation of a subframe (3GPP TS 26.073 gain_q.c
  * gainQuant with gc_pred.c, g_code.c, q_gain_c.c, calc_en.c, qua_gain.c,
  * qgain795.c, g_adapt.c, qgain475.c): the MA-predicted code gain (gc_pred),
