@@ -1276,11 +1276,11 @@ ZEPSAPI ZepStatus zepsGainQuantInit_GSMAMR_16s(ZepGainQuantState_GSMAMR* pState)
 
 /**
  * Reads the MA gain predictor memories of a GSM-AMR gain quantiser state
- * (3GPP TS 26.073 gc_pred.c, the gc_predSt of gainQuant; newest energy
+ * (3GPP TS 26.073 gc_pred.c, the gc_predSt of gainQuant, newest energy
  * first), e.g. to hand them to zepsEncDTXSID_GSMAMR_16s.
  *
  * Decision: the predictor stays inside the opaque state (the signatures of
- * the quantiser do not change); DTX reaches it through this function and
+ * the quantiser do not change), DTX reaches it through this function and
  * zepsGainQuantSetPredictor_GSMAMR_16s, the reference's dtx_enc writing
  * gc_predSt directly. The second predictor of 4.75 kbit/s (gc_predUnqSt,
  * copied from the first at every even subframe) is not exposed, as dtx_enc
