@@ -1277,7 +1277,7 @@ ZEPSAPI ZepStatus zepsGainQuantInit_GSMAMR_16s(ZepGainQuantState_GSMAMR* pState)
 /**
  * Reads the MA gain predictor memories of a GSM-AMR gain quantiser state
  * (3GPP TS 26.073 gc_pred.c, the gc_predSt of gainQuant, newest energy
- * first), e.g. to hand them to zepsEncDTXSID_GSMAMR_16s.
+ * first), the memories zepsEncDTXSID_GSMAMR_16s updates.
  *
  * Decision: the predictor stays inside the opaque state (the signatures of
  * the quantiser do not change), DTX reaches it through this function and
@@ -1286,7 +1286,7 @@ ZEPSAPI ZepStatus zepsGainQuantInit_GSMAMR_16s(ZepGainQuantState_GSMAMR* pState)
  * copied from the first at every even subframe) is not exposed, as dtx_enc
  * leaves it alone.
  *
- * @param pState          state of zepsGainQuantInit_GSMAMR_16s (read only)
+ * @param pState          state from zepsGainQuantInit_GSMAMR_16s, read only
  * @param pPastQuaEn      out: 4 values, past_qua_en (Q10, log2)
  * @param pPastQuaEnMR122 out: 4 values, past_qua_en_MR122 (Q10, 20 log10)
  * @return zepStsNullPtrErr (-8) for a null pointer (checked in argument order), else zepStsNoErr.
