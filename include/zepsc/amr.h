@@ -370,6 +370,9 @@ ZEPSAPI ZepStatus zepsDecDTXBuffer_GSMAMR_16s(const Zep16s* pSrcSpch, const Zep1
  * @param pPastRq           in/out: 10 values, the LSP quantiser's predictor memory (past_rq)
  * @param pPastQuaEn        in/out: 4 values, gain predictor memory past_qua_en (Q10, log2)
  * @param pPastQuaEnMR122   in/out: 4 values, gain predictor memory past_qua_en_MR122 (Q10, 20 log10)
+ *                          (an encoder keeping them in the gain quantiser's state moves them
+ *                          with zepsGainQuantGetPredictor_GSMAMR_16s and
+ *                          zepsGainQuantSetPredictor_GSMAMR_16s)
  * @param computeSidFlag    nonzero: compute new parameters (the handler's SID flag)
  * @return zepStsNullPtrErr for any null pointer (checked in argument order), else zepStsNoErr.
  */
