@@ -3,7 +3,8 @@
 // shared DTX stream at 6.4, 8 and 11.8 kbit/s and the ITU-T Annex I
 // conformance sequences (DTX at 6.4 and 11.8 kbit/s, per-frame rate
 // switching 6.4/11.8 and 6.4/8/11.8), decoder .bit -> output byte for byte;
-// the decoder's handling of erased and corrupt frames.
+// the encoder at 8 kbit/s with DTX; the decoder's handling of erased and
+// corrupt frames.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -50,6 +51,36 @@ TEST(G729IReplay, DecoderStreamsAndConformance) {
         for (const std::string rate : {"10", "12", "r02", "r012"})
             expect_same_pcm(decode(read_bytes(dir + name + ".b" + rate)), read_pcm(dir + name + ".o" + rate), 80,
                             "conformance/g729i/" + name + ".b" + rate + " decoder");
+}
+
+std::vector<std::uint8_t> encode(const std::vector<std::int16_t>& pcm, const zepsc_cli::CodecOptions& o) {
+    return zepsc_cli::encode_all(zeps::codec_test::codec("g729"), o, "bit", pcm.data(), pcm.size());
+}
+
+TEST(G729IReplay, EncoderAt8kWithDtx) {
+    const std::string root = zeps::codec_test::shared_dir() + "/codecs/g729/g729i_8k_dtx/";
+    zepsc_cli::CodecOptions o = annex_i();
+    o.values["rate"] = "8";
+    o.values["dtx"] = "";
+    int streams = 0;
+    for (const auto& e : fs::directory_iterator(root)) {
+        if (e.path().extension() != ".bit") continue;
+        const std::string stem = e.path().stem().string();
+        const auto pcm = read_pcm(zeps::codec_test::shared_dir() + "/speech/" + stem + ".s16");
+        zeps::codec_test::expect_same_bytes(encode(pcm, o), read_bytes(e.path().string()), 164,
+                                            "g729i_8k_dtx/" + stem + " encoder");
+        ++streams;
+    }
+    EXPECT_EQ(streams, 6);
+    // What is not available yet is refused, not coded otherwise.
+    const std::vector<std::int16_t> pcm(800, 0);
+    for (const char* rate : {"6.4", "11.8"}) {
+        zepsc_cli::CodecOptions r = o;
+        r.values["rate"] = rate;
+        EXPECT_THROW(encode(pcm, r), zepsc_cli::CodecError) << rate;
+    }
+    zepsc_cli::CodecOptions plain = annex_i();
+    EXPECT_THROW(encode(pcm, plain), zepsc_cli::CodecError);
 }
 
 /// A frame: SYNC, size, one word a bit (0x007F: all codes 0, 0x0081: 1).
