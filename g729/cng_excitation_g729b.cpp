@@ -89,7 +89,7 @@ Word16 pulse_sum(const Word16* v, const Pulses& p, Word16 sh) {
 }
 
 /// One subframe of comfort noise into exc[0..39] (exc[-154..-1] is the past).
-void cng_subframe(Word16 cur_gain, Word16* exc, Word16& seed, Word16& gp_out, Word16& t0_out) {
+void cng_subframe(Word16 cur_gain, Word16* exc, Word16& seed, Word16& gp_out, Word16& t0_out, Word16& g_out) {
     Word16 t0, frac, gp;
     Pulses p;
     draw_parameters(seed, t0, frac, p, gp);
@@ -167,6 +167,22 @@ void cng_subframe(Word16 cur_gain, Word16* exc, Word16& seed, Word16& gp_out, Wo
     }
     gp_out = gp;
     t0_out = t0;
+    g_out = g;
+}
+
+/// Calc_exc_rand of a frame: per subframe {pitch gain, lag} into pitch and
+/// the pulse amplitude into pulse.
+void cng_frame(Word16 gain, Word16* exc, Word16* pSeed, Word16* pitch, Word16* pulse) {
+    if (gain == 0) {
+        std::memset(exc, 0, sizeof(Word16) * 2 * kSub);
+        pitch[0] = pitch[2] = 0;
+        pitch[1] = pitch[3] = kSub + 1;
+        pulse[0] = pulse[1] = 0;
+        return;
+    }
+    Word16 seed = *pSeed;
+    for (int s = 0; s < 2; ++s) cng_subframe(gain, exc + s * kSub, seed, pitch[2 * s], pitch[2 * s + 1], pulse[s]);
+    *pSeed = seed;
 }
 
 }  // namespace
@@ -174,18 +190,19 @@ void cng_subframe(Word16 cur_gain, Word16* exc, Word16& seed, Word16& gp_out, Wo
 ZepStatus zepsCNGExcitation_G729B_16s(Zep16s gain, Zep16s* pSrcDstExc, Zep16s* pSeed, Zep16s* pDstPitch) {
     if (any_null(pSrcDstExc, pSeed)) return zepStsNullPtrErr;
     if (gain < 0) return zepStsRangeErr;
-    Word16* exc = pSrcDstExc + kHistory;
-    Word16 pitch[4];
-    if (gain == 0) {
-        std::memset(exc, 0, sizeof(Word16) * 2 * kSub);
-        pitch[0] = pitch[2] = 0;
-        pitch[1] = pitch[3] = kSub + 1;
-    } else {
-        Word16 seed = *pSeed;
-        for (int s = 0; s < 2; ++s) cng_subframe(gain, exc + s * kSub, seed, pitch[2 * s], pitch[2 * s + 1]);
-        *pSeed = seed;
-    }
+    Word16 pitch[4], pulse[2];
+    cng_frame(gain, pSrcDstExc + kHistory, pSeed, pitch, pulse);
     if (pDstPitch != nullptr) std::memcpy(pDstPitch, pitch, sizeof pitch);
+    return zepStsNoErr;
+}
+
+ZepStatus zepsCNGExcitation_G729I_16s(Zep16s gain, Zep16s* pSrcDstExc, Zep16s* pSeed, Zep16s* pDstGains) {
+    if (any_null(pSrcDstExc, pSeed, pDstGains)) return zepStsNullPtrErr;
+    if (gain < 0) return zepStsRangeErr;
+    Word16 pitch[4], pulse[2];
+    cng_frame(gain, pSrcDstExc + kHistory, pSeed, pitch, pulse);
+    const Word16 gains[4] = {pitch[0], abs_s(pulse[0]), pitch[2], abs_s(pulse[1])};
+    std::memcpy(pDstGains, gains, sizeof gains);
     return zepStsNoErr;
 }
 

@@ -64,15 +64,13 @@ ZepStatus zepsPostFilterInit_G729E_16s(Zep8u* pState) {
     return zepStsNoErr;
 }
 
-ZepStatus zepsPostFilter_G729E_16s(Zep16s lag, const Zep16s* pSrc, const Zep16s* pLPC, Zep16s* pDst,
-                                   Zep16s* pVoicing, Zep16s gamma1, Zep16s gamma2, Zep16s gammaHarm, int lenImpulse,
-                                   int order, Zep8u* pState) {
-    if (any_null(pSrc, pLPC, pDst, pVoicing, pState)) return zepStsNullPtrErr;
-    if (!in_range<Word16>(lag, 18, 143)) return zepStsRangeErr;
-    if (gamma1 < 0 || gamma2 < 0 || gammaHarm < 0) return zepStsRangeErr;
-    if (!in_range(lenImpulse, 2, kLongHMax)) return zepStsRangeErr;
-    if (!in_range(order, 1, kOrderMax)) return zepStsRangeErr;
+namespace {
 
+/// Poste of one subframe; `active` false skips the harmonic filter (the
+/// residual passes unchanged and the voicing is 0), as on the comfort-noise
+/// frames of the integrated coder (G.729 Annex I).
+void post_subframe_e(bool active, Word16 lag, const Zep16s* pSrc, const Zep16s* pLPC, Zep16s* pDst, Word16& vo,
+                     Zep16s gamma1, Zep16s gamma2, Zep16s gammaHarm, int lenImpulse, int order, Zep8u* pState) {
     PostFilterState st;
     std::memcpy(&st, pState, sizeof st);
     Word16 apond1[kOrderMax + 1], apond2[kLongHMax] = {};
@@ -87,8 +85,11 @@ ZepStatus zepsPostFilter_G729E_16s(Zep16s lag, const Zep16s* pSrc, const Zep16s*
     g729e::residue(order, apond2, syn + kOrderMax, res2 + kMemRes2, kSubfr);
 
     Word16 sig_ltp[kSubfrP1];
-    Word16 vo = 0;
-    pst_ltp(lag, res2 + kMemRes2, sig_ltp + 1, vo, gammaHarm);
+    vo = 0;
+    if (active)
+        pst_ltp(lag, res2 + kMemRes2, sig_ltp + 1, vo, gammaHarm);
+    else
+        std::memcpy(sig_ltp + 1, res2 + kMemRes2, kSubfr * sizeof(Word16));
     sig_ltp[0] = st.mem_stp[kOrderMax - 1];
     const Word16 parcor0 = calc_st_filte(apond2, apond1, sig_ltp + 1, lenImpulse, order);
     g729e::syn_filte(order, apond1, sig_ltp + 1, sig_ltp + 1, kSubfr, st.mem_stp + kOrderMax - order);
@@ -100,8 +101,33 @@ ZepStatus zepsPostFilter_G729E_16s(Zep16s lag, const Zep16s* pSrc, const Zep16s*
     std::memcpy(st.res2, res2 + kSubfr, sizeof st.res2);
     std::memcpy(st.syn, syn + kSubfr, sizeof st.syn);
     std::memcpy(pDst, out, sizeof out);
-    *pVoicing = vo;
     std::memcpy(pState, &st, sizeof st);
+}
+
+}  // namespace
+
+ZepStatus zepsPostFilter_G729E_16s(Zep16s lag, const Zep16s* pSrc, const Zep16s* pLPC, Zep16s* pDst,
+                                   Zep16s* pVoicing, Zep16s gamma1, Zep16s gamma2, Zep16s gammaHarm, int lenImpulse,
+                                   int order, Zep8u* pState) {
+    if (any_null(pSrc, pLPC, pDst, pVoicing, pState)) return zepStsNullPtrErr;
+    if (!in_range<Word16>(lag, 18, 143)) return zepStsRangeErr;
+    if (gamma1 < 0 || gamma2 < 0 || gammaHarm < 0) return zepStsRangeErr;
+    if (!in_range(lenImpulse, 2, kLongHMax)) return zepStsRangeErr;
+    if (!in_range(order, 1, kOrderMax)) return zepStsRangeErr;
+    Word16 vo = 0;
+    post_subframe_e(true, lag, pSrc, pLPC, pDst, vo, gamma1, gamma2, gammaHarm, lenImpulse, order, pState);
+    *pVoicing = vo;
+    return zepStsNoErr;
+}
+
+ZepStatus zepsPostFilterInactive_G729E_16s(const Zep16s* pSrc, const Zep16s* pLPC, Zep16s* pDst, Zep16s gamma1,
+                                           Zep16s gamma2, int lenImpulse, int order, Zep8u* pState) {
+    if (any_null(pSrc, pLPC, pDst, pState)) return zepStsNullPtrErr;
+    if (gamma1 < 0 || gamma2 < 0) return zepStsRangeErr;
+    if (!in_range(lenImpulse, 2, kLongHMax)) return zepStsRangeErr;
+    if (!in_range(order, 1, kOrderMax)) return zepStsRangeErr;
+    Word16 vo = 0;
+    post_subframe_e(false, 0, pSrc, pLPC, pDst, vo, gamma1, gamma2, 0, lenImpulse, order, pState);
     return zepStsNoErr;
 }
 

@@ -1224,6 +1224,22 @@ ZEPSAPI ZepStatus zepsLSFDecode_G729B_16s(const Zep16s* pIdx, Zep16s* pPrevFreq,
 ZEPSAPI ZepStatus zepsCNGExcitation_G729B_16s(Zep16s gain, Zep16s* pSrcDstExc, Zep16s* pSeed, Zep16s* pDstPitch);
 
 /**
+ * Comfort-noise excitation of one frame of the integrated G.729 decoder
+ * (Annex I, Calc_exc_rand on the decoder side): the excitation of
+ * zepsCNGExcitation_G729B_16s, and per subframe the gains the decoder feeds
+ * to zepsPhaseDispersionUpdate_G729D_16s so that the 6.4 kbit/s phase
+ * dispersion follows the comfort noise.
+ * @param gain       target gain (the reference's cur_gain), 0..32767; 0 gives zeros
+ * @param pSrcDstExc excitation buffer of 154 + 80 samples: [0..153] the past
+ *                   excitation (read), [154..233] the frame (written)
+ * @param pSeed      generator seed (11111 at start and after each active frame); updated
+ * @param pDstGains  4 values {pitch gain Q14, magnitude of the pulse amplitude
+ *                   Q0 (at most 5000)} of subframes 1 and 2; all 0 when gain is 0
+ * Checks: pSrcDstExc, pSeed, pDstGains null -> zepStsNullPtrErr; gain < 0 -> zepStsRangeErr.
+ */
+ZEPSAPI ZepStatus zepsCNGExcitation_G729I_16s(Zep16s gain, Zep16s* pSrcDstExc, Zep16s* pSeed, Zep16s* pDstGains);
+
+/**
  * Size in bytes of the decoder's SID gain state: writes 4 to *pSize.
  * @return zepStsNullPtrErr if pSize is null, else zepStsNoErr.
  */
@@ -1713,6 +1729,29 @@ ZEPSAPI ZepStatus zepsPostFilterInit_G729E_16s(Zep8u* pState);
 ZEPSAPI ZepStatus zepsPostFilter_G729E_16s(Zep16s lag, const Zep16s* pSrc, const Zep16s* pLPC, Zep16s* pDst,
                                            Zep16s* pVoicing, Zep16s gamma1, Zep16s gamma2, Zep16s gammaHarm,
                                            int lenImpulse, int order, Zep8u* pState);
+
+/**
+ * Post-filter of one 40-sample comfort-noise subframe of the integrated
+ * G.729 coder (Annex I, Poste with an inactive frame type): as
+ * zepsPostFilter_G729E_16s without the harmonic filter (the residual of
+ * A(z/gamma2) passes unchanged, as zepsPostFilterInactive_G729_16s does for
+ * the main body), so no lag and no voicing. The state is the one of
+ * zepsPostFilter_G729E_16s; both keep it up to date.
+ * @param pSrc       the subframe's synthesis, 40 samples
+ * @param pLPC       the subframe's A(z), order + 1 values, Q12
+ * @param pDst       40 samples; may equal pSrc
+ * @param gamma1     denominator factor, Q15, >= 0
+ * @param gamma2     numerator factor, Q15, >= 0
+ * @param lenImpulse impulse-response length, 2..32
+ * @param order      LP order, 1..30
+ * @param pState     state of zepsPostFilterGetStateSize_G729E_16s bytes
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr
+ *         if a factor is negative, then if lenImpulse is outside 2..32, then
+ *         if order is outside 1..30; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsPostFilterInactive_G729E_16s(const Zep16s* pSrc, const Zep16s* pLPC, Zep16s* pDst,
+                                                   Zep16s gamma1, Zep16s gamma2, int lenImpulse, int order,
+                                                   Zep8u* pState);
 /** @} */
 
 #ifdef __cplusplus

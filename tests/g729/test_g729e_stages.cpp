@@ -281,6 +281,42 @@ ZEPS_VARIANT_CHECK(zepsPostFilter_G729E_16s) {
     }
 }
 
+ZEPS_VARIANT_CHECK(zepsPostFilterInactive_G729E_16s) {
+    std::vector<Zep8u> sa(428), sb(428);
+    u8::zepsPostFilterInit_G729E_16s(sa.data());
+    n8::zepsPostFilterInit_G729E_16s(sb.data());
+    for (int rep = 0; rep < 40; ++rep) {
+        const bool high = rep % 2 != 0;
+        const int order = rep % 7 == 0 ? static_cast<int>(rng.uniform(0, 31)) : high ? 30 : 10;
+        const V16 a = high ? lpc30(rng) : stable_lpc(rng), x = rep % 5 ? small16(rng, 40, 8000) : rand16(rng, 40);
+        const Zep16s g1 = static_cast<Zep16s>(rng.uniform(-1, 22938)), g2 = static_cast<Zep16s>(rng.uniform(0, 21300));
+        const int len = high ? 32 : static_cast<int>(rng.uniform(1, 33));
+        V16 ya(40), yb(40), az = a;
+        az.resize(31);
+        EXPECT_EQ(u8::zepsPostFilterInactive_G729E_16s(x.data(), az.data(), ya.data(), g1, g2, len, order, sa.data()),
+                  n8::zepsPostFilterInactive_G729E_16s(x.data(), az.data(), yb.data(), g1, g2, len, order, sb.data()));
+        EXPECT_EQ(ya, yb);
+        EXPECT_EQ(sa, sb);
+    }
+}
+
+// Without the harmonic filter, with the main body's factors, the Annex E
+// post-filter is the main body's comfort-noise post-filter.
+TEST(G729EStages, InactivePostFilterWithMainBodyFactors) {
+    zeps::test::Rng rng(11);
+    std::vector<Zep8u> se(428), sm(348);
+    u8::zepsPostFilterInit_G729E_16s(se.data());
+    u8::zepsPostFilterInit_G729_16s(sm.data());
+    for (int rep = 0; rep < 100; ++rep) {
+        const V16 a = stable_lpc(rng), x = small16(rng, 40, 8000);
+        V16 ye(40), ym(40);
+        ASSERT_EQ(u8::zepsPostFilterInactive_G729E_16s(x.data(), a.data(), ye.data(), 22938, 18022, 20, 10, se.data()),
+                  zepStsNoErr);
+        ASSERT_EQ(u8::zepsPostFilterInactive_G729_16s(a.data(), x.data(), ym.data(), sm.data()), zepStsNoErr);
+        ASSERT_EQ(ye, ym) << rep;
+    }
+}
+
 TEST(G729EStages, ModeDecisionForcedCases) {
     zeps::test::Rng rng(31);
     V16 signal = small16(rng, 110, 3000), a_fwd = stable_lpc(rng), a2 = stable_lpc(rng);

@@ -287,6 +287,25 @@ ZEPS_VARIANT_CHECK(zepsCNGExcitation_G729B_16s) {
     ASSERT_EQ(sa, sb);
 }
 
+ZEPS_VARIANT_CHECK(zepsCNGExcitation_G729I_16s) {
+    V16 a = rng.vec<Zep16s>(234), b = a, c = a;
+    Zep16s sa = rng.s16(), sb = sa, sc = sa;
+    const Zep16s g = rng.chance(4) ? rng.s16() : static_cast<Zep16s>(rng.uniform(0, 16000));
+    V16 pa(4, 0x5a5a), pb(4, 0x5a5a), pitch(4);
+    ASSERT_EQ(u8::zepsCNGExcitation_G729I_16s(g, a.data(), &sa, pa.data()),
+              n8::zepsCNGExcitation_G729I_16s(g, b.data(), &sb, pb.data()));
+    ASSERT_TRUE(zeps::test::same_bytes(a, b));
+    ASSERT_TRUE(zeps::test::same_bytes(pa, pb));
+    ASSERT_EQ(sa, sb);
+    // The excitation and the pitch gains are those of the Annex B stage.
+    if (g < 0) return;
+    ASSERT_EQ(u8::zepsCNGExcitation_G729B_16s(g, c.data(), &sc, pitch.data()), zepStsNoErr);
+    ASSERT_TRUE(zeps::test::same_bytes(a, c));
+    EXPECT_EQ(pa[0], pitch[0]);
+    EXPECT_EQ(pa[2], pitch[2]);
+    EXPECT_TRUE(pa[1] >= 0 && pa[1] <= 5000 && pa[3] >= 0 && pa[3] <= 5000);
+}
+
 ZEPS_VARIANT_CHECK(zepsSIDGainDecode_G729B_16s) {
     Bytes a(4), b(4);
     u8::zepsSIDGainDecodeInit_G729B(a.data());

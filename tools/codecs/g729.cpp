@@ -21,6 +21,7 @@
 #include "tools/codec.h"
 #include "tools/codecs/g729_annex.h"
 #include "tools/codecs/g729_annex_e.h"
+#include "tools/codecs/g729_annex_i.h"
 #include "tools/codecs/g729_frame.h"
 #include "zepsc.h"
 
@@ -674,6 +675,28 @@ Setup setup_of(const zepsc_cli::CodecOptions& o, const std::string& format) {
     return setup;
 }
 
+/// Annex I (tools/codecs/g729i.cpp): the .bit format; every frame's rate
+/// and type come from its size word.
+bool is_annex_i(const zepsc_cli::CodecOptions& o, const std::string& format) {
+    if (o.get("annex", "0") != "I") return false;
+    if (format != "bit") throw CodecError("Annex I streams (SID and untransmitted frames) need the .bit serial format");
+    return true;
+}
+
+/// The Annex I encoder available here: 8 kbit/s with DTX, whose frames
+/// (speech, SID, untransmitted) are those of the Annex B encoder on the
+/// main body: with one rate and no switching, the integrated coder's state
+/// across rates is never exercised.
+Setup annex_i_encoder_setup(const zepsc_cli::CodecOptions& o) {
+    if (o.get("rate", "8") != "8" || !o.has("dtx") || o.has("ratefile"))
+        throw CodecError("the Annex I encoder codes --rate 8 --dtx only so far (6.4 and 11.8 kbit/s, rate files " +
+                         std::string("and coding without DTX are not available yet)"));
+    Setup setup;
+    setup.variant = Variant::Main;
+    setup.annex_b = true;
+    return setup;
+}
+
 // ---- Annex D (tools/codecs/g729d.cpp) ---------------------------------------
 
 bool is_annex_d(const zepsc_cli::CodecOptions& o) { return o.get("annex", "0") == "D"; }
@@ -711,7 +734,7 @@ std::vector<zepsc_g729::RateD> annex_d_schedule(const zepsc_cli::CodecOptions& o
 zepsc_cli::CodecSpec make_spec() {
     zepsc_cli::CodecSpec s;
     s.name = "g729";
-    s.summary = "ITU-T G.729 CS-ACELP 8 kbit/s speech codec (main body, Annexes A, B, D and E)";
+    s.summary = "ITU-T G.729 CS-ACELP 8 kbit/s speech codec (main body, Annexes A, B, D, E and I)";
     s.help =
         "Input and output: 8 kHz 16-bit PCM; the encoder codes whole 80-sample frames and drops a\n"
         "final partial frame, as the ITU-T reference does. Bitstreams: .bit, the ITU-T serial\n"
@@ -732,8 +755,12 @@ zepsc_cli::CodecSpec make_spec() {
         "with the LPC mode bit and its repeat, or 80 bits): its decoder decodes both frame sizes;\n"
         "a frame is erased when a bit word but the last two is 0x0000 or the mode bit and its\n"
         "repeat differ. Its encoder codes 11.8 kbit/s (choosing forward or backward LPC each\n"
-        "frame), --rate 8, or --ratefile FILE (0 = 8, 1 = 11.8). Annex I is declared but not\n"
-        "available yet.";
+        "frame), --rate 8, or --ratefile FILE (0 = 8, 1 = 11.8). --annex I is the integrated\n"
+        "coder (.bit only): its decoder decodes 118-, 80- and 64-bit frames, SID (16) and\n"
+        "untransmitted (0) frames with one state; a frame with a 0x0000 bit word (or mode\n"
+        "bits that differ, or an untransmitted frame's SYNC other than 0x6B21) is erased and\n"
+        "decoded at the previous frame's rate. Its encoder codes --rate 8 --dtx (the Annex B\n"
+        "frames); the other rates and rate files are not available yet.";
     s.options = {
         {"annex", "0 (main body), A, B, AB, D, E or I", {"0", "A", "B", "AB", "D", "E", "I"}, "0", false},
         {"rate", "bit rate in kbit/s: 6.4, 8 or 11.8 (Annexes D, E, I); default 8, with --annex D 6.4, with --annex E 11.8",
@@ -749,6 +776,7 @@ zepsc_cli::CodecSpec make_spec() {
             return zepsc_g729::make_g729d_encoder(annex_d_rate(o), annex_d_schedule(o), format == "bit");
         if (annex_e_of(o, format))
             return zepsc_cli::g729e::make_encoder(o.get("rate", "11.8") == "11.8", o.get("ratefile"));
+        if (is_annex_i(o, format)) return std::make_unique<Encoder>(annex_i_encoder_setup(o), true);
         return std::make_unique<Encoder>(setup_of(o, format), format == "bit");
     };
     s.make_decoder = [](const zepsc_cli::CodecOptions& o,
@@ -758,6 +786,10 @@ zepsc_cli::CodecSpec make_spec() {
             return zepsc_g729::make_g729d_decoder(annex_d_rate(o), format == "bit");
         }
         if (annex_e_of(o, format)) return zepsc_cli::g729e::make_decoder();
+        if (is_annex_i(o, format)) {
+            if (o.has("ratefile")) throw CodecError("--ratefile is an encoder option: the decoder reads each frame's rate");
+            return zepsc_g729::make_g729i_decoder();
+        }
         return std::make_unique<Decoder>(setup_of(o, format), format == "bit");
     };
     return s;

@@ -20,6 +20,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/codecs/g729_backward.h"
 #include "zepsc.h"
 
 namespace zepsc_cli::g729e {
@@ -40,11 +41,6 @@ constexpr Zep16s kSharpMax = 13017;
 constexpr std::uint16_t kSync = 0x6B21;
 constexpr std::uint16_t kBit1 = 0x0081;
 constexpr Zep16s kGammaBwd = 32113;        // GAMMA_BWD, 0.98
-constexpr Zep16s kGamma1Pst = 22938;       // GAMMA1_PST(_E)
-constexpr Zep16s kGamma2Pst = 18022;       // GAMMA2_PST
-constexpr Zep16s kGamma2PstE = 21300;      // GAMMA2_PST_E
-constexpr Zep16s kGammaHarm = 16384;       // GAMMA_HARM
-constexpr Zep16s kGammaHarmE = 8192;       // GAMMA_HARM_E
 constexpr Zep16s kCIntReset = 4506;        // filter interpolation factor reset, Q12
 
 constexpr Zep16s kFreqPrevReset[kOrder] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
@@ -94,12 +90,10 @@ public:
         check(zepsPostFilterInit_G729E_16s(post_.data()), "post-filter initialisation");
         hp_ = state_block(zepsHighPassFilterSize_G729);
         check(zepsHighPassFilterInit_G729(kHighPass100, hp_.data()), "post-processing initialisation");
-        hyb_ = state_block(zepsWinHybridGetStateSize_G729E_16s);
-        check(zepsWinHybridInit_G729E_16s(hyb_.data()), "hybrid-window initialisation");
         for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
         std::memcpy(prev_lsf_, kFreqPrevReset, sizeof prev_lsf_);
         std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
-        a_bwd_mem_[0] = a_t_bwd_mem_[0] = prev_filter_[0] = old_a_bwd_[0] = 4096;
+        a_bwd_mem_[0] = 4096;
     }
     int sample_rate() const override { return 8000; }
     std::size_t max_frame_samples() const override { return kFrame; }
@@ -163,17 +157,12 @@ private:
             c_muting_ = 32767;
             count_bfi_ = 0;
         }
-        if (high) backward_analysis();
+        if (high) bwd_.analyse(synth_buf_);
         std::memmove(synth_buf_, synth_buf_ + kFrame, kMemSynBwd * sizeof(Zep16s));
 
-        Zep16s* a_t_bwd_new = a_t_bwd_ + kOrderBwd + 1;
-        if (mode == 1 && c_fe_fix_ != 0) {
-            // Back from an erasure: mix in the last good backward filter.
-            check(zepsInterpolateC_NR_G729_16s_Sfs(a_t_bwd_new, static_cast<Zep16s>(4096 - c_fe_fix_), a_bwd_mem_,
-                                                   c_fe_fix_, a_t_bwd_new, kOrderBwd + 1, 12),
-                  "filter interpolation");
-        }
-        if (bfi && !prev_bfi_) std::memcpy(a_bwd_mem_, a_t_bwd_new, sizeof a_bwd_mem_);
+        // Back from an erasure: mix in the last good backward filter.
+        if (mode == 1 && c_fe_fix_ != 0) bwd_.mix_in(a_bwd_mem_, c_fe_fix_);
+        if (bfi && !prev_bfi_) std::memcpy(a_bwd_mem_, bwd_.newest(), sizeof a_bwd_mem_);
 
         // The subframes' filters.
         const Zep16s* p_lsp = prm;                 // forward 11.8 and 8 kbit/s: lsp codes first
@@ -183,16 +172,14 @@ private:
         int m_aq;
         if (mode == 0) {
             decode_lsp(p_lsp, bfi, a_t_fwd);
-            c_int_ = kCIntReset;
             a_sub = a_t_fwd;
             m_aq = kOrder;
-            std::memset(prev_filter_, 0, sizeof prev_filter_);
-            std::memcpy(prev_filter_, a_t_fwd + kOrder + 1, (kOrder + 1) * sizeof(Zep16s));
+            bwd_.keep_forward(a_t_fwd + kOrder + 1);
         } else {
-            interpolate_backward();
-            a_sub = a_t_bwd_;
+            bwd_.interpolate();
+            a_sub = bwd_.a_t;
             m_aq = kOrderBwd;
-            std::memcpy(prev_filter_, a_t_bwd_new, sizeof prev_filter_);
+            std::memcpy(bwd_.prev_filter, bwd_.newest(), sizeof bwd_.prev_filter);
         }
 
         Zep16s* synth = synth_buf_ + kMemSynBwd;
@@ -280,7 +267,7 @@ private:
 
         Zep16s energy = 0;
         check(zepsEnergyDB_G729E_16s(synth, kFrame, &energy), "frame energy");
-        if (energy >= 8192) backward_dominance(mode);
+        if (energy >= 8192) dom_.count(mode);
         std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
 
         prev_bfi_ = bfi;
@@ -291,42 +278,11 @@ private:
         } else if (mode == 0) {
             c_fe_fix_ = 0;
         } else {
-            c_fe_fix_ = static_cast<Zep16s>(c_fe_fix_ - (bwd_dominant_ ? 410 : 2048));
+            c_fe_fix_ = static_cast<Zep16s>(c_fe_fix_ - (dom_.dominant ? 410 : 2048));
             if (c_fe_fix_ < 0) c_fe_fix_ = 0;
         }
-        post_filter(high, mode, mode == 0 ? a_t_fwd : a_t_bwd_, mode == 0 ? kOrder : kOrderBwd, t0_first, synth,
+        post_filter(high, mode, mode == 0 ? a_t_fwd : bwd_.a_t, mode == 0 ? kOrder : kOrderBwd, t0_first, synth,
                     out);
-    }
-
-    /// autocorr_hyb_window, Lag_window_bwd, Levinsone, the saturation test
-    /// and the bandwidth expansion: the backward filter in a_t_bwd_[31..61].
-    void backward_analysis() {
-        Zep32s r[kOrderBwd + 1];
-        Zep16s rh[kOrderBwd + 1], rl[kOrderBwd + 1], rc[kOrderBwd];
-        Zep16s* a = a_t_bwd_ + kOrderBwd + 1;
-        check(zepsWinHybrid_G729E_16s32s(synth_buf_, r, hyb_.data()), "hybrid window");
-        check(zepsLagWindow_G729E_32s16s(r, rh, rl), "lag window");
-        check(zepsLevinsonDurbin_G729E_16s(kOrderBwd, rh, rl, a, rc, old_a_bwd_, old_rc_bwd_), "Levinson-Durbin");
-        bool saturated = false;
-        for (int i = 0; i <= kOrderBwd; ++i) saturated = saturated || a[i] >= 32767;
-        if (saturated)
-            std::memcpy(a, a_t_bwd_mem_, sizeof a_t_bwd_mem_);
-        else
-            std::memcpy(a_t_bwd_mem_, a, sizeof a_t_bwd_mem_);
-        check(zepsWeightLPC_G729E_16s(a, kGammaBwd, kOrderBwd, a), "bandwidth expansion");
-    }
-
-    /// Int_bwd: the second subframe's filter moves towards the previous
-    /// frame's by c_int (decaying by 410 a frame); the first subframe takes
-    /// the mean of the two.
-    void interpolate_backward() {
-        c_int_ = static_cast<Zep16s>(c_int_ - 410 < 0 ? 0 : c_int_ - 410);
-        Zep16s* a = a_t_bwd_ + kOrderBwd + 1;
-        check(zepsInterpolateC_NR_G729_16s_Sfs(a, static_cast<Zep16s>(4096 - c_int_), prev_filter_, c_int_, a,
-                                               kOrderBwd + 1, 12),
-              "filter interpolation");
-        check(zepsInterpolateC_NR_G729_16s_Sfs(a, 1, prev_filter_, 1, a_t_bwd_, kOrderBwd + 1, 1),
-              "filter interpolation");
     }
 
     /// D_lspe and Int_qlpc (no interpolation after a backward frame).
@@ -369,47 +325,15 @@ private:
         std::memcpy(mem_syn_, synth + o + kSubfr - kOrderBwd, sizeof mem_syn_);
     }
 
-    /// tst_bwd_dominant: backward mode dominates when, over the last 10 to
-    /// 100 loud frames, backward frames outnumber 4 times the forward ones.
-    void backward_dominance(Zep16s mode) {
-        if (mode == 0)
-            ++count_fwd_;
-        else
-            ++count_bwd_;
-        int all = count_bwd_ + count_fwd_;
-        if (all == 100) {
-            all >>= 1;
-            count_bwd_ >>= 1;
-            count_fwd_ >>= 1;
-        }
-        bwd_dominant_ = all >= 10 && count_bwd_ > 4 * count_fwd_;
-    }
-
     /// The adaptive post-filter factors, the post-filter and post-processing.
     void post_filter(bool high, Zep16s mode, const Zep16s* az, int m, Zep16s t0_first, const Zep16s* synth,
                      Zep16s* out) {
-        int long_h;
-        if (!high) {
-            long_h = 20;
-            ga1_ = kGamma1Pst;
-            ga2_ = kGamma2Pst;
-            ga_harm_ = kGammaHarm;
-        } else {
-            long_h = 32;
-            const auto step = [](Zep16s v, int d, Zep16s hi) {
-                const int r = v + d;
-                return static_cast<Zep16s>(r < 0 ? 0 : r > hi ? hi : r);
-            };
-            const bool down = mode == 1 && bwd_dominant_;
-            ga_harm_ = down ? step(ga_harm_, -410, 32767) : step(ga_harm_, 410, kGammaHarmE);
-            ga1_ = down ? step(ga1_, -1147, 32767) : step(ga1_, 1147, kGamma1Pst);
-            ga2_ = down ? step(ga2_, -1065, 32767) : step(ga2_, 1065, kGamma2PstE);
-        }
+        pf_.next(high, mode == 1 && dom_.dominant);
         voicing_ = 0;
         for (int sf = 0; sf < 2; ++sf) {
             Zep16s v = 0;
             check(zepsPostFilter_G729E_16s(t0_first, synth + sf * kSubfr, az + sf * (m + 1), out + sf * kSubfr, &v,
-                                           ga1_, ga2_, ga_harm_, long_h, m, post_.data()),
+                                           pf_.ga1, pf_.ga2, pf_.ga_harm, pf_.long_h, m, post_.data()),
                   "post-filter");
             if (v != 0) voicing_ = v;
         }
@@ -422,7 +346,10 @@ private:
         return seed_;
     }
 
-    std::vector<std::uint8_t> post_, hp_, hyb_;
+    std::vector<std::uint8_t> post_, hp_;
+    zepsc_g729::BackwardLp bwd_{zepsc_g729::Check{"G.729 Annex E"}};
+    zepsc_g729::BackwardDominance dom_;
+    zepsc_g729::PostFactors pf_;
     Zep16s synth_buf_[kAnaBwd] = {};
     Zep16s old_exc_[kExcHistory + kFrame] = {};
     Zep16s mem_syn_[kOrderBwd] = {};
@@ -430,12 +357,7 @@ private:
     Zep16s prev_lsf_[kOrder];
     Zep16s prev_ma_ = 0;
     Zep16s lsp_old_[kOrder];
-    Zep16s a_t_bwd_[2 * (kOrderBwd + 1)] = {};
     Zep16s a_bwd_mem_[kOrderBwd + 1] = {};
-    Zep16s a_t_bwd_mem_[kOrderBwd + 1] = {};
-    Zep16s prev_filter_[kOrderBwd + 1] = {};
-    Zep16s old_a_bwd_[kOrderBwd + 1] = {};
-    Zep16s old_rc_bwd_[2] = {};
     Zep16s sharp_ = kSharpMin;
     Zep16s t0_ = 60;
     Zep16s prev_t0_ = 60;
@@ -447,14 +369,10 @@ private:
     int count_bfi_ = 0;
     int stat_bwd_ = 0;
     Zep16s c_fe_fix_ = 0;
-    Zep16s c_int_ = kCIntReset;
     bool prev_bfi_ = false;
     Zep16s prev_mode_ = 0;
     Zep16s voicing_ = 60;
     Zep16s prev_voicing_ = 0;
-    int count_bwd_ = 0, count_fwd_ = 0;
-    bool bwd_dominant_ = false;
-    Zep16s ga1_ = kGamma1Pst, ga2_ = kGamma2PstE, ga_harm_ = kGammaHarmE;
     Zep16s seed_ = 21845;
 };
 

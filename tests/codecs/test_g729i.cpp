@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The integrated G.729 coder (Annex I) through the public library: every
+// shared DTX stream at 6.4, 8 and 11.8 kbit/s and the ITU-T Annex I
+// conformance sequences (DTX at 6.4 and 11.8 kbit/s, per-frame rate
+// switching 6.4/11.8 and 6.4/8/11.8), decoder .bit -> output byte for byte;
+// the encoder at 8 kbit/s with DTX; the decoder's handling of erased and
+// corrupt frames.
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/codecs/codec_replay.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using zeps::codec_test::expect_same_pcm;
+using zeps::codec_test::read_bytes;
+using zeps::codec_test::read_pcm;
+
+zepsc_cli::CodecOptions annex_i() {
+    zepsc_cli::CodecOptions o;
+    o.values["annex"].assign(1, 'I');
+    return o;
+}
+
+std::vector<std::int16_t> decode(const std::vector<std::uint8_t>& bits) {
+    return zepsc_cli::decode_all(zeps::codec_test::codec("g729"), annex_i(), "bit", bits.data(), bits.size());
+}
+
+TEST(G729IReplay, DecoderStreamsAndConformance) {
+    const std::string root = zeps::codec_test::shared_dir() + "/codecs/g729/";
+    // The shared streams: NAME.bit -> NAME.pst.
+    for (const char* folder : {"g729i_6k4_dtx", "g729i_8k_dtx", "g729i_11k8_dtx"}) {
+        int streams = 0;
+        for (const auto& e : fs::directory_iterator(root + folder)) {
+            if (e.path().extension() != ".bit") continue;
+            const std::string stem = e.path().stem().string();
+            expect_same_pcm(decode(read_bytes(e.path().string())), read_pcm(root + folder + "/" + stem + ".pst"), 80,
+                            std::string(folder) + "/" + stem + " decoder");
+            ++streams;
+        }
+        EXPECT_EQ(streams, 6) << folder;
+    }
+    // The ITU sequences: .b10 -> .o10, .b12 -> .o12, .br02 -> .or02, .br012 -> .or012.
+    const std::string dir = root + "conformance/g729i/";
+    for (const std::string name : {"dm19", "speech"})
+        for (const std::string rate : {"10", "12", "r02", "r012"})
+            expect_same_pcm(decode(read_bytes(dir + name + ".b" + rate)), read_pcm(dir + name + ".o" + rate), 80,
+                            "conformance/g729i/" + name + ".b" + rate + " decoder");
+}
+
+std::vector<std::uint8_t> encode(const std::vector<std::int16_t>& pcm, const zepsc_cli::CodecOptions& o) {
+    return zepsc_cli::encode_all(zeps::codec_test::codec("g729"), o, "bit", pcm.data(), pcm.size());
+}
+
+TEST(G729IReplay, EncoderAt8kWithDtx) {
+    const std::string root = zeps::codec_test::shared_dir() + "/codecs/g729/g729i_8k_dtx/";
+    zepsc_cli::CodecOptions o = annex_i();
+    o.values["rate"] = "8";
+    o.values["dtx"] = "";
+    int streams = 0;
+    for (const auto& e : fs::directory_iterator(root)) {
+        if (e.path().extension() != ".bit") continue;
+        const std::string stem = e.path().stem().string();
+        const auto pcm = read_pcm(zeps::codec_test::shared_dir() + "/speech/" + stem + ".s16");
+        zeps::codec_test::expect_same_bytes(encode(pcm, o), read_bytes(e.path().string()), 164,
+                                            "g729i_8k_dtx/" + stem + " encoder");
+        ++streams;
+    }
+    EXPECT_EQ(streams, 6);
+    // What is not available yet is refused, not coded otherwise.
+    const std::vector<std::int16_t> pcm(800, 0);
+    for (const char* rate : {"6.4", "11.8"}) {
+        zepsc_cli::CodecOptions r = o;
+        r.values["rate"] = rate;
+        EXPECT_THROW(encode(pcm, r), zepsc_cli::CodecError) << rate;
+    }
+    zepsc_cli::CodecOptions plain = annex_i();
+    EXPECT_THROW(encode(pcm, plain), zepsc_cli::CodecError);
+}
+
+/// A frame: SYNC, size, one word a bit (0x007F: all codes 0, 0x0081: 1).
+std::vector<std::uint8_t> frame(unsigned size, unsigned word = 0x7F, unsigned sync = 0x6B21) {
+    std::vector<std::uint8_t> f = {static_cast<std::uint8_t>(sync & 0xff), static_cast<std::uint8_t>(sync >> 8),
+                                   static_cast<std::uint8_t>(size & 0xff), static_cast<std::uint8_t>(size >> 8)};
+    for (unsigned i = 0; i < size; ++i) {
+        f.push_back(static_cast<std::uint8_t>(word & 0xff));
+        f.push_back(static_cast<std::uint8_t>(word >> 8));
+    }
+    return f;
+}
+
+std::vector<std::uint8_t> join(std::initializer_list<std::vector<std::uint8_t>> frames) {
+    std::vector<std::uint8_t> s;
+    for (const auto& f : frames) s.insert(s.end(), f.begin(), f.end());
+    return s;
+}
+
+TEST(G729IReplay, ErasedAndCorruptFrames) {
+    // Every frame type, and erasures after each of them: one frame of
+    // output each, no error.
+    const auto all_ones = frame(118, 0x81);
+    const auto s = join({frame(64), frame(64, 0), frame(80), frame(80, 0), all_ones, frame(118, 0), frame(16),
+                         frame(0), frame(16, 0), frame(0, 0, 0x1234), frame(118), frame(64, 0x81), frame(0)});
+    EXPECT_EQ(decode(s).size(), 13u * 80);
+    // An erased frame is decoded at the previous frame's rate: after an
+    // 11.8 kbit/s frame a lost 64-bit frame conceals as a lost 118-bit one.
+    EXPECT_EQ(decode(join({all_ones, frame(64, 0)})), decode(join({all_ones, frame(118, 0)})));
+    // A mode bit that differs from its repeat erases the frame.
+    auto split = frame(118);
+    split[4] = 0x81;
+    EXPECT_EQ(decode(join({all_ones, split})), decode(join({all_ones, frame(118, 0)})));
+    // An untransmitted frame with a bad SYNC word is an erasure.
+    EXPECT_EQ(decode(join({frame(64), frame(0, 0, 0x1234)})), decode(join({frame(64), frame(64, 0)})));
+
+    const auto& codec = zeps::codec_test::codec("g729");
+    const auto fails = [&](const std::vector<std::uint8_t>& bits) {
+        EXPECT_THROW(zepsc_cli::decode_all(codec, annex_i(), "bit", bits.data(), bits.size()), zepsc_cli::CodecError);
+    };
+    fails(frame(15));                                           // not an Annex I frame size
+    fails(frame(80, 0x7F, 0x6B20));                             // bad SYNC on a transmitted frame
+    fails(std::vector<std::uint8_t>(all_ones.begin(), all_ones.end() - 6));  // truncated
+    zepsc_cli::CodecOptions rtp = annex_i();
+    EXPECT_THROW(zepsc_cli::decode_all(codec, rtp, "g729", s.data(), s.size()), zepsc_cli::CodecError);
+}
+
+}  // namespace

@@ -1,0 +1,503 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The integrated G.729 coder of ITU-T G.729 Annex I in the zepsc tool,
+// assembled from the public exports alone: one decoder state across the
+// rates, each frame at 6.4 kbit/s (Annex D), 8 kbit/s (main body) or
+// 11.8 kbit/s (Annex E, forward or backward LPC), or a comfort-noise frame
+// (Annex B: SID or untransmitted). This file reads as the worked example of
+// the Annex I decoder's frame loop: every stage the reference decoder runs,
+// in its order.
+//
+// Bitstream: the ITU-T serial format; the size word gives the frame type
+// (64, 80, 118, 16 = SID with its padding bit, 0 = untransmitted). A frame is
+// erased when any of its bit words is 0x0000, when an 11.8 kbit/s frame's
+// mode bit and its repeat differ, or when an untransmitted frame's SYNC word
+// is not 0x6B21; it is decoded at the previous frame's rate (comfort noise
+// after a comfort-noise frame).
+#include <array>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "tools/codecs/g729_annex_i.h"
+#include "tools/codecs/g729_backward.h"
+#include "tools/codecs/g729_frame.h"
+#include "zepsc.h"
+
+namespace zepsc_g729 {
+namespace {
+
+using zepsc_cli::CodecError;
+
+constexpr Check check{"G.729 Annex I"};
+
+constexpr int kMaxBits = 118;
+constexpr Zep16s kSeedCng = 11111;  // INIT_SEED of the comfort-noise generator
+constexpr Zep16s kLspSidReset[kOrder] = {31441, 27566, 21458, 13612, 4663, -4663, -13612, -21458, -27566, -31441};
+
+/// Frame types as the Annex I reference numbers them; rate = type - 2.
+enum FrameType : Zep16s { kUntransmitted = 0, kSid = 1, k6k4 = 2, k8k = 3, k11k8 = 4 };
+
+/// Bits of each parameter in stream order (after the mode bits at 11.8 kbit/s).
+constexpr std::array<int, 10> kBits6k4 = {8, 10, 8, 9, 2, 6, 4, 9, 2, 6};
+constexpr std::array<int, 11> kBits8k = {8, 10, 8, 1, 13, 4, 7, 5, 13, 4, 7};
+constexpr std::array<int, 17> kBitsFwd = {8, 10, 8, 1, 7, 7, 7, 7, 7, 7, 5, 7, 7, 7, 7, 7, 7};
+constexpr std::array<int, 15> kBitsBwd = {8, 1, 13, 10, 7, 7, 7, 7, 5, 13, 10, 7, 7, 7, 7};
+constexpr std::array<int, 4> kBitsSid = {1, 5, 4, 5};
+
+template <std::size_t N>
+void read_params(const std::uint8_t* bits, const std::array<int, N>& widths, Zep16s* prm) {
+    int k = 0;
+    for (std::size_t p = 0; p < N; ++p) {
+        int v = 0;
+        for (int b = 0; b < widths[p]; ++b) v = (v << 1) | bits[k++];
+        prm[p] = static_cast<Zep16s>(v);
+    }
+}
+
+FrameType type_of_size(unsigned size) {
+    switch (size) {
+        case 0: return kUntransmitted;
+        case 16: return kSid;
+        case 64: return k6k4;
+        case 80: return k8k;
+        default: return k11k8;
+    }
+}
+
+/// Parity check of the first subframe's pitch code: true when wrong. At
+/// 11.8 kbit/s the parity bit also covers bit 1 of the code.
+bool parity_error(Zep16s index, Zep16s parity, bool high_rate) {
+    Zep16s p = 0;
+    check(zepsParityPitch_G729_16s(index, &p), "pitch parity");
+    if (high_rate) p = static_cast<Zep16s>(p ^ ((index >> 1) & 1));
+    return ((p ^ parity) & 1) != 0;
+}
+
+/// One received frame: its type, its mode bit at 11.8 kbit/s, the
+/// parameters in stream order and whether it is erased.
+struct Frame {
+    FrameType type = k8k;
+    Zep16s mode_bit = 0;
+    Zep16s prm[17] = {};
+    bool erased = false;
+};
+
+// ---- decoder ---------------------------------------------------------------
+
+class DecoderI final : public zepsc_cli::FrameDecoder {
+public:
+    DecoderI() {
+        post_ = state_block(check, zepsPostFilterGetStateSize_G729E_16s);
+        check(zepsPostFilterInit_G729E_16s(post_.data()), "post-filter initialisation");
+        hp_ = state_block(check, zepsHighPassFilterSize_G729);
+        check(zepsHighPassFilterInit_G729(kHighPass100, hp_.data()), "post-processing initialisation");
+        disp_ = state_block(check, zepsPhaseDispersionGetStateSize_G729D);
+        check(zepsPhaseDispersionInit_G729D(disp_.data()), "phase-dispersion initialisation");
+        sid_gain_ = state_block(check, zepsSIDGainDecodeGetStateSize_G729B);
+        check(zepsSIDGainDecodeInit_G729B(sid_gain_.data()), "SID gain initialisation");
+        for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
+        std::memcpy(prev_lsf_, kFreqPrevReset, sizeof prev_lsf_);
+        std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
+        std::memcpy(lsp_sid_, kLspSidReset, sizeof lsp_sid_);
+        a_bwd_mem_[0] = 4096;
+    }
+    int sample_rate() const override { return 8000; }
+    std::size_t max_frame_samples() const override { return kFrame; }
+
+    std::size_t decode(zepsc_cli::ByteSource& in, std::int16_t* pcm) override {
+        Frame f;
+        if (!read_frame(in, f)) return 0;
+        // An erased frame is decoded at the previous frame's rate: erased
+        // speech after speech, comfort noise after comfort noise.
+        Zep16s post_size = f.type;
+        if (f.erased) {
+            f.type = past_ftyp_ == kSid ? kUntransmitted : static_cast<FrameType>(past_ftyp_);
+            post_size = prev_post_type_;
+        }
+        const bool high = f.type == k11k8;
+        Zep16s mode = 0;
+        if (high) {
+            mode = f.erased ? prev_mode_ : f.mode_bit;
+            if (prev_bfi_) voicing_ = prev_voicing_;
+        }
+        decode_frame(f, mode, pcm);
+        prev_post_type_ = post_size < k6k4 ? Zep16s{kUntransmitted} : post_size;
+        return kFrame;
+    }
+
+private:
+    /// Reads one serial frame into f; false at the end of the input.
+    bool read_frame(zepsc_cli::ByteSource& in, Frame& f) {
+        std::uint8_t head[4];
+        if (!in.read_exact(head, 4, "frame header")) return false;
+        const unsigned sync = head[0] | (head[1] << 8);
+        const unsigned size = head[2] | (head[3] << 8);
+        const std::uint64_t at = in.position() - 4;
+        if (size != 0 && size != 16 && size != 64 && size != 80 && size != 118)
+            throw CodecError("frame of " + std::to_string(size) + " bits at byte " + std::to_string(at) +
+                             ": G.729 Annex I frames have 118, 80, 64, 16 (SID) or 0 (untransmitted)");
+        if (size != 0 && sync != kSync) throw CodecError("bad SYNC word at byte " + std::to_string(at));
+        std::uint8_t words[2 * kMaxBits];
+        if (size != 0 && !in.read_exact(words, 2 * size, "frame"))
+            throw CodecError("truncated frame at byte " + std::to_string(in.position()) + ": header without bits");
+        const auto word_at = [&](unsigned i) { return static_cast<unsigned>(words[2 * i] | (words[2 * i + 1] << 8)); };
+        std::uint8_t bits[kMaxBits] = {};
+        f.type = type_of_size(size);
+        f.erased = size == 0 && sync != kSync;
+        for (unsigned i = 0; i < size; ++i) {
+            bits[i] = word_at(i) == kBit1 ? 1 : 0;
+            if (word_at(i) == 0) f.erased = true;
+        }
+        switch (f.type) {
+            case kUntransmitted: break;
+            case kSid: read_params(bits, kBitsSid, f.prm); break;
+            case k6k4: read_params(bits, kBits6k4, f.prm); break;
+            case k8k: read_params(bits, kBits8k, f.prm); break;
+            case k11k8: {
+                // The mode bit: a word other than 0x007F reads as 1; a repeat
+                // that differs erases the frame.
+                f.mode_bit = word_at(0) == kBit0 ? 0 : 1;
+                const Zep16s repeat = word_at(1) == kBit0 ? 0 : 1;
+                if (f.mode_bit != repeat) f.erased = true;
+                if (f.mode_bit == 0)
+                    read_params(bits + 2, kBitsFwd, f.prm);
+                else
+                    read_params(bits + 2, kBitsBwd, f.prm);
+                break;
+            }
+        }
+        return true;
+    }
+
+    /// Decod_ld8c and the post-filtering of the reference decoder's loop.
+    void decode_frame(const Frame& f, Zep16s mode, Zep16s* out) {
+        const bool bfi = f.erased;
+        const bool high = f.type == k11k8;
+        if (!bfi) {
+            c_muting_ = 32767;
+            count_bfi_ = 0;
+        }
+        if (high) bwd_.analyse(synth_buf_);
+        std::memmove(synth_buf_, synth_buf_ + kFrame, kMemSynBwd * sizeof(Zep16s));
+
+        // Back from an erasure: mix in the last good backward filter.
+        if (mode == 1 && c_fe_fix_ != 0) bwd_.mix_in(a_bwd_mem_, c_fe_fix_);
+        if (bfi && !prev_bfi_ && past_ftyp_ == k11k8) std::memcpy(a_bwd_mem_, bwd_.newest(), sizeof a_bwd_mem_);
+
+        Zep16s* synth = synth_buf_ + kMemSynBwd;
+        Zep16s a_t_fwd[2 * (kOrder + 1)];
+        Zep16s t0_first = 0;
+        if (f.type < k6k4)
+            t0_first = decode_noise(f, a_t_fwd, synth);
+        else
+            t0_first = decode_speech(f, mode, a_t_fwd, synth);
+
+        // Annex B: the energy of a good frame's excitation for a later SID gain.
+        if (!bfi) check(zepsFrameEnergy_G729B_16s(old_exc_ + kExcHistory, &sid_sav_, &sh_sid_sav_), "frame energy");
+        past_ftyp_ = f.type;
+
+        Zep16s energy = 0;
+        check(zepsEnergyDB_G729E_16s(synth, kFrame, &energy), "frame energy");
+        if (energy >= 8192) dom_.count(mode);
+        std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
+
+        prev_bfi_ = bfi;
+        prev_mode_ = mode;
+        prev_voicing_ = voicing_;
+        if (bfi) {
+            c_fe_fix_ = 4096;
+        } else if (mode == 0) {
+            c_fe_fix_ = 0;
+        } else {
+            c_fe_fix_ = static_cast<Zep16s>(c_fe_fix_ - (dom_.dominant ? 410 : 2048));
+            if (c_fe_fix_ < 0) c_fe_fix_ = 0;
+        }
+        const bool post_high = (bfi ? prev_post_type_ : Zep16s{f.type}) == k11k8;
+        post_filter(post_high, f.type >= k6k4, mode, mode == 0 ? a_t_fwd : bwd_.a_t, mode == 0 ? kOrder : kOrderBwd,
+                    t0_first, synth, out);
+    }
+
+    /// A comfort-noise frame (Annex B Dec_cng): the gain, on a SID frame the
+    /// new filter, the random excitation and the synthesis at order 10.
+    /// Returns the lag for the post-filter (the last good one).
+    Zep16s decode_noise(const Frame& f, Zep16s* az, Zep16s* synth) {
+        // The Annex B stages number the types 0 untransmitted, 1 speech, 2 SID.
+        const Zep16s ftyp_b = f.type == kSid ? 2 : 0;
+        const Zep16s past_b = past_ftyp_ >= k6k4 ? 1 : past_ftyp_ == kSid ? 2 : 0;
+        Zep16s gain = 0;
+        check(zepsSIDGainDecode_G729B_16s(ftyp_b, f.prm[3], past_b, sid_sav_, sh_sid_sav_, &gain, sid_gain_.data()),
+              "SID gain decoding");
+        if (f.type == kSid) {
+            Zep16s lsf[kOrder];
+            check(zepsLSFDecode_G729B_16s(f.prm, &freq_prev_[0][0], lsf), "SID LSF decoding");
+            check(zepsLSFToLSP_G729_16s(lsf, lsp_sid_), "LSF to LSP");
+        }
+        // The 6.4 kbit/s phase dispersion follows the comfort noise's gains.
+        Zep16s gains[4];
+        check(zepsCNGExcitation_G729I_16s(gain, old_exc_, &seed_cng_, gains), "comfort-noise excitation");
+        for (int sf = 0; sf < 2; ++sf)
+            check(zepsPhaseDispersionUpdate_G729D_16s(gains[2 * sf], gains[2 * sf + 1], disp_.data()),
+                  "dispersion update");
+        interpolate_filters(check, lsp_old_, lsp_sid_, az);
+        std::memcpy(lsp_old_, lsp_sid_, sizeof lsp_old_);
+        for (int sf = 0; sf < 2; ++sf) synthesise(kOrder, az + sf * (kOrder + 1), sf * kSubfr, synth);
+        sharp_ = kSharpMin;
+        stat_bwd_ = 0;
+        track_[1] = 0;
+        bwd_.keep_forward(az + kOrder + 1);
+        return prev_t0_;
+    }
+
+    /// An active frame at 6.4, 8 or 11.8 kbit/s (possibly erased): the
+    /// filters, the excitation of the two subframes and the synthesis.
+    /// Returns the first subframe's integer lag.
+    Zep16s decode_speech(const Frame& f, Zep16s mode, Zep16s* a_t_fwd, Zep16s* synth) {
+        const bool bfi = f.erased;
+        const bool high = f.type == k11k8, low = f.type == k6k4;
+        seed_cng_ = kSeedCng;
+
+        // The parameters: the LSP codes (not in backward mode), then per
+        // subframe the pitch code (and parity in subframe 1 but at 6.4
+        // kbit/s), the codebook codes and the gain code.
+        const Zep16s* p_sub = high && f.mode_bit == 1 ? f.prm : f.prm + 2;
+        const Zep16s* a_sub;
+        int m_aq;
+        if (mode == 0) {
+            decode_lsp(f.prm, bfi, a_t_fwd);
+            a_sub = a_t_fwd;
+            m_aq = kOrder;
+            bwd_.keep_forward(a_t_fwd + kOrder + 1);
+        } else {
+            bwd_.interpolate();
+            a_sub = bwd_.a_t;
+            m_aq = kOrderBwd;
+            std::memcpy(bwd_.prev_filter, bwd_.newest(), sizeof bwd_.prev_filter);
+        }
+
+        Zep16s t0_first = 0;
+        const bool bad_parity = !bfi && !low && parity_error(p_sub[0], p_sub[1], high);
+        for (int sf = 0; sf < 2; ++sf) {
+            const int o = sf * kSubfr;
+            // Codes of this subframe: q[0..] after the pitch code.
+            const int first_codes = low ? 1 : 2;
+            const int second_at = low ? 4 : high ? 8 : 5;
+            const Zep16s pitch_code = sf == 0 ? p_sub[0] : p_sub[second_at];
+            const Zep16s* q = sf == 0 ? p_sub + first_codes : p_sub + second_at + 1;
+
+            Zep16s delay[2] = {t0_, 0};
+            if (!(sf == 0 ? (bfi || bad_parity) : bfi)) {
+                check(low ? zepsDecodeLag_G729D_16s(pitch_code, static_cast<Zep16s>(sf), delay)
+                          : zepsDecodeLag_G729_16s(pitch_code, static_cast<Zep16s>(sf), delay),
+                      "pitch delay decoding");
+                prev_t0_ = delay[0];
+                prev_t0_frac_ = delay[1];
+            } else {
+                delay[0] = prev_t0_;
+                if (high) {
+                    delay[1] = prev_t0_frac_;
+                } else {
+                    delay[1] = 0;
+                    if (prev_t0_ < kPitMax) ++prev_t0_;
+                }
+            }
+            t0_ = delay[0];
+            if (sf == 0) t0_first = delay[0];
+            check(zepsDecodeAdaptiveVector_G729_16s_I(delay, old_exc_ + o), "adaptive vector");
+
+            // Pitch tracking for the concealment (kept at every rate, used at 11.8).
+            Zep16s tracked[2] = {prev_t0_, prev_t0_frac_};
+            check(zepsPitchTrack_G729E_16s(tracked, track_), "pitch tracking");
+            if (high) {
+                prev_t0_ = tracked[0];
+                prev_t0_frac_ = tracked[1];
+            }
+
+            // Fixed-codebook vector, random codes on an erased frame.
+            Zep16s code[kSubfr];
+            Zep16s stationary = 0;
+            if (!high) {
+                Zep16s index = q[0], sign = q[1];
+                if (bfi) {
+                    index = random();
+                    sign = random();
+                }
+                check(low ? zepsDecodeFixedCodebook_G729D_16s(static_cast<Zep16s>(sign & 3),
+                                                              static_cast<Zep16s>(index & 0x01ff), code)
+                          : zepsDecodeFixedCodebook_G729_16s(static_cast<Zep16s>(sign & 15),
+                                                             static_cast<Zep16s>(index & 0x1fff), code),
+                      "fixed-codebook decoding");
+                stat_bwd_ = 0;
+            } else {
+                Zep16s idx[5];
+                for (int k = 0; k < 5; ++k) idx[k] = bfi ? random() : q[k];
+                check(zepsDecodeFixedCodebook_G729E_16s(idx, mode, code), "fixed-codebook decoding");
+                if (mode == 0) {
+                    stat_bwd_ = 0;
+                } else if (++stat_bwd_ >= 30) {
+                    stationary = 1;
+                    stat_bwd_ = 30;
+                }
+            }
+            check(zepsPitchSharpening_G729_16s_I(delay[0], sharp_, code), "pitch sharpening");
+
+            // Gains.
+            const Zep16s gain_code = q[low ? 2 : high ? 5 : 2];
+            if (!bfi)
+                check(low ? zepsDecodeGain_G729D_16s(gain_code, code, past_qua_en_, gains_)
+                          : zepsDecodeGain_G729_16s(gain_code, code, past_qua_en_, gains_),
+                      "gain decoding");
+            else if (high)
+                check(zepsDecodeGainErased_G729E_16s(past_qua_en_, gains_, &c_muting_, count_bfi_, stationary),
+                      "erased-frame gains");
+            else
+                check(zepsDecodeGainErased_G729_16s(past_qua_en_, gains_), "erased-frame gains");
+            sharp_ = bounded_sharp(gains_[0]);
+
+            // Excitation: an erased frame keeps only the adaptive part of a
+            // voiced frame and only the fixed part otherwise.
+            Zep16s gp = gains_[0], gc = gains_[1];
+            if (bfi) {
+                ++count_bfi_;
+                if (voicing_ == 0)
+                    gp = 0;
+                else
+                    gc = 0;
+            }
+            check(zepsMixExcitation_G729_16s_I(gp, gc, code, old_exc_ + kExcHistory + o, kSubfr), "excitation");
+            if (low)
+                synthesise_dispersed(a_sub, o, code, synth);
+            else {
+                synthesise(m_aq, a_sub, o, synth);
+                check(zepsPhaseDispersionUpdate_G729D_16s(gains_[0], gains_[1], disp_.data()), "dispersion update");
+            }
+            a_sub += m_aq + 1;
+        }
+        return t0_first;
+    }
+
+    /// D_lspe and Int_qlpc (no interpolation after a backward frame).
+    void decode_lsp(const Zep16s* prm, bool bfi, Zep16s* az) {
+        Zep16s lsf[kOrder];
+        if (!bfi) {
+            const Zep16s idx[4] = {static_cast<Zep16s>((prm[0] >> 7) & 1), static_cast<Zep16s>(prm[0] & 127),
+                                   static_cast<Zep16s>((prm[1] >> 5) & 31), static_cast<Zep16s>(prm[1] & 31)};
+            check(zepsLSFDecode_G729_16s(idx, &freq_prev_[0][0], lsf), "LSF decoding");
+            std::memcpy(prev_lsf_, lsf, sizeof lsf);
+            prev_ma_ = idx[0];
+        } else {
+            std::memcpy(lsf, prev_lsf_, sizeof lsf);
+            check(zepsLSFDecodeErased_G729_16s(prev_ma_, &freq_prev_[0][0], prev_lsf_), "erased LSF decoding");
+        }
+        Zep16s lsp_new[kOrder];
+        check(zepsLSFToLSP_G729_16s(lsf, lsp_new), "LSF to LSP");
+        if (prev_mode_ == 0) {
+            interpolate_filters(check, lsp_old_, lsp_new, az);
+        } else {
+            check(zepsLSPToLPC_G729_16s(lsp_new, az), "LSP to LPC");
+            check(zepsLSPToLPC_G729_16s(lsp_new, az + kOrder + 1), "LSP to LPC");
+        }
+        std::memcpy(lsp_old_, lsp_new, sizeof lsp_new);
+    }
+
+    /// Synthesis of one subframe; on overflow the excitation buffer is
+    /// scaled down by 4 and the subframe filtered again.
+    void synthesise(int m, const Zep16s* a, int o, Zep16s* synth) {
+        const Zep16s* cur = old_exc_ + kExcHistory + o;
+        Zep16s* mem = mem_syn_ + kOrderBwd - m;
+        const ZepStatus s = zepsSynthesisFilter_G729E_16s(m, a, cur, synth + o, kSubfr, mem, 0);
+        check(s, "synthesis filter");
+        if (s == zepStsOverflow) {
+            for (Zep16s& e : old_exc_) e = static_cast<Zep16s>(e >> 2);
+            check(zepsSynthesisFilter_G729E_16s(m, a, cur, synth + o, kSubfr, mem, 0), "synthesis filter");
+        }
+        std::memcpy(mem_syn_, synth + o + kSubfr - kOrderBwd, sizeof mem_syn_);
+    }
+
+    /// Synthesis of a 6.4 kbit/s subframe: the overflow test on the plain
+    /// excitation (scaling the buffer down by 4), then the synthesis of the
+    /// phase-dispersed excitation.
+    void synthesise_dispersed(const Zep16s* a, int o, const Zep16s* code, Zep16s* synth) {
+        const Zep16s* cur = old_exc_ + kExcHistory + o;
+        Zep16s* mem = mem_syn_ + kOrderBwd - kOrder;
+        const ZepStatus s = zepsSynthesisFilter_G729E_16s(kOrder, a, cur, synth + o, kSubfr, mem, 0);
+        check(s, "synthesis filter");
+        if (s == zepStsOverflow)
+            for (Zep16s& e : old_exc_) e = static_cast<Zep16s>(e >> 2);
+        Zep16s dispersed[kSubfr];
+        check(zepsPhaseDispersion_G729D_16s(cur, gains_[1], gains_[0], code, dispersed, disp_.data()),
+              "phase dispersion");
+        check(zepsSynthesisFilter_G729E_16s(kOrder, a, dispersed, synth + o, kSubfr, mem, 0), "synthesis filter");
+        std::memcpy(mem_syn_, synth + o + kSubfr - kOrderBwd, sizeof mem_syn_);
+    }
+
+    /// The post-filter factors (11.8 kbit/s: eased off while backward mode
+    /// dominates), the post-filter (without its harmonic part on
+    /// comfort-noise frames) and the post-processing. A corrupt lag code can
+    /// decode to 144, which the harmonic search bounds at 143.
+    void post_filter(bool high, bool active, Zep16s mode, const Zep16s* az, int m, Zep16s t0_first,
+                     const Zep16s* synth, Zep16s* out) {
+        pf_.next(high, mode == 1 && dom_.dominant);
+        const Zep16s lag = t0_first > kPitMax ? static_cast<Zep16s>(kPitMax) : t0_first;
+        voicing_ = 0;
+        for (int sf = 0; sf < 2; ++sf) {
+            Zep16s v = 0;
+            const Zep16s* a = az + sf * (m + 1);
+            Zep16s* y = out + sf * kSubfr;
+            const Zep16s* x = synth + sf * kSubfr;
+            check(active ? zepsPostFilter_G729E_16s(lag, x, a, y, &v, pf_.ga1, pf_.ga2, pf_.ga_harm, pf_.long_h, m,
+                                                    post_.data())
+                         : zepsPostFilterInactive_G729E_16s(x, a, y, pf_.ga1, pf_.ga2, pf_.long_h, m, post_.data()),
+                  "post-filter");
+            if (v != 0) voicing_ = v;
+        }
+        check(zepsPostProcess_G729_16s_I(out, kFrame, hp_.data()), "post-processing");
+    }
+
+    /// The reference decoder's random generator (erased-frame codes).
+    Zep16s random() {
+        seed_ = static_cast<Zep16s>(seed_ * 31821 + 13849);
+        return seed_;
+    }
+
+    std::vector<std::uint8_t> post_, hp_, disp_, sid_gain_;
+    BackwardLp bwd_{check};
+    BackwardDominance dom_;
+    PostFactors pf_;
+    Zep16s synth_buf_[kAnaBwd] = {};
+    Zep16s old_exc_[kExcHistory + kFrame] = {};
+    Zep16s mem_syn_[kOrderBwd] = {};
+    Zep16s freq_prev_[4][kOrder];
+    Zep16s prev_lsf_[kOrder];
+    Zep16s prev_ma_ = 0;
+    Zep16s lsp_old_[kOrder];
+    Zep16s a_bwd_mem_[kOrderBwd + 1] = {};
+    Zep16s sharp_ = kSharpMin;
+    Zep16s t0_ = 60;
+    Zep16s prev_t0_ = 60;
+    Zep16s prev_t0_frac_ = 0;
+    Zep16s track_[4] = {30, 0, 0, 0};
+    Zep16s gains_[2] = {0, 0};
+    Zep16s past_qua_en_[4] = {-14336, -14336, -14336, -14336};
+    Zep16s c_muting_ = 32767;
+    int count_bfi_ = 0;
+    int stat_bwd_ = 0;
+    Zep16s c_fe_fix_ = 0;
+    bool prev_bfi_ = false;
+    Zep16s prev_mode_ = 0;
+    Zep16s voicing_ = 60;
+    Zep16s prev_voicing_ = 0;
+    Zep16s seed_ = 21845;
+    // Annex B.
+    Zep16s lsp_sid_[kOrder];
+    Zep16s past_ftyp_ = k8k;
+    Zep16s prev_post_type_ = k8k;
+    Zep16s seed_cng_ = kSeedCng;
+    Zep16s sid_sav_ = 0;
+    Zep16s sh_sid_sav_ = 1;
+};
+
+}  // namespace
+
+std::unique_ptr<zepsc_cli::FrameDecoder> make_g729i_decoder() { return std::make_unique<DecoderI>(); }
+
+}  // namespace zepsc_g729
