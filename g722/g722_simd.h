@@ -25,6 +25,25 @@
 ZEPS_BEGIN_VARIANT
 namespace g722 {
 
+/// UPPOL2 then UPPOL1 (see uppol2, uppol1) with the sign tests as selects
+/// instead of branches: the same arithmetic and bounds. On speech the signs
+/// of PLT (and more so of PH) change too often for the branches to be
+/// predicted, and a mispredicted branch costs more than the selects.
+[[gnu::always_inline]] inline void uppol_select(Band& w) {
+    const int d01 = signs_differ(w.p0, w.p1), d02 = signs_differ(w.p0, w.p2);  // -1 or 0
+    const int wd1 = sat16(w.a1 * 4);
+    const int neg = wd1 == -32768 ? 32767 : -wd1;  // sat16(-wd1)
+    const int wd2 = d01 ? wd1 : neg;
+    const int wd3 = (128 ^ d02) - d02;  // -128 when the signs differ, else 128
+    const int apl2 = (wd2 >> 7) + wd3 + ((w.a2 * 32512) >> 15);
+    w.a2 = static_cast<Word16>(apl2 > 12288 ? 12288 : apl2 < -12288 ? -12288 : apl2);
+    const int apl1 = ((w.a1 * 32640) >> 15) + ((192 ^ d01) - d01);  // -192 when the signs differ
+    const int wd4 = 15360 - w.a2;
+    w.p2 = w.p1;
+    w.p1 = w.p0;
+    w.a1 = static_cast<Word16>(apl1 > wd4 ? wd4 : apl1 < -wd4 ? -wd4 : apl1);
+}
+
 #if defined(__SSSE3__)
 /// A QMF delay line held in three registers, newest sample in lane 0:
 /// lanes 0..23 = delay[0..23] of the reference.
@@ -244,8 +263,7 @@ template <int Offset>
     w.p0 = add16(dq, w.sz);
     w.r0 = add16(w.s, dq);
     upzero_simd(z, dq);
-    uppol2(w);
-    uppol1(w);
+    uppol_select(w);
     w.sz = filtez_simd(z);
     w.s = add16(filtep_fast(w), w.sz);
 }
