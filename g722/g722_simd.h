@@ -215,17 +215,26 @@ struct ZeroSection {
 }
 
 /// FILTEZ (see filtez). The reference accumulates from BL6 down to BL1
-/// with saturation at each step; when the magnitudes of the six products sum
-/// to at most 32767 no step can saturate and the plain sum is that result,
-/// otherwise the steps are taken one by one.
+/// with saturation at each step. When no product exceeds 5461 in magnitude,
+/// no partial sum of the six can pass 6 * 5461 = 32766, so no step
+/// saturates and the plain sum is that result (the common case, tested with
+/// one compare); otherwise, when the magnitudes of the six products sum to
+/// at most 32767 the same holds, and only past that the steps are taken one
+/// by one.
 [[gnu::always_inline]] inline Word16 filtez_simd(const ZeroSection& z) {
     const __m128i p = mult_lanes(_mm_adds_epi16(z.d, z.d), z.b);  // lanes 0 and 7 zero (b)
     const __m128i ones = _mm_set1_epi16(1);
-    __m128i s = _mm_hadd_epi32(_mm_madd_epi16(p, ones), _mm_madd_epi16(_mm_abs_epi16(p), ones));
-    s = _mm_hadd_epi32(s, s);
-    const int sum = _mm_cvtsi128_si32(s), magnitude = _mm_cvtsi128_si32(_mm_srli_si128(s, 4));
-    if (magnitude <= 32767) [[likely]]
+    const __m128i magnitudes = _mm_abs_epi16(p);
+    __m128i s = _mm_madd_epi16(p, ones);
+    s = _mm_add_epi32(s, _mm_shuffle_epi32(s, 0x4E));
+    s = _mm_add_epi32(s, _mm_shuffle_epi32(s, 0xB1));
+    const int sum = _mm_cvtsi128_si32(s);
+    if (_mm_movemask_epi8(_mm_cmpgt_epi16(magnitudes, _mm_set1_epi16(5461))) == 0) [[likely]]
         return static_cast<Word16>(sum);
+    __m128i m = _mm_madd_epi16(magnitudes, ones);
+    m = _mm_add_epi32(m, _mm_shuffle_epi32(m, 0x4E));
+    m = _mm_add_epi32(m, _mm_shuffle_epi32(m, 0xB1));
+    if (_mm_cvtsi128_si32(m) <= 32767) return static_cast<Word16>(sum);
     alignas(16) Word16 t[8];
     _mm_store_si128(reinterpret_cast<__m128i*>(t), p);
     Word16 sz = 0;
