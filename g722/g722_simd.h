@@ -71,8 +71,10 @@ struct QmfRegs {
                                          _mm_madd_epi16(d2, a[2]));
         const __m128i sb = _mm_add_epi32(_mm_add_epi32(_mm_madd_epi16(d0, b[0]), _mm_madd_epi16(d1, b[1])),
                                          _mm_madd_epi16(d2, b[2]));
-        const __m128i h = _mm_hadd_epi32(sa, sb);
-        return _mm_hadd_epi32(h, h);
+        const __m128i ha = _mm_add_epi32(sa, _mm_shuffle_epi32(sa, 0x4E));  // lanes 0+2, 1+3
+        const __m128i hb = _mm_add_epi32(sb, _mm_shuffle_epi32(sb, 0x4E));
+        const __m128i h = _mm_unpacklo_epi32(ha, hb);
+        return _mm_add_epi32(h, _mm_shuffle_epi32(h, 0x4E));
     }
     /// The reference's shift of the delay line by two samples.
     [[gnu::always_inline]] void shift() {
