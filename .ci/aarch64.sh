@@ -40,3 +40,5 @@ cmake -S . -B build-aarch64 -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DZEPS_WERROR=ON
 cmake --build build-aarch64 -j"$jobs"
 ctest --test-dir build-aarch64 --output-on-failure -j"$jobs"
 echo "aarch64 build and tests: $(( $(date +%s) - start )) s"
+echo "processor time (user, system) of the script, then of its children:"
+times

@@ -16,7 +16,9 @@
 // The choice among the candidates stays sequential, as the reference's.
 #pragma once
 
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <cstdint>
 
@@ -57,6 +59,7 @@ inline void evaluate_track_scalar(Word16 ps0, Word32 alp0, Strided dn, const Ter
     }
 }
 
+#if defined(__SSSE3__)
 namespace simd {
 
 /// 8 strided values from k0 on (lanes past count read as 0). A stride of 1
@@ -88,6 +91,7 @@ inline __m128i sat_add32(__m128i a, __m128i b) {
 }
 
 }  // namespace simd
+#endif
 
 namespace simd {
 
@@ -100,6 +104,7 @@ inline bool chain_is_exact(Word32 alp0, const Term* terms, int nterms) {
     return bound <= MAX_32;
 }
 
+#if defined(__SSSE3__)
 /// The L_mac chains of 8 positions from k0 on, in two vectors of 4 sums;
 /// plain adds where chain_is_exact proved them equal to the saturating ones.
 inline void mac_terms(Word32 alp0, const Term* terms, int nterms, int k0, int count, bool exact, __m128i& lo,
@@ -121,6 +126,7 @@ inline void mac_terms(Word32 alp0, const Term* terms, int nterms, int k0, int co
         }
     }
 }
+#endif
 
 }  // namespace simd
 
@@ -175,6 +181,7 @@ inline void track_sums_scalar(Word16 ps0, Word32 alp0, Strided dn, const Term* t
 }
 
 inline void track_sums(Word16 ps0, Word32 alp0, Strided dn, const Term* terms, int nterms, int count, Sums& c) {
+#if defined(__SSSE3__)
     using namespace simd;
     const bool exact = chain_is_exact(alp0, terms, nterms);
     for (int k0 = 0; k0 < count; k0 += 8) {
@@ -184,10 +191,14 @@ inline void track_sums(Word16 ps0, Word32 alp0, Strided dn, const Term* terms, i
         _mm_store_si128(reinterpret_cast<__m128i*>(c.alp + k0), lo);
         _mm_store_si128(reinterpret_cast<__m128i*>(c.alp + k0 + 4), hi);
     }
+#else
+    track_sums_scalar(ps0, alp0, dn, terms, nterms, count, c);
+#endif
 }
 
 inline void evaluate_track(Word16 ps0, Word32 alp0, Strided dn, const Term* terms, int nterms, int count,
                            Candidates& c) {
+#if defined(__SSSE3__)
     using namespace simd;
     const __m128i half = _mm_set1_epi32(0x8000);
     const __m128i minv = _mm_set1_epi16(MIN_16);
@@ -204,6 +215,9 @@ inline void evaluate_track(Word16 ps0, Word32 alp0, Strided dn, const Term* term
         _mm_store_si128(reinterpret_cast<__m128i*>(c.sq + k0), _mm_xor_si128(sq, _mm_cmpeq_epi16(ps, minv)));
         _mm_store_si128(reinterpret_cast<__m128i*>(c.alp + k0), _mm_packs_epi32(lo, hi));
     }
+#else
+    evaluate_track_scalar(ps0, alp0, dn, terms, nterms, count, c);
+#endif
 }
 
 /// True when some candidate k < count improves on (sq, alp); when none
@@ -216,6 +230,7 @@ inline bool any_improves_scalar(const Candidates& c, int count, Word16 sq, Word1
 }
 
 inline bool any_improves(const Candidates& c, int count, Word16 sq, Word16 alp) {
+#if defined(__SSSE3__)
     const __m128i w = _mm_set1_epi32(static_cast<std::int32_t>(static_cast<std::uint16_t>(alp)) |
                                      static_cast<std::int32_t>(static_cast<std::uint32_t>(-sq) << 16));
     const __m128i zero = _mm_setzero_si128();
@@ -229,6 +244,9 @@ inline bool any_improves(const Candidates& c, int count, Word16 sq, Word16 alp) 
         if (_mm_movemask_epi8(_mm_and_si128(_mm_packs_epi32(lo, hi), live)) != 0) return true;
     }
     return false;
+#else
+    return any_improves_scalar(c, count, sq, alp);
+#endif
 }
 
 /// evaluate_track with a fixed first term and dn[] over many calls (the
@@ -236,6 +254,7 @@ inline bool any_improves(const Candidates& c, int count, Word16 sq, Word16 alp) 
 /// and shifted once.
 class TrackWithFixedTerm {
 public:
+#if defined(__SSSE3__)
     TrackWithFixedTerm(Strided dn, Term first, int count) : count_(count), first_(first), dn_(dn) {
         const __m128i zero = _mm_setzero_si128();
         const __m128i cnt = _mm_cvtsi32_si128(16 - first.shift);
@@ -268,6 +287,11 @@ public:
             _mm_store_si128(reinterpret_cast<__m128i*>(c.alp + k0), _mm_packs_epi32(lo, hi));
         }
     }
+#else
+    // Hosts without SSSE3: the plain loop (the same results).
+    TrackWithFixedTerm(Strided dn, Term first, int count) : count_(count), first_(first), dn_(dn) {}
+    void evaluate(Word16 ps0, Word32 alp0, Term second, Candidates& c) const { evaluate_scalar(ps0, alp0, second, c); }
+#endif
     /// The same computed by the plain loop.
     void evaluate_scalar(Word16 ps0, Word32 alp0, Term second, Candidates& c) const {
         const Term terms[2] = {first_, second};
@@ -278,7 +302,9 @@ private:
     int count_;
     Term first_;
     Strided dn_;
+#if defined(__SSSE3__)
     __m128i dnv_[2], lo_[2], hi_[2];
+#endif
 };
 
 }  // namespace amr_cb

@@ -13,7 +13,9 @@
 // are the baseline the vector forms are tested against.
 #pragma once
 
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <cstdint>
 
@@ -48,6 +50,7 @@ inline std::int64_t energy(const Word16* v) {
     return e;
 }
 
+#if defined(__SSSE3__)
 inline __m128i load8(const Word16* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 
 inline std::int32_t hsum32(__m128i v) {
@@ -55,10 +58,12 @@ inline std::int32_t hsum32(__m128i v) {
     v = _mm_add_epi32(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(2, 3, 0, 1)));
     return _mm_cvtsi128_si32(v);
 }
+#endif
 
 /// cor_h_x2: when 4 Ex Eh <= MAX_32^2 no doubled partial sum can saturate
 /// and each y32[i] is a plain dot product of x[i..39] with h[0..39-i].
 inline void cor_h_x2(const Word16* h, const Word16* x, Word16* dn, Word16 sf, int nb_track, int step) {
+#if defined(__SSSE3__)
     const std::int64_t ex = energy(x), eh = energy(h);
     const unsigned __int128 lim = static_cast<unsigned __int128>(MAX_32) * static_cast<unsigned __int128>(MAX_32);
     if (static_cast<unsigned __int128>(ex) * static_cast<unsigned __int128>(eh) * 4u > lim) {
@@ -85,6 +90,9 @@ inline void cor_h_x2(const Word16* h, const Word16* x, Word16* dn, Word16 sf, in
     }
     const Word16 j = sub(norm_l(tot), sf);
     for (int i = 0; i < kLCode; i++) dn[i] = round_fx(L_shl(y32[i], j));
+#else
+    cor_h_x2_scalar(h, x, dn, sf, nb_track, step);
+#endif
 }
 
 /// L_shl(v, n) for n >= 0: the exact shift saturated to 32 bits.
@@ -129,6 +137,7 @@ inline void cor_h_scalar(const Word16* h, const Word16* sign, CorrMatrix& rr) {
     }
 }
 
+#if defined(__SSSE3__)
 /// mult() of 8 lanes whose product never saturates (no -32768 * -32768).
 inline __m128i mult8(__m128i a, __m128i b) {
     const __m128i hi = _mm_mulhi_epi16(a, b);
@@ -174,11 +183,13 @@ inline void mirror_lower(CorrMatrix& rr) {
             for (int i = 8 * bj; i < j; i++) rr[i][j] = rr[j][i];
     }
 }
+#endif
 
 /// cor_h. Diagonal lag d of the reference, P_d[n] = sum_{m<=n} h2[m] h2[m+d],
 /// lands in row j = 39 - n at column j - d: for a block of 8 lags the
 /// running sums at step n are one reversed contiguous store into row j.
 inline void cor_h(const Word16* h, const Word16* sign, CorrMatrix& rr) {
+#if defined(__SSSE3__)
     alignas(16) Word16 h2[kLCode + 8 * 6] = {};
     scale_response(h, h2);
     if (2 * energy(h2) + 0x8000 > MAX_32) {
@@ -216,6 +227,9 @@ inline void cor_h(const Word16* h, const Word16* sign, CorrMatrix& rr) {
         rr[j][j] = low[j][kOff + j];
     }
     mirror_lower(rr);
+#else
+    cor_h_scalar(h, sign, rr);
+#endif
 }
 
 }  // namespace amr_cb

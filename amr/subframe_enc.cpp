@@ -54,8 +54,11 @@ ZepStatus zepsClosedLoopPitchSearch_GSMAMR_16s(Zep16s* pPrevLag, const Zep16s* p
         return zepStsNullPtrErr;
     const int mode = amr_rate::mode_of_rate(rate);
     if (mode < 0 || subframe < 0 || subframe > 3) return zepStsRangeErr;
-    auto lag_ok = [](Zep16s t) { return t >= 0 && t <= amr_enc::kPitMax; };
-    if (!lag_ok(*pPrevLag) || !lag_ok(pOpenLoopLag[0]) || !lag_ok(pOpenLoopLag[1])) return zepStsOutOfRangeErr;
+    // A lag of 143 2/3 leaves 144 with fraction -1 (searchFrac at 1/3 resolution).
+    auto lag_ok = [](Zep16s t, int max) { return t >= 0 && t <= max; };
+    if (!lag_ok(*pPrevLag, amr_enc::kPitMax + 1) || !lag_ok(pOpenLoopLag[0], amr_enc::kPitMax) ||
+        !lag_ok(pOpenLoopLag[1], amr_enc::kPitMax))
+        return zepStsOutOfRangeErr;
     Word16 ton[8], T_op[2] = {pOpenLoopLag[0], pOpenLoopLag[1]}, h1[kL], exc[kHist + kL], res[kL], xn[kL];
     for (int i = 0; i < 8; i++) ton[i] = pToneState[i];
     for (int i = 0; i < kL; i++) {

@@ -49,9 +49,11 @@ struct Peer {
     std::function<std::vector<float>(const std::vector<Zep16s>&, const std::vector<Zep16s>&)> run;
 };
 
-std::vector<float> zepsc_run(bool subband, bool nlp, const std::vector<Zep16s>& far, const std::vector<Zep16s>& nr) {
+std::vector<float> zepsc_run(bool subband, bool nlp, const std::vector<Zep16s>& far, const std::vector<Zep16s>& nr,
+                             bool fdaf = false) {
     zepsc_ec::EcConfig c;
     c.subband = subband;
+    c.fdaf = fdaf;
     c.nlp = nlp;
     const EcRun r = run(c, far, nr);
     if (!nlp) return r.linear;
@@ -126,6 +128,8 @@ int main() {
         {"zepsc sub-band", [](auto& f, auto& n) { return zepsc_run(true, false, f, n); }},
         {"zepsc full-band", [](auto& f, auto& n) { return zepsc_run(false, false, f, n); }},
         {"zepsc sub-band + NLP", [](auto& f, auto& n) { return zepsc_run(true, true, f, n); }},
+        {"zepsc frequency-domain", [](auto& f, auto& n) { return zepsc_run(true, false, f, n, true); }},
+        {"zepsc frequency-domain + NLP", [](auto& f, auto& n) { return zepsc_run(true, true, f, n, true); }},
         {"speexdsp", speex_run},
         {"spandsp", spandsp_run},
         {"webrtc AEC (with its suppressor)", webrtc_run},

@@ -24,7 +24,9 @@
 // (x + 2^(s-1)) >> s without the 33-bit sum. The butterflies stay scalar
 // (64-bit products). The scalar forms are kept as the baseline and tested
 // against.
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <bit>
 #include <cstring>
@@ -108,6 +110,7 @@ inline std::int32_t normalise(std::int32_t x, int e) {
     return static_cast<std::int32_t>((static_cast<i64>(x) + (i64{1} << (-e - 1))) >> (-e));
 }
 
+#if defined(__SSSE3__)
 /// Peak of |v| over n words (n a multiple of 4), ORed into the result.
 inline std::uint32_t peak_or_x4(const std::int32_t* v, int n) {
     __m128i acc = _mm_setzero_si128();
@@ -138,6 +141,17 @@ void normalise_x4(const std::int32_t* src, std::int32_t* dst, int n, int e) {
         _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i),
                          round_shift_x4(_mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i)), c, c1));
 }
+#else
+// Hosts without SSSE3: the block passes word by word (the same results).
+inline std::uint32_t peak_or_x4(const std::int32_t* v, int n) {
+    std::uint32_t peak = 0;
+    for (int i = 0; i < n; ++i) peak |= magnitude(v[i]);
+    return peak;
+}
+void normalise_x4(const std::int32_t* src, std::int32_t* dst, int n, int e) {
+    for (int i = 0; i < n; ++i) dst[i] = normalise(src[i], e);
+}
+#endif
 
 // ---------------------------------------------------------------- complex DIF
 // Same stage structure and butterflies as the float transform; the twiddle
@@ -182,6 +196,7 @@ void radix4(std::int32_t* re, std::int32_t* im, int M, int s, const std::int32_t
     }
 }
 
+#if defined(__SSSE3__)
 /// 4x4 transpose of 32-bit words.
 inline void transpose4(__m128i& a, __m128i& b, __m128i& c, __m128i& d) {
     const __m128i t0 = _mm_unpacklo_epi32(a, b), t1 = _mm_unpackhi_epi32(a, b);
@@ -227,6 +242,9 @@ void radix4_last_x4(std::int32_t* re, std::int32_t* im, int M) {
         _mm_storeu_si128(reinterpret_cast<__m128i*>(im + g + 12), i3);
     }
 }
+#else
+void radix4_last_x4(std::int32_t* re, std::int32_t* im, int M) { radix4(re, im, M, 1, nullptr, nullptr); }
+#endif
 
 /// Block floating point: before a stage of growth `radix`, the block is
 /// shifted right (rounding to nearest) until its largest component has at
@@ -406,6 +424,7 @@ bool inv_32s(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, cons
     const int g = cfft_dif<Simd>(im, re, l, t);  // exchanged arrays: the conjugate transform
     const int shift = e - g + pDesc->order + scaleFactor;
     const std::int32_t* rev = t + l.rev;
+#if defined(__SSSE3__)
     if (vec && shift >= 0 && shift <= 31) {
         // Rounded in natural order, four bins a step; each (re, im) pair is
         // stored at its bit-reversed place (the permutation is its own inverse).
@@ -424,6 +443,7 @@ bool inv_32s(const std::int32_t* pSrc, std::int32_t* pDst, int scaleFactor, cons
         }
         return true;
     }
+#endif
     for (int n = 0; n < M; ++n) {
         pDst[2 * n] = round_shift_sat(i64{re[rev[n]]}, shift);
         pDst[2 * n + 1] = round_shift_sat(i64{im[rev[n]]}, shift);

@@ -25,6 +25,19 @@
 ZEPS_BEGIN_VARIANT
 namespace g722 {
 
+/// add / sub of two 16-bit values with the reference's saturation: the
+/// wrapped result unless the sum overflowed, then the limit on the side of
+/// a's sign (overflow is rare, so this costs a predicted branch or one
+/// conditional move rather than the two clamps of sat16).
+[[gnu::always_inline]] inline Word16 add16(Word16 a, Word16 b) {
+    Word16 r;
+    return __builtin_add_overflow(a, b, &r) ? static_cast<Word16>((a >> 15) ^ 0x7FFF) : r;
+}
+[[gnu::always_inline]] inline Word16 sub16(Word16 a, Word16 b) {
+    Word16 r;
+    return __builtin_sub_overflow(a, b, &r) ? static_cast<Word16>((a >> 15) ^ 0x7FFF) : r;
+}
+
 /// UPPOL2 then UPPOL1 (see uppol2, uppol1) with the sign tests as selects
 /// instead of branches: the same arithmetic and bounds. On speech the signs
 /// of PLT (and more so of PH) change too often for the branches to be
@@ -242,19 +255,6 @@ struct ZeroSection {
     Word16 sz = 0;
     for (int i = 6; i > 0; --i) sz = add(sz, t[i]);
     return sz;
-}
-
-/// add / sub of two 16-bit values with the reference's saturation: the
-/// wrapped result unless the sum overflowed, then the limit on the side of
-/// a's sign (overflow is rare, so this costs a predicted branch or one
-/// conditional move rather than the two clamps of sat16).
-[[gnu::always_inline]] inline Word16 add16(Word16 a, Word16 b) {
-    Word16 r;
-    return __builtin_add_overflow(a, b, &r) ? static_cast<Word16>((a >> 15) ^ 0x7FFF) : r;
-}
-[[gnu::always_inline]] inline Word16 sub16(Word16 a, Word16 b) {
-    Word16 r;
-    return __builtin_sub_overflow(a, b, &r) ? static_cast<Word16>((a >> 15) ^ 0x7FFF) : r;
 }
 
 /// FILTEP (see filtep) with the same 16-bit saturating steps.

@@ -27,6 +27,14 @@ void g729_pair_pulse_a_scalar(Word16 ps1, Word32 alp1, const Word16* dn8, const 
     g729c::pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
 }
 
+bool g729_any_better8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+    return g729c::any_better8(sq8, alp8, sq, alp);
+}
+
+bool g729_any_better8_scalar(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+    return g729c::any_better8_scalar(sq8, alp8, sq, alp);
+}
+
 void g729_mult8(Word16* row, const Word16* g) { g729c::mult8(row, g); }
 void g729_mult8_scalar(Word16* row, const Word16* g) { g729c::mult8_scalar(row, g); }
 

@@ -16,9 +16,12 @@
 //   vector form runs only while |alp1| + 2^13 max|r| + 2^15 max|t| <= MAX_32;
 //   round_fx(alp2) is (alp2 >> 16) + bit 15 of alp2, packed with saturation
 //   (0x8000 only arises from alp2 >= 0x7fff8000, where round_fx saturates).
+// - the candidate test: see any_better8.
 #pragma once
 
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <cstdint>
 
@@ -27,6 +30,7 @@
 ZEPS_BEGIN_VARIANT
 namespace g729c {
 
+#if defined(__SSSE3__)
 inline __m128i fcb_load8(const Word16* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 inline void fcb_store8(Word16* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
 
@@ -41,6 +45,7 @@ inline __m128i square_q15(__m128i v) {
     const __m128i p1 = _mm_srai_epi32(_mm_unpackhi_epi16(lo, hi), 15);
     return _mm_packs_epi32(p0, p1);
 }
+#endif
 
 /// row[k] = mult(row[k], g[k]) for eight lanes: the reference's sign
 /// folding of a row of the correlation matrix.
@@ -51,11 +56,15 @@ inline void mult8_scalar(Word16* row, const Word16* g) {
 /// mult8 in lanes: the full 32-bit product shifted by 15 and packed with
 /// signed saturation is mult() for every input (no bound needed).
 inline void mult8(Word16* row, const Word16* g) {
+#if defined(__SSSE3__)
     const __m128i r = fcb_load8(row), s = fcb_load8(g);
     const __m128i lo = _mm_mullo_epi16(r, s), hi = _mm_mulhi_epi16(r, s);
     const __m128i p0 = _mm_srai_epi32(_mm_unpacklo_epi16(lo, hi), 15);
     const __m128i p1 = _mm_srai_epi32(_mm_unpackhi_epi16(lo, hi), 15);
     fcb_store8(row, _mm_packs_epi32(p0, p1));
+#else
+    mult8_scalar(row, g);
+#endif
 }
 
 /// Main body, fourth pulse of D4i40_17 at the eight positions of one track:
@@ -77,6 +86,7 @@ inline void fourth_pulse_scalar(Word16 ps2, Word32 alp2, const Word16* dn8, cons
 
 inline void fourth_pulse(Word16 ps2, Word32 alp2, const Word16* dn8, const Word16* rd, const Word16* r0,
                          const Word16* r1, const Word16* r2, Word16* ps_sq, Word16* alp) {
+#if defined(__SSSE3__)
     if (alp2 > (1 << 30) || alp2 < -(1 << 30)) {
         fourth_pulse_scalar(ps2, alp2, dn8, rd, r0, r1, r2, ps_sq, alp);
         return;
@@ -93,6 +103,9 @@ inline void fourth_pulse(Word16 ps2, Word32 alp2, const Word16* dn8, const Word1
     const __m128i lo = half(widen_lo(d), widen_lo(r0v), widen_lo(r1v), widen_lo(r2v));
     const __m128i hi = half(widen_hi(d), widen_hi(r0v), widen_hi(r1v), widen_hi(r2v));
     fcb_store8(alp, _mm_packs_epi32(lo, hi));
+#else
+    fourth_pulse_scalar(ps2, alp2, dn8, rd, r0, r1, r2, ps_sq, alp);
+#endif
 }
 
 /// Annex A, last pulse pair of D4i40_17_fast at the eight positions of one
@@ -122,6 +135,7 @@ inline std::int32_t max_abs8(const Word16* v) {
 /// Vector form for callers that know max|r| (rmax) and max|t| (tmax).
 inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* r, const Word16* t,
                          std::int32_t rmax, std::int32_t tmax, Word16* ps_sq, Word16* alp) {
+#if defined(__SSSE3__)
     const std::int64_t reach = (alp1 < 0 ? -std::int64_t{alp1} : alp1) + std::int64_t{rmax} * 8192 + std::int64_t{tmax} * 32768;
     if (reach > MAX_32) {
         pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
@@ -136,6 +150,46 @@ inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word1
         return _mm_add_epi32(_mm_srai_epi32(s, 16), bit15);
     };
     fcb_store8(alp, _mm_packs_epi32(half(widen_lo(rv), widen_lo(tv)), half(widen_hi(rv), widen_hi(tv))));
+#else
+    static_cast<void>(rmax), static_cast<void>(tmax);
+    pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
+#endif
+}
+
+/// The reference's candidate test of the searches, L_msu(L_mult(alp, sq2),
+/// sq, alp2) > 0: true when (sq2, alp2) improves on (sq, alp).
+inline bool fcb_better(Word16 sq2, Word16 alp2, Word16 sq, Word16 alp) {
+    return L_msu(L_mult(alp, sq2), sq, alp2) > 0;
+}
+
+/// Whether any of eight candidates (sq8[k], alp8[k]) passes fcb_better
+/// against (sq, alp); when none does, the sequential choice over them keeps
+/// (sq, alp) and may be skipped.
+inline bool any_better8_scalar(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+    for (int k = 0; k < 8; ++k)
+        if (fcb_better(sq8[k], alp8[k], sq, alp)) return true;
+    return false;
+}
+
+/// any_better8 in lanes, for sq8[k] >= 0 (squares from mult) and sq >= -1
+/// (the searches start from -1): neither product L_mult(alp, sq2) nor
+/// L_mult(sq, alp2) can then saturate (that needs -32768 * -32768), and
+/// L_msu's clamp keeps the sign of the exact difference, so the test is
+/// alp sq2 - sq alp2 > 0. That value lies within +-(32767 * 32768 + 32768^2)
+/// < 2^31: one pmaddwd of the pairs (sq2, alp2) and (alp, -sq) gives it
+/// exactly (-sq is never -32768, so pmaddwd's one overflow cannot occur).
+inline bool any_better8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+#if defined(__SSSE3__)
+    const __m128i s = fcb_load8(sq8), a = fcb_load8(alp8);
+    const __m128i w = _mm_set1_epi32(static_cast<int>((std::uint32_t{static_cast<std::uint16_t>(-sq)} << 16) |
+                                                      static_cast<std::uint16_t>(alp)));
+    const __m128i lo = _mm_madd_epi16(_mm_unpacklo_epi16(s, a), w);
+    const __m128i hi = _mm_madd_epi16(_mm_unpackhi_epi16(s, a), w);
+    const __m128i z = _mm_setzero_si128();
+    return _mm_movemask_epi8(_mm_or_si128(_mm_cmpgt_epi32(lo, z), _mm_cmpgt_epi32(hi, z))) != 0;
+#else
+    return any_better8_scalar(sq8, alp8, sq, alp);
+#endif
 }
 
 }  // namespace g729c

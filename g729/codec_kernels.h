@@ -10,7 +10,10 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <type_traits>
+#include <utility>
 
 #include "common/basic_op.h"
 #include "common/fixed_math.h"
@@ -44,6 +47,56 @@ inline Word16 syn_sample_saturating(const Word16* a, Word16 x, Past y_at, Flag& 
     return round_fx(s, ovf);
 }
 
+/// One sample of Syn_filt on the plain or saturating path; past(j) gives
+/// y[i-j]. peak and limit follow the bound described at syn_filt.
+template <class Past>
+inline Word16 syn_sample(const Word16* a, const Word32* c, Word16 xi, Past past, bool always_plain,
+                         std::int64_t limit, std::int64_t& peak, Flag& ovf) {
+    if (!always_plain) peak = std::max<std::int64_t>(peak, xi < 0 ? -std::int64_t{xi} : xi);
+    Word16 out;
+    if (always_plain || peak <= limit) {
+        // The newest output's product is added last: the recursion's
+        // latency is one multiply and a few adds a sample, the older terms
+        // summed while the previous sample is still being formed.
+        Word32 acc = c[0] * xi;
+        for (int j = kOrder; j >= 2; --j) acc -= c[j] * past(j);
+        acc -= c[1] * past(1);
+        Word32 s = 2 * acc;
+        if (s > 0x0fffffff || s < -0x10000000) {
+            ovf = true;
+            s = s > 0 ? MAX_32 : MIN_32;
+        } else {
+            s *= 8;
+        }
+        if (s > MAX_32 - 0x8000) {
+            ovf = true;
+            out = MAX_16;
+        } else {
+            out = extract_h(s + 0x8000);
+        }
+    } else {
+        out = syn_sample_saturating(a, xi, [&](int j) { return static_cast<Word16>(past(j)); }, ovf);
+    }
+    if (!always_plain) peak = std::max<std::int64_t>(peak, out < 0 ? -std::int64_t{out} : out);
+    return out;
+}
+
+/// Ten samples of Syn_filt with the window in a ring r[0..9] (r[k] holds
+/// y[i-10+k] on entry and on return): sample T writes slot T, so no value
+/// moves between locals.
+template <std::size_t... T>
+inline void syn_block10(const Word16* a, const Word32* c, const Word16* x, Word16* y, Word32* r, bool always_plain,
+                        std::int64_t limit, std::int64_t& peak, Flag& ovf, std::index_sequence<T...>) {
+    auto step = [&](auto t) {
+        constexpr int k = decltype(t)::value;
+        const Word16 out = syn_sample(
+            a, c, x[k], [&](int j) { return r[(k - j + kOrder) % kOrder]; }, always_plain, limit, peak, ovf);
+        r[k] = out;
+        y[k] = out;
+    };
+    (step(std::integral_constant<int, static_cast<int>(T)>{}), ...);
+}
+
 /// Syn_filt: y = x / A(z), a Q12, with the memory mem[0..9] (oldest first).
 /// In-place use (y == x) is allowed. Returns true when a basic operator
 /// saturated (the reference's Overflow flag). The memory is not touched.
@@ -51,11 +104,12 @@ inline Word16 syn_sample_saturating(const Word16* a, Word16 x, Past y_at, Flag& 
 /// While 2 * sum|a| * max|value so far| stays within 31 bits no product or
 /// partial sum of the reference's L_mult / L_msu chain can saturate, and the
 /// sample is the plain 32-bit sum; otherwise the saturating operators run.
-/// The 10 newest outputs ride in a window of locals (w[0] the newest), so
-/// the recursion never waits on a store to memory.
+/// The 10 newest outputs ride in locals (a ring over blocks of ten samples,
+/// then a shifted window for the rest), so the recursion never waits on a
+/// store to memory.
 inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, const Word16* mem) {
-    Word32 w[kOrder];
-    for (int k = 0; k < kOrder; ++k) w[k] = mem[kOrder - 1 - k];
+    Word32 r[kOrder];
+    for (int k = 0; k < kOrder; ++k) r[k] = mem[k];
     Word32 c[kOrder + 1];
     std::int64_t sum_a = 0;
     for (int j = 0; j <= kOrder; ++j) {
@@ -68,35 +122,19 @@ inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, const 
     // sum always holds and the peak need not be followed.
     const bool always_plain = limit >= 32768;
     std::int64_t peak = 0;
-    for (int j = 0; j < kOrder; ++j) peak = std::max<std::int64_t>(peak, w[j] < 0 ? -std::int64_t{w[j]} : w[j]);
+    for (int j = 0; j < kOrder; ++j) peak = std::max<std::int64_t>(peak, r[j] < 0 ? -std::int64_t{r[j]} : r[j]);
     Flag ovf = false;
-    for (int i = 0; i < lg; ++i) {
-        const Word16 xi = x[i];
-        if (!always_plain) peak = std::max<std::int64_t>(peak, xi < 0 ? -std::int64_t{xi} : xi);
-        Word16 out;
-        if (always_plain || peak <= limit) {
-            Word32 acc = 0;
-            for (int j = 1; j <= kOrder; ++j) acc += c[j] * w[j - 1];
-            Word32 s = 2 * (c[0] * xi - acc);
-            if (s > 0x0fffffff || s < -0x10000000) {
-                ovf = true;
-                s = s > 0 ? MAX_32 : MIN_32;
-            } else {
-                s *= 8;
-            }
-            if (s > MAX_32 - 0x8000) {
-                ovf = true;
-                out = MAX_16;
-            } else {
-                out = extract_h(s + 0x8000);
-            }
-        } else {
-            out = syn_sample_saturating(a, xi, [&](int j) { return static_cast<Word16>(w[j - 1]); }, ovf);
-        }
+    int i = 0;
+    for (; i + kOrder <= lg; i += kOrder)
+        syn_block10(a, c, x + i, y + i, r, always_plain, limit, peak, ovf, std::make_index_sequence<kOrder>{});
+    Word32 w[kOrder];  // w[0] the newest
+    for (int k = 0; k < kOrder; ++k) w[k] = r[kOrder - 1 - k];
+    for (; i < lg; ++i) {
+        const Word16 out =
+            syn_sample(a, c, x[i], [&](int j) { return w[j - 1]; }, always_plain, limit, peak, ovf);
         for (int k = kOrder - 1; k > 0; --k) w[k] = w[k - 1];
         w[0] = out;
         y[i] = out;
-        if (!always_plain) peak = std::max<std::int64_t>(peak, out < 0 ? -std::int64_t{out} : out);
     }
     return ovf;
 }

@@ -8,7 +8,9 @@
 // rounding) all coincide with clamping round(4 (gp v + gc c) / 2^16) =
 // (gp v + gc c + 2^13) >> 14 to 16 bits, which the lanes compute eight
 // samples a step.
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include <cstdint>
 
@@ -29,11 +31,12 @@ void mix_scalar(Word16 gp, Word16 gc, const Word16* code, Word16* exc, int len) 
 }
 
 void mix_lanes(Word16 gp, Word16 gc, const Word16* code, Word16* exc, int len) {
+    int i = 0;
+#if defined(__SSSE3__)
     if (gp == MIN_16 || gc == MIN_16) return mix_scalar(gp, gc, code, exc, len);
     const __m128i g = _mm_set1_epi32(static_cast<std::int32_t>(static_cast<std::uint16_t>(gp)) |
                                      static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::uint16_t>(gc)) << 16));
     const __m128i rnd = _mm_set1_epi32(1 << 13);
-    int i = 0;
     for (; i + 8 <= len; i += 8) {
         const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(exc + i));
         const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(code + i));
@@ -41,6 +44,7 @@ void mix_lanes(Word16 gp, Word16 gc, const Word16* code, Word16* exc, int len) {
         const __m128i hi = _mm_srai_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(v, c), g), rnd), 14);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(exc + i), _mm_packs_epi32(lo, hi));
     }
+#endif
     mix_scalar(gp, gc, code + i, exc + i, len - i);
 }
 

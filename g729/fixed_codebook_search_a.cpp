@@ -19,9 +19,7 @@ namespace {
 using namespace g729c;
 
 /// The best of the candidates so far: keep (sq2, alp2) when sq2/alp2 > sq/alp.
-inline bool better(Word16 sq2, Word16 alp2, Word16 sq, Word16 alp) {
-    return L_msu(L_mult(alp, sq2), sq, alp2) > 0;
-}
+inline bool better(Word16 sq2, Word16 alp2, Word16 sq, Word16 alp) { return fcb_better(sq2, alp2, sq, alp); }
 
 /// D4i40_17_fast: the four pulse positions and signs; returns the 13-bit
 /// position code, writes the codeword, its filtered form and the sign code.
@@ -71,6 +69,8 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
                          int first, Word16& sq, Word16& alp, Word16& ix, Word16& iy) {
         Word16 sq8[kNbPos], alp8[kNbPos];
         pair_pulse_a(ps1, alp1, dn8, row, tmp_vect, max_abs8(row), tmax, sq8, alp8);
+        // sq >= -1 and every sq8[k] is a square: the lane test applies.
+        if (!any_better8(sq8, alp8, sq, alp)) return;
         for (int k = 0; k < kNbPos; ++k)
             if (better(sq8[k], alp8[k], sq, alp)) {
                 sq = sq8[k];

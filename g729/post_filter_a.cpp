@@ -6,6 +6,7 @@
 // adaptive gain control (AGC factor 0.9). Speech Q0, LP coefficients Q12,
 // gains Q15 / Q12.
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -217,8 +218,14 @@ namespace {
 /// Post_Filter of one subframe; harmonic false skips pit_pst_filt (G.729
 /// Annex B: SID and untransmitted frames), the residual passing through.
 void post_subframe_a(Word16 lag, bool harmonic, const Zep16s* pLPC, Zep16s* pSrcDst, Zep8u* pState) {
-    PostFilterAState st;
-    std::memcpy(&st, pState, sizeof st);
+    // The residual histories go straight between the state and the working
+    // buffers (no whole-state copy in and out); the small fields by value.
+    auto load = [pState](void* dst, std::size_t at, std::size_t n) { std::memcpy(dst, pState + at, n); };
+    auto store = [pState](std::size_t at, const void* src, std::size_t n) { std::memcpy(pState + at, src, n); };
+    Word16 mem_syn_pst[kOrder], mem_pre, past_gain;
+    load(mem_syn_pst, offsetof(PostFilterAState, mem_syn_pst), sizeof mem_syn_pst);
+    load(&mem_pre, offsetof(PostFilterAState, mem_pre), sizeof mem_pre);
+    load(&past_gain, offsetof(PostFilterAState, past_gain), sizeof past_gain);
 
     Word16 t0_min = sub(lag, 3);
     Word16 t0_max = add(t0_min, 6);
@@ -231,11 +238,11 @@ void post_subframe_a(Word16 lag, bool harmonic, const Zep16s* pLPC, Zep16s* pSrc
     weight_az(pLPC, kGamma1, ap4);
 
     Word16 syn[kOrder + kSubfr];
-    std::memcpy(syn, st.syn, sizeof st.syn);
+    load(syn, offsetof(PostFilterAState, syn), kOrder * sizeof(Word16));
     std::memcpy(syn + kOrder, pSrcDst, kSubfr * sizeof(Word16));
     Word16 res2[kPitMax + kSubfr], scal[kPitMax + kSubfr];
-    std::memcpy(res2, st.res2, sizeof st.res2);
-    std::memcpy(scal, st.scal_res2, sizeof st.scal_res2);
+    load(res2, offsetof(PostFilterAState, res2), kPitMax * sizeof(Word16));
+    load(scal, offsetof(PostFilterAState, scal_res2), kPitMax * sizeof(Word16));
     residual(ap3, syn + kOrder, res2 + kPitMax);
     g729f::quarter(res2 + kPitMax, scal + kPitMax, kSubfr);
 
@@ -244,17 +251,19 @@ void post_subframe_a(Word16 lag, bool harmonic, const Zep16s* pLPC, Zep16s* pSrc
         pitch_postfilter(res2 + kPitMax, scal + kPitMax, t0_min, t0_max, res2_pst);
     else
         std::memcpy(res2_pst, res2 + kPitMax, sizeof res2_pst);
-    preemphasis(res2_pst, tilt_factor(ap3, ap4), st.mem_pre);
+    preemphasis(res2_pst, tilt_factor(ap3, ap4), mem_pre);
     Word16 out[kSubfr];
-    syn_filt(ap4, res2_pst, out, kSubfr, st.mem_syn_pst);
-    std::memcpy(st.mem_syn_pst, out + kSubfr - kOrder, sizeof st.mem_syn_pst);
-    agc(syn + kOrder, out, st.past_gain);
+    syn_filt(ap4, res2_pst, out, kSubfr, mem_syn_pst);
+    std::memcpy(mem_syn_pst, out + kSubfr - kOrder, sizeof mem_syn_pst);  // before the AGC scales out
+    agc(syn + kOrder, out, past_gain);
 
-    std::memcpy(st.res2, res2 + kSubfr, sizeof st.res2);
-    std::memcpy(st.scal_res2, scal + kSubfr, sizeof st.scal_res2);
-    std::memcpy(st.syn, syn + kSubfr, sizeof st.syn);
+    store(offsetof(PostFilterAState, res2), res2 + kSubfr, kPitMax * sizeof(Word16));
+    store(offsetof(PostFilterAState, scal_res2), scal + kSubfr, kPitMax * sizeof(Word16));
+    store(offsetof(PostFilterAState, mem_syn_pst), mem_syn_pst, sizeof mem_syn_pst);
+    store(offsetof(PostFilterAState, syn), syn + kSubfr, kOrder * sizeof(Word16));
+    store(offsetof(PostFilterAState, mem_pre), &mem_pre, sizeof mem_pre);
+    store(offsetof(PostFilterAState, past_gain), &past_gain, sizeof past_gain);
     std::memcpy(pSrcDst, out, sizeof out);
-    std::memcpy(pState, &st, sizeof st);
 }
 
 }  // namespace

@@ -13,13 +13,16 @@
 // when its plain 32-bit sum s is exact (the caller's bound).
 #pragma once
 
+#if defined(__SSSE3__)
 #include <tmmintrin.h>
+#endif
 
 #include "common/basic_op.h"
 
 ZEPS_BEGIN_VARIANT
 namespace g729f {
 
+#if defined(__SSSE3__)
 inline __m128i ld8(const Word16* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 inline void st8(Word16* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
 
@@ -36,18 +39,22 @@ inline __m128i mult8(__m128i g, __m128i x) {
     mul32(g, x, lo, hi);
     return _mm_packs_epi32(_mm_srai_epi32(lo, 15), _mm_srai_epi32(hi, 15));
 }
+#endif
 
 /// out[i] = add(mult(g0, res[i]), mult(gain, res[i - t0])), n a multiple of 8.
+#if defined(__SSSE3__)
 inline void ltp_mix(const Word16* res, int t0, Word16 g0, Word16 gain, Word16* out, int n) {
     const __m128i vg0 = _mm_set1_epi16(g0), vg = _mm_set1_epi16(gain);
     for (int i = 0; i < n; i += 8)
         st8(out + i, _mm_adds_epi16(mult8(vg0, ld8(res + i)), mult8(vg, ld8(res + i - t0))));
 }
+#endif
 inline void ltp_mix_scalar(const Word16* res, int t0, Word16 g0, Word16 gain, Word16* out, int n) {
     for (int i = 0; i < n; ++i) out[i] = add(mult(g0, res[i]), mult(gain, res[i - t0]));
 }
 
 /// x[i] -= mult(g, x[i-1]) over n samples (n a multiple of 8), x[-1] = prev.
+#if defined(__SSSE3__)
 inline void preemph(Word16* x, Word16 g, Word16 prev, int n) {
     const __m128i vg = _mm_set1_epi16(g);
     __m128i carry = _mm_set1_epi16(prev);  // lane 7 holds x[i-1] of the next block
@@ -58,12 +65,14 @@ inline void preemph(Word16* x, Word16 g, Word16 prev, int n) {
         carry = v;
     }
 }
+#endif
 inline void preemph_scalar(Word16* x, Word16 g, Word16 prev, int n) {
     for (int i = n - 1; i > 0; --i) x[i] = sub(x[i], mult(g, x[i - 1]));
     x[0] = sub(x[0], mult(g, prev));
 }
 
 /// out[i] = extract_h(L_shl(L_mult(out[i], gain[i]), 3)), n a multiple of 8.
+#if defined(__SSSE3__)
 inline void agc_scale(Word16* out, const Word16* gain, int n) {
     for (int i = 0; i < n; i += 8) {
         __m128i lo, hi;
@@ -71,6 +80,7 @@ inline void agc_scale(Word16* out, const Word16* gain, int n) {
         st8(out + i, _mm_packs_epi32(_mm_srai_epi32(lo, 12), _mm_srai_epi32(hi, 12)));
     }
 }
+#endif
 inline void agc_scale_scalar(Word16* out, const Word16* gain, int n) {
     for (int i = 0; i < n; ++i) out[i] = extract_h(L_shl(L_mult(out[i], gain[i]), 3));
 }
@@ -78,6 +88,7 @@ inline void agc_scale_scalar(Word16* out, const Word16* gain, int n) {
 /// Residu with plain sums: y[i] = round(L_shl(2 sum a[j] x[i-j], 3)),
 /// x[-10..-1] read; valid when 2 sum|a| max|x| <= MAX_32 (every partial sum
 /// exact). n a multiple of 8.
+#if defined(__SSSE3__)
 inline void residu_plain(const Word16* a, const Word16* x, Word16* y, int n) {
     const __m128i rnd = _mm_set1_epi32(2048);
     for (int i = 0; i < n; i += 8) {
@@ -91,6 +102,7 @@ inline void residu_plain(const Word16* a, const Word16* x, Word16* y, int n) {
         st8(y + i, _mm_packs_epi32(_mm_srai_epi32(slo, 12), _mm_srai_epi32(shi, 12)));
     }
 }
+#endif
 inline void residu_plain_scalar(const Word16* a, const Word16* x, Word16* y, int n) {
     for (int i = 0; i < n; ++i) {
         Word32 s = L_mult(x[i], a[0]);
@@ -101,8 +113,22 @@ inline void residu_plain_scalar(const Word16* a, const Word16* x, Word16* y, int
 
 /// y[i] = x[i] >> 2 (shr by 2), n a multiple of 8.
 inline void quarter(const Word16* x, Word16* y, int n) {
+#if defined(__SSSE3__)
     for (int i = 0; i < n; i += 8) st8(y + i, _mm_srai_epi16(ld8(x + i), 2));
+#else
+    for (int i = 0; i < n; ++i) y[i] = shr(x[i], 2);
+#endif
 }
+
+#if !defined(__SSSE3__)
+// Hosts without SSSE3: the vector names run the scalar twins (the same results).
+inline void ltp_mix(const Word16* res, int t0, Word16 g0, Word16 gain, Word16* out, int n) {
+    ltp_mix_scalar(res, t0, g0, gain, out, n);
+}
+inline void preemph(Word16* x, Word16 g, Word16 prev, int n) { preemph_scalar(x, g, prev, n); }
+inline void agc_scale(Word16* out, const Word16* gain, int n) { agc_scale_scalar(out, gain, n); }
+inline void residu_plain(const Word16* a, const Word16* x, Word16* y, int n) { residu_plain_scalar(a, x, y, n); }
+#endif
 
 }  // namespace g729f
 ZEPS_END_VARIANT

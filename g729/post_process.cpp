@@ -4,7 +4,9 @@
 // and rounded, on the state of zepsHighPassFilterInit_G729. The filter
 // memory is the unshifted Q15 accumulator, as in zepsHighPassFilter_G729_16s_ISfs
 // with scaleFactor 13; only the output differs (round(2 acc) for round(acc)).
+#include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include "common/args.h"
@@ -54,6 +56,58 @@ inline Word32 accumulate(Word32 y1, Word32 y2, Word16 xn, Word16 xm1, Word16 xm2
     return L_shl(t, 2);
 }
 
+/// Whether no partial sum of any sample of the call can leave the 32-bit
+/// range, from the coefficients and the largest input magnitude xmax (the
+/// two input memories included). Each output memory is a Word32, so
+/// |Mpy_32_16(L_Extract(y), a)| <= 2^16 |a| (and so are its own L_mult and
+/// L_mac), and |L_mult(x, b)| <= 2 xmax |b|: when the sum of those bounds
+/// fits, every partial sum in any order is its plain value. With the
+/// 100 Hz filter's coefficients this holds for xmax up to 9858.
+inline bool sums_fit(const Word16* c, std::int64_t xmax) {
+    const std::int64_t a = std::abs(std::int64_t{c[4]}) + std::abs(std::int64_t{c[5]});
+    const std::int64_t b = std::abs(std::int64_t{c[0]}) + std::abs(std::int64_t{c[1]}) + std::abs(std::int64_t{c[2]});
+    return 65536 * a + 2 * xmax * b <= MAX_32;
+}
+
+/// The filter under sums_fit: Mpy_32_16(L_Extract(y), a) is
+/// 2 (((y >> 1) a) >> 15) and the chain the plain sum; only the L_shl by 2
+/// clamps (a branch off the sample-to-sample dependency chain).
+void filter_plain(Zep16s* x, int len, HighPassState& st) {
+    const std::int64_t b0 = 2 * st.coef[0], b1 = 2 * st.coef[1], b2 = 2 * st.coef[2];
+    const Word16 a1 = st.coef[4], a2 = st.coef[5];
+    Word16 xm1 = st.x1, xm2 = st.x2;
+    Word32 y1 = st.y1, y2 = st.y2;
+    for (int i = 0; i < len; ++i) {
+        const Word16 xn = x[i];
+        const std::int64_t rest = 2 * ((std::int64_t{y2 >> 1} * a2) >> 15) + xn * b0 + xm1 * b1 + xm2 * b2;
+        const std::int64_t sh = (2 * ((std::int64_t{y1 >> 1} * a1) >> 15) + rest) * 4;
+        Word32 acc = static_cast<Word32>(sh);
+        if (__builtin_expect(sh != acc, 0)) acc = sh > 0 ? MAX_32 : MIN_32;
+        x[i] = round_fx(L_shl_fast(acc, 1));
+        y2 = y1;
+        y1 = acc;
+        xm2 = xm1;
+        xm1 = xn;
+    }
+    st.y1 = y1;
+    st.y2 = y2;
+    st.x1 = xm1;
+    st.x2 = xm2;
+}
+
+/// The filter for any input: each partial sum range-checked (accumulate).
+void filter_checked(Zep16s* x, int len, HighPassState& st) {
+    for (int i = 0; i < len; ++i) {
+        const Word16 x0 = x[i];
+        const Word32 t = accumulate(st.y1, st.y2, x0, st.x1, st.x2, st.coef);
+        x[i] = round_fx(L_shl_fast(t, 1));
+        st.y2 = st.y1;
+        st.y1 = t;
+        st.x2 = st.x1;
+        st.x1 = x0;
+    }
+}
+
 }  // namespace
 
 ZepStatus zepsPostProcess_G729_16s_I(Zep16s* pSrcDst, int len, Zep8u* pState) {
@@ -61,17 +115,23 @@ ZepStatus zepsPostProcess_G729_16s_I(Zep16s* pSrcDst, int len, Zep8u* pState) {
     if (len < 1) return zepStsSizeErr;
     HighPassState st;
     std::memcpy(&st, pState, sizeof st);
-    for (int i = 0; i < len; ++i) {
-        const Word16 x0 = pSrcDst[i];
-        const Word32 t = accumulate(st.y1, st.y2, x0, st.x1, st.x2, st.coef);
-        pSrcDst[i] = round_fx(L_shl_fast(t, 1));
-        st.y2 = st.y1;
-        st.y1 = t;
-        st.x2 = st.x1;
-        st.x1 = x0;
-    }
+    std::int64_t xmax = std::max(std::abs(std::int64_t{st.x1}), std::abs(std::int64_t{st.x2}));
+    for (int i = 0; i < len; ++i) xmax = std::max(xmax, std::abs(std::int64_t{pSrcDst[i]}));
+    if (sums_fit(st.coef, xmax))
+        filter_plain(pSrcDst, len, st);
+    else
+        filter_checked(pSrcDst, len, st);
     std::memcpy(pState, &st, sizeof st);
     return zepStsNoErr;
+}
+
+/// The range-checked form alone, for the test holding the plain form equal
+/// to it (not exported from the library).
+void g729_post_process_checked(Zep16s* x, int len, Zep8u* pState) {
+    HighPassState st;
+    std::memcpy(&st, pState, sizeof st);
+    filter_checked(x, len, st);
+    std::memcpy(pState, &st, sizeof st);
 }
 
 ZEPS_END_VARIANT

@@ -23,7 +23,7 @@ constexpr int kWindow = 800;  // ERLE window: 100 ms
 
 struct EcArgs {
     std::string far, in, out, svg;
-    bool fullband = false, subband = false, json = false, noNlp = false;
+    bool fullband = false, subband = false, fdaf = false, json = false, noNlp = false;
     std::string toneRule = "g165";
 };
 
@@ -133,6 +133,7 @@ void run_ec(const EcArgs& args) {
     if (!args.svg.empty()) svg = std::make_unique<OutputFile>(args.svg);
     zepsc_ec::EcConfig cfg;
     cfg.subband = !args.fullband;
+    cfg.fdaf = args.fdaf;
     cfg.nlp = !args.noNlp;
     cfg.toneRule = args.toneRule == "g164" ? 0 : 1;
     zepsc_ec::EchoCanceller ec(cfg);
@@ -157,7 +158,7 @@ void run_ec(const EcArgs& args) {
     std::vector<Window> windows;
     const Figures fig = measure(far.samples, nearIn.samples, res, aligned, static_cast<int>(F), windows);
     write_audio(args.out, o);
-    const char* mode = cfg.subband ? "subband" : "fullband";
+    const char* mode = cfg.fdaf ? "fdaf" : cfg.subband ? "subband" : "fullband";
     if (args.json) {
         nlohmann::ordered_json j;
         j["mode"] = mode;
@@ -194,7 +195,10 @@ void add_ec(CLI::App& app) {
     cmd->add_option("OUT", args->out, "echo-cancelled output (WAV)")->required();
     auto* full = cmd->add_flag("--fullband", args->fullband, "time-domain NLMS filter (64 ms)");
     auto* sub = cmd->add_flag("--subband", args->subband, "sub-band NLMS filter (default)");
+    auto* fd = cmd->add_flag("--fdaf", args->fdaf, "frequency-domain block NLMS filter (64 ms, 8 ms blocks)");
     full->excludes(sub);
+    fd->excludes(full);
+    fd->excludes(sub);
     cmd->add_option("--svg", args->svg, "draw ERLE over time with double-talk and tone events");
     cmd->add_flag("--json", args->json, "print the figures as one JSON object");
     cmd->add_flag("--no-nlp", args->noNlp, "no non-linear processing (linear canceller only)");

@@ -8,7 +8,9 @@
 // scaled for unit gain), or with hop 0 the built-in configuration A (hop 24)
 // or B (hop 44); a sub-band NLMS filter of ceil(tail / F) + ceil(L / F)
 // segments; the output comes out L - F samples late (the bank's delay). Full-band mode: a time-domain NLMS
-// filter of tail taps run over 10 ms blocks; no delay.
+// filter of tail taps run over 10 ms blocks; no delay. Frequency-domain mode
+// (fdaf): the partitioned-block frequency-domain NLMS filter over blocks of
+// 2^(fdafOrder-1) samples, ceil(tail / block) partitions; no delay.
 // Both modes: Geigel double-talk detection (threshold 0.5, hangover 30 ms,
 // over the tail), the frame controller (variable step), the coefficient
 // guard (a saved copy of the filter run beside the adapting one; the copy is
@@ -42,6 +44,10 @@ struct EcConfig {
     int toneRule = 1;    // 0: ITU-T G.164, 1: ITU-T G.165
     float dtThreshold = 0.5f;  // Geigel threshold (near / far peak)
     int hop = 16;              // sub-band hop: 0 the built-in configuration A or B, else a windowed-sinc bank of this hop
+    bool fdaf = false;         // frequency-domain block NLMS (takes precedence over subband)
+    int fdafOrder = 7;         // its FFT order: blocks of 2^(order-1) samples
+    float fdafStep = 1.0f;     // its step at the controller's step 1.0
+    int controlMode = 1;       // frame controller: 1 variable step, 0 fixed step 1.0
 };
 
 /// What one processing call saw.
@@ -63,7 +69,15 @@ class EchoCanceller {
 public:
     explicit EchoCanceller(const EcConfig& cfg) : cfg_(cfg) {
         const int tail = cfg.tailMs * cfg.rate / 1000;
-        if (cfg.subband) {
+        if (cfg.fdaf) {
+            frame_ = 1 << (cfg.fdafOrder - 1);
+            segments_ = std::min(255, (tail + frame_ - 1) / frame_);
+            int s = 0;
+            ok(ZEPSC_EC_LIB zepsFreqDomainFilterGetSize_EC_32f(cfg.fdafOrder, segments_, &s));
+            fdaf_.emplace_back(s);
+            ok(ZEPSC_EC_LIB zepsFreqDomainFilterInit_EC_32f(fdaf_.back().get(), cfg.fdafOrder, segments_));
+            fsavedOut_.assign(static_cast<std::size_t>(frame_), 0.0f);
+        } else if (cfg.subband) {
             const bool wide = cfg.rate == 16000;
             order_ = wide ? 6 : 5;
             frame_ = cfg.hop > 0 ? cfg.hop : wide ? 44 : 24;
@@ -98,7 +112,7 @@ public:
         ok(ZEPSC_EC_LIB zepsDoubleTalkInit_EC_32f(dtd_.back().get(), tail, cfg.dtThreshold, cfg.rate * 30 / 1000));
         ok(ZEPSC_EC_LIB zepsEchoControlGetSize_EC_32f(&s));
         ctl_.emplace_back(s);
-        ok(ZEPSC_EC_LIB zepsEchoControlInit_EC_32f(ctl_.back().get(), 1));
+        ok(ZEPSC_EC_LIB zepsEchoControlInit_EC_32f(ctl_.back().get(), cfg.controlMode));
         ok(ZEPSC_EC_LIB zepsCoefGuardGetSize_EC_32f(&s));
         guard_.emplace_back(s);
         ok(ZEPSC_EC_LIB zepsCoefGuardInit_EC_32f(guard_.back().get()));
@@ -117,7 +131,7 @@ public:
     /// Samples per call.
     int frame() const { return frame_; }
     /// Output delay in samples (the filter bank's).
-    int delay() const { return cfg_.subband ? winLen_ - frame_ : 0; }
+    int delay() const { return cfg_.subband && !cfg_.fdaf ? winLen_ - frame_ : 0; }
     /// Stage failures so far (a stage returning a status other than 0).
     int failures() const { return failures_; }
 
@@ -135,7 +149,8 @@ public:
         ev.doubleTalk = dt != 0 && mean_square(farF_.data(), frame_) > 1000.0f;
         Zep32f step = 0;
         Zep32s flags = 0;
-        if (cfg_.subband) subband_frame(ev, step, flags);
+        if (cfg_.fdaf) fdaf_frame(ev, step, flags);
+        else if (cfg_.subband) subband_frame(ev, step, flags);
         else fullband_frame(ev, step, flags);
         ev.adapted = step > 0;
         ev.pathChange = (flags & ZEP_EC_FLAG_PATHCHANGE) != 0;
@@ -187,6 +202,8 @@ private:
         Zep32s action = ZEP_EC_GUARD_KEEP;
         if (!ev.toneDisabled)
             ok(ZEPSC_EC_LIB zepsCoefGuard_EC_32f(levels, ev.doubleTalk ? 1 : 0, &action, guard_[0].get()));
+        guardAction_ = action;
+        if (cfg_.fdaf) return action == ZEP_EC_GUARD_RESTORE;
         if (cfg_.subband) {
             if (action == ZEP_EC_GUARD_SAVE) saved_ = coef_;
             if (action == ZEP_EC_GUARD_RESTORE) coef_ = saved_;
@@ -232,6 +249,27 @@ private:
         ok(ZEPSC_EC_LIB zepsSubbandSynthesis_32fc32f(res.data(), linF_.data(), syn_[0].get(), work_.data()));
     }
 
+    void fdaf_frame(EcEvents& ev, Zep32f& step, Zep32s& flags) {
+        const std::size_t F = static_cast<std::size_t>(frame_);
+        ok(ZEPSC_EC_LIB zepsFreqDomainFilter_EC_32f(farF_.data(), nearF_.data(), linF_.data(), fsavedOut_.data(),
+                                                     fdaf_[0].get()));
+        double pe = 0, pk = 0, py = 0;
+        for (std::size_t i = 0; i < F; ++i) {
+            pe += double{linF_[i]} * linF_[i];
+            pk += double{fsavedOut_[i]} * fsavedOut_[i];
+        }
+        const float nearL = mean_square(nearF_.data(), frame_);
+        if (guard(ev, nearL, static_cast<float>(pe / F), static_cast<float>(pk / F))) {
+            linF_ = fsavedOut_;
+            pe = pk;
+        }
+        for (std::size_t i = 0; i < F; ++i) py += double{nearF_[i] - linF_[i]} * (nearF_[i] - linF_[i]);
+        control(ev, nearL, static_cast<float>(pe / F), static_cast<float>(py / F), step, flags);
+        const float delta = static_cast<float>(segments_) * static_cast<float>(2 * frame_) * 1000.0f;
+        ok(ZEPSC_EC_LIB zepsFreqDomainCoefUpdate_EC_32f(guardAction_, step * cfg_.fdafStep, delta, fdaf_[0].get()));
+        if (ev.toneDisabled) linF_ = nearF_;
+    }
+
     void fullband_frame(EcEvents& ev, Zep32f& step, Zep32s& flags) {
         const std::size_t T = static_cast<std::size_t>(taps_), F = static_cast<std::size_t>(frame_);
         std::memmove(farHist_.data(), farHist_.data() + F, sizeof(float) * (T - 1));
@@ -264,7 +302,8 @@ private:
 
     EcConfig cfg_;
     int order_ = 0, frame_ = 0, winLen_ = 0, bands_ = 0, segments_ = 0, taps_ = 0, failures_ = 0;
-    std::vector<StateBlock> anaFar_, anaNear_, syn_, dtd_, ctl_, guard_, nlp_, tone_;
+    Zep32s guardAction_ = ZEP_EC_GUARD_KEEP;
+    std::vector<StateBlock> fdaf_, anaFar_, anaNear_, syn_, dtd_, ctl_, guard_, nlp_, tone_;
     std::vector<Zep8u> work_;
     std::vector<Zep32fc> hist_, coef_, saved_, nearSpec_, est_, err_, estK_, errK_;
     std::vector<float> farHist_, fcoef_, fsaved_, fsavedOut_, farF_, nearF_, linF_, outF_;

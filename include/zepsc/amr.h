@@ -370,6 +370,9 @@ ZEPSAPI ZepStatus zepsDecDTXBuffer_GSMAMR_16s(const Zep16s* pSrcSpch, const Zep1
  * @param pPastRq           in/out: 10 values, the LSP quantiser's predictor memory (past_rq)
  * @param pPastQuaEn        in/out: 4 values, gain predictor memory past_qua_en (Q10, log2)
  * @param pPastQuaEnMR122   in/out: 4 values, gain predictor memory past_qua_en_MR122 (Q10, 20 log10)
+ *                          (an encoder keeping them in the gain quantiser's state moves them
+ *                          with zepsGainQuantGetPredictor_GSMAMR_16s and
+ *                          zepsGainQuantSetPredictor_GSMAMR_16s)
  * @param computeSidFlag    nonzero: compute new parameters (the handler's SID flag)
  * @return zepStsNullPtrErr for any null pointer (checked in argument order), else zepStsNoErr.
  */
@@ -1227,7 +1230,8 @@ ZEPSAPI ZepStatus zepsTargetImpulseResponse_GSMAMR_16s(const Zep16s* pSrcLPC, co
  * limit); rate 12 quantises it here. The target of the codebook search and
  * the LTP residual follow.
  *
- * @param pPrevLag     in/out: the previous subframe's integer lag (reset: 0)
+ * @param pPrevLag     in/out: the previous subframe's integer lag (reset: 0); at 1/3
+ *                     resolution 143 2/3 is written as 144 with fraction -1, so 144 is accepted
  * @param pToneState   8 values of zepsCheckLSP_GSMAMR_16s
  * @param pOpenLoopLag the 2 open-loop lags of the frame
  * @param pSrcImp      40 values: impulse response, Q12
@@ -1244,7 +1248,8 @@ ZEPSAPI ZepStatus zepsTargetImpulseResponse_GSMAMR_16s(const Zep16s* pSrcLPC, co
  * @param subframe     subframe 0..3
  * @param rate         rate code 0, 1, 3, 6, 7, 8, 11 or 12
  * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate, then subframe -> zepStsRangeErr (-7);
- *         then an open-loop lag or previous lag outside 0..143 -> zepStsOutOfRangeErr (-11); else zepStsNoErr.
+ *         then an open-loop lag outside 0..143 or a previous lag outside 0..144 -> zepStsOutOfRangeErr (-11);
+ *         else zepStsNoErr.
  */
 ZEPSAPI ZepStatus zepsClosedLoopPitchSearch_GSMAMR_16s(Zep16s* pPrevLag, const Zep16s* pToneState,
                                                        const Zep16s* pOpenLoopLag, const Zep16s* pSrcImp,
@@ -1271,6 +1276,39 @@ ZEPSAPI ZepStatus zepsGainQuantGetStateSize_GSMAMR_16s(Zep32s* pSize);
  * @return zepStsNullPtrErr (-8) for a null pointer, else zepStsNoErr.
  */
 ZEPSAPI ZepStatus zepsGainQuantInit_GSMAMR_16s(ZepGainQuantState_GSMAMR* pState);
+
+/**
+ * Reads the MA gain predictor memories of a GSM-AMR gain quantiser state
+ * (3GPP TS 26.073 gc_pred.c, the gc_predSt of gainQuant, newest energy
+ * first), the memories zepsEncDTXSID_GSMAMR_16s updates.
+ *
+ * Decision: the predictor stays inside the opaque state (the signatures of
+ * the quantiser do not change), DTX reaches it through this function and
+ * zepsGainQuantSetPredictor_GSMAMR_16s, the reference's dtx_enc writing
+ * gc_predSt directly. The second predictor of 4.75 kbit/s (gc_predUnqSt,
+ * copied from the first at every even subframe) is not exposed, as dtx_enc
+ * leaves it alone.
+ *
+ * @param pState          state from zepsGainQuantInit_GSMAMR_16s, read only
+ * @param pPastQuaEn      out: 4 values, past_qua_en (Q10, log2)
+ * @param pPastQuaEnMR122 out: 4 values, past_qua_en_MR122 (Q10, 20 log10)
+ * @return zepStsNullPtrErr (-8) for a null pointer (checked in argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainQuantGetPredictor_GSMAMR_16s(const ZepGainQuantState_GSMAMR* pState, Zep16s* pPastQuaEn,
+                                                       Zep16s* pPastQuaEnMR122);
+
+/**
+ * Writes the MA gain predictor memories of a GSM-AMR gain quantiser state
+ * (the counterpart of zepsGainQuantGetPredictor_GSMAMR_16s). Any values are
+ * accepted and stored as given. Nothing else in the state changes.
+ *
+ * @param pState          in/out: state of zepsGainQuantInit_GSMAMR_16s
+ * @param pPastQuaEn      4 values, past_qua_en (Q10, log2)
+ * @param pPastQuaEnMR122 4 values, past_qua_en_MR122 (Q10, 20 log10)
+ * @return zepStsNullPtrErr (-8) for a null pointer (checked in argument order), else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsGainQuantSetPredictor_GSMAMR_16s(ZepGainQuantState_GSMAMR* pState, const Zep16s* pPastQuaEn,
+                                                       const Zep16s* pPastQuaEnMR122);
 
 /**
  * GSM-AMR gain quantisation of a subframe (3GPP TS 26.073 gain_q.c

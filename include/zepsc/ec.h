@@ -311,6 +311,76 @@ ZEPSAPI ZepStatus zepsFullbandNLMS_EC_32f(const Zep32f* pSrc, const Zep32f* pIn,
                                           int len, int taps, Zep32f step, Zep32f delta);
 
 /**
+ * Size of a partitioned-block frequency-domain NLMS filter (multi-delay
+ * filter, overlap-save) with its saved copy.
+ *
+ * @param order         FFT order 2..12: N = 2^order points, block B = N/2
+ *                      samples per call
+ * @param numPartitions 1..255 partitions; the filter spans numPartitions B taps
+ * @param pSize         receives the size in bytes (the state is placed at the
+ *                      first 16-byte boundary of the caller's block)
+ * Checks: order or numPartitions (-5); pSize null (-8).
+ */
+ZEPSAPI ZepStatus zepsFreqDomainFilterGetSize_EC_32f(int order, int numPartitions, int* pSize);
+
+/**
+ * Builds the frequency-domain filter: coefficients of both filters, far-end
+ * history and errors zero.
+ *
+ * @param pState        block of the queried size
+ * @param order         as zepsFreqDomainFilterGetSize_EC_32f
+ * @param numPartitions as zepsFreqDomainFilterGetSize_EC_32f
+ * Checks: order or numPartitions (-5); pState null (-8).
+ * Decision: the state holds no pointers (every array's place follows from
+ * order and numPartitions), so, unlike the sub-band bank states, it may be
+ * copied to another block with the same offset from a 16-byte boundary.
+ */
+ZEPSAPI ZepStatus zepsFreqDomainFilterInit_EC_32f(Zep8u* pState, int order, int numPartitions);
+
+/**
+ * Frequency-domain filter, one block of B samples: the far-end block enters
+ * the history (X_0 = FFT of the last 2B far-end samples), both the adapting
+ * coefficients W and the saved copy V filter it (y = last B samples of
+ * IFFT(sum_p X_p W_p)), and the errors e = near - y are returned and kept
+ * for zepsFreqDomainCoefUpdate_EC_32f.
+ *
+ * @param pFar      B far-end samples (16-bit units)
+ * @param pNear     B near-end samples (the echo plus the near talker)
+ * @param pErr      B samples: near end minus the adapting filter's echo estimate
+ * @param pErrSaved B samples: near end minus the saved filter's estimate
+ * @param pState    filter state
+ * Checks: pointers (-8); a state not built by Init (-5).
+ */
+ZEPSAPI ZepStatus zepsFreqDomainFilter_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Zep32f* pErr,
+                                              Zep32f* pErrSaved, Zep8u* pState);
+
+/**
+ * Frequency-domain NLMS update after zepsFreqDomainFilter_EC_32f: first the
+ * coefficient guard's action (ZEP_EC_GUARD_SAVE: V = W; ZEP_EC_GUARD_RESTORE:
+ * W = V and the saved filter's error becomes the error the update uses),
+ * then, when step is above 0, with E = FFT(B zeros, e) and
+ * S[k] = sum_p |X_p[k]|^2 (the far-end power in bin k over the filter span):
+ * W_p[k] += step E[k] conj(X_p[k]) / (S[k] + delta); then the gradient
+ * constraint on partition 0 and on one further partition in turn (inverse
+ * transform, last B taps cleared, forward transform).
+ *
+ * @param action ZEP_EC_GUARD_KEEP, _SAVE or _RESTORE
+ * @param step   0..2 (0: only the action)
+ * @param delta  regularisation above 0, finite (a far-end power floor; N B
+ *               numPartitions 1000 is about -60 dBov per sample)
+ * @param pState filter state
+ * Checks: pState null (-8); a state not built by Init (-5); action outside
+ * 0..2 (-5); step outside 0..2 or delta not above 0 or not finite (-7).
+ * Decisions: the step is normalised per bin (the far-end power of each bin,
+ * not of the whole block), which keeps the coloured spectrum of speech from
+ * slowing the weak bins; the constraint runs on two partitions a block
+ * (the alternately updated multi-delay filter) instead of all: the circular
+ * part of the others is cleared within P - 1 blocks, at a fraction of the
+ * transforms.
+ */
+ZEPSAPI ZepStatus zepsFreqDomainCoefUpdate_EC_32f(int action, Zep32f step, Zep32f delta, Zep8u* pState);
+
+/**
  * Size of the frame controller's state (fixed).
  * @param pSize receives the size in bytes (any address is accepted by Init)
  * Checks: pSize null: -8.

@@ -1619,6 +1619,65 @@ ZEPSAPI ZepStatus zepsFixedCodebookSearch_G729E_16s(const Zep16s* pSrcFixedTarge
                                                     const Zep16s* pSrcImpulseResponse, Zep16s* pDstFixedVector,
                                                     Zep16s* pDstFltFixedVector, Zep16s* pDstIdx, Zep16s mode);
 
+/**
+ * Backward/forward LP mode decision of the 11.8 kbit/s encoder (G.729
+ * Annex E set_lpc_mode with Int_bwd, tst_bwd_dominant and calc_stat;
+ * arguments in its order, the reference's three stationarity variables and
+ * the two dominance counters in one record). At 11.8 kbit/s: the prediction
+ * gains (ener_dB of the input minus ener_dB of the residual, Q11) of the
+ * backward filter, of the backward filters interpolated with the previous
+ * frame's filter (pABwd receives them: subframe 1 in [0..30], subframe 2
+ * in [31..61], *pSrcDstCInt decreased by 410, at least 0) and of the
+ * quantised forward filters; backward (1) when both backward gains are
+ * positive and above the forward gain minus a gap of 205 + 1.5 * (stat >> 7),
+ * forward when the stationarity index is below 13000; backward kept after a
+ * backward frame when the squared LSP distance is below 64424509 and the
+ * index at 32000; forward for a frame below 8192 (its index then at most
+ * 13000); otherwise the dominance counters and the index are updated and
+ * *pBwdDominant set (1 when backward frames exceed four times the forward
+ * ones over the last 10..99 counted frames; left unchanged on a quiet
+ * frame). At 8 kbit/s: forward, not dominant, the index decaying by 2621 a
+ * frame down to 10000.
+ * @param pSignal      the frame's pre-processed input, 80 samples; pSignal[-30..-1] (the
+ *                     previous input) are read too
+ * @param pAFwd        quantised forward filters of the two subframes, 2 x 11, Q12
+ * @param pABwd        2 x 31, Q12: in [31..61] the frame's backward filter (read); at
+ *                     11.8 kbit/s both subframes' interpolated filters written
+ * @param pMode        0 forward, 1 backward
+ * @param pLspNew      the frame's unquantised LSPs, 10, Q15
+ * @param pLspOld      the previous frame's unquantised LSPs, 10, Q15
+ * @param rate         0: 8 kbit/s, 1: 11.8 kbit/s
+ * @param pBwdDominant backward-mode dominance, 0 or 1, updated
+ * @param prevMode     the previous frame's mode, 0 or 1
+ * @param pPrevFilter  the previous frame's filter (order 30, 31 values, Q12; a forward
+ *                     filter padded with zeros)
+ * @param pSrcDstCInt  filter interpolation factor, Q12, 0..4506 (4506 at reset; the
+ *                     caller sets it back to 4506 after each forward frame)
+ * @param pSrcDstStat  record of five values: the stationarity index (Q8, 0..32000),
+ *                     the backward frames in a row, the value tied to them, the backward
+ *                     and forward frame counters (sum at most 99); reset {10000, 0, 0, 0, 0}
+ * @return zepStsNullPtrErr for a null pointer (argument order); zepStsRangeErr if
+ *         rate is not 0 or 1, then if prevMode is not 0 or 1, then if *pSrcDstCInt is
+ *         outside 0..4506, then if the record is outside its ranges; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsLPCModeDecision_G729E_16s(const Zep16s* pSignal, const Zep16s* pAFwd, Zep16s* pABwd,
+                                                Zep16s* pMode, const Zep16s* pLspNew, const Zep16s* pLspOld,
+                                                int rate, Zep16s* pBwdDominant, Zep16s prevMode,
+                                                const Zep16s* pPrevFilter, Zep16s* pSrcDstCInt,
+                                                Zep16s* pSrcDstStat);
+
+/**
+ * Perceptual weighting factors of a backward-mode frame (G.729 Annex E
+ * perc_vare): gamma1 29491 (0.9), or 32112 (0.98) when the backward mode
+ * dominates; gamma2 13107 (0.4); the same for both subframes. Forward-mode
+ * frames take zepsWeightingFactors_G729_16s.
+ * @param bwdDominant backward-mode dominance (zepsLPCModeDecision_G729E_16s), 0 or 1
+ * @param pDstGamma   gamma1 of subframes 0 and 1, then gamma2 of subframes 0 and 1, Q15
+ * @return zepStsNullPtrErr if pDstGamma is null; zepStsRangeErr if bwdDominant is
+ *         not 0 or 1; else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsWeightingFactors_G729E_16s(Zep16s bwdDominant, Zep16s* pDstGamma);
+
 /** Size in bytes of the Annex E post-filter state: writes 428.
  *  @return zepStsNullPtrErr if pSize is null, else zepStsNoErr. */
 ZEPSAPI ZepStatus zepsPostFilterGetStateSize_G729E_16s(Zep32s* pSize);

@@ -119,7 +119,7 @@ ZEPS_VARIANT_CHECK(zepsTargetImpulseResponse_GSMAMR_16s) {
 
 ZEPS_VARIANT_CHECK(zepsClosedLoopPitchSearch_GSMAMR_16s) {
     for (int t = 0; t < 60; t++) {
-        V16 prev_a = small(rng, 1, 18, 143), prev_b = prev_a, ea = rng.vec<std::int16_t>(194), eb = ea;
+        V16 prev_a = small(rng, 1, 18, 144), prev_b = prev_a, ea = rng.vec<std::int16_t>(194), eb = ea;
         V16 ra = rng.vec<std::int16_t>(40), rb = ra;
         const V16 tone = small(rng, 8, 0, 4000), op = small(rng, 2, 18, 143), h = small(rng, 40, -4096, 4096);
         const V16 xn = rng.vec<std::int16_t>(40);
@@ -175,6 +175,46 @@ ZEPS_VARIANT_CHECK(zepsGainQuant_GSMAMR_16s) {
         EXPECT_EQ(ga, gb);
         EXPECT_EQ(ia, ib);
         EXPECT_TRUE(zeps::test::same_bytes(sa, sb));
+    }
+}
+
+// The predictor written by one build reads back the same from both, and a
+// quantisation after it gives the same bytes.
+ZEPS_VARIANT_CHECK(zepsGainQuantSetPredictor_GSMAMR_16s) {
+    for (int t = 0; t < 40; t++) {
+        Bytes sa(96), sb(96);
+        ASSERT_EQ(zeps::u8::zepsGainQuantInit_GSMAMR_16s(as<ZepGainQuantState_GSMAMR>(sa)), 0);
+        ASSERT_EQ(zeps::n8::zepsGainQuantInit_GSMAMR_16s(as<ZepGainQuantState_GSMAMR>(sb)), 0);
+        const V16 en = small(rng, 4, -14436, 0), en122 = small(rng, 4, -4701, 0);
+        EXPECT_EQ(zeps::u8::zepsGainQuantSetPredictor_GSMAMR_16s(as<ZepGainQuantState_GSMAMR>(sa), en.data(), en122.data()),
+                  zeps::n8::zepsGainQuantSetPredictor_GSMAMR_16s(as<ZepGainQuantState_GSMAMR>(sb), en.data(), en122.data()));
+        EXPECT_TRUE(zeps::test::same_bytes(sa, sb));
+        std::vector<V16> in;
+        for (int i = 0; i < 7; i++) in.push_back(small(rng, 40, -2000, 2000));
+        const V16 gc = {20000, 3, 0, 5};
+        V16 ga = {8000, 0, 0, 0}, gb = ga, ia(2, 0), ib = ia;
+        const std::int32_t rate = kRates[rng.uniform(1, 7)];
+        ASSERT_EQ(zeps::u8::zepsGainQuant_GSMAMR_16s(as<ZepGainQuantState_GSMAMR>(sa), in[0].data(), in[1].data(), in[2].data(),
+                                                     in[3].data(), in[4].data(), in[5].data(), in[6].data(), gc.data(),
+                                                     ga.data(), ia.data(), 1, 32767, rate), 0);
+        ASSERT_EQ(zeps::n8::zepsGainQuant_GSMAMR_16s(as<ZepGainQuantState_GSMAMR>(sb), in[0].data(), in[1].data(), in[2].data(),
+                                                     in[3].data(), in[4].data(), in[5].data(), in[6].data(), gc.data(),
+                                                     gb.data(), ib.data(), 1, 32767, rate), 0);
+        EXPECT_EQ(ga, gb);
+        EXPECT_EQ(ia, ib);
+        EXPECT_TRUE(zeps::test::same_bytes(sa, sb));
+    }
+}
+
+ZEPS_VARIANT_CHECK(zepsGainQuantGetPredictor_GSMAMR_16s) {
+    for (int t = 0; t < 20; t++) {
+        Bytes s(96);
+        for (auto& x : s) x = static_cast<std::uint8_t>(rng.uniform(0, 255));
+        V16 a1(4, 0x5a5a), a2(4, 0x5a5a), b1(4, 0x1234), b2(4, 0x1234);
+        EXPECT_EQ(zeps::u8::zepsGainQuantGetPredictor_GSMAMR_16s(as<ZepGainQuantState_GSMAMR>(s), a1.data(), a2.data()),
+                  zeps::n8::zepsGainQuantGetPredictor_GSMAMR_16s(as<ZepGainQuantState_GSMAMR>(s), b1.data(), b2.data()));
+        EXPECT_EQ(a1, b1);
+        EXPECT_EQ(a2, b2);
     }
 }
 

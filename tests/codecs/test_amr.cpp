@@ -2,10 +2,12 @@
 // GSM-AMR replays: every .amr stream of the shared reference set (eight
 // modes, DTX on and off) decoded against the reference decoder's output and
 // encoded from its speech against the reference encoder's stream, the
-// reference package's check sequence in the 3GPP format, and corrupt input.
+// reference package's check sequence in the 3GPP format (encoded and
+// decoded), and corrupt input.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -53,19 +55,24 @@ const std::vector<std::pair<std::string, std::string>> kEncoderModes = {
     {"mr74", "7.4"},   {"mr795", "7.95"}, {"mr102", "10.2"}, {"mr122", "12.2"},
 };
 
-TEST(AmrEncoder, EveryReferenceStreamWithoutDtx) {
+// Every stream, with and without DTX (VAD option 1), from its speech file.
+TEST(AmrEncoder, EveryReferenceStream) {
     const fs::path dir = fs::path(zeps::codec_test::shared_dir()) / "codecs" / "amr";
     int streams = 0;
     for (const auto& e : fs::directory_iterator(dir)) {
         if (e.path().extension() != ".amr") continue;
         const std::string stem = e.path().stem().string();
         const std::size_t us = stem.find('_');
-        const std::string input = stem.substr(0, us), tag = stem.substr(us + 1);
+        const std::string input = stem.substr(0, us);
+        std::string tag = stem.substr(us + 1);
+        const bool dtx = tag.size() > 4 && tag.compare(tag.size() - 4, 4, "_dtx") == 0;
+        if (dtx) tag.resize(tag.size() - 4);
         for (const auto& [name, rate] : kEncoderModes) {
             if (tag != name) continue;
             SCOPED_TRACE(stem);
             zepsc_cli::CodecOptions o;
             o.values["mode"] = rate;
+            if (dtx) o.values["dtx"] = "";
             const std::vector<std::int16_t> pcm =
                 read_pcm(zeps::codec_test::shared_dir() + "/speech/" + input + ".s16");
             const auto bits = zepsc_cli::encode_all(codec("amr"), o, "amr", pcm.data(), pcm.size());
@@ -73,13 +80,61 @@ TEST(AmrEncoder, EveryReferenceStreamWithoutDtx) {
             ++streams;
         }
     }
-    EXPECT_EQ(streams, 6 * static_cast<int>(kEncoderModes.size()));
+    EXPECT_EQ(streams, 6 * (static_cast<int>(kEncoderModes.size()) + 2));
 }
 
-TEST(AmrEncoder, UnavailableOptionIsRefused) {
-    const std::vector<std::int16_t> pcm(320, 0);
+// The reference package's check: the mode changes every frame, DTX on, the
+// 3GPP test-sequence format (SID_FIRST, SID_UPDATE and NO_DATA frames).
+TEST(AmrEncoder, CheckSequenceAllModesDtx) {
+    const std::string dir = zeps::codec_test::shared_dir() + "/codecs/amr/conformance/";
     zepsc_cli::CodecOptions o;
     o.values["dtx"] = "";
+    o.values["modefile"] = dir + "allmodes.txt";
+    const std::vector<std::int16_t> pcm = read_pcm(dir + "spch_dos.inp");
+    const auto bits = zepsc_cli::encode_all(codec("amr"), o, "cod", pcm.data(), pcm.size());
+    expect_same_bytes(bits, read_bytes(dir + "spch_dos.cod"), 500, "spch_dos encoder");
+    // The storage format of the same frames: the frame types, SID bits, STI
+    // and mode indications of the reference's frames, and its decoded speech.
+    const auto amr = zepsc_cli::encode_all(codec("amr"), o, "amr", pcm.data(), pcm.size());
+    static constexpr int kBytes[9] = {12, 13, 15, 17, 19, 20, 26, 31, 5};
+    std::size_t at = 6;
+    int sid = 0;
+    for (std::size_t f = 0; f < bits.size() / 500; f++) {
+        auto word = [&](int i) { return static_cast<std::int16_t>(bits[500 * f + 2 * i] | bits[500 * f + 2 * i + 1] << 8); };
+        ASSERT_LT(at, amr.size());
+        const int ft = amr[at] >> 3 & 15, tx = word(0);
+        ASSERT_EQ(ft, tx == 0 ? word(245) : tx == 3 ? 15 : 8) << "frame " << f;
+        if (ft != 8) {
+            at += 1 + (ft == 15 ? 0 : kBytes[ft]);
+            continue;
+        }
+        const std::uint8_t* p = &amr[at + 1];
+        for (int k = 0; k < 35; k++) ASSERT_EQ(p[k >> 3] >> (7 - (k & 7)) & 1, word(1 + k)) << "frame " << f;
+        EXPECT_EQ(p[4] >> 4 & 1, tx == 2 ? 1 : 0) << "frame " << f;
+        EXPECT_EQ(p[4] >> 1 & 7, word(245)) << "frame " << f;
+        at += 6;
+        sid++;
+    }
+    EXPECT_EQ(at, amr.size());
+    EXPECT_GT(sid, 10);
+    expect_same_pcm(decode(amr, "amr"), read_pcm(dir + "spch_dos.out"), 160, "spch_dos storage");
+}
+
+TEST(AmrEncoder, BadModeFileIsRefused) {
+    const std::vector<std::int16_t> pcm(480, 0);
+    const std::string path = (fs::temp_directory_path() / "zepsc_amr_modes.txt").string();
+    for (const char* text : {"MR122\nMR99\nMR475\n", "MR122\n"}) {  // unknown name; fewer modes than frames
+        std::FILE* f = std::fopen(path.c_str(), "wb");
+        ASSERT_NE(f, nullptr);
+        std::fputs(text, f);
+        std::fclose(f);
+        zepsc_cli::CodecOptions o;
+        o.values["modefile"] = path;
+        EXPECT_THROW(zepsc_cli::encode_all(codec("amr"), o, "amr", pcm.data(), pcm.size()), zepsc_cli::CodecError);
+    }
+    fs::remove(path);
+    zepsc_cli::CodecOptions o;
+    o.values["modefile"] = path + ".missing";
     EXPECT_THROW(zepsc_cli::encode_all(codec("amr"), o, "amr", pcm.data(), pcm.size()), zepsc_cli::CodecError);
 }
 

@@ -92,6 +92,57 @@ TEST(EchoG168, EchoPathChangeReconverges) {
     }
 }
 
+// The frequency-domain block NLMS canceller (64-sample blocks, 8
+// partitions): every model, double talk 5-8 s on D4, and the D2 -> D4
+// echo-path change, against the figures it reached (docs/ec.md).
+zepsc_ec::EcConfig fdaf_config() {
+    zepsc_ec::EcConfig c = config(true);
+    c.fdaf = true;
+    return c;
+}
+constexpr Expect kFdaf[8] = {{1.79, 35.5}, {0.84, 35.7}, {0.84, 37.7}, {0.99, 36.4},
+                             {0.84, 36.8}, {1.58, 35.3}, {1.59, 34.3}, {1.84, 32.3}};
+// D4 double talk: ERLE before 31.1 dB, after 31.1 dB; D2 -> D4: 0.93 s, 31.5 dB.
+constexpr double kFdafBefore = 30.8, kFdafAfter = 30.8, kFdafReconverge = 1.03, kFdafAfterChange = 31.2;
+
+TEST(EchoG168, FrequencyDomainCancellerOnEveryModel) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");
+    for (int m = 0; m < 8; ++m) {
+        const Signals s = make(m);
+        const EcRun r = run(fdaf_config(), s.far, s.nearIn);
+        ASSERT_EQ(r.failures, 0);
+        const double conv = time_to(s.echo, r.linear, 0, 20.0);
+        const double steady = erle(s.echo, r.linear, s.far.size() - 3 * kRate, s.far.size());
+        std::printf("frequency-domain D%d: convergence to 20 dB %.2f s, steady-state ERLE %.1f dB\n", m + 2, conv, steady);
+        EXPECT_GE(conv, 0.0) << "never reached 20 dB";
+        EXPECT_LE(conv, kFdaf[m].conv + 0.1) << "D" << m + 2;
+        EXPECT_GE(steady, kFdaf[m].steady - 0.3) << "D" << m + 2;
+    }
+}
+
+TEST(EchoG168, FrequencyDomainCancellerDoubleTalkAndPathChange) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");
+    const Signals s = make(2, -1, 0, 5 * kRate, 8 * kRate);
+    const EcRun r = run(fdaf_config(), s.far, s.nearIn);
+    const double before = erle(s.echo, r.linear, 4 * kRate, 5 * kRate);
+    const double after = erle(s.echo, r.linear, 8 * kRate + kRate / 4, 9 * kRate + kRate / 4);
+    const double recovered = erle(s.echo, r.linear, 10 * kRate, 11 * kRate);
+    const std::size_t change = 5 * kRate + kRate / 2;
+    const Signals c = make(0, 2, change);
+    const EcRun rc = run(fdaf_config(), c.far, c.nearIn);
+    const double t = time_to(c.echo, rc.linear, change, 15.0);
+    const double steady = erle(c.echo, rc.linear, c.far.size() - 3 * kRate, c.far.size());
+    std::printf("frequency-domain D4 double talk 5-8 s: ERLE before %.1f dB, after %.1f dB, 2 s after %.1f dB; "
+                "D2 -> D4: re-convergence to 15 dB %.2f s, then %.1f dB\n", before, after, recovered, t, steady);
+    EXPECT_GE(before, kFdafBefore);
+    EXPECT_GE(after, kFdafAfter);
+    EXPECT_GE(after, before - 3.0) << "the filter diverged";
+    EXPECT_GE(recovered, before - 3.0);
+    EXPECT_GE(t, 0.0);
+    EXPECT_LE(t, kFdafReconverge);
+    EXPECT_GE(steady, kFdafAfterChange);
+}
+
 /// 2100 Hz at -12 dBm0 for 3 s, phase reversed every 450 ms when `reversals`.
 std::vector<Zep16s> answer_tone(bool reversals) {
     std::vector<Zep16s> x(3 * kRate + kRate / 2, 0);

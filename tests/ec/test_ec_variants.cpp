@@ -2,7 +2,9 @@
 // Both processor builds of the echo-canceller stages (adaptive filters,
 // controllers, double-talk detector, NLP, tone detector, noise filter) give
 // identical statuses, outputs and states, on valid and invalid arguments.
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -338,3 +340,60 @@ ZEPS_VARIANT_CHECK(zepsNoiseFilter_NR_32fc_I) {
         ASSERT_TRUE(same_state(a, b));
     }
 }
+
+ZEPS_VARIANT_CHECK(zepsFreqDomainFilterGetSize_EC_32f) {
+    const int order = shape(rng, 2, 12), parts = shape(rng, 1, 255);
+    int a = -1, b = -1;
+    ASSERT_EQ(zeps::u8::zepsFreqDomainFilterGetSize_EC_32f(order, parts, &a),
+              zeps::n8::zepsFreqDomainFilterGetSize_EC_32f(order, parts, &b));
+    ASSERT_EQ(a, b);
+}
+
+namespace {
+std::unique_ptr<Pair> fd_states(Rng& rng, int order, int parts) {
+    int size = 0;
+    if (zeps::u8::zepsFreqDomainFilterGetSize_EC_32f(order, parts, &size) != zepStsNoErr) size = 64;
+    return init_both(rng, size, [&](int v, Zep8u* p) {
+        return v == 0 ? zeps::u8::zepsFreqDomainFilterInit_EC_32f(p, order, parts)
+                      : zeps::n8::zepsFreqDomainFilterInit_EC_32f(p, order, parts);
+    });
+}
+
+/// Blocks of a random echo path (an exponentially decaying FIR) with noise
+/// through filter and update on both builds, random guard actions and steps.
+void fd_run(Rng& rng) {
+    const int order = static_cast<int>(rng.uniform(2, 8)), parts = static_cast<int>(rng.uniform(1, 9));
+    const int B = 1 << (order - 1);
+    auto st = fd_states(rng, order, parts);
+    std::vector<float> h(static_cast<std::size_t>(B * parts));
+    for (std::size_t i = 0; i < h.size(); ++i) h[i] = rng.f32(0.5f) * std::exp(-0.05f * static_cast<float>(i));
+    std::vector<float> hist(h.size() + static_cast<std::size_t>(B), 0.0f);
+    for (int blk = 0; blk < 60; ++blk) {
+        std::memmove(hist.data(), hist.data() + B, sizeof(float) * h.size());
+        const auto far = fvec(rng, static_cast<std::size_t>(B), rng.chance(4) ? 32000.0f : 3000.0f);
+        std::copy(far.begin(), far.end(), hist.end() - B);
+        std::vector<float> nearIn(static_cast<std::size_t>(B));
+        for (int n = 0; n < B; ++n) {
+            double y = rng.f32(10.0f);
+            for (std::size_t k = 0; k < h.size(); ++k) y += h[k] * hist[h.size() + static_cast<std::size_t>(n) - k];
+            nearIn[static_cast<std::size_t>(n)] = static_cast<float>(y);
+        }
+        std::vector<float> e[2], v[2];
+        for (int b = 0; b < 2; ++b) e[b].assign(static_cast<std::size_t>(B), 7.0f), v[b] = e[b];
+        ASSERT_EQ(zeps::u8::zepsFreqDomainFilter_EC_32f(far.data(), nearIn.data(), e[0].data(), v[0].data(), st->a.p),
+                  zeps::n8::zepsFreqDomainFilter_EC_32f(far.data(), nearIn.data(), e[1].data(), v[1].data(), st->b.p));
+        ASSERT_TRUE(same_bytes(e[0], e[1]));
+        ASSERT_TRUE(same_bytes(v[0], v[1]));
+        const int action = rng.chance(6) ? static_cast<int>(rng.uniform(-1, 3)) : 0;
+        const float step = rng.chance(8) ? 2.5f : static_cast<float>(rng.uniform(0, 100)) / 100.0f;
+        const float delta = 1000.0f * static_cast<float>(2 * B * parts);
+        ASSERT_EQ(zeps::u8::zepsFreqDomainCoefUpdate_EC_32f(action, step, delta, st->a.p),
+                  zeps::n8::zepsFreqDomainCoefUpdate_EC_32f(action, step, delta, st->b.p));
+        ASSERT_TRUE(same_state(st->a, st->b));
+    }
+}
+}  // namespace
+
+ZEPS_VARIANT_CHECK(zepsFreqDomainFilterInit_EC_32f) { fd_states(rng, shape(rng, 2, 12), shape(rng, 1, 20)); }
+ZEPS_VARIANT_CHECK(zepsFreqDomainFilter_EC_32f) { fd_run(rng); }
+ZEPS_VARIANT_CHECK(zepsFreqDomainCoefUpdate_EC_32f) { fd_run(rng); }

@@ -7,9 +7,14 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "tests/g729/g729_stage_util.h"
+
+// The post-processing's range-checked form alone (g729/post_process.cpp).
+namespace zeps::u8 { void g729_post_process_checked(std::int16_t*, int, std::uint8_t*); }
+namespace zeps::n8 { void g729_post_process_checked(std::int16_t*, int, std::uint8_t*); }
 
 namespace {
 
@@ -365,6 +370,36 @@ ZEPS_VARIANT_CHECK(zepsPostProcess_G729_16s_I) {
         EXPECT_EQ(x, y);
         EXPECT_EQ(a, b);
     }
+}
+
+
+/// The post-processing's plain form (inputs within its bound, any memories)
+/// against the range-checked form, both builds: outputs and states equal.
+template <class Export, class Checked>
+void post_process_plain_agrees(Export exported, Checked checked) {
+    zeps::test::Rng rng(53);
+    const Zep16s c[6] = {7699, -15398, 7699, 8192, 15836, -7667};
+    for (int rep = 0; rep < 4000; ++rep) {
+        std::vector<Zep8u> a(24), b;
+        u8::zepsHighPassFilterInit_G729(c, a.data());
+        const int lim = rep % 4 == 0 ? 9858 : static_cast<int>(rng.uniform(0, 9858));
+        V16 mem = small16(rng, 2, lim);
+        const std::int32_t y[2] = {rep % 8 == 1 ? INT32_MAX : rng.s32(), rep % 8 == 2 ? INT32_MIN : rng.s32()};
+        std::memcpy(a.data(), y, sizeof y);
+        std::memcpy(a.data() + 8, mem.data(), 4);
+        b = a;
+        V16 x = small16(rng, 80, lim), z = x;
+        const int len = static_cast<int>(rng.uniform(1, 80));
+        ASSERT_EQ(exported(x.data(), len, a.data()), zepStsNoErr);
+        checked(z.data(), len, b.data());
+        ASSERT_EQ(x, z) << "rep " << rep;
+        ASSERT_EQ(a, b) << "rep " << rep;
+    }
+}
+
+TEST(G729CodecStages, PostProcessPlainFormEqualsCheckedForm) {
+    post_process_plain_agrees(u8::zepsPostProcess_G729_16s_I, u8::g729_post_process_checked);
+    post_process_plain_agrees(n8::zepsPostProcess_G729_16s_I, n8::g729_post_process_checked);
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 // The vector kernels of the G.729 fixed-codebook searches against their
 // scalar twins (the reference's operators), on random, speech-scale and
 // extreme inputs, both builds: the fourth pulse of the main-body search, the
-// last pulse pair of the Annex A fast search, the sign folding of the
+// last pulse pair of the Annex A fast search and its candidate test, the sign folding of the
 // correlation rows, and Cor_h's plain chains.
 #include <gtest/gtest.h>
 
@@ -24,11 +24,15 @@
     void g729_pair_pulse_a_scalar(std::int16_t, std::int32_t, const std::int16_t*, const std::int16_t*,      \
                                   const std::int16_t*, std::int16_t*, std::int16_t*);                        \
     void g729_cor_h_chains(const std::int16_t* h, std::int16_t* rr, bool plain);                             \
+    bool g729_any_better8(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);            \
+    bool g729_any_better8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);     \
     void g729_mult8(std::int16_t* row, const std::int16_t* g);                                               \
     void g729_mult8_scalar(std::int16_t* row, const std::int16_t* g);                                        \
     }
 ZEPS_DECLARE_FCB_KERNELS(u8)
+#if defined(__x86_64__)  // elsewhere n8 names the one generic build, u8
 ZEPS_DECLARE_FCB_KERNELS(n8)
+#endif
 
 namespace {
 using V16 = std::vector<std::int16_t>;
@@ -122,6 +126,36 @@ TEST(G729FcbKernels, FourthPulseVectorEqualsScalar) {
 TEST(G729FcbKernels, AnnexAPairVectorEqualsScalar) {
     pair_agrees(zeps::u8::g729_pair_pulse_a, zeps::u8::g729_pair_pulse_a_scalar);
     pair_agrees(zeps::n8::g729_pair_pulse_a, zeps::n8::g729_pair_pulse_a_scalar);
+}
+
+/// The candidate test over eight squares against a best so far from -1 up,
+/// near ties included (equal ratios must not pass).
+template <class Fast, class Slow>
+void better_agrees(Fast fast, Slow slow) {
+    Rng rng(43);
+    int passed = 0;
+    for (int rep = 0; rep < 40000; ++rep) {
+        const int mode = rep % 4;
+        V16 sq8 = eight(rng, mode == 3 ? 2 : mode), alp8 = eight(rng, mode == 3 ? 2 : mode);
+        for (auto& x : sq8) x = static_cast<std::int16_t>(x < 0 ? (x == -32768 ? 32767 : -x) : x);
+        std::int16_t sq = static_cast<std::int16_t>(rng.uniform(-1, 32767));
+        std::int16_t alp = mode == 1 ? static_cast<std::int16_t>(rng.uniform(0, 1) ? 32767 : -32768) : rng.s16();
+        if (mode == 3) {  // a tie: (sq, alp) proportional to one candidate
+            const int k = static_cast<int>(rng.uniform(0, 7));
+            sq = sq8[k];
+            alp = alp8[k];
+        }
+        const bool f = fast(sq8.data(), alp8.data(), sq, alp);
+        ASSERT_EQ(f, slow(sq8.data(), alp8.data(), sq, alp)) << "rep " << rep;
+        passed += f;
+    }
+    EXPECT_GT(passed, 1000);
+    EXPECT_LT(passed, 39000);
+}
+
+TEST(G729FcbKernels, AnnexACandidateTestVectorEqualsScalar) {
+    better_agrees(zeps::u8::g729_any_better8, zeps::u8::g729_any_better8_scalar);
+    better_agrees(zeps::n8::g729_any_better8, zeps::n8::g729_any_better8_scalar);
 }
 
 template <class Fast, class Slow>

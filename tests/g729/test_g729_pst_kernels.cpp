@@ -19,7 +19,9 @@
     void g729_mix_excitation(bool, std::int16_t, std::int16_t, const std::int16_t*, std::int16_t*, int);   \
     }
 ZEPS_DECLARE_PST_KERNELS(u8)
+#if defined(__x86_64__)  // elsewhere n8 names the one generic build, u8
 ZEPS_DECLARE_PST_KERNELS(n8)
+#endif
 
 namespace {
 using V16 = std::vector<std::int16_t>;

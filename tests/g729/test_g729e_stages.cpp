@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <utility>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -278,6 +279,83 @@ ZEPS_VARIANT_CHECK(zepsPostFilter_G729E_16s) {
         EXPECT_EQ(va, vb);
         EXPECT_EQ(sa, sb);
     }
+}
+
+TEST(G729EStages, ModeDecisionForcedCases) {
+    zeps::test::Rng rng(31);
+    V16 signal = small16(rng, 110, 3000), a_fwd = stable_lpc(rng), a2 = stable_lpc(rng);
+    a_fwd.insert(a_fwd.end(), a2.begin(), a2.end());
+    V16 a_bwd = lpc30(rng), prev = lpc30(rng), lsp = small16(rng, 10, 30000);
+    a_bwd.insert(a_bwd.begin(), a_bwd.begin(), a_bwd.end());
+    const auto decide = [&](int rate, const V16& sig, V16& bwd, V16& stat, Zep16s& c_int, Zep16s& dominant) {
+        Zep16s mode = 7;
+        EXPECT_EQ(u8::zepsLPCModeDecision_G729E_16s(sig.data() + 30, a_fwd.data(), bwd.data(), &mode, lsp.data(),
+                                                lsp.data(), rate, &dominant, 1, prev.data(), &c_int, stat.data()),
+                  zepStsNoErr);
+        return mode;
+    };
+    // 8 kbit/s: forward, not dominant, the index decaying by 2621 down to 10000, filters untouched.
+    for (const auto& [from, to] : {std::pair<Zep16s, Zep16s>{20000, 17379}, {12000, 10000}, {9000, 9000}}) {
+        V16 stat = {from, 3, 750, 4, 5}, bwd = a_bwd;
+        Zep16s c_int = 4506, dominant = 1;
+        EXPECT_EQ(decide(0, signal, bwd, stat, c_int, dominant), 0);
+        EXPECT_EQ(stat, (V16{to, 3, 750, 4, 5}));
+        EXPECT_EQ(dominant, 0);
+        EXPECT_EQ(c_int, 4506);
+        EXPECT_EQ(bwd, a_bwd);
+    }
+    // A silent frame at 11.8 kbit/s: forward, the index capped at 13000, the
+    // counters and the dominance left as they were; the backward filters are
+    // still interpolated (c_int - 410, subframe 1 the mean with the previous).
+    V16 stat = {20000, 3, 750, 4, 5}, bwd = a_bwd;
+    Zep16s c_int = 4506, dominant = 1;
+    EXPECT_EQ(decide(1, V16(110, 0), bwd, stat, c_int, dominant), 0);
+    EXPECT_EQ(stat, (V16{13000, 3, 750, 4, 5}));
+    EXPECT_EQ(dominant, 1);
+    EXPECT_EQ(c_int, 4096);
+    for (int i = 0; i <= 30; ++i) {
+        const int w = (a_bwd[31 + i] * (4096 - 4096) * 2 >> 13) + (prev[i] * 4096 * 2 >> 13);
+        EXPECT_EQ(bwd[31 + i], static_cast<Zep16s>(w)) << i;
+        EXPECT_EQ(bwd[i], static_cast<Zep16s>((bwd[31 + i] >> 1) + (prev[i] >> 1))) << i;
+    }
+}
+
+ZEPS_VARIANT_CHECK(zepsLPCModeDecision_G729E_16s) {
+    // A run of frames with the records carried over, so that the
+    // stationarity index, the counters and the interpolation factor move.
+    V16 sa = {10000, 0, 0, 0, 0}, sb = sa, ca = {4506}, cb = ca, da = {0}, db = da;
+    Zep16s prev_mode = 0;
+    for (int rep = 0; rep < 120; ++rep) {
+        const int rate = rep % 17 == 16 ? 0 : 1;
+        V16 signal = rep % 9 == 0 ? rand16(rng, 110) : small16(rng, 110, 1 << (rep % 14 + 1));
+        V16 a_fwd = stable_lpc(rng), a2 = stable_lpc(rng);
+        a_fwd.insert(a_fwd.end(), a2.begin(), a2.end());
+        V16 a_bwd = small16(rng, 62, rep % 5 ? 600 : 30000);
+        a_bwd[0] = a_bwd[31] = 4096;
+        V16 prev = small16(rng, 31, 800), lsp_new = small16(rng, 10, 30000), lsp_old = small16(rng, 10, 30000);
+        prev[0] = 4096;
+        if (rep % 3 == 0) lsp_old = lsp_new;
+        V16 ba = a_bwd, bb = a_bwd, ma = {7}, mb = ma;
+        const ZepStatus ra = u8::zepsLPCModeDecision_G729E_16s(signal.data() + 30, a_fwd.data(), ba.data(), ma.data(),
+                                                               lsp_new.data(), lsp_old.data(), rate, da.data(),
+                                                               prev_mode, prev.data(), ca.data(), sa.data());
+        const ZepStatus rb = n8::zepsLPCModeDecision_G729E_16s(signal.data() + 30, a_fwd.data(), bb.data(), mb.data(),
+                                                               lsp_new.data(), lsp_old.data(), rate, db.data(),
+                                                               prev_mode, prev.data(), cb.data(), sb.data());
+        EXPECT_EQ(ra, rb);
+        EXPECT_EQ(ba, bb);
+        EXPECT_EQ(ma, mb);
+        EXPECT_EQ(da, db);
+        EXPECT_EQ(ca, cb);
+        EXPECT_EQ(sa, sb);
+        prev_mode = ma[0];
+        if (prev_mode == 0) ca[0] = cb[0] = 4506;
+    }
+}
+ZEPS_VARIANT_CHECK(zepsWeightingFactors_G729E_16s) {
+    for (Zep16s dominant = -1; dominant <= 2; ++dominant)
+        both<V16>(u8::zepsWeightingFactors_G729E_16s, n8::zepsWeightingFactors_G729E_16s, {V16(4, 5)},
+                  [&](auto f, auto& v) { return f(dominant, v[0].data()); });
 }
 
 }  // namespace

@@ -13,8 +13,9 @@
 // homing pattern. The encoder follows the reference encoder program: the
 // input is masked to 13 bits, the mode comes from --mode or, frame by frame,
 // from --modefile, and an encoder homing frame resets the encoder after it is
-// coded. Discontinuous transmission (--dtx) is not available in the encoder
-// yet and is refused.
+// coded. With --dtx, VAD option 1 decides speech and background noise; the
+// DTX handler's frames carry SID parameters and sid_sync decides which are
+// sent (SID_FIRST, SID_UPDATE every 8th frame) and which are NO_DATA.
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -587,7 +588,7 @@ const char* const kModeRate[8] = {"4.75", "5.15", "5.9", "6.7", "7.4", "7.95", "
 
 class SpeechEncoder {
 public:
-    SpeechEncoder() {
+    explicit SpeechEncoder(bool dtx) : dtx_(dtx) {
         Zep32s size = 0;
         check(zepsGainQuantGetStateSize_GSMAMR_16s(&size));
         gain_state_.assign(static_cast<std::size_t>(size), 0);
@@ -614,8 +615,16 @@ public:
         std::fill(std::begin(tone_), std::end(tone_), Zep16s{0});
         std::fill(std::begin(old_a_), std::end(old_a_), Zep16s{0});
         old_a_[0] = 4096;
-        wght_[0] = 40;
-        wght_[1] = wght_[2] = 0;
+        std::fill(std::begin(wght_), std::end(wght_), Zep16s{0});
+        wght_[0] = 40;        // old_T0_med
+        wght_[7] = 13106;     // best high-pass correlation (VAD option 1)
+        zepsVAD1StateReset_GSMAMR(&vad_);
+        dtx_hist_ptr_ = 0;
+        for (int i = 0; i < kDtxHist; i++) std::copy(std::begin(kLspInit), std::end(kLspInit), lsp_hist_ + i * kM);
+        std::fill(std::begin(log_en_hist_), std::end(log_en_hist_), Zep16s{0});
+        std::fill(std::begin(sid_), std::end(sid_), Zep16s{0});
+        dtx_hangover_ = 7;
+        dtx_elapsed_ = 32767;
         std::copy(std::begin(kLspInit), std::end(kLspInit), lsp_old_);
         std::copy(std::begin(kLspInit), std::end(kLspInit), lsp_old_q_);
         sharp_ = 0;
@@ -623,28 +632,41 @@ public:
     }
 
     /// Codes one frame of 160 samples (changed in place: masked to 13 bits
-    /// and high-pass filtered) in mode 0..7; writes the serial bits.
-    void encode(Zep16s* speech, int mode, Zep16s* serial) {
+    /// and high-pass filtered) in mode 0..7; writes the serial bits. Returns
+    /// true when DTX made the frame a SID frame (the SID parameters' bits).
+    bool encode(Zep16s* speech, int mode, Zep16s* serial) {
         const Zep32s rate = kRate[mode];
         for (int i = 0; i < kFrame; i++) speech[i] = static_cast<Zep16s>(speech[i] & 0xfff8);
         check(zepsHighPassFilter_G729_16s_ISfs(speech, kFrame, 12, hp_state_.data()));
         std::copy(speech, speech + kFrame, old_speech_ + kTotal - kFrame);
+        const Zep16s* new_speech = old_speech_ + kTotal - kFrame;
 
+        Zep16s sid_flag = 0;
+        const bool sid = dtx_ && voice_activity(rate, sid_flag);
         Zep16s ana[kAnaMax] = {};
         Zep16s* a = ana;
         Zep16s A[4 * kMp1], Aq[4 * kMp1], lsp_new[kM];
-        lp_analysis(mode, A, Aq, lsp_new, a);
+        lp_analysis(mode, !sid, A, Aq, lsp_new, a);
+        check(zepsEncDTXBuffer_GSMAMR_16s(new_speech, lsp_new, &dtx_hist_ptr_, lsp_hist_, log_en_hist_));
         Zep16s lsp_flag = 0;
-        check(zepsCheckLSP_GSMAMR_16s(tone_, lsp_old_, &lsp_flag));
+        if (sid) sid_parameters(sid_flag, lsp_new, ana);
+        else check(zepsCheckLSP_GSMAMR_16s(tone_, lsp_old_, &lsp_flag));
 
         Zep16s* sp = old_speech_ + kTotal - kFrame - kSubfr;  // the frame analysed, 40 samples behind
         Zep16s wsp[kFrame], t_op[2];
-        check(zepsOpenLoopPitchSearchNonDTX_GSMAMR_16s(A, sp - kM, mem_w_, old_wsp_, old_lags_, ol_gain_flg_, wght_,
-                                                       wsp, t_op, rate));
-        for (int sf = 0; sf < 4; sf++) subframe(mode, sf, A + sf * kMp1, Aq + sf * kMp1, sp, t_op, lsp_flag, a);
-        std::copy(old_exc_ + kFrame, old_exc_ + kFrame + kExcHist, old_exc_);
+        if (dtx_)
+            check(zepsOpenLoopPitchSearchDTXVAD1_GSMAMR_16s(A, sp - kM, mem_w_, old_wsp_, old_lags_, ol_gain_flg_,
+                                                            wght_, wsp, t_op, rate));
+        else
+            check(zepsOpenLoopPitchSearchNonDTX_GSMAMR_16s(A, sp - kM, mem_w_, old_wsp_, old_lags_, ol_gain_flg_,
+                                                           wght_, wsp, t_op, rate));
+        if (!sid) {
+            for (int sf = 0; sf < 4; sf++) subframe(mode, sf, A + sf * kMp1, Aq + sf * kMp1, sp, t_op, lsp_flag, a);
+            std::copy(old_exc_ + kFrame, old_exc_ + kFrame + kExcHist, old_exc_);
+        }
         std::copy(old_speech_ + kFrame, old_speech_ + kTotal, old_speech_);
-        check(zepsParamToBits_GSMAMR_16s(ana, serial, rate));
+        check(zepsParamToBits_GSMAMR_16s(ana, serial, sid ? kRateSID : rate));
+        return sid;
     }
 
 private:
@@ -654,17 +676,49 @@ private:
         if (s != zepStsNoErr) throw CodecError("GSM-AMR encoder stage failed with status " + std::to_string(s));
     }
 
+    /// VAD option 1 on the frame (with the 40 samples before it) and the
+    /// DTX handler: true when the frame becomes a SID frame; sid_flag is set
+    /// when new SID parameters may be computed.
+    bool voice_activity(Zep32s rate, Zep16s& sid_flag) {
+        Zep16s vad_flag = 0;
+        vad_.pitch = wght_[4];
+        check(zepsVAD1_GSMAMR_16s(old_speech_ + kTotal - kFrame - kSubfr, &vad_, &vad_flag, wght_[7], wght_[3]));
+        wght_[4] = vad_.pitch;
+        Zep16s used = static_cast<Zep16s>(rate);
+        check(zepsEncDTXHandler_GSMAMR_16s(&dtx_hangover_, &dtx_elapsed_, &used, &sid_flag, vad_flag));
+        return used == kRateSID;
+    }
+
+    /// dtx_enc and the resets of cod_amr in a SID frame: the SID parameters
+    /// (which set the gain predictor to the comfort-noise energy), then the
+    /// memories that speech coding restarts from.
+    void sid_parameters(Zep16s sid_flag, const Zep16s* lsp_new, Zep16s* ana) {
+        Zep16s qua_en[4], qua_en_122[4];
+        check(zepsGainQuantGetPredictor_GSMAMR_16s(gain(), qua_en, qua_en_122));
+        check(zepsEncDTXSID_GSMAMR_16s(lsp_hist_, log_en_hist_, sid_, past_rq_, qua_en, qua_en_122, sid_flag));
+        check(zepsGainQuantSetPredictor_GSMAMR_16s(gain(), qua_en, qua_en_122));
+        std::copy(std::begin(sid_), std::end(sid_), ana);
+        std::fill(old_exc_, old_exc_ + kExcHist, Zep16s{0});
+        std::fill(std::begin(mem_w0_), std::end(mem_w0_), Zep16s{0});
+        std::fill(std::begin(mem_err_), std::end(mem_err_), Zep16s{0});
+        std::fill(std::begin(past_rq_), std::end(past_rq_), Zep16s{0});
+        std::copy(lsp_new, lsp_new + kM, lsp_old_);
+        std::copy(lsp_new, lsp_new + kM, lsp_old_q_);
+        prev_lag_ = 0;
+        sharp_ = 0;
+    }
+
     /// lpc() and lsp() of the reference: A(z) of the four subframes,
-    /// unquantised and quantised, and the LSP indices.
-    void lp_analysis(int mode, Zep16s* A, Zep16s* Aq, Zep16s* lsp_new, Zep16s*& a) {
+    /// unquantised and (when quantise) quantised, and the LSP indices.
+    void lp_analysis(int mode, bool quantise, Zep16s* A, Zep16s* Aq, Zep16s* lsp_new, Zep16s*& a) {
         const Zep32s rate = kRate[mode];
         Zep32s r[kMp1];
         Zep16s rc[4];
         std::fill(A, A + 4 * kMp1, Zep16s{0});
-        Zep16s lsp_new_q[kM];
+        Zep16s lsp_new_q[kM] = {};
         if (mode == 7) {
             const Zep16s* w = old_speech_ + kTotal - 240 - kSubfr;
-            Zep16s lsp[2 * kM], lsp_q[2 * kM];
+            Zep16s lsp[2 * kM], lsp_q[2 * kM] = {};
             check(zepsAutoCorr_GSMAMR_16s32s(w, r, 1));
             check(zepsLagWindow_G729_32s_I(r + 1, kM));
             check(zepsLevinsonDurbin_GSMAMR_32s16s(old_a_, r, A + kMp1, rc));
@@ -674,9 +728,11 @@ private:
             check(zepsLPCToLSP_GSMAMR_16s(A + kMp1, lsp, lsp_old_));
             check(zepsLPCToLSP_GSMAMR_16s(A + 3 * kMp1, lsp + kM, lsp));
             check(zepsInterpolateLSPAnalysis_GSMAMR_16s_I(lsp_old_, lsp, lsp + kM, A, rate));
-            check(zepsLSPQuant_GSMAMR_16s(past_rq_, lsp, lsp_q, a, rate));
-            check(zepsInterpolateLSP_GSMAMR_16s(lsp_old_q_, lsp_q, lsp_q + kM, Aq, rate));
-            a += 5;
+            if (quantise) {
+                check(zepsLSPQuant_GSMAMR_16s(past_rq_, lsp, lsp_q, a, rate));
+                check(zepsInterpolateLSP_GSMAMR_16s(lsp_old_q_, lsp_q, lsp_q + kM, Aq, rate));
+                a += 5;
+            }
             std::copy(lsp + kM, lsp + 2 * kM, lsp_new);
             std::copy(lsp_q + kM, lsp_q + 2 * kM, lsp_new_q);
         } else {
@@ -685,12 +741,14 @@ private:
             check(zepsLevinsonDurbin_GSMAMR_32s16s(old_a_, r, A + 3 * kMp1, rc));
             check(zepsLPCToLSP_GSMAMR_16s(A + 3 * kMp1, lsp_new, lsp_old_));
             check(zepsInterpolateLSPAnalysis_GSMAMR_16s_I(lsp_old_, lsp_new, lsp_new, A, rate));
-            check(zepsLSPQuant_GSMAMR_16s(past_rq_, lsp_new, lsp_new_q, a, rate));
-            check(zepsInterpolateLSP_GSMAMR_16s(lsp_old_q_, lsp_new_q, lsp_new_q, Aq, rate));
-            a += 3;
+            if (quantise) {
+                check(zepsLSPQuant_GSMAMR_16s(past_rq_, lsp_new, lsp_new_q, a, rate));
+                check(zepsInterpolateLSP_GSMAMR_16s(lsp_old_q_, lsp_new_q, lsp_new_q, Aq, rate));
+                a += 3;
+            }
         }
         std::copy(lsp_new, lsp_new + kM, lsp_old_);
-        std::copy(lsp_new_q, lsp_new_q + kM, lsp_old_q_);
+        if (quantise) std::copy(lsp_new_q, lsp_new_q + kM, lsp_old_q_);
     }
 
     /// One subframe of cod_amr. At 4.75 kbit/s the even subframe is first
@@ -782,10 +840,20 @@ private:
     Zep16s old_exc_[kExcHist + kFrame]{};
     Zep16s old_wsp_[kPitMax]{};
     Zep16s mem_syn_[kM]{}, mem_w_[kM]{}, mem_w0_[kM]{}, mem_err_[kM]{};
-    Zep16s old_lags_[5]{}, ol_gain_flg_[2]{}, wght_[3]{};
+    Zep16s old_lags_[5]{}, ol_gain_flg_[2]{};
+    // Pitch_ol_wgh state, then the VAD option 1 registers of the open-loop search.
+    Zep16s wght_[8]{};
     Zep16s past_rq_[kM]{}, tone_[8]{}, old_a_[kMp1]{};
     Zep16s lsp_old_[kM]{}, lsp_old_q_[kM]{};
     Zep16s sharp_ = 0, prev_lag_ = 0;
+
+    // Discontinuous transmission: VAD option 1 and the DTX encoder (dtx_encState).
+    static constexpr int kDtxHist = 8;
+    bool dtx_;
+    ZepVAD1State_GSMAMR vad_{};
+    Zep16s dtx_hist_ptr_ = 0, lsp_hist_[kDtxHist * kM]{}, log_en_hist_[kDtxHist]{};
+    Zep16s sid_[5]{};  // init_lsf_vq_index, lsp_index[3], log_en_index
+    Zep16s dtx_hangover_ = 7, dtx_elapsed_ = 32767;
 };
 
 /// Mode number 0..7 of a mode name as the 3GPP mode files write it ("MR122").
@@ -798,7 +866,8 @@ int mode_of_name(const std::string& name) {
 // The frame loop of the reference encoder program over one bitstream format.
 class AmrEncoder : public zepsc_cli::FrameEncoder {
 public:
-    AmrEncoder(bool storage, int mode, std::vector<int> modes) : storage_(storage), mode_(mode), modes_(std::move(modes)) {}
+    AmrEncoder(bool storage, int mode, std::vector<int> modes, bool dtx)
+        : storage_(storage), mode_(mode), modes_(std::move(modes)), encoder_(dtx) {}
     int sample_rate() const override { return 8000; }
     std::size_t frame_samples() const override { return kFrame; }
     void begin(std::vector<std::uint8_t>& out) override {
@@ -818,29 +887,78 @@ public:
             homing = homing && pcm[i] == 0x0008;
         }
         std::array<Zep16s, kSerial> serial{};
-        encoder_.encode(speech, mode, serial.data());
-        if (storage_) write_storage(mode, serial.data(), out);
-        else write_cod(mode, serial.data(), out);
-        if (homing) encoder_.reset();
+        const Tx tx = sid_sync(encoder_.encode(speech, mode, serial.data()));
+        if (storage_) write_storage(mode, tx, serial.data(), out);
+        else write_cod(mode, tx, serial.data(), out);
+        if (homing) {
+            encoder_.reset();
+            sid_sync_reset();
+        }
     }
 
 private:
-    static void write_storage(int mode, const Zep16s* serial, std::vector<std::uint8_t>& out) {
-        out.push_back(static_cast<std::uint8_t>(mode << 3 | 4));
-        std::uint8_t packed[32] = {};
-        const std::uint8_t* sort = kSort[mode];
-        for (int k = 0; k < kBits[mode]; k++)
-            if (serial[sort[k]] != 0) packed[k >> 3] = static_cast<std::uint8_t>(packed[k >> 3] | 0x80 >> (k & 7));
-        out.insert(out.end(), packed, packed + kBytes[mode]);
+    // TX frame types of the 3GPP test-sequence format.
+    enum Tx : int { kTxSpeech = 0, kTxSidFirst, kTxSidUpdate, kTxNoData };
+
+    /// sid_sync of the reference: which DTX frames are sent as SID_FIRST or
+    /// SID_UPDATE (every 8th frame) and which are not sent (NO_DATA).
+    Tx sid_sync(bool sid) {
+        Tx tx = kTxSpeech;
+        if (!sid) {
+            sid_update_counter_ = 8;
+        } else {
+            sid_update_counter_--;
+            if (prev_tx_ == kTxSpeech) {
+                tx = kTxSidFirst;
+                sid_update_counter_ = 3;
+            } else if (sid_update_counter_ == 0) {
+                tx = kTxSidUpdate;
+                sid_update_counter_ = 8;
+            } else {
+                tx = kTxNoData;
+            }
+        }
+        prev_tx_ = tx;
+        return tx;
     }
-    static void write_cod(int mode, const Zep16s* serial, std::vector<std::uint8_t>& out) {
+    void sid_sync_reset() {
+        sid_update_counter_ = 3;
+        prev_tx_ = kTxSpeech;
+    }
+
+    /// One storage frame: a SID frame is its 35 parameter bits, the STI bit
+    /// (1 for SID_UPDATE) and the requested mode in bits 36..38, most
+    /// significant bit first as the reference's MMS_IO packing writes it and
+    /// its unpacking (and this decoder) reads it.
+    static void write_storage(int mode, Tx tx, const Zep16s* serial, std::vector<std::uint8_t>& out) {
+        if (tx == kTxNoData) {
+            out.push_back(15 << 3 | 4);
+            return;
+        }
+        const int ft = tx == kTxSpeech ? mode : 8;
+        out.push_back(static_cast<std::uint8_t>(ft << 3 | 4));
+        std::uint8_t packed[32] = {};
+        auto set = [&](int k) { packed[k >> 3] = static_cast<std::uint8_t>(packed[k >> 3] | 0x80 >> (k & 7)); };
+        const std::uint8_t* sort = kSort[ft];
+        for (int k = 0; k < kBits[ft]; k++)
+            if (serial[sort[k]] != 0) set(k);
+        if (ft == 8) {
+            if (tx == kTxSidUpdate) set(35);
+            for (int i = 0; i < 3; i++)
+                if ((mode >> (2 - i) & 1) != 0) set(36 + i);
+        }
+        out.insert(out.end(), packed, packed + kBytes[ft]);
+    }
+    /// One test-sequence frame: the frame type, the serial bits (the SID
+    /// parameters in DTX frames, also those not sent), the mode (-1 for NO_DATA).
+    static void write_cod(int mode, Tx tx, const Zep16s* serial, std::vector<std::uint8_t>& out) {
         auto put = [&](int v) {
             out.push_back(static_cast<std::uint8_t>(v & 0xff));
             out.push_back(static_cast<std::uint8_t>((v >> 8) & 0xff));
         };
-        put(0);
+        put(tx);
         for (int i = 0; i < kSerial; i++) put(serial[i]);
-        put(mode);
+        put(tx == kTxNoData ? -1 : mode);
         for (int i = 0; i < 4; i++) put(0);
     }
 
@@ -849,11 +967,12 @@ private:
     std::vector<int> modes_;
     std::size_t frame_ = 0;
     SpeechEncoder encoder_;
+    int sid_update_counter_ = 3;
+    Tx prev_tx_ = kTxSpeech;
 };
 
 /// The encoder's mode per frame from --mode or --modefile; an unavailable mode is refused.
 std::unique_ptr<zepsc_cli::FrameEncoder> make_encoder(const zepsc_cli::CodecOptions& options, const std::string& format) {
-    if (options.has("dtx")) throw CodecError("GSM-AMR encoder: --dtx is not available yet");
     auto refuse = [](int m) {
         if (!kEncoderMode[m])
             throw CodecError(std::string("GSM-AMR encoder: mode ") + kModeRate[m] + " is not available yet");
@@ -885,7 +1004,7 @@ std::unique_ptr<zepsc_cli::FrameEncoder> make_encoder(const zepsc_cli::CodecOpti
     for (int m = 0; m < 8; m++)
         if (rate == kModeRate[m]) mode = m;
     if (modes.empty()) refuse(mode);
-    return std::make_unique<AmrEncoder>(format == "amr", mode, std::move(modes));
+    return std::make_unique<AmrEncoder>(format == "amr", mode, std::move(modes), options.has("dtx"));
 }
 
 zepsc_cli::CodecSpec make_spec() {

@@ -662,7 +662,7 @@ Setup setup_of(const zepsc_cli::CodecOptions& o, const std::string& format) {
     const std::string annex = o.get("annex", "0");
     if (annex != "0" && annex != "A" && annex != "B" && annex != "AB")
         throw CodecError("--annex " + annex + " is not available yet: this build codes the main body (0), Annex A, " +
-                         "Annex B on either (B, AB), Annex D and the Annex E decoder");
+                         "Annex B on either (B, AB), Annex D and Annex E");
     Setup setup;
     setup.variant = annex == "A" || annex == "AB" ? Variant::AnnexA : Variant::Main;
     setup.annex_b = annex == "B" || annex == "AB";
@@ -731,7 +731,9 @@ zepsc_cli::CodecSpec make_spec() {
         "word as erased. --annex E is the 11.8 kbit/s extension (.bit only; frames of 118 bits\n"
         "with the LPC mode bit and its repeat, or 80 bits): its decoder decodes both frame sizes;\n"
         "a frame is erased when a bit word but the last two is 0x0000 or the mode bit and its\n"
-        "repeat differ. The Annex E encoder and Annex I are declared but not available yet.";
+        "repeat differ. Its encoder codes 11.8 kbit/s (choosing forward or backward LPC each\n"
+        "frame), --rate 8, or --ratefile FILE (0 = 8, 1 = 11.8). Annex I is declared but not\n"
+        "available yet.";
     s.options = {
         {"annex", "0 (main body), A, B, AB, D, E or I", {"0", "A", "B", "AB", "D", "E", "I"}, "0", false},
         {"rate", "bit rate in kbit/s: 6.4, 8 or 11.8 (Annexes D, E, I); default 8, with --annex D 6.4, with --annex E 11.8",

@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Partitioned-block frequency-domain NLMS echo canceller (multi-delay filter,
+// overlap-save), float, in 16-bit sample units.
+//
+// Real FFT of N = 2^order points, block B = N/2 samples, P partitions: the
+// filter spans P B taps. Per block:
+//   x      = the last 2B far-end samples; X_0 = FFT(x), X_p the spectrum p
+//            blocks ago;
+//   Y      = sum_p X_p W_p; y = the last B samples of IFFT(Y); e = d - y;
+//            the same with the saved coefficients V_p (two-filter scheme);
+//   update (after the caller's coefficient-guard action): E = FFT(B zeros,
+//            e); W_p += step E conj(X_p) / (0.9 S[k] + 0.1 mean(S) + delta),
+//            S[k] = sum_p |X_p[k]|^2 (per-bin normalised step, the mean bin
+//            power a floor under the bins where the far end is weak);
+//   gradient constraint (the alternately updated multi-delay filter):
+//            partition 0 and one further partition in turn each block are
+//            transformed back, their last B taps cleared and transformed
+//            again, so every partition stays a linear (not circular) filter.
+// Layout (from the first 16-byte boundary of the caller's block): header
+// (56 bytes), FFT description (8 mod 16 bytes, so its tables land aligned),
+// then float arrays, each a multiple of 4 floats: x (N), X, W, V (P C each,
+// C = round4(N + 2) floats of interleaved spectrum), S (C), e and the saved
+// filter's error (B each), a time block (N), a spectrum (C), the FFT's work
+// area. No pointers: the arrays' places follow from order and P.
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "common/args.h"
+#include "common/exports.h"
+#include "common/rfft.h"
+#include "ec/subband_state.h"
+
+ZEPS_BEGIN_VARIANT
+namespace {
+
+constexpr std::int32_t kMagic = 0x46414446;  // "FDAF"
+constexpr std::int64_t kHeader = 56;
+constexpr float kMeanShare = 0.1f;  // share of the mean bin power in each bin's normaliser
+constexpr int kMinOrder = 2, kMaxOrder = 12, kMaxPartitions = 255;
+
+struct FdafHeader {
+    std::int32_t magic, order, partitions, turn;
+};
+static_assert(sizeof(FdafHeader) <= kHeader);
+
+struct FdafLayout {
+    std::int64_t desc, x, X, W, V, S, e, ev, t, T, work, total;
+    int N, B, C;
+};
+
+FdafLayout layout(int order, int partitions) {
+    int ds = 0, ws = 0, is = 0;
+    rfft_get_size_32f(order, &ds, &ws, &is);
+    FdafLayout l{};
+    l.N = 1 << order;
+    l.B = l.N / 2;
+    l.C = (l.N + 2 + 3) & ~3;
+    const std::int64_t P = partitions, C = l.C;
+    l.desc = kHeader;
+    l.x = round16(l.desc + ds);
+    l.X = l.x + 4 * std::int64_t{l.N};
+    l.W = l.X + 4 * P * C;
+    l.V = l.W + 4 * P * C;
+    l.S = l.V + 4 * P * C;
+    l.e = l.S + 4 * C;
+    l.ev = l.e + 4 * std::int64_t{l.N};
+    l.t = l.ev + 4 * std::int64_t{l.N};
+    l.T = l.t + 4 * std::int64_t{l.N};
+    l.work = l.T + 4 * C;
+    l.total = round16(l.work + ws);
+    return l;
+}
+
+bool config_ok(int order, int partitions) {
+    return in_range(order, kMinOrder, kMaxOrder) && in_range(partitions, 1, kMaxPartitions);
+}
+
+/// The state at the first 16-byte boundary, or null when it was not built by Init.
+FdafHeader* checked(Zep8u* pState) {
+    auto* h = align16<FdafHeader>(pState);
+    if (h->magic != kMagic || !config_ok(h->order, h->partitions) || !in_range(h->turn, 0, kMaxPartitions)) return nullptr;
+    const auto* d = reinterpret_cast<const RfftDesc32f*>(reinterpret_cast<Zep8u*>(h) + kHeader);
+    if (d->order != h->order) return nullptr;
+    return h;
+}
+
+template <class T>
+T* at(FdafHeader* h, std::int64_t off) {
+    return reinterpret_cast<T*>(reinterpret_cast<Zep8u*>(h) + off);
+}
+
+/// Y = sum_p X_p W_p over interleaved spectra of C floats (n complex bins).
+void accumulate(const float* X, const float* W, float* Y, int P, int C, int n) {
+    std::fill(Y, Y + C, 0.0f);
+    for (int p = 0; p < P; ++p) {
+        const float* x = X + std::size_t(p) * std::size_t(C);
+        const float* w = W + std::size_t(p) * std::size_t(C);
+        for (int k = 0; k < 2 * n; k += 2) {
+            Y[k] += x[k] * w[k] - x[k + 1] * w[k + 1];
+            Y[k + 1] += x[k] * w[k + 1] + x[k + 1] * w[k];
+        }
+    }
+}
+
+/// e = d - (the last B samples of the inverse transform of Y).
+void residual(const float* Y, const float* pNear, float* e, float* t, const RfftDesc32f* d, Zep8u* work, int B) {
+    rfft_inv_32f(Y, t, d, work);
+    for (int i = 0; i < B; ++i) e[i] = pNear[i] - t[B + i];
+}
+
+/// Clears the circular part of partition w: inverse transform, last B taps
+/// set to zero, forward transform.
+void constrain(float* w, float* t, const RfftDesc32f* d, Zep8u* work, int B) {
+    rfft_inv_32f(w, t, d, work);
+    std::fill(t + B, t + 2 * B, 0.0f);
+    rfft_fwd_32f(t, w, d, work);
+}
+
+}  // namespace
+
+ZepStatus zepsFreqDomainFilterGetSize_EC_32f(int order, int numPartitions, int* pSize) {
+    if (!config_ok(order, numPartitions)) return zepStsBadArgErr;
+    if (any_null(pSize)) return zepStsNullPtrErr;
+    *pSize = static_cast<int>(16 + layout(order, numPartitions).total);
+    return zepStsNoErr;
+}
+
+ZepStatus zepsFreqDomainFilterInit_EC_32f(Zep8u* pState, int order, int numPartitions) {
+    if (!config_ok(order, numPartitions)) return zepStsBadArgErr;
+    if (any_null(pState)) return zepStsNullPtrErr;
+    auto* h = align16<FdafHeader>(pState);
+    const FdafLayout l = layout(order, numPartitions);
+    std::memset(reinterpret_cast<Zep8u*>(h), 0, static_cast<std::size_t>(l.total));
+    rfft_init_32f(order, at<Zep8u>(h, l.desc));
+    h->order = order;
+    h->partitions = numPartitions;
+    h->turn = 0;
+    h->magic = kMagic;
+    return zepStsNoErr;
+}
+
+ZepStatus zepsFreqDomainFilter_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Zep32f* pErr, Zep32f* pErrSaved,
+                                      Zep8u* pState) {
+    if (any_null(pFar, pNear, pErr, pErrSaved, pState)) return zepStsNullPtrErr;
+    FdafHeader* h = checked(pState);
+    if (h == nullptr) return zepStsBadArgErr;
+    const FdafLayout l = layout(h->order, h->partitions);
+    const int P = h->partitions, B = l.B, C = l.C, n = B + 1;
+    const auto* d = at<RfftDesc32f>(h, l.desc);
+    float *x = at<float>(h, l.x), *X = at<float>(h, l.X), *S = at<float>(h, l.S), *t = at<float>(h, l.t);
+    float* T = at<float>(h, l.T);
+    Zep8u* work = at<Zep8u>(h, l.work);
+    std::memmove(x, x + B, sizeof(float) * std::size_t(B));
+    std::memcpy(x + B, pFar, sizeof(float) * std::size_t(B));
+    std::memmove(X + C, X, sizeof(float) * std::size_t(P - 1) * std::size_t(C));
+    rfft_fwd_32f(x, X, d, work);
+    std::fill(S, S + C, 0.0f);
+    for (int p = 0; p < P; ++p) {
+        const float* xp = X + std::size_t(p) * std::size_t(C);
+        for (int k = 0; k < n; ++k) S[k] += xp[2 * k] * xp[2 * k] + xp[2 * k + 1] * xp[2 * k + 1];
+    }
+    float* e = at<float>(h, l.e);
+    float* ev = at<float>(h, l.ev);
+    accumulate(X, at<float>(h, l.W), T, P, C, n);
+    residual(T, pNear, e, t, d, work, B);
+    accumulate(X, at<float>(h, l.V), T, P, C, n);
+    residual(T, pNear, ev, t, d, work, B);
+    std::memcpy(pErr, e, sizeof(float) * std::size_t(B));
+    std::memcpy(pErrSaved, ev, sizeof(float) * std::size_t(B));
+    return zepStsNoErr;
+}
+
+ZepStatus zepsFreqDomainCoefUpdate_EC_32f(int action, Zep32f step, Zep32f delta, Zep8u* pState) {
+    if (any_null(pState)) return zepStsNullPtrErr;
+    FdafHeader* h = checked(pState);
+    if (h == nullptr) return zepStsBadArgErr;
+    if (!in_range(action, 0, 2)) return zepStsBadArgErr;
+    if (!(step >= 0.0f && step <= 2.0f) || !(delta > 0.0f && delta <= 3.0e38f)) return zepStsRangeErr;
+    const FdafLayout l = layout(h->order, h->partitions);
+    const int P = h->partitions, B = l.B, C = l.C, n = B + 1;
+    const std::size_t coefFloats = std::size_t(P) * std::size_t(C);
+    float *W = at<float>(h, l.W), *V = at<float>(h, l.V);
+    float* e = at<float>(h, l.e);
+    if (action == 1) std::memcpy(V, W, sizeof(float) * coefFloats);
+    if (action == 2) {
+        std::memcpy(W, V, sizeof(float) * coefFloats);
+        std::memcpy(e, at<float>(h, l.ev), sizeof(float) * std::size_t(B));
+    }
+    if (step == 0.0f) return zepStsNoErr;
+    const auto* d = at<RfftDesc32f>(h, l.desc);
+    const float *X = at<float>(h, l.X), *S = at<float>(h, l.S);
+    float *t = at<float>(h, l.t), *E = at<float>(h, l.T);
+    Zep8u* work = at<Zep8u>(h, l.work);
+    std::fill(t, t + B, 0.0f);
+    std::memcpy(t + B, e, sizeof(float) * std::size_t(B));
+    rfft_fwd_32f(t, E, d, work);
+    float mean = 0.0f;
+    for (int k = 0; k < n; ++k) mean += S[k];
+    mean *= kMeanShare / static_cast<float>(n);
+    for (int k = 0; k < n; ++k) {
+        const float g = step / ((1.0f - kMeanShare) * S[k] + mean + delta);
+        E[2 * k] *= g;
+        E[2 * k + 1] *= g;
+    }
+    for (int p = 0; p < P; ++p) {
+        const float* xp = X + std::size_t(p) * std::size_t(C);
+        float* wp = W + std::size_t(p) * std::size_t(C);
+        for (int k = 0; k < 2 * n; k += 2) {  // W += E conj(X)
+            wp[k] += E[k] * xp[k] + E[k + 1] * xp[k + 1];
+            wp[k + 1] += E[k + 1] * xp[k] - E[k] * xp[k + 1];
+        }
+    }
+    constrain(W, t, d, work, B);
+    if (P > 1) {
+        const int p = 1 + h->turn % (P - 1);
+        constrain(W + std::size_t(p) * std::size_t(C), t, d, work, B);
+        h->turn = (h->turn + 1) % (P - 1);
+    }
+    return zepStsNoErr;
+}
+
+ZEPS_END_VARIANT
