@@ -171,10 +171,9 @@ template <int Offset>
 
 /// UPPOL2: second pole coefficient, limited to +-12288. |AL1| <= 27648
 /// (UPPOL1's limit) and |AL2| <= 12288, so only shl(AL1, 2) can saturate;
-/// mult(AL2, 32512) and the sums are exact in plain arithmetic. The sign
-/// tests stay branches: consecutive signals mostly keep their signs, and a
-/// predicted branch keeps the signal out of the coefficient's dependency
-/// chain.
+/// mult(AL2, 32512) and the sums are exact in plain arithmetic. This is
+/// the baseline form with the reference's tests as branches; the block
+/// coders use uppol_select (g722_simd.h), tested equal to it.
 [[gnu::always_inline]] inline void uppol2(Band& w) {
     const int wd1 = sat16(w.a1 * 4);
     int wd2 = wd1, wd3 = -128;

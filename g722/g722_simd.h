@@ -38,6 +38,25 @@ namespace g722 {
     return __builtin_sub_overflow(a, b, &r) ? static_cast<Word16>((a >> 15) ^ 0x7FFF) : r;
 }
 
+/// UPPOL2 then UPPOL1 (see uppol2, uppol1) with the sign tests as selects
+/// instead of branches: the same arithmetic and bounds. On speech the signs
+/// of PLT (and more so of PH) change too often for the branches to be
+/// predicted, and a mispredicted branch costs more than the selects.
+[[gnu::always_inline]] inline void uppol_select(Band& w) {
+    const int d01 = signs_differ(w.p0, w.p1), d02 = signs_differ(w.p0, w.p2);  // -1 or 0
+    const int wd1 = sat16(w.a1 * 4);
+    const int neg = wd1 == -32768 ? 32767 : -wd1;  // sat16(-wd1)
+    const int wd2 = d01 ? wd1 : neg;
+    const int wd3 = (128 ^ d02) - d02;  // -128 when the signs differ, else 128
+    const int apl2 = (wd2 >> 7) + wd3 + ((w.a2 * 32512) >> 15);
+    w.a2 = static_cast<Word16>(apl2 > 12288 ? 12288 : apl2 < -12288 ? -12288 : apl2);
+    const int apl1 = ((w.a1 * 32640) >> 15) + ((192 ^ d01) - d01);  // -192 when the signs differ
+    const int wd4 = 15360 - w.a2;
+    w.p2 = w.p1;
+    w.p1 = w.p0;
+    w.a1 = static_cast<Word16>(apl1 > wd4 ? wd4 : apl1 < -wd4 ? -wd4 : apl1);
+}
+
 #if defined(__SSSE3__)
 /// A QMF delay line held in three registers, newest sample in lane 0:
 /// lanes 0..23 = delay[0..23] of the reference.
@@ -65,8 +84,10 @@ struct QmfRegs {
                                          _mm_madd_epi16(d2, a[2]));
         const __m128i sb = _mm_add_epi32(_mm_add_epi32(_mm_madd_epi16(d0, b[0]), _mm_madd_epi16(d1, b[1])),
                                          _mm_madd_epi16(d2, b[2]));
-        const __m128i h = _mm_hadd_epi32(sa, sb);
-        return _mm_hadd_epi32(h, h);
+        const __m128i ha = _mm_add_epi32(sa, _mm_shuffle_epi32(sa, 0x4E));  // lanes 0+2, 1+3
+        const __m128i hb = _mm_add_epi32(sb, _mm_shuffle_epi32(sb, 0x4E));
+        const __m128i h = _mm_unpacklo_epi32(ha, hb);
+        return _mm_add_epi32(h, _mm_shuffle_epi32(h, 0x4E));
     }
     /// The reference's shift of the delay line by two samples.
     [[gnu::always_inline]] void shift() {
@@ -209,17 +230,26 @@ struct ZeroSection {
 }
 
 /// FILTEZ (see filtez). The reference accumulates from BL6 down to BL1
-/// with saturation at each step; when the magnitudes of the six products sum
-/// to at most 32767 no step can saturate and the plain sum is that result,
-/// otherwise the steps are taken one by one.
+/// with saturation at each step. When no product exceeds 5461 in magnitude,
+/// no partial sum of the six can pass 6 * 5461 = 32766, so no step
+/// saturates and the plain sum is that result (the common case, tested with
+/// one compare); otherwise, when the magnitudes of the six products sum to
+/// at most 32767 the same holds, and only past that the steps are taken one
+/// by one.
 [[gnu::always_inline]] inline Word16 filtez_simd(const ZeroSection& z) {
     const __m128i p = mult_lanes(_mm_adds_epi16(z.d, z.d), z.b);  // lanes 0 and 7 zero (b)
     const __m128i ones = _mm_set1_epi16(1);
-    __m128i s = _mm_hadd_epi32(_mm_madd_epi16(p, ones), _mm_madd_epi16(_mm_abs_epi16(p), ones));
-    s = _mm_hadd_epi32(s, s);
-    const int sum = _mm_cvtsi128_si32(s), magnitude = _mm_cvtsi128_si32(_mm_srli_si128(s, 4));
-    if (magnitude <= 32767) [[likely]]
+    const __m128i magnitudes = _mm_abs_epi16(p);
+    __m128i s = _mm_madd_epi16(p, ones);
+    s = _mm_add_epi32(s, _mm_shuffle_epi32(s, 0x4E));
+    s = _mm_add_epi32(s, _mm_shuffle_epi32(s, 0xB1));
+    const int sum = _mm_cvtsi128_si32(s);
+    if (_mm_movemask_epi8(_mm_cmpgt_epi16(magnitudes, _mm_set1_epi16(5461))) == 0) [[likely]]
         return static_cast<Word16>(sum);
+    __m128i m = _mm_madd_epi16(magnitudes, ones);
+    m = _mm_add_epi32(m, _mm_shuffle_epi32(m, 0x4E));
+    m = _mm_add_epi32(m, _mm_shuffle_epi32(m, 0xB1));
+    if (_mm_cvtsi128_si32(m) <= 32767) return static_cast<Word16>(sum);
     alignas(16) Word16 t[8];
     _mm_store_si128(reinterpret_cast<__m128i*>(t), p);
     Word16 sz = 0;
@@ -244,8 +274,7 @@ template <int Offset>
     w.p0 = add16(dq, w.sz);
     w.r0 = add16(w.s, dq);
     upzero_simd(z, dq);
-    uppol2(w);
-    uppol1(w);
+    uppol_select(w);
     w.sz = filtez_simd(z);
     w.s = add16(filtep_fast(w), w.sz);
 }

@@ -170,6 +170,33 @@ TEST(G722, VectorQuantlEqualsScalarEverywhere) {
 #endif
 }
 
+// The pole updates with selects against UPPOL2 then UPPOL1 with branches,
+// on every sign pattern of PLT0..2 over a grid of AL1 (the whole 16-bit
+// range, so the saturation of shl(AL1, 2) is met) and AL2 (its limits).
+TEST(G722, SelectPoleUpdateEqualsBranches) {
+    namespace g = zeps::ref::g722;
+    std::vector<int> a1s{-32768, -32767, 32767, -27648, 27648, -8192, 8191, -8193, 8192};
+    for (int a = -32768; a <= 32767; a += 13) a1s.push_back(a);
+    for (const int a1 : a1s)
+        for (int a2 = -12288; a2 <= 12288; a2 += 193)
+            for (int signs = 0; signs < 8; ++signs) {
+                g::Band w{};
+                w.a1 = static_cast<Word16>(a1);
+                w.a2 = static_cast<Word16>(a2 + (signs == 7 ? 96 : 0));
+                w.p0 = static_cast<Word16>(signs & 1 ? -5 : 0);
+                w.p1 = static_cast<Word16>(signs & 2 ? -32768 : 7);
+                w.p2 = static_cast<Word16>(signs & 4 ? -1 : 32767);
+                g::Band v = w;
+                g::uppol2(w);
+                g::uppol1(w);
+                g::uppol_select(v);
+                ASSERT_EQ(w.a1, v.a1) << a1 << " " << a2 << " " << signs;
+                ASSERT_EQ(w.a2, v.a2) << a1 << " " << a2 << " " << signs;
+                ASSERT_EQ(w.p1, v.p1);
+                ASSERT_EQ(w.p2, v.p2);
+            }
+}
+
 // The zero section on arbitrary states within its bounds (|DLT| <= 12404,
 // any BL), where saturating sums in FILTEZ do occur.
 TEST(G722, VectorZeroSectionEqualsScalar) {
