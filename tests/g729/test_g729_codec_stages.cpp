@@ -14,7 +14,9 @@
 
 // The post-processing's range-checked form alone (g729/post_process.cpp).
 namespace zeps::u8 { void g729_post_process_checked(std::int16_t*, int, std::uint8_t*); }
+#if defined(__x86_64__)  // elsewhere n8 names the one generic build, u8
 namespace zeps::n8 { void g729_post_process_checked(std::int16_t*, int, std::uint8_t*); }
+#endif
 
 namespace {
 
