@@ -151,7 +151,8 @@ inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word1
     };
     fcb_store8(alp, _mm_packs_epi32(half(widen_lo(rv), widen_lo(tv)), half(widen_hi(rv), widen_hi(tv))));
 #else
-    static_cast<void>(rmax), static_cast<void>(tmax);
+    static_cast<void>(rmax);
+    static_cast<void>(tmax);
     pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
 #endif
 }
