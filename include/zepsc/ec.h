@@ -360,20 +360,23 @@ ZEPSAPI ZepStatus zepsFreqDomainFilter_EC_32f(const Zep32f* pFar, const Zep32f* 
  * W = V and the saved filter's error becomes the error the update uses),
  * then, when step is above 0, with E = FFT(B zeros, e) and
  * S[k] = sum_p |X_p[k]|^2 (the far-end power in bin k over the filter span):
- * W_p[k] += step E[k] conj(X_p[k]) / (S[k] + delta); then the gradient
+ * W_p[k] += step E[k] conj(X_p[k]) / (0.9 S[k] + 0.1 mean(S) + delta); then the gradient
  * constraint on partition 0 and on one further partition in turn (inverse
  * transform, last B taps cleared, forward transform).
  *
  * @param action ZEP_EC_GUARD_KEEP, _SAVE or _RESTORE
  * @param step   0..2 (0: only the action)
- * @param delta  regularisation above 0, finite (a far-end power floor; N B
- *               numPartitions 1000 is about -60 dBov per sample)
+ * @param delta  regularisation, above 0 and at most 3e38 (a far-end power
+ *               floor; N B numPartitions 1000 is about -60 dBov per sample)
  * @param pState filter state
  * Checks: pState null (-8); a state not built by Init (-5); action outside
- * 0..2 (-5); step outside 0..2 or delta not above 0 or not finite (-7).
+ * 0..2 (-5); step outside 0..2 or delta outside (0, 3e38] (not a number
+ * included) (-7).
  * Decisions: the step is normalised per bin (the far-end power of each bin,
  * not of the whole block), which keeps the coloured spectrum of speech from
- * slowing the weak bins; the constraint runs on two partitions a block
+ * slowing the weak bins, with a tenth of the mean bin power as a floor, so
+ * that bins where the far end is weak do not take full steps on near-end
+ * noise; the constraint runs on two partitions a block
  * (the alternately updated multi-delay filter) instead of all: the circular
  * part of the others is cleared within P - 1 blocks, at a fraction of the
  * transforms.
@@ -414,7 +417,7 @@ ZEPSAPI ZepStatus zepsEchoControlInit_EC_32f(Zep8u* pState, int mode);
  * the last 6 adapting frames (the ERLE history then restarts);
  * NLP when the far end is active, no double-talk hold, and converged.
  * Checks: pointers (-8); doubleTalk outside 0..1 (-5); a state not built by
- * Init (-5); a level negative or not finite (-7).
+ * Init (-5); a level negative or above 3e38 (not a number included) (-7).
  */
 ZEPSAPI ZepStatus zepsEchoControl_EC_32f(const Zep32f* pLevels, int doubleTalk, Zep32f* pStep, Zep32s* pFlags,
                                          Zep8u* pState);
@@ -458,7 +461,7 @@ ZEPSAPI ZepStatus zepsCoefGuardInit_EC_32f(Zep8u* pState);
  * talker keeps that ratio small, so a drifting filter is not saved); else
  * KEEP. After RESTORE or SAVE both smoothed errors take the kept filter's.
  * Checks: pointers (-8); doubleTalk outside 0..1 (-5); a state not built by
- * Init (-5); a level negative or not finite (-7).
+ * Init (-5); a level negative or above 3e38 (not a number included) (-7).
  */
 ZEPSAPI ZepStatus zepsCoefGuard_EC_32f(const Zep32f* pLevels, int doubleTalk, Zep32s* pAction, Zep8u* pState);
 
@@ -527,7 +530,7 @@ ZEPSAPI ZepStatus zepsNLPInit_EC_32f(Zep8u* pState);
  * @param suppress 0 or 1 (ZEP_EC_FLAG_NLP of the controller)
  * @param pState   NLP state
  * Checks: pointers (-8); len below 1 or suppress outside 0..1 (-5); a state
- * not built by Init (-5); a block whose mean square is not finite (-7).
+ * not built by Init (-5); a block whose mean square is above 3e38 (-7).
  */
 ZEPSAPI ZepStatus zepsNLP_EC_32f(const Zep32f* pSrc, Zep32f* pDst, int len, int suppress, Zep8u* pState);
 
