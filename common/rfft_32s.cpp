@@ -21,9 +21,12 @@
 // final rounding of the inverse) also run on SSSE3 vectors, four words at a
 // time, when M is a multiple of 4; a right shift by s with rounding to
 // nearest, ties up, is (x >> s) + bit s - 1 of x, which equals
-// (x + 2^(s-1)) >> s without the 33-bit sum. The butterflies stay scalar
-// (64-bit products). The scalar forms are kept as the baseline and tested
-// against.
+// (x + 2^(s-1)) >> s without the 33-bit sum. The butterflies with twiddles
+// run four at a time too (radix-2 stage and radix-4 stages of span 4 and
+// more): their signed 32 x 32-bit products are made exactly from SSE2's
+// unsigned ones with the sign bits flipped, the corrections being
+// multiples of 2^31 that the rounding shift turns into 32-bit additions
+// (cmul_x4). The scalar forms are kept as the baseline and tested against.
 #if defined(__SSSE3__)
 #include <tmmintrin.h>
 #endif
@@ -171,6 +174,100 @@ void radix2(std::int32_t* re, std::int32_t* im, int h, const std::int32_t* wr, c
     }
 }
 
+#if defined(__SSSE3__)
+/// Four complex products (x * w) in Q30 rounded to nearest, the bits of
+/// cmul, from unsigned 32 x 32-bit products: with x' = x + 2^31 and
+/// w' = w + 2^31 (the sign bit flipped, both in 0 .. 2^32 - 1 for every
+/// word), x w = x' w' - 2^31 (x' + w') + 2^62. The correction terms are
+/// multiples of 2^31, so after the rounding shift by 30 they leave the
+/// 32-bit result as -2 (x' + w') mod 2^32 and the 2^31 offsets cancel:
+///   yr = [(xr' wr' - xi' wi' + 2^29) >> 30] - 2 (xr - xi + wr - wi),
+///   yi = [(xr' wi' + xi' wr' + 2^29) >> 30] - 2 (xr + xi + wr + wi),
+/// all mod 2^32 (the 64-bit sums mod 2^64 keep bits 30..61 exact, and the
+/// low 32 bits of the quotient are those of the scalar 64-bit form).
+struct Mul4 {
+    __m128i sign = _mm_set1_epi32(INT32_MIN);
+    __m128i half = _mm_set1_epi64x(i64{1} << 29);
+};
+
+/// Bits 30..61 of four 64-bit sums (even lanes e, odd lanes o) in lane order.
+inline __m128i q30_lanes(__m128i e, __m128i o) {
+    const __m128 r = _mm_shuffle_ps(_mm_castsi128_ps(_mm_srli_epi64(e, 30)), _mm_castsi128_ps(_mm_srli_epi64(o, 30)),
+                                    _MM_SHUFFLE(2, 0, 2, 0));
+    return _mm_shuffle_epi32(_mm_castps_si128(r), _MM_SHUFFLE(3, 1, 2, 0));
+}
+
+inline void cmul_x4(const Mul4& k, __m128i xr, __m128i xi, __m128i wr, __m128i wi, __m128i& yr, __m128i& yi) {
+    const __m128i ur = _mm_xor_si128(xr, k.sign), ui = _mm_xor_si128(xi, k.sign);
+    const __m128i vr = _mm_xor_si128(wr, k.sign), vi = _mm_xor_si128(wi, k.sign);
+    const __m128i ur1 = _mm_srli_epi64(ur, 32), ui1 = _mm_srli_epi64(ui, 32);
+    const __m128i vr1 = _mm_srli_epi64(vr, 32), vi1 = _mm_srli_epi64(vi, 32);
+    const __m128i re0 = _mm_add_epi64(_mm_sub_epi64(_mm_mul_epu32(ur, vr), _mm_mul_epu32(ui, vi)), k.half);
+    const __m128i re1 = _mm_add_epi64(_mm_sub_epi64(_mm_mul_epu32(ur1, vr1), _mm_mul_epu32(ui1, vi1)), k.half);
+    const __m128i im0 = _mm_add_epi64(_mm_add_epi64(_mm_mul_epu32(ur, vi), _mm_mul_epu32(ui, vr)), k.half);
+    const __m128i im1 = _mm_add_epi64(_mm_add_epi64(_mm_mul_epu32(ur1, vi1), _mm_mul_epu32(ui1, vr1)), k.half);
+    const __m128i cr = _mm_add_epi32(_mm_sub_epi32(xr, xi), _mm_sub_epi32(wr, wi));
+    const __m128i ci = _mm_add_epi32(_mm_add_epi32(xr, xi), _mm_add_epi32(wr, wi));
+    yr = _mm_sub_epi32(q30_lanes(re0, re1), _mm_add_epi32(cr, cr));
+    yi = _mm_sub_epi32(q30_lanes(im0, im1), _mm_add_epi32(ci, ci));
+}
+
+inline __m128i load4(const std::int32_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+inline void store4(std::int32_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+/// w[0], w[d], w[2d], w[3d].
+inline __m128i gather4(const std::int32_t* w, int d) { return _mm_setr_epi32(w[0], w[d], w[2 * d], w[3 * d]); }
+
+/// radix2 four butterflies a step (h a multiple of 4).
+void radix2_x4(std::int32_t* re, std::int32_t* im, int h, const std::int32_t* wr, const std::int32_t* wi) {
+    const Mul4 k;
+    for (int j = 0; j < h; j += 4) {
+        const __m128i ar = load4(re + j), ai = load4(im + j), br = load4(re + j + h), bi = load4(im + j + h);
+        store4(re + j, _mm_add_epi32(ar, br));
+        store4(im + j, _mm_add_epi32(ai, bi));
+        __m128i yr, yi;
+        cmul_x4(k, _mm_sub_epi32(ar, br), _mm_sub_epi32(ai, bi), load4(wr + j), load4(wi + j), yr, yi);
+        store4(re + j + h, yr);
+        store4(im + j + h, yi);
+    }
+}
+
+/// radix4 with twiddles, four butterflies (j .. j+3) a step, s a multiple of
+/// 4. At j = 0 the twiddles are 1 (2^30, 0), whose products give x back, so
+/// the untwiddled legs of radix4 come out the same.
+void radix4_x4(std::int32_t* re, std::int32_t* im, int M, int s, const std::int32_t* wr, const std::int32_t* wi) {
+    const Mul4 k;
+    const int step = M / (4 * s);
+    for (int g = 0; g < M; g += 4 * s) {
+        for (int j = 0; j < s; j += 4) {
+            std::int32_t* r = re + g + j;
+            std::int32_t* i = im + g + j;
+            const __m128i x0r = load4(r), x1r = load4(r + s), x2r = load4(r + 2 * s), x3r = load4(r + 3 * s);
+            const __m128i x0i = load4(i), x1i = load4(i + s), x2i = load4(i + 2 * s), x3i = load4(i + 3 * s);
+            const __m128i t0r = _mm_add_epi32(x0r, x2r), t0i = _mm_add_epi32(x0i, x2i);
+            const __m128i t1r = _mm_sub_epi32(x0r, x2r), t1i = _mm_sub_epi32(x0i, x2i);
+            const __m128i t2r = _mm_add_epi32(x1r, x3r), t2i = _mm_add_epi32(x1i, x3i);
+            const __m128i t3r = _mm_sub_epi32(x1r, x3r), t3i = _mm_sub_epi32(x1i, x3i);
+            store4(r, _mm_add_epi32(t0r, t2r));
+            store4(i, _mm_add_epi32(t0i, t2i));
+            const int t1 = j * step;
+            __m128i yr, yi;
+            cmul_x4(k, _mm_sub_epi32(t0r, t2r), _mm_sub_epi32(t0i, t2i), gather4(wr + 2 * t1, 2 * step),
+                    gather4(wi + 2 * t1, 2 * step), yr, yi);
+            store4(r + s, yr);
+            store4(i + s, yi);
+            cmul_x4(k, _mm_add_epi32(t1r, t3i), _mm_sub_epi32(t1i, t3r), gather4(wr + t1, step), gather4(wi + t1, step),
+                    yr, yi);
+            store4(r + 2 * s, yr);
+            store4(i + 2 * s, yi);
+            cmul_x4(k, _mm_sub_epi32(t1r, t3i), _mm_add_epi32(t1i, t3r), gather4(wr + 3 * t1, 3 * step),
+                    gather4(wi + 3 * t1, 3 * step), yr, yi);
+            store4(r + 3 * s, yr);
+            store4(i + 3 * s, yi);
+        }
+    }
+}
+#endif
+
 void radix4(std::int32_t* re, std::int32_t* im, int M, int s, const std::int32_t* wr, const std::int32_t* wi) {
     const int step = M / (4 * s);
     for (int g = 0; g < M; g += 4 * s) {
@@ -281,12 +378,21 @@ int cfft_dif(std::int32_t* re, std::int32_t* im, const Layout32s& l, const std::
     if (l.m & 1) {
         s = l.M / 2;
         shifted += make_headroom<Simd>(re, im, l.M, 2);
-        radix2(re, im, s, t + l.wr, t + l.wi);
+#if defined(__SSSE3__)
+        if (Simd && s % 4 == 0)
+            radix2_x4(re, im, s, t + l.wr, t + l.wi);
+        else
+#endif
+            radix2(re, im, s, t + l.wr, t + l.wi);
     }
     for (s /= 4; s >= 1; s /= 4) {
         shifted += make_headroom<Simd>(re, im, l.M, 4);
         if (Simd && s == 1 && l.M % 16 == 0)
             radix4_last_x4(re, im, l.M);
+#if defined(__SSSE3__)
+        else if (Simd && s % 4 == 0)
+            radix4_x4(re, im, l.M, s, t + l.wr, t + l.wi);
+#endif
         else
             radix4(re, im, l.M, s, t + l.wr, t + l.wi);
     }
