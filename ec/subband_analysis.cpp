@@ -29,7 +29,10 @@ ZepStatus zepsSubbandAnalysis_16s32sc_Sfs(const Zep16s* pSrc, Zep32sc* pDst, Zep
     const int L = s->len, N = s->fftLen;
     push_frame(s->pDelay, pSrc, L, s->frameSize);
     auto* u = align16<Word32>(pBuf);
-    subband_fold_16s(s->pDelay, s->pWindow, L, N, u);
+    if (s->narrow == 1)
+        subband_fold_16s_narrow(s->pDelay, s->pWindow, L, N, u);
+    else
+        subband_fold_16s(s->pDelay, s->pWindow, L, N, u);
     Zep8u* work = reinterpret_cast<Zep8u*>(u) + round16(4 * std::int64_t{N});
     if (!rfft_fwd_32s_sfs(u, reinterpret_cast<Word32*>(pDst), scaleFactor, s->pDesc, work)) return zepStsErr;
     return zepStsNoErr;

@@ -2,7 +2,10 @@
 // Fold (analysis) and overlap-add (synthesis) kernels of the sub-band filter
 // bank, 16-bit Q13 window and float. The SSE versions process 8 (16-bit) or
 // 4 (float) taps per instruction with the same rounding, saturation and
-// operation order as the scalar versions.
+// operation order as the scalar versions. The 16-bit "narrow" forms, for
+// windows whose taps all lie in -8191 .. 8191 (|tap| < 1.0 in Q13, as the
+// built-in windows), make each Q13 product with one SSSE3 rounding high
+// multiply by 4 w and keep the sums in 16-bit words.
 #if defined(__SSSE3__)
 #include <tmmintrin.h>
 #endif
@@ -26,6 +29,12 @@ inline void q13_products8(__m128i d, __m128i w, __m128i& p0, __m128i& p1) {
     p0 = _mm_srai_epi32(_mm_add_epi32(_mm_unpacklo_epi16(lo, hi), r), 13);
     p1 = _mm_srai_epi32(_mm_add_epi32(_mm_unpackhi_epi16(lo, hi), r), 13);
 }
+
+/// The same products for taps in -8191 .. 8191, as eight 16-bit words: with
+/// 4w a 16-bit word other than -32768, (d 4w + 2^14) >> 15 (the rounding
+/// high product) is exactly (d w + 2^12) >> 13, and |d w| < 2^28 keeps it
+/// within 16 bits (no saturation to make).
+inline __m128i q13_products8_narrow(__m128i d, __m128i w) { return _mm_mulhrs_epi16(d, _mm_slli_epi16(w, 2)); }
 
 inline __m128i load8(const std::int16_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 inline __m128i load4x32(const std::int32_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
@@ -63,6 +72,50 @@ void subband_fold_16s(const std::int16_t* d, const std::int16_t* w, int L, int N
 // Hosts without SSSE3: the scalar forms (the same results).
 void subband_fold_16s(const std::int16_t* d, const std::int16_t* w, int L, int N, std::int32_t* u) {
     subband_fold_16s_scalar(d, w, L, N, u);
+}
+#endif
+
+bool subband_window_is_narrow(const std::int16_t* w, int L) {
+    for (int n = 0; n < L; ++n)
+        if (w[n] < -8191 || w[n] > 8191) return false;
+    return true;
+}
+
+#if defined(__SSSE3__)
+void subband_fold_16s_narrow(const std::int16_t* d, const std::int16_t* w, int L, int N, std::int32_t* u) {
+    if (N < 8) {
+        subband_fold_16s_scalar(d, w, L, N, u);
+        return;
+    }
+    for (int n = 0; n < N; n += 8) {
+        __m128i acc = q13_products8_narrow(load8(d + n), load8(w + n));
+        for (int b = N; b < L; b += N) acc = _mm_adds_epi16(acc, q13_products8_narrow(load8(d + b + n), load8(w + b + n)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(u + n), _mm_srai_epi32(_mm_unpacklo_epi16(acc, acc), 16));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(u + n + 4), _mm_srai_epi32(_mm_unpackhi_epi16(acc, acc), 16));
+    }
+}
+
+void subband_ola_16s_narrow(std::int16_t* d, const std::int16_t* w, const std::int32_t* y, int L, int N) {
+    if (N < 8) {
+        subband_ola_16s_scalar(d, w, y, L, N);
+        return;
+    }
+    const __m128i reverse = _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1);
+    for (int j = 0; j < N; j += 8) {
+        const __m128i y8 = _mm_packs_epi32(load4x32(y + j), load4x32(y + j + 4));
+        for (int n = j; n < L; n += N) {
+            const __m128i wr = _mm_shuffle_epi8(load8(w + L - 8 - n), reverse);
+            const __m128i sum = _mm_adds_epi16(load8(d + n), q13_products8_narrow(y8, wr));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(d + n), sum);
+        }
+    }
+}
+#else
+void subband_fold_16s_narrow(const std::int16_t* d, const std::int16_t* w, int L, int N, std::int32_t* u) {
+    subband_fold_16s_scalar(d, w, L, N, u);
+}
+void subband_ola_16s_narrow(std::int16_t* d, const std::int16_t* w, const std::int32_t* y, int L, int N) {
+    subband_ola_16s_scalar(d, w, y, L, N);
 }
 #endif
 

@@ -9,6 +9,7 @@
 #include "common/args.h"
 #include "common/exports.h"
 #include "ec/ec_tables.h"
+#include "ec/subband_kernels.h"
 #include "ec/subband_state.h"
 
 ZEPS_BEGIN_VARIANT
@@ -110,6 +111,7 @@ ZepStatus zepsSubbandProcessInit_16s(Zep8u* pState, int order, int frameSize, in
     s->len = len;
     s->fftLen = 1 << order;
     s->frameSize = frameSize;
+    s->narrow = subband_window_is_narrow(s->pWindow, len) ? 1 : 0;
     s->magic = kSubbandMagic16s;  // last: the state is complete
     return zepStsNoErr;
 }

@@ -37,6 +37,7 @@ struct SubbandState16s {
     std::int32_t fftLen;    // N
     std::int32_t frameSize; // F
     std::int32_t magic;     // kSubbandMagic16s once the state is complete
+    std::int32_t narrow;    // 1 when every tap lies in -8191 .. 8191 (narrow kernels)
 };
 
 struct SubbandState32f {

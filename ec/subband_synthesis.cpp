@@ -47,7 +47,10 @@ ZepStatus zepsSubbandSynthesis_32sc16s_Sfs(const Zep32sc* pSrc, Zep16s* pDst, Ze
     if (!rfft_inv_32s_sfs(reinterpret_cast<const Word32*>(pSrc), y, scaleFactor, s->pDesc, work))
         return zepStsErr;
     advance_delay(s->pDelay, L, F);
-    subband_ola_16s(s->pDelay, s->pWindow, y, L, N);
+    if (s->narrow == 1)
+        subband_ola_16s_narrow(s->pDelay, s->pWindow, y, L, N);
+    else
+        subband_ola_16s(s->pDelay, s->pWindow, y, L, N);
     std::memcpy(pDst, s->pDelay, sizeof(Word16) * static_cast<std::size_t>(F));
     return zepStsNoErr;
 }

@@ -338,6 +338,51 @@ TEST(Subband, FoldIsExactAndSaturates) {
     }
 }
 
+// The narrow 16-bit kernels (one rounding high multiply per product) give
+// the general scalar kernels' bits for every window in -8191 .. 8191: taps
+// at both ends of that range against full-scale samples (-32768 included),
+// sums that saturate both ways, 32-bit time blocks beyond 16 bits. The
+// range test is exact at its ends, and the built-in windows take the path.
+TEST(Subband, NarrowKernelsMatchScalarAtTheTapBounds) {
+    EXPECT_TRUE(u8::subband_window_is_narrow(std::vector<Zep16s>{8191, -8191, 0}.data(), 3));
+    EXPECT_FALSE(u8::subband_window_is_narrow(std::vector<Zep16s>{0, 8192}.data(), 2));
+    EXPECT_FALSE(n8::subband_window_is_narrow(std::vector<Zep16s>{-8192, 0}.data(), 2));
+    Rng rng(15);
+    for (int order = 1; order <= 7; ++order) {
+        const int N = 1 << order;
+        for (int m : {1, 2, 4}) {
+            const int L = m * N;
+            for (int round = 0; round < 6; ++round) {
+                std::vector<Zep16s> w(L), d = rng.vec<std::int16_t>(L);
+                for (Zep16s& v : w) v = static_cast<Zep16s>(rng.chance(3) ? (rng.chance(2) ? 8191 : -8191) : rng.uniform(-8191, 8191));
+                if (round == 0) std::fill(d.begin(), d.end(), Zep16s{-32768});
+                if (round == 1) std::fill(w.begin(), w.end(), Zep16s{-8191});
+                std::vector<std::int32_t> y(N);
+                for (auto& v : y) v = round == 2 ? rng.s32() : static_cast<std::int32_t>(rng.uniform(-40000, 40000));
+                std::vector<std::int32_t> want(N), u(N);
+                u8::subband_fold_16s_scalar(d.data(), w.data(), L, N, want.data());
+                for (auto fold : {u8::subband_fold_16s_narrow, n8::subband_fold_16s_narrow}) {
+                    fold(d.data(), w.data(), L, N, u.data());
+                    ASSERT_EQ(u, want) << order << " " << m << " " << round;
+                }
+                std::vector<Zep16s> ref = d;
+                u8::subband_ola_16s_scalar(ref.data(), w.data(), y.data(), L, N);
+                for (auto ola : {u8::subband_ola_16s_narrow, n8::subband_ola_16s_narrow}) {
+                    std::vector<Zep16s> got = d;
+                    ola(got.data(), w.data(), y.data(), L, N);
+                    ASSERT_EQ(got, ref) << order << " " << m << " " << round;
+                }
+            }
+        }
+    }
+    for (const Config& c : {kA, kB}) {  // the Q13 built-in windows (mirrored halves)
+        const float* half = c.L == 128 ? kSubbandWinA_32f : kSubbandWinB_32f;
+        std::vector<Zep16s> q13(c.L / 2);
+        for (int n = 0; n < c.L / 2; ++n) q13[n] = static_cast<Zep16s>(half[n] * 8192.0f);
+        EXPECT_TRUE(u8::subband_window_is_narrow(q13.data(), c.L / 2)) << c.L;
+    }
+}
+
 // The float SSE kernels give the bits of their scalar twins.
 TEST(Subband, FloatKernelsMatchScalarTwins) {
     Rng rng(6);
