@@ -27,6 +27,7 @@
 #include "common/basic_op.h"
 #include "common/fixed_math.h"
 #include "g729/g729_codec_tables.h"
+#include "g729/pitch_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace g729c {
@@ -333,9 +334,24 @@ inline void weight_az(const Word16* a, Word16 gamma, Word16* ap) {
 
 /// Gain_predict: predicted code gain gcode0 with its Q format exp_gcode0
 /// from the innovation energy of code (Q13, 40 samples) and past_qua_en (Q10).
-inline void gain_predict(const Word16* past_qua_en, const Word16* code, Word16& gcode0, Word16& exp_gcode0) {
+/// The innovation energy of Gain_predict, the L_mac(code[i], code[i]) chain
+/// from 0 over 40 samples, as the reference's operators leave it.
+inline Word32 code_energy_chain(const Word16* code) {
     Word32 L_tmp = 0;
     for (int i = 0; i < kSubfr; ++i) L_tmp = L_mac(L_tmp, code[i], code[i]);
+    return L_tmp;
+}
+
+/// The same value from the exact sum: every term of the chain is
+/// non-negative, so its partial sums only grow and, once one saturates, the
+/// rest stay at MAX_32: the chain is the exact sum clamped at MAX_32.
+inline Word32 code_energy(const Word16* code) {
+    const std::int64_t e = 2 * g729p::energy64(code, kSubfr);
+    return e > MAX_32 ? MAX_32 : static_cast<Word32>(e);
+}
+
+inline void gain_predict(const Word16* past_qua_en, const Word16* code, Word16& gcode0, Word16& exp_gcode0) {
+    Word32 L_tmp = code_energy(code);
     Word16 exp, frac;
     Log2(L_tmp, exp, frac);
     L_tmp = Mpy_32_16(exp, frac, -24660);

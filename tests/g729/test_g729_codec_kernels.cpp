@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The lane form of the G.729 synthesis filter (Syn_filt, blocks of ten
-// samples under the plain-sum bound) against its scalar form, both builds:
-// outputs and the overflow report on filters and signals at the bound
-// (2 sum|a| max|value| about 2^31, crossed inside a block), saturating ones,
-// every length 1..80 and in-place use.
+// Fast forms of private G.729 kernels against their reference forms, both
+// builds. The lane form of the synthesis filter (Syn_filt, blocks of ten
+// samples under the plain-sum bound) against its scalar form: outputs and
+// the overflow report on filters and signals at the bound (2 sum|a|
+// max|value| about 2^31, crossed inside a block), saturating ones, every
+// length 1..80 and in-place use. The gain predictor's innovation energy as
+// a clamped exact sum against the saturating L_mac chain, at and around
+// MAX_32 and with -32768 samples.
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <vector>
@@ -17,6 +21,7 @@
     namespace zeps::ns {                                                                                   \
     bool g729_syn_filt_kernel(bool, const std::int16_t*, const std::int16_t*, std::int16_t*, int,          \
                               const std::int16_t*);                                                        \
+    std::int32_t g729_code_energy_kernel(bool, const std::int16_t*);                                      \
     }
 ZEPS_DECLARE_SYN_KERNEL(u8)
 #if defined(__x86_64__)  // elsewhere n8 names the one generic build, u8
@@ -80,6 +85,52 @@ void check_syn(Kernel k) {
         ASSERT_EQ(oi, os) << "in place, round " << round;
     }
 }
+
+/// Codes whose doubled energy lands exactly on, just below and just above
+/// MAX_32 (one sample tuned), full-scale and -32768 samples, sparse pulses.
+template <class Energy>
+void check_energy(Energy e) {
+    Rng rng(2);
+    for (int round = 0; round < 4000; ++round) {
+        V16 code(40, 0);
+        const int kind = round % 4;
+        if (kind == 0) {
+            for (auto& v : code) v = rng.s16();
+        } else if (kind == 1) {  // four signed pulses and a sharpened echo, Q13
+            for (int p = 0; p < 4; ++p) code[rng.uniform(0, 39)] = static_cast<std::int16_t>(rng.uniform(0, 1) ? 8191 : -8192);
+            for (int i = 20 + static_cast<int>(rng.uniform(0, 19)); i < 40; ++i) code[i] = rng.s16();
+        } else {  // sum of squares (MAX_32 - 1) / 2 + d, d in -1..1: doubled MAX_32 - 3, - 1 or + 1
+            const std::int64_t target = 0x3fffffff + rng.uniform(-1, 1);
+            std::int64_t e2 = 0;
+            for (int i = 0; i < 30; ++i) {
+                const auto v = static_cast<std::int16_t>(rng.uniform(-12000, 12000));
+                if (e2 + std::int64_t{v} * v > target - (1 << 20)) break;
+                code[i] = v;
+                e2 += std::int64_t{v} * v;
+            }
+            auto isqrt = [](std::int64_t n) {
+                std::int64_t r = static_cast<std::int64_t>(std::sqrt(static_cast<double>(n)));
+                while (r * r > n) --r;
+                while ((r + 1) * (r + 1) <= n) ++r;
+                return std::min<std::int64_t>(r, 32767);
+            };
+            std::int64_t rem = target - e2;
+            for (int i = 30; i < 40 && rem > 0; ++i) {  // greedy squares fill the remainder
+                const std::int64_t q = isqrt(rem);
+                code[i] = static_cast<std::int16_t>(rng.uniform(0, 1) ? q : -q);
+                rem -= q * q;
+            }
+            ASSERT_EQ(rem, 0);
+            if (kind == 3) code[rng.uniform(0, 39)] = -32768;  // a saturating product
+        }
+        ASSERT_EQ(e(true, code.data()), e(false, code.data())) << "round " << round;
+    }
+}
+
+TEST(G729CodecKernels, CodeEnergyEqualsChainU8) { check_energy(zeps::u8::g729_code_energy_kernel); }
+#if defined(__x86_64__)
+TEST(G729CodecKernels, CodeEnergyEqualsChainN8) { check_energy(zeps::n8::g729_code_energy_kernel); }
+#endif
 
 TEST(G729SynthesisKernels, LanesEqualScalarU8) { check_syn(zeps::u8::g729_syn_filt_kernel); }
 #if defined(__x86_64__)
