@@ -7,17 +7,27 @@
 // Q formats: LP coefficients Q12, bandwidth factors Q15, signals Q0,
 // fixed-codebook vectors Q13, past quantised energies Q10, code gains Q1,
 // pitch gains Q14.
+//
+// With SSSE3 the synthesis filter runs blocks of ten samples with the eight
+// oldest products in one pmaddwd while the plain-sum bound holds (the scalar
+// form, syn_filt_scalar, is kept and held equal by the tests).
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 #include <utility>
+
+#if defined(__SSSE3__)
+#include <tmmintrin.h>
+#endif
 
 #include "common/basic_op.h"
 #include "common/fixed_math.h"
 #include "g729/g729_codec_tables.h"
+#include "g729/pitch_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace g729c {
@@ -97,9 +107,45 @@ inline void syn_block10(const Word16* a, const Word32* c, const Word16* x, Word1
     (step(std::integral_constant<int, static_cast<int>(T)>{}), ...);
 }
 
-/// Syn_filt: y = x / A(z), a Q12, with the memory mem[0..9] (oldest first).
-/// In-place use (y == x) is allowed. Returns true when a basic operator
-/// saturated (the reference's Overflow flag). The memory is not touched.
+/// Syn_filt's setup: the coefficients as Word32, the plain-sum limit on
+/// every value (2 sum|a| limit <= MAX_32; at least 32768 when every Word16
+/// qualifies) and the peak of the memory.
+struct SynBound {
+    Word32 c[kOrder + 1];
+    std::int64_t limit;
+    bool always_plain;
+    std::int64_t peak;
+};
+
+inline SynBound syn_bound(const Word16* a, const Word16* mem) {
+    SynBound b{};
+    std::int64_t sum_a = 0;
+    for (int j = 0; j <= kOrder; ++j) {
+        b.c[j] = a[j];
+        sum_a += a[j] < 0 ? -std::int64_t{a[j]} : a[j];
+    }
+    b.limit = sum_a == 0 ? std::int64_t{1} << 40 : MAX_32 / (2 * sum_a);
+    // Every value is a Word16 (|v| <= 32768): with limit >= 32768 the plain
+    // sum always holds and the peak need not be followed.
+    b.always_plain = b.limit >= 32768;
+    for (int j = 0; j < kOrder; ++j) b.peak = std::max<std::int64_t>(b.peak, mem[j] < 0 ? -std::int64_t{mem[j]} : mem[j]);
+    return b;
+}
+
+/// Samples i..lg-1 of Syn_filt one at a time, w[0..9] the ten newest
+/// outputs (w[0] the newest).
+inline void syn_samples(const Word16* a, SynBound& b, const Word16* x, Word16* y, int i, int lg, Word32* w,
+                        Flag& ovf) {
+    for (; i < lg; ++i) {
+        const Word16 out =
+            syn_sample(a, b.c, x[i], [&](int j) { return w[j - 1]; }, b.always_plain, b.limit, b.peak, ovf);
+        for (int k = kOrder - 1; k > 0; --k) w[k] = w[k - 1];
+        w[0] = out;
+        y[i] = out;
+    }
+}
+
+/// Syn_filt on the scalar path (the baseline of the lane form below).
 ///
 /// While 2 * sum|a| * max|value so far| stays within 31 bits no product or
 /// partial sum of the reference's L_mult / L_msu chain can saturate, and the
@@ -107,36 +153,137 @@ inline void syn_block10(const Word16* a, const Word32* c, const Word16* x, Word1
 /// The 10 newest outputs ride in locals (a ring over blocks of ten samples,
 /// then a shifted window for the rest), so the recursion never waits on a
 /// store to memory.
-inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, const Word16* mem) {
+inline bool syn_filt_scalar(const Word16* a, const Word16* x, Word16* y, int lg, const Word16* mem) {
+    SynBound b = syn_bound(a, mem);
     Word32 r[kOrder];
     for (int k = 0; k < kOrder; ++k) r[k] = mem[k];
-    Word32 c[kOrder + 1];
-    std::int64_t sum_a = 0;
-    for (int j = 0; j <= kOrder; ++j) {
-        c[j] = a[j];
-        sum_a += a[j] < 0 ? -std::int64_t{a[j]} : a[j];
-    }
-    // The plain sum holds while peak <= limit (2 sum_a peak <= MAX_32).
-    const std::int64_t limit = sum_a == 0 ? std::int64_t{1} << 40 : MAX_32 / (2 * sum_a);
-    // Every value is a Word16 (|v| <= 32768): with limit >= 32768 the plain
-    // sum always holds and the peak need not be followed.
-    const bool always_plain = limit >= 32768;
-    std::int64_t peak = 0;
-    for (int j = 0; j < kOrder; ++j) peak = std::max<std::int64_t>(peak, r[j] < 0 ? -std::int64_t{r[j]} : r[j]);
     Flag ovf = false;
     int i = 0;
     for (; i + kOrder <= lg; i += kOrder)
-        syn_block10(a, c, x + i, y + i, r, always_plain, limit, peak, ovf, std::make_index_sequence<kOrder>{});
+        syn_block10(a, b.c, x + i, y + i, r, b.always_plain, b.limit, b.peak, ovf, std::make_index_sequence<kOrder>{});
     Word32 w[kOrder];  // w[0] the newest
     for (int k = 0; k < kOrder; ++k) w[k] = r[kOrder - 1 - k];
-    for (; i < lg; ++i) {
-        const Word16 out =
-            syn_sample(a, c, x[i], [&](int j) { return w[j - 1]; }, always_plain, limit, peak, ovf);
-        for (int k = kOrder - 1; k > 0; --k) w[k] = w[k - 1];
-        w[0] = out;
-        y[i] = out;
-    }
+    syn_samples(a, b, x, y, i, lg, w, ovf);
     return ovf;
+}
+
+#if defined(__SSSE3__)
+/// The state of the lane form: y[i-3..i-10] in the eight lanes of w (lane k
+/// holds y[i-3-k]), y[i-1] and y[i-2] in scalars.
+struct SynLanes {
+    __m128i w;
+    std::int64_t y1, y2;
+};
+
+/// The lane state before sample i from prev = y[i-10..i-1] (oldest first).
+inline SynLanes syn_lanes_from(const Word16* prev) {
+    const __m128i rev = _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1);
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(prev));
+    return {_mm_shuffle_epi8(v, rev), prev[kOrder - 1], prev[kOrder - 2]};
+}
+
+/// Sample K of a block on the plain sum: c0 x - sum_{j>=3} c_j y[i-j] (one
+/// pmaddwd over the lanes) - c2 y[i-2] - c1 y[i-1], the newest product last
+/// so that the recursion waits on one multiply and three adds a sample.
+/// Then L_shl(2 acc, 3) and round as the reference saturates them. Returns
+/// |output|. The products and sums are exact whenever the block's values
+/// keep the plain bound (checked by the caller, which discards the block
+/// otherwise; a wrapped lane sum is then only discarded).
+template <int K>
+[[gnu::always_inline]] inline std::int64_t syn_step_lanes(const std::int64_t* c, __m128i cv, const Word16* x, Word16* out, SynLanes& s,
+                                   bool& ovf) {
+    __m128i m = _mm_madd_epi16(s.w, cv);
+    m = _mm_add_epi32(m, _mm_shuffle_epi32(m, 0x4e));
+    m = _mm_add_epi32(m, _mm_shuffle_epi32(m, 0xb1));
+    const std::int64_t acc = c[0] * x[K] - _mm_cvtsi128_si32(m) - c[2] * s.y2 - c[1] * s.y1;
+    std::int64_t o;
+    // 2 acc outside [-2^28, 2^28): L_shl saturates; 16 acc + 0x8000 above
+    // MAX_32: the rounding saturates.
+    if (acc < -0x08000000 || acc > 0x07fff7ff) [[unlikely]] {
+        ovf = true;
+        o = acc > 0 ? MAX_16 : MIN_16;
+    } else {
+        o = (acc * 16 + 0x8000) >> 16;
+    }
+    s.w = _mm_insert_epi16(_mm_slli_si128(s.w, 2), static_cast<int>(s.y2), 0);
+    s.y2 = s.y1;
+    s.y1 = o;
+    out[K] = static_cast<Word16>(o);
+    return o < 0 ? -o : o;
+}
+
+/// Ten samples on the plain sum; returns the largest |output| when kTrack.
+template <bool kTrack, std::size_t... K>
+[[gnu::always_inline]] inline std::int64_t syn_block10_lanes(const std::int64_t* c, __m128i cv, const Word16* x, Word16* out, SynLanes& s,
+                                      bool& ovf, std::index_sequence<K...>) {
+    std::int64_t m = 0;
+    if constexpr (kTrack)
+        ((m = std::max(m, syn_step_lanes<static_cast<int>(K)>(c, cv, x, out, s, ovf))), ...);
+    else
+        (syn_step_lanes<static_cast<int>(K)>(c, cv, x, out, s, ovf), ...);
+    return m;
+}
+
+/// Whole blocks of ten samples in the lane form while every value (memory,
+/// inputs, outputs) keeps the plain bound; a block that breaks it is
+/// discarded (nothing written: y may be x) and the count of samples done
+/// returned. prev holds the ten newest outputs (oldest first) on return.
+template <bool kTrack>
+inline int syn_blocks_lanes(const Word16* a, SynBound& b, const Word16* x, Word16* y, int lg, Word16* prev,
+                            bool& ovf) {
+    const std::int64_t c[3] = {a[0], a[1], a[2]};
+    const __m128i cv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a + 3));
+    SynLanes s = syn_lanes_from(prev);
+    int i = 0;
+    for (; i + kOrder <= lg; i += kOrder) {
+        std::int64_t xm = 0;
+        if constexpr (kTrack) {
+            for (int k = 0; k < kOrder; ++k)
+                xm = std::max<std::int64_t>(xm, x[i + k] < 0 ? -std::int64_t{x[i + k]} : x[i + k]);
+            if (std::max(b.peak, xm) > b.limit) break;
+        }
+        Word16 out[kOrder];
+        bool block_ovf = false;
+        const std::int64_t m =
+            syn_block10_lanes<kTrack>(c, cv, x + i, out, s, block_ovf, std::make_index_sequence<kOrder>{});
+        if constexpr (kTrack) {
+            if (m > b.limit) break;
+            b.peak = std::max(b.peak, std::max(m, xm));
+        }
+        ovf = ovf || block_ovf;
+        std::memcpy(y + i, out, sizeof out);
+        std::memcpy(prev, out, sizeof out);
+    }
+    return i;
+}
+
+/// Syn_filt in the lane form: the same outputs and overflow report as
+/// syn_filt_scalar; blocks past the plain bound and the last lg % 10
+/// samples take the scalar per-sample path.
+inline bool syn_filt_lanes(const Word16* a, const Word16* x, Word16* y, int lg, const Word16* mem) {
+    SynBound b = syn_bound(a, mem);
+    Word16 prev[kOrder];
+    std::memcpy(prev, mem, sizeof prev);
+    bool block_ovf = false;
+    const int i = b.always_plain ? syn_blocks_lanes<false>(a, b, x, y, lg, prev, block_ovf)
+                                 : syn_blocks_lanes<true>(a, b, x, y, lg, prev, block_ovf);
+    Flag ovf = block_ovf;
+    Word32 w[kOrder];  // w[0] the newest
+    for (int k = 0; k < kOrder; ++k) w[k] = prev[kOrder - 1 - k];
+    syn_samples(a, b, x, y, i, lg, w, ovf);
+    return ovf;
+}
+#endif
+
+/// Syn_filt: y = x / A(z), a Q12, with the memory mem[0..9] (oldest first).
+/// In-place use (y == x) is allowed. Returns true when a basic operator
+/// saturated (the reference's Overflow flag). The memory is not touched.
+inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, const Word16* mem) {
+#if defined(__SSSE3__)
+    return syn_filt_lanes(a, x, y, lg, mem);
+#else
+    return syn_filt_scalar(a, x, y, lg, mem);
+#endif
 }
 
 /// Residu: y = A(z) x, a Q12; x[-10..-1] are read. While 2 * sum|a| *
@@ -187,9 +334,24 @@ inline void weight_az(const Word16* a, Word16 gamma, Word16* ap) {
 
 /// Gain_predict: predicted code gain gcode0 with its Q format exp_gcode0
 /// from the innovation energy of code (Q13, 40 samples) and past_qua_en (Q10).
-inline void gain_predict(const Word16* past_qua_en, const Word16* code, Word16& gcode0, Word16& exp_gcode0) {
+/// The innovation energy of Gain_predict, the L_mac(code[i], code[i]) chain
+/// from 0 over 40 samples, as the reference's operators leave it.
+inline Word32 code_energy_chain(const Word16* code) {
     Word32 L_tmp = 0;
     for (int i = 0; i < kSubfr; ++i) L_tmp = L_mac(L_tmp, code[i], code[i]);
+    return L_tmp;
+}
+
+/// The same value from the exact sum: every term of the chain is
+/// non-negative, so its partial sums only grow and, once one saturates, the
+/// rest stay at MAX_32: the chain is the exact sum clamped at MAX_32.
+inline Word32 code_energy(const Word16* code) {
+    const std::int64_t e = 2 * g729p::energy64(code, kSubfr);
+    return e > MAX_32 ? MAX_32 : static_cast<Word32>(e);
+}
+
+inline void gain_predict(const Word16* past_qua_en, const Word16* code, Word16& gcode0, Word16& exp_gcode0) {
+    Word32 L_tmp = code_energy(code);
     Word16 exp, frac;
     Log2(L_tmp, exp, frac);
     L_tmp = Mpy_32_16(exp, frac, -24660);

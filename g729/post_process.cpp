@@ -71,19 +71,33 @@ inline bool sums_fit(const Word16* c, std::int64_t xmax) {
 
 /// The filter under sums_fit: Mpy_32_16(L_Extract(y), a) is
 /// 2 (((y >> 1) a) >> 15) and the chain the plain sum; only the L_shl by 2
-/// clamps (a branch off the sample-to-sample dependency chain).
+/// clamps (a branch off the sample-to-sample dependency chain). The
+/// recursion runs on h = y >> 1, the half the memory terms read: unclamped,
+/// y = 4 t and h = 2 t, so the next h is one multiply, a shift and an add
+/// after the last (4 ((h a1) >> 15) + 2 rest).
 void filter_plain(Zep16s* x, int len, HighPassState& st) {
     const std::int64_t b0 = 2 * st.coef[0], b1 = 2 * st.coef[1], b2 = 2 * st.coef[2];
-    const Word16 a1 = st.coef[4], a2 = st.coef[5];
+    const std::int64_t a1 = st.coef[4], a2 = st.coef[5];
     Word16 xm1 = st.x1, xm2 = st.x2;
     Word32 y1 = st.y1, y2 = st.y2;
+    std::int64_t h1 = y1 >> 1, h2 = y2 >> 1;
     for (int i = 0; i < len; ++i) {
         const Word16 xn = x[i];
-        const std::int64_t rest = 2 * ((std::int64_t{y2 >> 1} * a2) >> 15) + xn * b0 + xm1 * b1 + xm2 * b2;
-        const std::int64_t sh = (2 * ((std::int64_t{y1 >> 1} * a1) >> 15) + rest) * 4;
-        Word32 acc = static_cast<Word32>(sh);
-        if (__builtin_expect(sh != acc, 0)) acc = sh > 0 ? MAX_32 : MIN_32;
+        const std::int64_t rest = 2 * ((h2 * a2) >> 15) + xn * b0 + xm1 * b1 + xm2 * b2;
+        const std::int64_t q = (h1 * a1) >> 15;
+        const std::int64_t t = 2 * q + rest;  // the accumulator before L_shl by 2
+        Word32 acc;
+        std::int64_t h;
+        if (__builtin_expect(t >= -0x20000000 && t < 0x20000000, 1)) {
+            acc = static_cast<Word32>(4 * t);
+            h = 4 * q + 2 * rest;
+        } else {
+            acc = t > 0 ? MAX_32 : MIN_32;
+            h = acc >> 1;
+        }
         x[i] = round_fx(L_shl_fast(acc, 1));
+        h2 = h1;
+        h1 = h;
         y2 = y1;
         y1 = acc;
         xm2 = xm1;
