@@ -115,14 +115,8 @@ constexpr Word16 norm_s(Word16 a) {
 constexpr Word16 div_s(Word16 num, Word16 den) {
     if (num <= 0 || den <= 0) return 0;
     if (num >= den) return MAX_16;
-    Word32 n = num, d = den;
-    Word16 out = 0;
-    for (int i = 0; i < 15; ++i) {
-        out = static_cast<Word16>(out << 1);
-        n <<= 1;
-        if (n >= d) { n -= d; ++out; }
-    }
-    return out;
+    // The 15 restoring-division steps of the reference yield floor(num 2^15 / den) for 0 < num < den.
+    return static_cast<Word16>((Word32{num} << 15) / den);
 }
 
 // ---- 32-bit arithmetic ---------------------------------------------------
