@@ -252,9 +252,10 @@ inline Word32 syn_filt_chain(const Word16* a, Word16 x, const Word16* yy, Flag& 
 
 /// The same as a plain sum: exact when the terms' magnitudes sum to at most MAX_32 / 2.
 inline Word32 syn_filt_sum(const Word16* a, Word16 x, const Word16* yy) {
+    // The newest output enters last, so the recursion waits on one product only.
     std::int32_t s = std::int32_t{x} * a[0];
-    for (int j = 1; j <= kM; j++) s -= std::int32_t{a[j]} * yy[-j];
-    return 2 * s;
+    for (int j = 2; j <= kM; j++) s -= std::int32_t{a[j]} * yy[-j];
+    return 2 * (s - std::int32_t{a[1]} * yy[-1]);
 }
 
 inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, Word16* mem, bool update) {

@@ -90,8 +90,14 @@ inline void pred_lt_3or6(Word16* exc, Word16 T0, Word16 frac, int L_subfr, Word1
     }
     const std::int16_t* c1 = &inter_6[frac];
     const std::int16_t* c2 = &inter_6[kUpSamp - frac];
+    // The 20 taps in the order of the samples x1[-9] .. x1[0], x2[0] .. x2[9].
+    std::int16_t w[2 * kLInter10];
     std::int64_t c_mag = 0;
-    for (int k = 0; k < kLInter10 * kUpSamp; k += kUpSamp) c_mag += mag(c1[k]) + mag(c2[k]);
+    for (int i = 0; i < kLInter10; i++) {
+        w[kLInter10 - 1 - i] = c1[kUpSamp * i];
+        w[kLInter10 + i] = c2[kUpSamp * i];
+        c_mag += mag(c1[kUpSamp * i]) + mag(c2[kUpSamp * i]);
+    }
     // m bounds every |sample| read so far: the past excitation the window
     // covers, then each output as it is written (short lags read them back).
     const Word16* first = x0 - (kLInter10 - 1);
@@ -102,8 +108,9 @@ inline void pred_lt_3or6(Word16* exc, Word16 T0, Word16 frac, int L_subfr, Word1
         const Word16* x2 = x0;
         Word32 s = 0;
         if (chain_exact(c_mag, m)) {
+            const Word16* x = x1 - (kLInter10 - 1);
             std::int32_t p = 0;
-            for (int i = 0, k = 0; i < kLInter10; i++, k += kUpSamp) p += x1[-i] * c1[k] + x2[i] * c2[k];
+            for (int k = 0; k < 2 * kLInter10; k++) p += x[k] * w[k];
             s = 2 * p;
         } else {
             for (int i = 0, k = 0; i < kLInter10; i++, k += kUpSamp) {
