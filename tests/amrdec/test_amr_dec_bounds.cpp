@@ -4,7 +4,7 @@
 // the reference's chain written out here, on random operands swept in
 // amplitude across the bound (where the fast forms switch path and the
 // chains begin to saturate), at full scale and on -32768; and div_s against
-// the reference's restoring division.
+// the reference's restoring division, norm_s and norm_l against their shift loops.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -54,6 +54,25 @@ TEST(AmrDecBounds, DivSIsTheRestoringDivision) {
         if (a == b) continue;
         ASSERT_EQ(div_s(a, b), restoring(a, b)) << a << "/" << b;
     }
+}
+
+TEST(AmrDecBounds, NormIsTheShiftLoop) {
+    auto loop = [](std::int64_t v, std::int64_t top) {
+        if (v == 0) return 0;
+        if (v < 0) v = ~v;
+        int n = 0;
+        for (; v < top; v <<= 1) n++;
+        return n;
+    };
+    for (std::int32_t a = -32768; a <= 32767; a++) {
+        const int want = a == -1 ? 15 : loop(a, 0x4000);
+        ASSERT_EQ(norm_s(static_cast<Word16>(a)), want) << a;
+        const Word32 l = static_cast<Word32>(static_cast<std::uint32_t>(a) * 65537u);  // both halves set
+        ASSERT_EQ(norm_l(l), l == -1 ? 31 : loop(l, 0x40000000)) << l;
+        ASSERT_EQ(norm_l(a), a == -1 ? 31 : loop(a, 0x40000000)) << a;
+    }
+    EXPECT_EQ(norm_l(MIN_32), 0);
+    EXPECT_EQ(norm_l(MAX_32), 0);
 }
 
 TEST(AmrDecBounds, EnergyIsTheClampedChain) {
