@@ -7,6 +7,7 @@
 #include "amr/amr_dec_tables.h"
 #include "amr/dec_gain.h"
 #include "amr/dec_state.h"
+#include "amr/mac_bound.h"
 
 ZEPS_BEGIN_VARIANT
 namespace amr_dec {
@@ -206,18 +207,8 @@ inline Word16 bgn_scd(BgnScdState& st, const Word16* ltpGainHist, const Word16* 
 
 /// energy_new of agc.c: sum of squares >> 4, or of the samples >> 2 on saturation.
 inline Word32 agc_energy(const Word16* in, int l_trm) {
-    Word32 s = L_mult(in[0], in[0]);
-    for (int i = 1; i < l_trm; i++) s = L_mac(s, in[i], in[i]);
-    if (s == MAX_32) {
-        Word16 temp = shr(in[0], 2);
-        s = L_mult(temp, temp);
-        for (int i = 1; i < l_trm; i++) {
-            temp = shr(in[i], 2);
-            s = L_mac(s, temp, temp);
-        }
-        return s;
-    }
-    return L_shr(s, 4);
+    const Word32 s = energy_sat(in, l_trm);
+    return s == MAX_32 ? energy_sat(in, l_trm, 2) : L_shr(s, 4);
 }
 
 /// The gain sqrt(energy(in) / energy(out)) of agc and agc2, Q12 (0 when the input is silent);
@@ -252,16 +243,36 @@ inline void agc2(const Word16* sig_in, Word16* sig_out, int l_trm) {
 
 /// Syn_filt: 1/A(z) over lg (at most 160) samples with memory mem (updated when update != 0);
 /// returns true when a basic operation saturated (the reference's Overflow).
+/// The reference's chain of one Syn_filt output before scaling (yy[-10..-1] read).
+inline Word32 syn_filt_chain(const Word16* a, Word16 x, const Word16* yy, Flag& ovf) {
+    Word32 s = L_mult(x, a[0], ovf);
+    for (int j = 1; j <= kM; j++) s = L_msu(s, a[j], yy[-j], ovf);
+    return s;
+}
+
+/// The same as a plain sum: exact when the terms' magnitudes sum to at most MAX_32 / 2.
+inline Word32 syn_filt_sum(const Word16* a, Word16 x, const Word16* yy) {
+    // The newest output enters last, so the recursion waits on one product only.
+    std::int32_t s = std::int32_t{x} * a[0];
+    for (int j = 2; j <= kM; j++) s -= std::int32_t{a[j]} * yy[-j];
+    return 2 * (s - std::int32_t{a[1]} * yy[-1]);
+}
+
 inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, Word16* mem, bool update) {
     Word16 tmp[kM + kLFrame];
     Flag ovf = false;
     for (int i = 0; i < kM; i++) tmp[i] = mem[i];
     Word16* yy = tmp + kM;
+    // m bounds every |yy| read so far: the chain of output i is exact when
+    // |a0 x[i]| + m sum|a1..a10| <= MAX_32 / 2.
+    const std::int64_t a_mag = mag_sum(a + 1, kM), a0_mag = mag(a[0]);
+    std::int32_t m = mag_max(mem, kM);
     for (int i = 0; i < lg; i++) {
-        Word32 s = L_mult(x[i], a[0], ovf);
-        for (int j = 1; j <= kM; j++) s = L_msu(s, a[j], yy[i - j], ovf);
+        const bool exact = 2 * (a0_mag * mag(x[i]) + a_mag * m) <= MAX_32;
+        Word32 s = exact ? syn_filt_sum(a, x[i], &yy[i]) : syn_filt_chain(a, x[i], &yy[i], ovf);
         s = L_shl(s, 3, ovf);
         yy[i] = round_fx(s, ovf);
+        m = m > mag(yy[i]) ? m : mag(yy[i]);
     }
     for (int i = 0; i < lg; i++) y[i] = yy[i];
     if (update)

@@ -6,6 +6,7 @@
 
 #include "amr/amr_dec_tables.h"
 #include "amr/dec_state.h"
+#include "amr/mac_bound.h"
 
 ZEPS_BEGIN_VARIANT
 namespace amr_dec {
@@ -87,17 +88,38 @@ inline void pred_lt_3or6(Word16* exc, Word16 T0, Word16 frac, int L_subfr, Word1
         frac = add(frac, kUpSamp);
         x0--;
     }
+    const std::int16_t* c1 = &inter_6[frac];
+    const std::int16_t* c2 = &inter_6[kUpSamp - frac];
+    // The 20 taps in the order of the samples x1[-9] .. x1[0], x2[0] .. x2[9].
+    std::int16_t w[2 * kLInter10];
+    std::int64_t c_mag = 0;
+    for (int i = 0; i < kLInter10; i++) {
+        w[kLInter10 - 1 - i] = c1[kUpSamp * i];
+        w[kLInter10 + i] = c2[kUpSamp * i];
+        c_mag += mag(c1[kUpSamp * i]) + mag(c2[kUpSamp * i]);
+    }
+    // m bounds every |sample| read so far: the past excitation the window
+    // covers, then each output as it is written (short lags read them back).
+    const Word16* first = x0 - (kLInter10 - 1);
+    const Word16* last = x0 + L_subfr + kLInter10 - 1;
+    std::int32_t m = mag_max(first, static_cast<int>((last < exc ? last + 1 : exc) - first));
     for (int j = 0; j < L_subfr; j++) {
         const Word16* x1 = x0++;
         const Word16* x2 = x0;
-        const std::int16_t* c1 = &inter_6[frac];
-        const std::int16_t* c2 = &inter_6[kUpSamp - frac];
         Word32 s = 0;
-        for (int i = 0, k = 0; i < kLInter10; i++, k += kUpSamp) {
-            s = L_mac(s, x1[-i], c1[k]);
-            s = L_mac(s, x2[i], c2[k]);
+        if (chain_exact(c_mag, m)) {
+            const Word16* x = x1 - (kLInter10 - 1);
+            std::int32_t p = 0;
+            for (int k = 0; k < 2 * kLInter10; k++) p += x[k] * w[k];
+            s = 2 * p;
+        } else {
+            for (int i = 0, k = 0; i < kLInter10; i++, k += kUpSamp) {
+                s = L_mac(s, x1[-i], c1[k]);
+                s = L_mac(s, x2[i], c2[k]);
+            }
         }
         exc[j] = round_fx(s);
+        m = m > mag(exc[j]) ? m : mag(exc[j]);
     }
 }
 

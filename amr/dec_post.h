@@ -26,12 +26,26 @@ inline void weight_ai(const Word16* a, const std::int16_t* fac, Word16* a_exp) {
 }
 
 /// Residu: y = A(z) x over lg samples (x[-10..-1] read).
-inline void residu(const Word16* a, const Word16* x, Word16* y, int lg) {
+/// The reference's chain (the saturating form, taken when the bound fails).
+inline void residu_chain(const Word16* a, const Word16* x, Word16* y, int lg) {
     for (int i = 0; i < lg; i++) {
         Word32 s = L_mult(x[i], a[0]);
         for (int j = 1; j <= kM; j++) s = L_mac(s, a[j], x[i - j]);
         s = L_shl(s, 3);
         y[i] = round_fx(s);
+    }
+}
+
+/// Residu: plain sums when sum|a| max|x| bounds every chain (mac_bound.h).
+inline void residu(const Word16* a, const Word16* x, Word16* y, int lg) {
+    if (!chain_exact(mag_sum(a, kMp1), mag_max(x - kM, lg + kM))) {
+        residu_chain(a, x, y, lg);
+        return;
+    }
+    for (int i = 0; i < lg; i++) {
+        std::int32_t s = 0;
+        for (int j = 0; j <= kM; j++) s += std::int32_t{a[j]} * x[i - j];
+        y[i] = round_fx(L_shl(2 * s, 3));
     }
 }
 
@@ -78,10 +92,8 @@ inline void post_filter(PostFilterState& st, Word16 mode, Word16* syn, const Wor
         for (int i = 0; i < kMp1; i++) h[i] = Ap3[i];
         for (int i = kMp1; i < kLH; i++) h[i] = 0;
         syn_filt(Ap4, h, h, kLH, &h[kMp1], false);
-        Word32 L_tmp = L_mult(h[0], h[0]);
-        for (int i = 1; i < kLH; i++) L_tmp = L_mac(L_tmp, h[i], h[i]);
-        const Word16 temp1 = extract_h(L_tmp);
-        L_tmp = L_mult(h[0], h[1]);
+        const Word16 temp1 = extract_h(energy_sat(h, kLH));
+        Word32 L_tmp = L_mult(h[0], h[1]);
         for (int i = 1; i < kLH - 1; i++) L_tmp = L_mac(L_tmp, h[i], h[i + 1]);
         Word16 temp2 = extract_h(L_tmp);
         if (temp2 <= 0) temp2 = 0;

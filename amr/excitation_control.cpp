@@ -12,9 +12,7 @@ namespace {
 
 Word16 excitation_energy(const Word16* exc) {
     using namespace amr_dec;
-    Word32 L_temp = 0;
-    for (int i = 0; i < kLSubfr; i++) L_temp = L_mac(L_temp, exc[i], exc[i]);
-    L_temp = L_shr(L_temp, 1);
+    Word32 L_temp = L_shr(energy_sat(exc, kLSubfr), 1);  // the L_mac chain from 0, clamped
     Word16 temp;
     L_temp = sqrt_l_exp(L_temp, temp);
     L_temp = L_shr(L_temp, add(shr(temp, 1), 15));

@@ -12,6 +12,7 @@
 // shift counts the reference accepts outside the usual ranges.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 
 #include "common/variant.h"
@@ -103,10 +104,9 @@ constexpr Word16 shr_r(Word16 a, Word16 n) {
 constexpr Word16 norm_s(Word16 a) {
     if (a == 0) return 0;
     if (a == -1) return 15;
-    Word32 v = a < 0 ? ~Word32{a} : Word32{a};
-    Word16 n = 0;
-    while (v < 0x4000) { v <<= 1; ++n; }
-    return n;
+    // Left shifts until bit 14 is set: leading zeros of the 32-bit value less the 17 above bit 15.
+    const auto v = static_cast<std::uint32_t>(a < 0 ? ~Word32{a} : Word32{a});
+    return static_cast<Word16>(std::countl_zero(v) - 17);
 }
 
 /// Fractional division num/den in Q15 for 0 <= num <= den, den > 0.
@@ -115,14 +115,8 @@ constexpr Word16 norm_s(Word16 a) {
 constexpr Word16 div_s(Word16 num, Word16 den) {
     if (num <= 0 || den <= 0) return 0;
     if (num >= den) return MAX_16;
-    Word32 n = num, d = den;
-    Word16 out = 0;
-    for (int i = 0; i < 15; ++i) {
-        out = static_cast<Word16>(out << 1);
-        n <<= 1;
-        if (n >= d) { n -= d; ++out; }
-    }
-    return out;
+    // The 15 restoring-division steps of the reference yield floor(num 2^15 / den) for 0 < num < den.
+    return static_cast<Word16>((Word32{num} << 15) / den);
 }
 
 // ---- 32-bit arithmetic ---------------------------------------------------
@@ -180,10 +174,8 @@ constexpr Word32 L_shr_r(Word32 a, Word16 n) {
 constexpr Word16 norm_l(Word32 a) {
     if (a == 0) return 0;
     if (a == -1) return 31;
-    std::uint32_t v = static_cast<std::uint32_t>(a < 0 ? ~a : a);
-    Word16 n = 0;
-    while (v < 0x40000000u) { v <<= 1; ++n; }
-    return n;
+    const std::uint32_t v = static_cast<std::uint32_t>(a < 0 ? ~a : a);
+    return static_cast<Word16>(std::countl_zero(v) - 1);
 }
 
 /// The reference's round(): high half of a + 2^15, saturated.

@@ -1,0 +1,194 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// GSM-AMR decoder kernels that replace a saturating multiply-accumulate chain
+// by a plain sum when the operands bound it (amr/mac_bound.h): each against
+// the reference's chain written out here, on random operands swept in
+// amplitude across the bound (where the fast forms switch path and the
+// chains begin to saturate), at full scale and on -32768; and div_s against
+// the reference's restoring division, norm_s and norm_l against their shift loops.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "amr/dec_excitation.h"
+#include "amr/dec_pitch.h"
+#include "amr/dec_post.h"
+
+namespace {
+
+using namespace zeps::ref;
+using namespace zeps::ref::amr_dec;
+using V16 = std::vector<std::int16_t>;
+
+/// Random samples of magnitude at most amp (amp 32768 includes -32768).
+V16 noise(std::mt19937& g, int n, std::int32_t amp) {
+    std::uniform_int_distribution<std::int32_t> d(-amp, amp > 32767 ? 32767 : amp);
+    V16 v(static_cast<std::size_t>(n));
+    for (auto& x : v) x = static_cast<std::int16_t>(d(g));
+    return v;
+}
+
+/// Amplitudes from quiet to full scale, dense around the bounds of 11-tap Q12 filters.
+const std::int32_t kAmps[] = {1, 300, 3000, 9000, 16000, 24000, 32000, 32768};
+
+TEST(AmrDecBounds, DivSIsTheRestoringDivision) {
+    auto restoring = [](Word16 num, Word16 den) {
+        Word32 n = num;
+        Word16 out = 0;
+        for (int i = 0; i < 15; ++i) {
+            out = static_cast<Word16>(out << 1);
+            n <<= 1;
+            if (n >= den) { n -= den; ++out; }
+        }
+        return out;
+    };
+    const Word16 dens[] = {1, 2, 3, 7, 255, 4096, 16383, 16384, 16385, 32766, 32767};
+    for (Word16 den : dens)
+        for (std::int32_t num = 1; num < den; num++) ASSERT_EQ(div_s(static_cast<Word16>(num), den), restoring(static_cast<Word16>(num), den)) << num << "/" << den;
+    std::mt19937 g(7);
+    std::uniform_int_distribution<int> d(1, 32767);
+    for (int k = 0; k < 200000; k++) {
+        Word16 a = static_cast<Word16>(d(g)), b = static_cast<Word16>(d(g));
+        if (a > b) std::swap(a, b);
+        if (a == b) continue;
+        ASSERT_EQ(div_s(a, b), restoring(a, b)) << a << "/" << b;
+    }
+}
+
+TEST(AmrDecBounds, NormIsTheShiftLoop) {
+    auto loop = [](std::int64_t v, std::int64_t top) {
+        if (v == 0) return 0;
+        if (v < 0) v = ~v;
+        int n = 0;
+        for (; v < top; v <<= 1) n++;
+        return n;
+    };
+    for (std::int32_t a = -32768; a <= 32767; a++) {
+        const int want = a == -1 ? 15 : loop(a, 0x4000);
+        ASSERT_EQ(norm_s(static_cast<Word16>(a)), want) << a;
+        const Word32 l = static_cast<Word32>(static_cast<std::uint32_t>(a) * 65537u);  // both halves set
+        ASSERT_EQ(norm_l(l), l == -1 ? 31 : loop(l, 0x40000000)) << l;
+        ASSERT_EQ(norm_l(a), a == -1 ? 31 : loop(a, 0x40000000)) << a;
+    }
+    EXPECT_EQ(norm_l(MIN_32), 0);
+    EXPECT_EQ(norm_l(MAX_32), 0);
+}
+
+TEST(AmrDecBounds, EnergyIsTheClampedChain) {
+    std::mt19937 g(1);
+    for (std::int32_t amp : kAmps)
+        for (int n : {1, 22, 40, 160})
+            for (int shift : {0, 2}) {
+                V16 x = noise(g, n, amp);
+                if (amp == 32768) x[0] = -32768;
+                Word32 chain = L_mult(shr(x[0], static_cast<Word16>(shift)), shr(x[0], static_cast<Word16>(shift)));
+                for (int i = 1; i < n; i++)
+                    chain = L_mac(chain, shr(x[i], static_cast<Word16>(shift)), shr(x[i], static_cast<Word16>(shift)));
+                EXPECT_EQ(energy_sat(x.data(), n, shift), chain) << amp << " " << n << " " << shift;
+            }
+}
+
+/// Q12 filter a(0) = 4096 with random taps of magnitude at most amp.
+V16 filter(std::mt19937& g, std::int32_t amp) {
+    V16 a = noise(g, kMp1, amp);
+    a[0] = 4096;
+    return a;
+}
+
+TEST(AmrDecBounds, ResiduIsTheChain) {
+    std::mt19937 g(2);
+    for (std::int32_t famp : {2000, 6000, 12000, 32768})
+        for (std::int32_t amp : kAmps)
+            for (int k = 0; k < 40; k++) {
+                const V16 a = filter(g, famp);
+                const V16 x = noise(g, kM + kLSubfr, amp);
+                V16 fast(kLSubfr), chain(kLSubfr);
+                residu(a.data(), x.data() + kM, fast.data(), kLSubfr);
+                residu_chain(a.data(), x.data() + kM, chain.data(), kLSubfr);
+                ASSERT_EQ(fast, chain) << famp << " " << amp << " " << k;
+            }
+    // At the bound: taps summing to 32767 on -32768 take the plain sums (2 * 32767 * 32768 <= MAX_32),
+    // one more LSB of tap takes the chain; both end at the chain's values.
+    for (Word16 last : {Word16{1671}, Word16{1672}}) {
+        V16 a(kMp1, 3000), x(kM + kLSubfr, -32768);
+        a[0] = 4096;
+        a[kM] = last;
+        V16 fast(kLSubfr), chain(kLSubfr);
+        residu(a.data(), x.data() + kM, fast.data(), kLSubfr);
+        residu_chain(a.data(), x.data() + kM, chain.data(), kLSubfr);
+        EXPECT_EQ(fast, chain) << last;
+    }
+}
+
+/// Syn_filt with the reference's chain for every output, and its saturation report.
+bool syn_filt_ref(const Word16* a, const Word16* x, Word16* y, int lg, Word16* mem) {
+    Word16 tmp[kM + kLFrame];
+    Flag ovf = false;
+    for (int i = 0; i < kM; i++) tmp[i] = mem[i];
+    for (int i = 0; i < lg; i++) {
+        const Word32 s = L_shl(syn_filt_chain(a, x[i], &tmp[kM + i], ovf), 3, ovf);
+        tmp[kM + i] = round_fx(s, ovf);
+    }
+    for (int i = 0; i < lg; i++) y[i] = tmp[kM + i];
+    for (int i = 0; i < kM; i++) mem[i] = y[lg - kM + i];
+    return ovf;
+}
+
+TEST(AmrDecBounds, SynthesisFilterIsTheChain) {
+    std::mt19937 g(3);
+    int saturated = 0;
+    for (std::int32_t famp : {500, 1500, 4000, 32768})
+        for (std::int32_t amp : kAmps)
+            for (int k = 0; k < 30; k++) {
+                const V16 a = filter(g, famp);
+                const V16 x = noise(g, kLFrame, amp);
+                V16 mem_fast = noise(g, kM, amp), mem_ref = mem_fast;
+                V16 fast(kLFrame), ref(kLFrame);
+                const bool ovf_fast = syn_filt(a.data(), x.data(), fast.data(), kLFrame, mem_fast.data(), true);
+                const bool ovf_ref = syn_filt_ref(a.data(), x.data(), ref.data(), kLFrame, mem_ref.data());
+                ASSERT_EQ(fast, ref) << famp << " " << amp << " " << k;
+                ASSERT_EQ(mem_fast, mem_ref);
+                ASSERT_EQ(ovf_fast, ovf_ref) << famp << " " << amp << " " << k;
+                saturated += ovf_ref;
+            }
+    EXPECT_GT(saturated, 0);  // the sweep reaches the saturating chains
+}
+
+/// Pred_lt_3or6 with the reference's chain for every output.
+void pred_lt_ref(Word16* exc, Word16 T0, Word16 frac, Word16 flag3) {
+    Word16* x0 = exc - T0;
+    frac = negate(frac);
+    if (flag3 != 0) frac = shl(frac, 1);
+    if (frac < 0) {
+        frac = add(frac, 6);
+        x0--;
+    }
+    for (int j = 0; j < kLSubfr; j++) {
+        const Word16* x1 = x0++;
+        const Word16* x2 = x0;
+        Word32 s = 0;
+        for (int i = 0, k = 0; i < 10; i++, k += 6) {
+            s = L_mac(s, x1[-i], zeps::amr_dec_tab::inter_6[frac + k]);
+            s = L_mac(s, x2[i], zeps::amr_dec_tab::inter_6[6 - frac + k]);
+        }
+        exc[j] = round_fx(s);
+    }
+}
+
+TEST(AmrDecBounds, PitchInterpolationIsTheChain) {
+    std::mt19937 g(4);
+    for (std::int32_t amp : kAmps)
+        for (Word16 T0 = kPitMinMR122 - 1; T0 <= kPitMax + 1; T0 = static_cast<Word16>(T0 + 3))
+            for (Word16 flag3 : {Word16{0}, Word16{1}})
+                for (Word16 frac = flag3 != 0 ? -1 : -2; frac <= (flag3 != 0 ? 1 : 3); frac++) {
+                    V16 fast = noise(g, kExcHist + kLSubfr, amp);
+                    if (amp == 32768) fast[kExcHist - static_cast<std::size_t>(T0)] = -32768;
+                    V16 ref = fast;
+                    pred_lt_3or6(fast.data() + kExcHist, T0, frac, kLSubfr, flag3);
+                    pred_lt_ref(ref.data() + kExcHist, T0, frac, flag3);
+                    ASSERT_EQ(fast, ref) << amp << " " << T0 << " " << frac << " " << flag3;
+                }
+}
+
+}  // namespace
