@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -79,8 +80,36 @@ TEST(G729IReplay, EncoderAt8kWithDtx) {
         r.values["rate"] = rate;
         EXPECT_THROW(encode(pcm, r), zepsc_cli::CodecError) << rate;
     }
-    zepsc_cli::CodecOptions plain = annex_i();
-    EXPECT_THROW(encode(pcm, plain), zepsc_cli::CodecError);
+}
+
+/// The ITU sequences coded without DTX with the rate files: speech and
+/// dm19.8k with rate02 -> .br02, with rate012 -> .br012; one encoder state
+/// across 6.4, 8 and 11.8 kbit/s frames.
+TEST(G729IReplay, EncoderWithRateFiles) {
+    const std::string dir = zeps::codec_test::shared_dir() + "/codecs/g729/conformance/g729i/";
+    for (const std::string rate : {"02", "012"}) {
+        zepsc_cli::CodecOptions o = annex_i();
+        o.values["ratefile"] = dir + "rate" + rate;
+        for (const std::string name : {"dm19", "speech"}) {
+            const std::string in = name == "dm19" ? "dm19.8k" : name;
+            zeps::codec_test::expect_same_bytes(encode(read_pcm(dir + in), o), read_bytes(dir + name + ".br" + rate),
+                                                1, "conformance/g729i/" + name + ".br" + rate + " encoder");
+        }
+    }
+    // A rate file that ends before the speech, or holds a code above 2, is refused.
+    const std::string path = (fs::temp_directory_path() / "g729i_rate_codes").string();
+    const auto refused = [&](std::vector<std::uint8_t> codes) {
+        std::FILE* f = std::fopen(path.c_str(), "wb");
+        ASSERT_NE(f, nullptr);
+        std::fwrite(codes.data(), 1, codes.size(), f);
+        std::fclose(f);
+        zepsc_cli::CodecOptions o = annex_i();
+        o.values["ratefile"] = path;
+        EXPECT_THROW(encode(std::vector<std::int16_t>(3 * 80, 0), o), zepsc_cli::CodecError);
+    };
+    refused({0, 0, 2, 0});
+    refused({0, 0, 2, 0, 3, 0});
+    fs::remove(path);
 }
 
 /// A frame: SYNC, size, one word a bit (0x007F: all codes 0, 0x0081: 1).
