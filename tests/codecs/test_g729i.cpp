@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/codecs/codec_replay.h"
@@ -58,28 +59,37 @@ std::vector<std::uint8_t> encode(const std::vector<std::int16_t>& pcm, const zep
     return zepsc_cli::encode_all(zeps::codec_test::codec("g729"), o, "bit", pcm.data(), pcm.size());
 }
 
-TEST(G729IReplay, EncoderAt8kWithDtx) {
-    const std::string root = zeps::codec_test::shared_dir() + "/codecs/g729/g729i_8k_dtx/";
+/// The shared speech with DTX at each rate: speech/NAME.s16 -> g729i_<rate>_dtx/NAME.bit.
+TEST(G729IReplay, EncoderWithDtx) {
+    const std::string root = zeps::codec_test::shared_dir() + "/codecs/g729/";
+    for (const auto& [folder, rate] : {std::pair<const char*, const char*>{"g729i_6k4_dtx", "6.4"},
+                                       {"g729i_8k_dtx", "8"}}) {
+        zepsc_cli::CodecOptions o = annex_i();
+        o.values["rate"] = rate;
+        o.values["dtx"] = "";
+        int streams = 0;
+        for (const auto& e : fs::directory_iterator(root + folder)) {
+            if (e.path().extension() != ".bit") continue;
+            const std::string stem = e.path().stem().string();
+            const auto pcm = read_pcm(zeps::codec_test::shared_dir() + "/speech/" + stem + ".s16");
+            zeps::codec_test::expect_same_bytes(encode(pcm, o), read_bytes(e.path().string()), 1,
+                                                std::string(folder) + "/" + stem + " encoder");
+            ++streams;
+        }
+        EXPECT_EQ(streams, 6) << folder;
+    }
+    // The ITU sequences with DTX at 6.4 kbit/s -> .b10.
+    const std::string dir = root + "conformance/g729i/";
     zepsc_cli::CodecOptions o = annex_i();
-    o.values["rate"] = "8";
+    o.values["rate"] = "6.4";
     o.values["dtx"] = "";
-    int streams = 0;
-    for (const auto& e : fs::directory_iterator(root)) {
-        if (e.path().extension() != ".bit") continue;
-        const std::string stem = e.path().stem().string();
-        const auto pcm = read_pcm(zeps::codec_test::shared_dir() + "/speech/" + stem + ".s16");
-        zeps::codec_test::expect_same_bytes(encode(pcm, o), read_bytes(e.path().string()), 164,
-                                            "g729i_8k_dtx/" + stem + " encoder");
-        ++streams;
-    }
-    EXPECT_EQ(streams, 6);
-    // What is not available yet is refused, not coded otherwise.
-    const std::vector<std::int16_t> pcm(800, 0);
-    for (const char* rate : {"6.4", "11.8"}) {
-        zepsc_cli::CodecOptions r = o;
-        r.values["rate"] = rate;
-        EXPECT_THROW(encode(pcm, r), zepsc_cli::CodecError) << rate;
-    }
+    for (const std::string name : {"dm19", "speech"})
+        zeps::codec_test::expect_same_bytes(encode(read_pcm(dir + (name == "dm19" ? "dm19.8k" : name)), o),
+                                            read_bytes(dir + name + ".b10"), 1,
+                                            "conformance/g729i/" + name + ".b10 encoder");
+    // A rate other than 6.4, 8 or 11.8 is refused.
+    o.values["rate"] = "16";
+    EXPECT_THROW(encode(std::vector<std::int16_t>(800, 0), o), zepsc_cli::CodecError);
 }
 
 /// The ITU sequences coded without DTX with the rate files: speech and

@@ -684,25 +684,8 @@ bool is_annex_i(const zepsc_cli::CodecOptions& o, const std::string& format) {
 }
 
 /// The Annex I encoder: --rate 6.4, 8 or 11.8, or --ratefile (one 16-bit
-/// little-endian code a frame: 0 = 6.4, 1 = 8, 2 = 11.8). With --dtx (VAD
-/// and DTX of Annex B) only --rate 8 is available so far, whose frames
-/// (speech, SID, untransmitted) are those of the Annex B encoder on the
-/// main body.
-bool annex_i_is_annex_b(const zepsc_cli::CodecOptions& o) {
-    if (!o.has("dtx")) return false;
-    if (o.get("rate", "8") != "8" || o.has("ratefile"))
-        throw CodecError("the Annex I encoder with --dtx codes --rate 8 only so far (6.4 and 11.8 kbit/s and rate "
-                         "files are coded without --dtx)");
-    return true;
-}
-
-Setup annex_i_dtx_setup() {
-    Setup setup;
-    setup.variant = Variant::Main;
-    setup.annex_b = true;
-    return setup;
-}
-
+/// little-endian code a frame: 0 = 6.4, 1 = 8, 2 = 11.8), with or without
+/// --dtx (the VAD and DTX of Annex B).
 zepsc_g729::RateI annex_i_rate(const zepsc_cli::CodecOptions& o) {
     const std::string rate = o.get("rate", "8");
     if (rate == "6.4") return zepsc_g729::RateI::R6k4;
@@ -795,7 +778,7 @@ zepsc_cli::CodecSpec make_spec() {
         "bits that differ, or an untransmitted frame's SYNC other than 0x6B21) is erased and\n"
         "decoded at the previous frame's rate. Its encoder codes --rate 6.4, 8 or 11.8 (at 11.8\n"
         "choosing forward or backward LPC each frame) or --ratefile FILE (0 = 6.4, 1 = 8,\n"
-        "2 = 11.8) with one state; --dtx is available at --rate 8 (the Annex B frames).";
+        "2 = 11.8) with one state, and --dtx adds the VAD with SID and untransmitted frames.";
     s.options = {
         {"annex", "0 (main body), A, B, AB, D, E or I", {"0", "A", "B", "AB", "D", "E", "I"}, "0", false},
         {"rate", "bit rate in kbit/s: 6.4, 8 or 11.8 (Annexes D, E, I); default 8, with --annex D 6.4, with --annex E 11.8",
@@ -811,10 +794,8 @@ zepsc_cli::CodecSpec make_spec() {
             return zepsc_g729::make_g729d_encoder(annex_d_rate(o), annex_d_schedule(o), format == "bit");
         if (annex_e_of(o, format))
             return zepsc_cli::g729e::make_encoder(o.get("rate", "11.8") == "11.8", o.get("ratefile"));
-        if (is_annex_i(o, format)) {
-            if (annex_i_is_annex_b(o)) return std::make_unique<Encoder>(annex_i_dtx_setup(), true);
-            return zepsc_g729::make_g729i_encoder(annex_i_rate(o), annex_i_schedule(o));
-        }
+        if (is_annex_i(o, format))
+            return zepsc_g729::make_g729i_encoder(annex_i_rate(o), annex_i_schedule(o), o.has("dtx"));
         return std::make_unique<Encoder>(setup_of(o, format), format == "bit");
     };
     s.make_decoder = [](const zepsc_cli::CodecOptions& o,

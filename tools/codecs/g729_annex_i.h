@@ -20,7 +20,8 @@ enum class RateI { R6k4 = 0, R8k = 1, R11k8 = 2 };
 
 /// The integrated encoder (tools/codecs/g729i_encoder.cpp): every frame at
 /// rate, or at schedule[frame] when schedule is not empty (the encoder
-/// fails when the schedule ends before the speech).
-std::unique_ptr<zepsc_cli::FrameEncoder> make_g729i_encoder(RateI rate, std::vector<RateI> schedule);
+/// fails when the schedule ends before the speech); dtx adds the VAD and
+/// DTX (SID and untransmitted frames).
+std::unique_ptr<zepsc_cli::FrameEncoder> make_g729i_encoder(RateI rate, std::vector<RateI> schedule, bool dtx);
 
 }  // namespace zepsc_g729

@@ -35,12 +35,19 @@ constexpr int kMemSynBwd = kOrderBwd + 35;    // MEM_SYN_BWD
 constexpr int kAnaBwd = kFrame + kMemSynBwd;  // L_ANA_BWD
 constexpr Zep16s kGammaBwd = 32113;           // GAMMA_BWD, 0.98
 constexpr Zep16s kCIntReset = 4506;           // filter interpolation factor reset, Q12
+constexpr Zep16s kSeedCng = 11111;            // INIT_SEED of the comfort-noise generator
+constexpr Zep16s kSidFrame = 2;               // the DTX stage's frame type of a SID frame
+
+/// What a frame is sent as: comfort noise (untransmitted or SID) or speech
+/// at the frame's rate.
+enum class Sent { Untransmitted, Sid, Speech };
 
 /// Bits of each parameter in stream order (after the mode bits at 11.8 kbit/s).
 constexpr std::array<int, 10> kBits6k4 = {8, 10, 8, 9, 2, 6, 4, 9, 2, 6};
 constexpr std::array<int, 11> kBits8k = {8, 10, 8, 1, 13, 4, 7, 5, 13, 4, 7};
 constexpr std::array<int, 17> kBitsFwd = {8, 10, 8, 1, 7, 7, 7, 7, 7, 7, 5, 7, 7, 7, 7, 7, 7};
 constexpr std::array<int, 15> kBitsBwd = {8, 1, 13, 10, 7, 7, 7, 7, 5, 13, 10, 7, 7, 7, 7};
+constexpr std::array<int, 4> kBitsSid = {1, 5, 4, 5};
 
 template <std::size_t N>
 void put_params(std::vector<std::uint8_t>& out, const std::array<int, N>& widths, const Zep16s* prm) {
@@ -50,7 +57,8 @@ void put_params(std::vector<std::uint8_t>& out, const std::array<int, N>& widths
 
 class EncoderI final : public zepsc_cli::FrameEncoder {
 public:
-    EncoderI(RateI rate, std::vector<RateI> schedule) : rate_(rate), schedule_(std::move(schedule)) {
+    EncoderI(RateI rate, std::vector<RateI> schedule, bool dtx)
+        : rate_(rate), schedule_(std::move(schedule)), dtx_on_(dtx) {
         hp_ = state_block(check, zepsHighPassFilterSize_G729);
         check(zepsHighPassFilterInit_G729(kHighPass140, hp_.data()), "pre-processing initialisation");
         hyb_ = state_block(check, zepsWinHybridGetStateSize_G729E_16s);
@@ -59,6 +67,10 @@ public:
         std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
         std::memcpy(lsp_old_q_, kLspReset, sizeof lsp_old_q_);
         prev_filter_[0] = a_t_bwd_mem_[0] = old_a_bwd_[0] = old_a_fwd_[0] = 4096;
+        vad_ = state_block(check, zepsVADGetStateSize_G729B);
+        check(zepsVADInit_G729B(vad_.data()), "VAD initialisation");
+        dtx_ = state_block(check, zepsDTXGetStateSize_G729B);
+        check(zepsDTXInit_G729B(dtx_.data()), "DTX initialisation");
     }
     int sample_rate() const override { return 8000; }
     std::size_t frame_samples() const override { return kFrame; }
@@ -71,17 +83,22 @@ public:
             rate = schedule_[frame_];
         }
         ++frame_;
+        frame_count_ = frame_count_ == 32767 ? Zep16s{256} : static_cast<Zep16s>(frame_count_ + 1);
         Zep16s* new_speech = old_speech_ + kWindow - kFrame;
         std::memcpy(new_speech, pcm, kFrame * sizeof(Zep16s));
         check(zepsHighPassFilter_G729_16s_ISfs(new_speech, kFrame, 12, hp_.data()), "pre-processing");
         Zep16s prm[19] = {};
-        const Zep16s mode = code_frame(rate, prm);
+        Zep16s mode = 0;
+        const Sent sent = code_frame(rate, prm, mode);
         std::memmove(old_speech_, old_speech_ + kFrame, (kWindow - kFrame) * sizeof(Zep16s));
         std::memmove(old_wsp_, old_wsp_ + kFrame, kPitMax * sizeof(Zep16s));
         std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
         std::memmove(signal_, signal_ + kFrame, kOrderBwd * sizeof(Zep16s));
         prev_mode_ = mode;
-        write_frame(rate, mode, prm, out);
+        if (sent == Sent::Speech)
+            write_frame(rate, mode, prm, out);
+        else
+            write_noise(sent, out);
     }
 
 private:
@@ -108,23 +125,33 @@ private:
         }
     }
 
+    /// A SID frame (15 bits and the padding bit) or an untransmitted frame.
+    void write_noise(Sent sent, std::vector<std::uint8_t>& out) const {
+        put_word(out, kSync);
+        put_word(out, sent == Sent::Sid ? 16 : 0);
+        if (sent != Sent::Sid) return;
+        put_params(out, kBitsSid, sid_);
+        put_word(out, kBit0);
+    }
+
     /// Coder_ld8c for an active frame: backward (11.8 kbit/s) and forward LP
     /// analysis, the mode decision, the weighting, open-loop pitch, then per
     /// subframe the target, the adaptive and fixed codebooks of the rate,
     /// the gains and the local synthesis that feeds the next frame's
-    /// backward analysis. Returns the LPC mode.
-    Zep16s code_frame(RateI rate, Zep16s* prm) {
-        const bool high = rate == RateI::R11k8, low = rate == RateI::R6k4;
+    /// backward analysis; with DTX an inactive frame codes comfort noise
+    /// instead. Writes the LPC mode; returns what the frame is sent as.
+    Sent code_frame(RateI rate, Zep16s* prm, Zep16s& mode) {
+        const bool low = rate == RateI::R6k4;
         const Zep16s* speech = old_speech_ + kSpeechAt;
+
+        // Forward analysis and the voice activity.
+        Zep16s a_t_fwd[2 * (kOrder + 1)], a_t_fwd_q[2 * (kOrder + 1)], rc_fwd[kOrder], lsp_new[kOrder];
+        const Zep16s vad = forward_analysis(a_t_fwd + kOrder + 1, rc_fwd, lsp_new);
+        const bool high = rate == RateI::R11k8 && vad == 1;
         if (high) backward_analysis();
         std::memmove(synth_, synth_ + kFrame, kMemSynBwd * sizeof(Zep16s));
         std::memcpy(signal_ + kOrderBwd, speech, kFrame * sizeof(Zep16s));
 
-        // Forward analysis and quantisation.
-        Zep16s a_t_fwd[2 * (kOrder + 1)], a_t_fwd_q[2 * (kOrder + 1)], rc_fwd[kOrder], lsp_new[kOrder];
-        forward_analysis(a_t_fwd + kOrder + 1, rc_fwd, lsp_new);
-        Zep16s lsp_new_q[kOrder], code_lsp[2], freq_cur[kOrder];
-        check(zepsLSPQuant_G729E_16s(lsp_new, &freq_prev_[0][0], lsp_new_q, code_lsp, freq_cur), "LSP quantisation");
         Zep16s lsf_int[kOrder], lsf_new[kOrder];
         if (prev_mode_ == 0) {
             Zep16s lsp_mid[kOrder];
@@ -132,18 +159,30 @@ private:
             check(zepsLSPToLPC_G729_16s(lsp_mid, a_t_fwd), "LSP to LPC");
             check(zepsLSPToLSF_Norm_G729_16s(lsp_mid, lsf_int), "LSP to LSF");
             check(zepsLSPToLSF_Norm_G729_16s(lsp_new, lsf_new), "LSP to LSF");
-            interpolate_filters(check, lsp_old_q_, lsp_new_q, a_t_fwd_q);
         } else {
             // No interpolation after a backward frame.
             check(zepsLSPToLPC_G729_16s(lsp_new, a_t_fwd), "LSP to LPC");
             check(zepsLSPToLSF_Norm_G729_16s(lsp_new, lsf_new), "LSP to LSF");
             std::memcpy(lsf_int, lsf_new, sizeof lsf_int);
-            check(zepsLSPToLPC_G729_16s(lsp_new_q, a_t_fwd_q + kOrder + 1), "LSP to LPC");
-            std::memcpy(a_t_fwd_q, a_t_fwd_q + kOrder + 1, (kOrder + 1) * sizeof(Zep16s));
+        }
+        // Quantisation (active frames).
+        Zep16s lsp_new_q[kOrder] = {}, code_lsp[2] = {}, freq_cur[kOrder] = {};
+        if (vad == 1) {
+            check(zepsLSPQuant_G729E_16s(lsp_new, &freq_prev_[0][0], lsp_new_q, code_lsp, freq_cur),
+                  "LSP quantisation");
+            if (prev_mode_ == 0) {
+                interpolate_filters(check, lsp_old_q_, lsp_new_q, a_t_fwd_q);
+            } else {
+                check(zepsLSPToLPC_G729_16s(lsp_new_q, a_t_fwd_q + kOrder + 1), "LSP to LPC");
+                std::memcpy(a_t_fwd_q, a_t_fwd_q + kOrder + 1, (kOrder + 1) * sizeof(Zep16s));
+            }
+        } else {
+            std::memcpy(a_t_fwd_q, a_t_fwd, sizeof a_t_fwd_q);  // read by the decision below, not used
         }
 
-        // Forward or backward LP (forward, dominance decaying, below 11.8 kbit/s).
-        Zep16s mode = 0;
+        // Forward or backward LP (forward, dominance decaying, below 11.8
+        // kbit/s and on inactive frames).
+        mode = 0;
         check(zepsLPCModeDecision_G729E_16s(signal_ + kOrderBwd, a_t_fwd_q, a_t_bwd_, &mode, lsp_new, lsp_old_,
                                             high ? 1 : 0, &bwd_dominant_, prev_mode_, prev_filter_, &c_int_, stat_),
               "LPC mode decision");
@@ -169,20 +208,12 @@ private:
         std::memcpy(lsp_old_, lsp_new, sizeof lsp_old_);
 
         Zep16s gamma[4];
-        if (mode == 0) {
-            std::memcpy(lsp_old_q_, lsp_new_q, sizeof lsp_old_q_);
-            std::memmove(freq_prev_[1], freq_prev_[0], 3 * sizeof freq_prev_[0]);
-            std::memcpy(freq_prev_[0], freq_cur, sizeof freq_cur);
-            prm[0] = code_lsp[0];
-            prm[1] = code_lsp[1];
+        if (mode == 0)
             check(zepsWeightingFactors_G729_16s(lsf_int, lsf_new, rc_fwd, weighting_mem_, gamma), "weighting factors");
-        } else {
+        else
             check(zepsWeightingFactors_G729E_16s(bwd_dominant_, gamma), "weighting factors");
-        }
-        // Parameters after the LSP codes (none in backward mode).
-        Zep16s* q = mode == 0 ? prm + 2 : prm;
 
-        // Weighted speech and open-loop pitch.
+        // Weighted speech.
         Zep16s* wsp = old_wsp_ + kPitMax;
         Zep16s ap1[2][kOrderBwd + 1], ap2[2][kOrderBwd + 1];
         for (int sf = 0; sf < 2; ++sf) {
@@ -195,6 +226,23 @@ private:
                   "weighting filter");
             std::memcpy(mem_w_, wsp + o + kSubfr - kOrderBwd, sizeof mem_w_);
         }
+        if (vad == 0) {
+            const Sent sent = comfort_noise(a_t_fwd, a_t_fwd_q, gamma);
+            mode = 0;
+            return sent;
+        }
+        if (dtx_on_) next_vad(1);
+        if (mode == 0) {
+            std::memcpy(lsp_old_q_, lsp_new_q, sizeof lsp_old_q_);
+            std::memmove(freq_prev_[1], freq_prev_[0], 3 * sizeof freq_prev_[0]);
+            std::memcpy(freq_prev_[0], freq_cur, sizeof freq_cur);
+            prm[0] = code_lsp[0];
+            prm[1] = code_lsp[1];
+        }
+        // Parameters after the LSP codes (none in backward mode).
+        Zep16s* q = mode == 0 ? prm + 2 : prm;
+
+        // Open-loop pitch.
         Zep16s t_op = 0;
         check(zepsOpenLoopPitchSearch_G729_16s(wsp, &t_op), "open-loop pitch");
 
@@ -289,7 +337,74 @@ private:
             std::memcpy(mem_err_, diff + kSubfr - kOrderBwd, sizeof mem_err_);
             weighted_error_memory(gains, xn, y1, y2);
         }
-        return mode;
+        return Sent::Speech;
+    }
+
+    void next_vad(Zep16s vad) {
+        ppast_vad_ = past_vad_;
+        past_vad_ = vad;
+        if (vad == 1) seed_ = kSeedCng;
+    }
+
+    /// Cod_cng and the inactive frame's memories: the DTX decision, on a SID
+    /// frame the SID parameters, the comfort-noise excitation with the
+    /// taming update and the quantised filters; then the local synthesis at
+    /// order 10 and the target memories follow the comfort noise.
+    Sent comfort_noise(const Zep16s* a_t_fwd, Zep16s* aq, const Zep16s* gamma) {
+        // The DTX stage's Levinson-Durbin shares the forward analysis's last
+        // stable filter and reflection coefficients.
+        Zep16s last_stable[kOrder + 3];
+        std::memcpy(last_stable, old_a_fwd_, sizeof old_a_fwd_);
+        std::memcpy(last_stable + kOrder + 1, old_rc_fwd_, sizeof old_rc_fwd_);
+        Zep16s ftyp = 0, lpc[kOrder + 1], gain_idx = 0, gain = 0;
+        check(zepsDTX_G729B_16s(past_vad_, last_stable, &ftyp, lpc, &gain_idx, &gain, dtx_.data()), "DTX");
+        std::memcpy(old_a_fwd_, last_stable, sizeof old_a_fwd_);
+        std::memcpy(old_rc_fwd_, last_stable + kOrder + 1, sizeof old_rc_fwd_);
+        if (ftyp == kSidFrame) {
+            Zep16s lsp[kOrder], idx[3];
+            check(zepsLPCToLSP_G729_16s(lpc, lsp_old_q_, lsp), "LP to LSP");
+            check(zepsLSPQuant_G729B_16s(lsp, &freq_prev_[0][0], lsp_sid_, idx), "SID LSP quantisation");
+            sid_[0] = idx[0];
+            sid_[1] = idx[1];
+            sid_[2] = idx[2];
+            sid_[3] = gain_idx;
+        }
+        Zep16s* exc = old_exc_ + kExcHistory;
+        Zep16s pitch[4];
+        check(zepsCNGExcitation_G729B_16s(gain, old_exc_, &seed_, pitch), "comfort-noise excitation");
+        for (int sf = 0; sf < 2; ++sf)
+            check(zepsTamingUpdate_G729_16s(pitch[2 * sf], pitch[2 * sf + 1], exc_err_), "taming update");
+        interpolate_filters(check, lsp_old_q_, lsp_sid_, aq);
+        std::memcpy(lsp_old_q_, lsp_sid_, sizeof lsp_old_q_);
+        next_vad(0);
+
+        const Zep16s* speech = old_speech_ + kSpeechAt;
+        Zep16s* synth = synth_ + kMemSynBwd;
+        for (int sf = 0; sf < 2; ++sf) {
+            const int o = sf * kSubfr;
+            Zep16s ap1[kOrder + 1], ap2[kOrder + 1];
+            check(zepsWeightLPC_G729E_16s(a_t_fwd + sf * (kOrder + 1), gamma[sf], kOrder, ap1), "weighting");
+            check(zepsWeightLPC_G729E_16s(a_t_fwd + sf * (kOrder + 1), gamma[2 + sf], kOrder, ap2), "weighting");
+            check(zepsSynthesisFilter_G729E_16s(kOrder, aq + sf * (kOrder + 1), exc + o, synth + o, kSubfr,
+                                                mem_syn_ + kOrderBwd - kOrder, 0),
+                  "local synthesis");
+            std::memcpy(mem_syn_, synth + o + kSubfr - kOrderBwd, sizeof mem_syn_);
+            // The error without saturation, as the reference computes it,
+            // after the previous error samples.
+            Zep16s error_buf[kOrderBwd + kSubfr], xn[kSubfr];
+            Zep16s* error = error_buf + kOrderBwd;
+            std::memcpy(error_buf, mem_err_, sizeof mem_err_);
+            for (int i = 0; i < kSubfr; ++i) error[i] = static_cast<Zep16s>(speech[o + i] - synth[o + i]);
+            check(zepsResidual_G729E_16s(kOrder, ap1, error, xn, kSubfr), "target memory");
+            check(zepsSynthesisFilter_G729E_16s_I(kOrder, ap2, xn, kSubfr, mem_w0_ + kOrderBwd - kOrder, 0),
+                  "target memory");
+            std::memcpy(mem_w0_, xn + kSubfr - kOrderBwd, sizeof mem_w0_);
+            std::memcpy(mem_err_, error + kSubfr - kOrderBwd, sizeof mem_err_);
+        }
+        std::memset(prev_filter_, 0, sizeof prev_filter_);
+        std::memcpy(prev_filter_, aq + kOrder + 1, (kOrder + 1) * sizeof(Zep16s));
+        sharp_ = kSharpMin;
+        return ftyp == kSidFrame ? Sent::Sid : Sent::Untransmitted;
     }
 
     /// The weighting filter's memory of 30 samples, 10 at a time through
@@ -326,25 +441,44 @@ private:
     }
 
     /// Autocorrelation, lag window and Levinson-Durbin of order 10 (the last
-    /// stable filter kept when unstable), then the LSPs.
-    void forward_analysis(Zep16s* a, Zep16s* rc, Zep16s* lsp_new) {
-        Zep32s r[13];
+    /// stable filter kept when unstable), then the LSPs; with DTX the VAD
+    /// decision and the DTX autocorrelation history. Returns the decision
+    /// (1 without DTX).
+    Zep16s forward_analysis(Zep16s* a, Zep16s* rc, Zep16s* lsp_new) {
+        Zep32s r[13], rw[13];
         Zep16s exp_r0 = 0;
         check(zepsAutoCorr_G729B(old_speech_, &exp_r0, r), "autocorrelation");
-        check(zepsLagWindow_G729_32s_I(r + 1, kOrder), "lag window");
+        std::memcpy(rw, r, sizeof rw);
+        check(zepsLagWindow_G729_32s_I(rw + 1, 12), "lag window");
         Zep16s rh[kOrder + 1], rl[kOrder + 1];
         for (int i = 0; i <= kOrder; ++i) {
-            rh[i] = static_cast<Zep16s>(r[i] >> 16);
-            rl[i] = static_cast<Zep16s>((r[i] & 0xFFFF) >> 1);
+            rh[i] = static_cast<Zep16s>(rw[i] >> 16);
+            rl[i] = static_cast<Zep16s>((rw[i] & 0xFFFF) >> 1);
         }
         check(zepsLevinsonDurbin_G729E_16s(kOrder, rh, rl, a, rc, old_a_fwd_, old_rc_fwd_), "Levinson-Durbin");
         check(zepsLPCToLSP_G729_16s(a, lsp_old_, lsp_new), "LP to LSP");
+        if (!dtx_on_) return 1;
+        Zep16s lsf[kOrder], vad = 1;
+        check(zepsLSPToLSF_Norm_G729_16s(lsp_new, lsf), "LSP to LSF");
+        check(zepsVAD_G729B_16s(rc[1], lsf, rw, exp_r0, old_speech_, frame_count_, past_vad_, ppast_vad_, &vad,
+                                vad_.data()),
+              "VAD");
+        check(zepsDTXUpdate_G729B_16s(r, exp_r0, vad, dtx_.data()), "DTX update");
+        return vad;
     }
 
     RateI rate_;
     std::vector<RateI> schedule_;
+    bool dtx_on_;
     std::size_t frame_ = 0;
-    std::vector<std::uint8_t> hp_, hyb_;
+    std::vector<std::uint8_t> hp_, hyb_, vad_, dtx_;
+    // Annex B.
+    Zep16s frame_count_ = 0;
+    Zep16s past_vad_ = 1;
+    Zep16s ppast_vad_ = 1;
+    Zep16s seed_ = kSeedCng;
+    Zep16s lsp_sid_[kOrder] = {};
+    Zep16s sid_[4] = {};
     Zep16s old_speech_[kWindow] = {};
     Zep16s old_wsp_[kPitMax + kFrame] = {};
     Zep16s old_exc_[kExcHistory + kFrame] = {};
@@ -375,8 +509,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<zepsc_cli::FrameEncoder> make_g729i_encoder(RateI rate, std::vector<RateI> schedule) {
-    return std::make_unique<EncoderI>(rate, std::move(schedule));
+std::unique_ptr<zepsc_cli::FrameEncoder> make_g729i_encoder(RateI rate, std::vector<RateI> schedule, bool dtx) {
+    return std::make_unique<EncoderI>(rate, std::move(schedule), dtx);
 }
 
 }  // namespace zepsc_g729
