@@ -2,9 +2,9 @@
 // The integrated G.729 coder (Annex I) through the public library: every
 // shared DTX stream at 6.4, 8 and 11.8 kbit/s and the ITU-T Annex I
 // conformance sequences (DTX at 6.4 and 11.8 kbit/s, per-frame rate
-// switching 6.4/11.8 and 6.4/8/11.8), decoder .bit -> output byte for byte;
-// the encoder at 8 kbit/s with DTX; the decoder's handling of erased and
-// corrupt frames.
+// switching 6.4/11.8 and 6.4/8/11.8), decoder .bit -> output and encoder
+// speech -> .bit byte for byte; the decoder's handling of erased and corrupt
+// frames.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -63,7 +63,8 @@ std::vector<std::uint8_t> encode(const std::vector<std::int16_t>& pcm, const zep
 TEST(G729IReplay, EncoderWithDtx) {
     const std::string root = zeps::codec_test::shared_dir() + "/codecs/g729/";
     for (const auto& [folder, rate] : {std::pair<const char*, const char*>{"g729i_6k4_dtx", "6.4"},
-                                       {"g729i_8k_dtx", "8"}}) {
+                                       {"g729i_8k_dtx", "8"},
+                                       {"g729i_11k8_dtx", "11.8"}}) {
         zepsc_cli::CodecOptions o = annex_i();
         o.values["rate"] = rate;
         o.values["dtx"] = "";
@@ -78,15 +79,18 @@ TEST(G729IReplay, EncoderWithDtx) {
         }
         EXPECT_EQ(streams, 6) << folder;
     }
-    // The ITU sequences with DTX at 6.4 kbit/s -> .b10.
+    // The ITU sequences with DTX at 6.4 kbit/s -> .b10, at 11.8 kbit/s (with
+    // the music detection) -> .b12.
     const std::string dir = root + "conformance/g729i/";
     zepsc_cli::CodecOptions o = annex_i();
-    o.values["rate"] = "6.4";
     o.values["dtx"] = "";
-    for (const std::string name : {"dm19", "speech"})
-        zeps::codec_test::expect_same_bytes(encode(read_pcm(dir + (name == "dm19" ? "dm19.8k" : name)), o),
-                                            read_bytes(dir + name + ".b10"), 1,
-                                            "conformance/g729i/" + name + ".b10 encoder");
+    for (const auto& [rate, ext] : {std::pair<const char*, const char*>{"6.4", ".b10"}, {"11.8", ".b12"}}) {
+        o.values["rate"] = rate;
+        for (const std::string name : {"dm19", "speech"})
+            zeps::codec_test::expect_same_bytes(encode(read_pcm(dir + (name == "dm19" ? "dm19.8k" : name)), o),
+                                                read_bytes(dir + name + ext), 1,
+                                                "conformance/g729i/" + name + ext + " encoder");
+    }
     // A rate other than 6.4, 8 or 11.8 is refused.
     o.values["rate"] = "16";
     EXPECT_THROW(encode(std::vector<std::int16_t>(800, 0), o), zepsc_cli::CodecError);

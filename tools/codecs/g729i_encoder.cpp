@@ -71,6 +71,8 @@ public:
         check(zepsVADInit_G729B(vad_.data()), "VAD initialisation");
         dtx_ = state_block(check, zepsDTXGetStateSize_G729B);
         check(zepsDTXInit_G729B(dtx_.data()), "DTX initialisation");
+        music_ = state_block(check, zepsMusicDetectGetStateSize_G729I);
+        check(zepsMusicDetectInit_G729I(music_.data()), "music-detection initialisation");
     }
     int sample_rate() const override { return 8000; }
     std::size_t frame_samples() const override { return kFrame; }
@@ -146,7 +148,7 @@ private:
 
         // Forward analysis and the voice activity.
         Zep16s a_t_fwd[2 * (kOrder + 1)], a_t_fwd_q[2 * (kOrder + 1)], rc_fwd[kOrder], lsp_new[kOrder];
-        const Zep16s vad = forward_analysis(a_t_fwd + kOrder + 1, rc_fwd, lsp_new);
+        const Zep16s vad = forward_analysis(rate, a_t_fwd + kOrder + 1, rc_fwd, lsp_new);
         const bool high = rate == RateI::R11k8 && vad == 1;
         if (high) backward_analysis();
         std::memmove(synth_, synth_ + kFrame, kMemSynBwd * sizeof(Zep16s));
@@ -245,6 +247,7 @@ private:
         // Open-loop pitch.
         Zep16s t_op = 0;
         check(zepsOpenLoopPitchSearch_G729_16s(wsp, &t_op), "open-loop pitch");
+        keep_lag(t_op);
 
         Zep16s* exc = old_exc_ + kExcHistory;
         Zep16s* synth = synth_ + kMemSynBwd;
@@ -325,6 +328,7 @@ private:
             check(low ? zepsGainQuant_G729D_16s(xn, y1, code, y2, past_qua_en_, taming, gains, q++)
                       : zepsGainQuant_G729_16s(xn, y1, code, y2, past_qua_en_, taming, gains, q++),
                   "gain quantisation");
+            keep_pitch_gain(gains[0]);
             sharp_ = bounded_sharp(gains[0]);
             check(zepsMixExcitation_G729_16s_I(gains[0], gains[1], code, exc + o, kSubfr), "excitation");
             check(zepsTamingUpdate_G729_16s(gains[0], delay[0], exc_err_), "taming update");
@@ -338,6 +342,27 @@ private:
             weighted_error_memory(gains, xn, y1, y2);
         }
         return Sent::Speech;
+    }
+
+    /// The music detection's record of the last five open-loop lags: a lag
+    /// close to two or three times the mean of the previous four is kept
+    /// halved or divided by three.
+    void keep_lag(Zep16s t_op) {
+        std::memmove(lag_buf_, lag_buf_ + 1, 4 * sizeof(Zep16s));
+        const int mean = (lag_buf_[0] + lag_buf_[1] + lag_buf_[2] + lag_buf_[3] + 2) >> 2;  // mult_r(sum, 8192)
+        const int twice = t_op - 2 * mean, thrice = t_op - 3 * mean;
+        if (twice > -4 && twice < 4)
+            lag_buf_[4] = static_cast<Zep16s>(t_op >> 1);
+        else if (thrice > -6 && thrice < 6)
+            lag_buf_[4] = static_cast<Zep16s>((t_op * 10923) >> 15);  // mult(t_op, 1/3 in Q15)
+        else
+            lag_buf_[4] = t_op;
+    }
+
+    /// The music detection's record of the last five subframes' pitch gains.
+    void keep_pitch_gain(Zep16s gain) {
+        std::memmove(pgain_buf_, pgain_buf_ + 1, 4 * sizeof(Zep16s));
+        pgain_buf_[4] = gain;
     }
 
     void next_vad(Zep16s vad) {
@@ -400,6 +425,7 @@ private:
                   "target memory");
             std::memcpy(mem_w0_, xn + kSubfr - kOrderBwd, sizeof mem_w0_);
             std::memcpy(mem_err_, error + kSubfr - kOrderBwd, sizeof mem_err_);
+            keep_pitch_gain(8192);
         }
         std::memset(prev_filter_, 0, sizeof prev_filter_);
         std::memcpy(prev_filter_, aq + kOrder + 1, (kOrder + 1) * sizeof(Zep16s));
@@ -444,7 +470,7 @@ private:
     /// stable filter kept when unstable), then the LSPs; with DTX the VAD
     /// decision and the DTX autocorrelation history. Returns the decision
     /// (1 without DTX).
-    Zep16s forward_analysis(Zep16s* a, Zep16s* rc, Zep16s* lsp_new) {
+    Zep16s forward_analysis(RateI rate, Zep16s* a, Zep16s* rc, Zep16s* lsp_new) {
         Zep32s r[13], rw[13];
         Zep16s exp_r0 = 0;
         check(zepsAutoCorr_G729B(old_speech_, &exp_r0, r), "autocorrelation");
@@ -463,6 +489,9 @@ private:
         check(zepsVAD_G729B_16s(rc[1], lsf, rw, exp_r0, old_speech_, frame_count_, past_vad_, ppast_vad_, &vad,
                                 vad_.data()),
               "VAD");
+        check(zepsMusicDetect_G729I_16s(static_cast<int>(rate), rw[0], exp_r0, rc, lag_buf_, pgain_buf_, prev_mode_,
+                                        frame_count_, past_vad_, &vad, music_.data()),
+              "music detection");
         check(zepsDTXUpdate_G729B_16s(r, exp_r0, vad, dtx_.data()), "DTX update");
         return vad;
     }
@@ -471,7 +500,9 @@ private:
     std::vector<RateI> schedule_;
     bool dtx_on_;
     std::size_t frame_ = 0;
-    std::vector<std::uint8_t> hp_, hyb_, vad_, dtx_;
+    std::vector<std::uint8_t> hp_, hyb_, vad_, dtx_, music_;
+    Zep16s lag_buf_[5] = {20, 20, 20, 20, 20};
+    Zep16s pgain_buf_[5] = {11469, 11469, 11469, 11469, 11469};
     // Annex B.
     Zep16s frame_count_ = 0;
     Zep16s past_vad_ = 1;
