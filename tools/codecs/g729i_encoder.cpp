@@ -10,8 +10,13 @@
 // LPC mode decision, the weighting, open-loop pitch, then per subframe the
 // target, the adaptive and fixed codebooks of the frame's rate and the
 // gains); at 6.4 and 8 kbit/s the mode is forward and the backward
-// dominance is let decay. Bitstream: the ITU-T serial format, the size word
-// giving the rate (64, 80, 118).
+// dominance is let decay. With DTX (Annex B) the VAD decides after the
+// forward analysis, the music detection may turn an 11.8 kbit/s noise
+// decision into voice, and an inactive frame codes comfort noise (a SID or
+// an untransmitted frame) at order 10 while the coder's memories follow it.
+// The Annex E encoder is this coder limited to 8 and 11.8 kbit/s frames.
+// Bitstream: the ITU-T serial format, the size word giving the frame type
+// (64, 80, 118; 16 = SID with its padding bit, 0 = untransmitted).
 #include <array>
 #include <cstdio>
 #include <cstring>
