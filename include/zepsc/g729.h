@@ -1240,6 +1240,65 @@ ZEPSAPI ZepStatus zepsCNGExcitation_G729B_16s(Zep16s gain, Zep16s* pSrcDstExc, Z
 ZEPSAPI ZepStatus zepsCNGExcitation_G729I_16s(Zep16s gain, Zep16s* pSrcDstExc, Zep16s* pSeed, Zep16s* pDstGains);
 
 /**
+ * Size in bytes of the music-detection state of the integrated G.729 encoder
+ * (Annex I): writes 38 to *pSize.
+ * @return zepStsNullPtrErr if pSize is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsMusicDetectGetStateSize_G729I(Zep32s* pSize);
+
+/**
+ * Initialises the music-detection state: counters, means and the mean
+ * reflection coefficients 0, the mean pitch gain 8192 (0.5 in Q14).
+ * @return zepStsNullPtrErr if pState is null, else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsMusicDetectInit_G729I(Zep8u* pState);
+
+/**
+ * Music detection of the integrated G.729 encoder (Annex I musdetect), run
+ * on every frame after zepsVAD_G729B_16s when DTX is on: at 11.8 kbit/s it
+ * turns a noise decision into voice for music-like frames; at 6.4 and 8
+ * kbit/s it only follows the signal (the decision is left as it is).
+ * Decisions: the frame energy is the VAD's (10 log10 of r[0], Q11, less
+ * 4875) and the prediction-error energy (r[0] times the product of
+ * 1 - k_i^2 over the first four reflection coefficients); on a noise frame
+ * the mean coefficients and mean error energy move 1/10 towards the frame's.
+ * The mean pitch gain (Q14) moves 1/5 towards the mean of the last five
+ * subframes' gains; the pitch flag is set when it exceeds 0.73 (6.4 kbit/s)
+ * or 0.63 (otherwise), or, after a voice frame, when it exceeds 0.45 with
+ * the last five lags' variance below 1.3^2. Voice frames after a backward
+ * frame and pitch flags are counted over periods of 64 frames (frameCount
+ * a multiple of 64), whose running means decide together with the spectral
+ * distance (above 4915 or 12452, Q15 squared) and the energy rise over the
+ * mean (above 819) whether the frame is music: voice at 11.8 kbit/s when
+ * the distance and the rise exceed their thresholds with an energy above
+ * 10240, either of them with that energy, or the counts' means exceed 2560
+ * (pitch flags) or 280 (backward voice frames), or frameCount is below 64,
+ * with an energy above 1433.
+ * @param rate        the frame's rate: 0 = 6.4, 1 = 8, 2 = 11.8 kbit/s
+ * @param r0          the frame's autocorrelation r[0] (zepsAutoCorr_G729B's pDst[0])
+ * @param expR0       its exponent (zepsAutoCorr_G729B's pExpR0)
+ * @param pRC         the frame's first 10 reflection coefficients (forward
+ *                    Levinson-Durbin of order 10), Q15
+ * @param pLags       the last five frames' open-loop lags as the encoder keeps them
+ *                    (each the lag, half of it or a third of it when it is close to
+ *                    two or three times the mean of the previous four; 20 at start)
+ * @param pPitchGains the last five subframes' quantised pitch gains, Q14 (8192 for
+ *                    comfort-noise subframes; 11469 at start)
+ * @param prevMode    the previous frame's LPC mode: 0 forward, 1 backward
+ * @param frameCount  the frame number as the VAD takes it, 1.. (256 after 32767)
+ * @param prevVad     the previous frame's final decision, 0 or 1
+ * @param pSrcDstVad  in: the VAD's decision, 0 or 1; out: the decision after
+ *                    the music detection
+ * @param pState      music-detection state, updated
+ * Checks: pRC, pLags, pPitchGains, pSrcDstVad, pState null -> zepStsNullPtrErr;
+ * then rate outside 0..2, prevMode not 0 or 1, frameCount < 1, prevVad not 0
+ * or 1, *pSrcDstVad not 0 or 1 -> zepStsRangeErr (in that order).
+ */
+ZEPSAPI ZepStatus zepsMusicDetect_G729I_16s(int rate, Zep32s r0, Zep16s expR0, const Zep16s* pRC,
+                                            const Zep16s* pLags, const Zep16s* pPitchGains, Zep16s prevMode,
+                                            Zep16s frameCount, Zep16s prevVad, Zep16s* pSrcDstVad, Zep8u* pState);
+
+/**
  * Size in bytes of the decoder's SID gain state: writes 4 to *pSize.
  * @return zepStsNullPtrErr if pSize is null, else zepStsNoErr.
  */

@@ -2,14 +2,16 @@
 // The integrated G.729 coder (Annex I) through the public library: every
 // shared DTX stream at 6.4, 8 and 11.8 kbit/s and the ITU-T Annex I
 // conformance sequences (DTX at 6.4 and 11.8 kbit/s, per-frame rate
-// switching 6.4/11.8 and 6.4/8/11.8), decoder .bit -> output byte for byte;
-// the encoder at 8 kbit/s with DTX; the decoder's handling of erased and
-// corrupt frames.
+// switching 6.4/11.8 and 6.4/8/11.8), decoder .bit -> output and encoder
+// speech -> .bit byte for byte; the decoder's handling of erased and corrupt
+// frames.
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdio>
 #include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/codecs/codec_replay.h"
@@ -57,30 +59,71 @@ std::vector<std::uint8_t> encode(const std::vector<std::int16_t>& pcm, const zep
     return zepsc_cli::encode_all(zeps::codec_test::codec("g729"), o, "bit", pcm.data(), pcm.size());
 }
 
-TEST(G729IReplay, EncoderAt8kWithDtx) {
-    const std::string root = zeps::codec_test::shared_dir() + "/codecs/g729/g729i_8k_dtx/";
+/// The shared speech with DTX at each rate: speech/NAME.s16 -> g729i_<rate>_dtx/NAME.bit.
+TEST(G729IReplay, EncoderWithDtx) {
+    const std::string root = zeps::codec_test::shared_dir() + "/codecs/g729/";
+    for (const auto& [folder, rate] : {std::pair<const char*, const char*>{"g729i_6k4_dtx", "6.4"},
+                                       {"g729i_8k_dtx", "8"},
+                                       {"g729i_11k8_dtx", "11.8"}}) {
+        zepsc_cli::CodecOptions o = annex_i();
+        o.values["rate"] = rate;
+        o.values["dtx"] = "";
+        int streams = 0;
+        for (const auto& e : fs::directory_iterator(root + folder)) {
+            if (e.path().extension() != ".bit") continue;
+            const std::string stem = e.path().stem().string();
+            const auto pcm = read_pcm(zeps::codec_test::shared_dir() + "/speech/" + stem + ".s16");
+            zeps::codec_test::expect_same_bytes(encode(pcm, o), read_bytes(e.path().string()), 1,
+                                                std::string(folder) + "/" + stem + " encoder");
+            ++streams;
+        }
+        EXPECT_EQ(streams, 6) << folder;
+    }
+    // The ITU sequences with DTX at 6.4 kbit/s -> .b10, at 11.8 kbit/s (with
+    // the music detection) -> .b12.
+    const std::string dir = root + "conformance/g729i/";
     zepsc_cli::CodecOptions o = annex_i();
-    o.values["rate"] = "8";
     o.values["dtx"] = "";
-    int streams = 0;
-    for (const auto& e : fs::directory_iterator(root)) {
-        if (e.path().extension() != ".bit") continue;
-        const std::string stem = e.path().stem().string();
-        const auto pcm = read_pcm(zeps::codec_test::shared_dir() + "/speech/" + stem + ".s16");
-        zeps::codec_test::expect_same_bytes(encode(pcm, o), read_bytes(e.path().string()), 164,
-                                            "g729i_8k_dtx/" + stem + " encoder");
-        ++streams;
+    for (const auto& [rate, ext] : {std::pair<const char*, const char*>{"6.4", ".b10"}, {"11.8", ".b12"}}) {
+        o.values["rate"] = rate;
+        for (const std::string name : {"dm19", "speech"})
+            zeps::codec_test::expect_same_bytes(encode(read_pcm(dir + (name == "dm19" ? "dm19.8k" : name)), o),
+                                                read_bytes(dir + name + ext), 1,
+                                                "conformance/g729i/" + name + ext + " encoder");
     }
-    EXPECT_EQ(streams, 6);
-    // What is not available yet is refused, not coded otherwise.
-    const std::vector<std::int16_t> pcm(800, 0);
-    for (const char* rate : {"6.4", "11.8"}) {
-        zepsc_cli::CodecOptions r = o;
-        r.values["rate"] = rate;
-        EXPECT_THROW(encode(pcm, r), zepsc_cli::CodecError) << rate;
+    // A rate other than 6.4, 8 or 11.8 is refused.
+    o.values["rate"] = "16";
+    EXPECT_THROW(encode(std::vector<std::int16_t>(800, 0), o), zepsc_cli::CodecError);
+}
+
+/// The ITU sequences coded without DTX with the rate files: speech and
+/// dm19.8k with rate02 -> .br02, with rate012 -> .br012; one encoder state
+/// across 6.4, 8 and 11.8 kbit/s frames.
+TEST(G729IReplay, EncoderWithRateFiles) {
+    const std::string dir = zeps::codec_test::shared_dir() + "/codecs/g729/conformance/g729i/";
+    for (const std::string rate : {"02", "012"}) {
+        zepsc_cli::CodecOptions o = annex_i();
+        o.values["ratefile"] = dir + "rate" + rate;
+        for (const std::string name : {"dm19", "speech"}) {
+            const std::string in = name == "dm19" ? "dm19.8k" : name;
+            zeps::codec_test::expect_same_bytes(encode(read_pcm(dir + in), o), read_bytes(dir + name + ".br" + rate),
+                                                1, "conformance/g729i/" + name + ".br" + rate + " encoder");
+        }
     }
-    zepsc_cli::CodecOptions plain = annex_i();
-    EXPECT_THROW(encode(pcm, plain), zepsc_cli::CodecError);
+    // A rate file that ends before the speech, or holds a code above 2, is refused.
+    const std::string path = (fs::temp_directory_path() / "g729i_rate_codes").string();
+    const auto refused = [&](std::vector<std::uint8_t> codes) {
+        std::FILE* f = std::fopen(path.c_str(), "wb");
+        ASSERT_NE(f, nullptr);
+        std::fwrite(codes.data(), 1, codes.size(), f);
+        std::fclose(f);
+        zepsc_cli::CodecOptions o = annex_i();
+        o.values["ratefile"] = path;
+        EXPECT_THROW(encode(std::vector<std::int16_t>(3 * 80, 0), o), zepsc_cli::CodecError);
+    };
+    refused({0, 0, 2, 0});
+    refused({0, 0, 2, 0, 3, 0});
+    fs::remove(path);
 }
 
 /// A frame: SYNC, size, one word a bit (0x007F: all codes 0, 0x0081: 1).

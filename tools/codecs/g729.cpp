@@ -683,18 +683,35 @@ bool is_annex_i(const zepsc_cli::CodecOptions& o, const std::string& format) {
     return true;
 }
 
-/// The Annex I encoder available here: 8 kbit/s with DTX, whose frames
-/// (speech, SID, untransmitted) are those of the Annex B encoder on the
-/// main body: with one rate and no switching, the integrated coder's state
-/// across rates is never exercised.
-Setup annex_i_encoder_setup(const zepsc_cli::CodecOptions& o) {
-    if (o.get("rate", "8") != "8" || !o.has("dtx") || o.has("ratefile"))
-        throw CodecError("the Annex I encoder codes --rate 8 --dtx only so far (6.4 and 11.8 kbit/s, rate files " +
-                         std::string("and coding without DTX are not available yet)"));
-    Setup setup;
-    setup.variant = Variant::Main;
-    setup.annex_b = true;
-    return setup;
+/// The Annex I encoder: --rate 6.4, 8 or 11.8, or --ratefile (one 16-bit
+/// little-endian code a frame: 0 = 6.4, 1 = 8, 2 = 11.8), with or without
+/// --dtx (the VAD and DTX of Annex B).
+zepsc_g729::RateI annex_i_rate(const zepsc_cli::CodecOptions& o) {
+    const std::string rate = o.get("rate", "8");
+    if (rate == "6.4") return zepsc_g729::RateI::R6k4;
+    if (rate == "11.8") return zepsc_g729::RateI::R11k8;
+    if (rate != "8") throw CodecError("--rate " + rate + ": Annex I codes 6.4, 8 or 11.8 kbit/s");
+    return zepsc_g729::RateI::R8k;
+}
+
+std::vector<zepsc_g729::RateI> annex_i_schedule(const zepsc_cli::CodecOptions& o) {
+    std::vector<zepsc_g729::RateI> schedule;
+    if (!o.has("ratefile")) return schedule;
+    const std::string path = o.get("ratefile");
+    std::FILE* f = std::fopen(path.c_str(), "rb");
+    if (f == nullptr) throw CodecError("cannot open the rate file " + path);
+    std::uint8_t w[2];
+    while (std::fread(w, 1, 2, f) == 2) {
+        const unsigned code = w[0] | (w[1] << 8);
+        if (code > 2) {
+            std::fclose(f);
+            throw CodecError("rate file " + path + ": code " + std::to_string(code) + " at frame " +
+                             std::to_string(schedule.size()) + " (Annex I: 0 = 6.4, 1 = 8, 2 = 11.8 kbit/s)");
+        }
+        schedule.push_back(static_cast<zepsc_g729::RateI>(code));
+    }
+    std::fclose(f);
+    return schedule;
 }
 
 // ---- Annex D (tools/codecs/g729d.cpp) ---------------------------------------
@@ -759,8 +776,9 @@ zepsc_cli::CodecSpec make_spec() {
         "coder (.bit only): its decoder decodes 118-, 80- and 64-bit frames, SID (16) and\n"
         "untransmitted (0) frames with one state; a frame with a 0x0000 bit word (or mode\n"
         "bits that differ, or an untransmitted frame's SYNC other than 0x6B21) is erased and\n"
-        "decoded at the previous frame's rate. Its encoder codes --rate 8 --dtx (the Annex B\n"
-        "frames); the other rates and rate files are not available yet.";
+        "decoded at the previous frame's rate. Its encoder codes --rate 6.4, 8 or 11.8 (at 11.8\n"
+        "choosing forward or backward LPC each frame) or --ratefile FILE (0 = 6.4, 1 = 8,\n"
+        "2 = 11.8) with one state, and --dtx adds the VAD with SID and untransmitted frames.";
     s.options = {
         {"annex", "0 (main body), A, B, AB, D, E or I", {"0", "A", "B", "AB", "D", "E", "I"}, "0", false},
         {"rate", "bit rate in kbit/s: 6.4, 8 or 11.8 (Annexes D, E, I); default 8, with --annex D 6.4, with --annex E 11.8",
@@ -776,7 +794,8 @@ zepsc_cli::CodecSpec make_spec() {
             return zepsc_g729::make_g729d_encoder(annex_d_rate(o), annex_d_schedule(o), format == "bit");
         if (annex_e_of(o, format))
             return zepsc_cli::g729e::make_encoder(o.get("rate", "11.8") == "11.8", o.get("ratefile"));
-        if (is_annex_i(o, format)) return std::make_unique<Encoder>(annex_i_encoder_setup(o), true);
+        if (is_annex_i(o, format))
+            return zepsc_g729::make_g729i_encoder(annex_i_rate(o), annex_i_schedule(o), o.has("dtx"));
         return std::make_unique<Encoder>(setup_of(o, format), format == "bit");
     };
     s.make_decoder = [](const zepsc_cli::CodecOptions& o,

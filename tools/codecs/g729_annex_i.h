@@ -5,6 +5,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "tools/codec.h"
 
@@ -13,5 +14,14 @@ namespace zepsc_g729 {
 /// The Annex I decoder (serial .bit format): each frame's size word gives
 /// its type (118, 80, 64 bits, 16 = SID, 0 = untransmitted).
 std::unique_ptr<zepsc_cli::FrameDecoder> make_g729i_decoder();
+
+/// Frame rates of the integrated coder, numbered as its rate files code them.
+enum class RateI { R6k4 = 0, R8k = 1, R11k8 = 2 };
+
+/// The integrated encoder (tools/codecs/g729i_encoder.cpp): every frame at
+/// rate, or at schedule[frame] when schedule is not empty (the encoder
+/// fails when the schedule ends before the speech); dtx adds the VAD and
+/// DTX (SID and untransmitted frames).
+std::unique_ptr<zepsc_cli::FrameEncoder> make_g729i_encoder(RateI rate, std::vector<RateI> schedule, bool dtx);
 
 }  // namespace zepsc_g729

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The G.729 Annex E codec of the zepsc tool (11.8 kbit/s with the 8 kbit/s
 // frames of the main body in between), assembled from the public exports
-// alone: the Annex E reference decoder and encoder, stage by stage, in
-// their order. The encoder codes every frame at 11.8 kbit/s, at 8, or at
-// the rate of each frame from a rate file.
+// alone: the Annex E reference decoder, stage by stage, in its order. The
+// encoder is the integrated coder of Annex I (tools/codecs/g729i_encoder.cpp)
+// limited to 8 and 11.8 kbit/s frames without DTX: it codes every frame at
+// 11.8 kbit/s, at 8, or at the rate of each frame from a rate file.
 //
 // Bitstream: the ITU-T serial format (SYNC 0x6B21, a size word of 118 or
 // 80, then one 16-bit word a bit, 0x0081 = 1, 0x007F = 0). An 11.8 kbit/s
@@ -20,6 +21,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/codecs/g729_annex_i.h"
 #include "tools/codecs/g729_backward.h"
 #include "zepsc.h"
 
@@ -378,12 +380,6 @@ private:
 
 // ---- encoder ---------------------------------------------------------------
 
-constexpr int kWindow = 240;                      // L_WINDOW = L_TOTAL
-constexpr int kSpeechAt = kWindow - kFrame - 40;  // the frame being coded
-constexpr Zep16s kGpClip = 15564;                 // pitch-gain ceiling under taming, Q14
-constexpr Zep16s kHighPass140[6] = {1899, -3798, 1899, 4096, 7807, -3733};
-constexpr std::uint16_t kBit0 = 0x007F;
-
 /// The rate file: one 16-bit little-endian code a frame, 0 = 8, 1 = 11.8 kbit/s.
 std::vector<bool> read_schedule(const std::string& path) {
     std::vector<bool> schedule;
@@ -404,336 +400,18 @@ std::vector<bool> read_schedule(const std::string& path) {
     return schedule;
 }
 
-void put_word(std::vector<std::uint8_t>& out, std::uint16_t w) {
-    out.push_back(static_cast<std::uint8_t>(w & 0xFF));
-    out.push_back(static_cast<std::uint8_t>(w >> 8));
-}
-
-template <std::size_t N>
-void put_params(std::vector<std::uint8_t>& out, const std::array<int, N>& widths, const Zep16s* prm) {
-    for (std::size_t p = 0; p < N; ++p)
-        for (int b = widths[p] - 1; b >= 0; --b) put_word(out, (prm[p] >> b) & 1 ? kBit1 : kBit0);
-}
-
-Zep16s bounded_sharp(Zep16s gain) { return gain > kSharpMax ? kSharpMax : gain < kSharpMin ? kSharpMin : gain; }
-
-class Encoder final : public FrameEncoder {
-public:
-    Encoder(bool high_rate, std::vector<bool> schedule) : high_rate_(high_rate), schedule_(std::move(schedule)) {
-        hp_ = state_block(zepsHighPassFilterSize_G729);
-        check(zepsHighPassFilterInit_G729(kHighPass140, hp_.data()), "pre-processing initialisation");
-        hyb_ = state_block(zepsWinHybridGetStateSize_G729E_16s);
-        check(zepsWinHybridInit_G729E_16s(hyb_.data()), "hybrid-window initialisation");
-        for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
-        std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
-        std::memcpy(lsp_old_q_, kLspReset, sizeof lsp_old_q_);
-        prev_filter_[0] = a_t_bwd_mem_[0] = old_a_bwd_[0] = old_a_fwd_[0] = 4096;
-    }
-    int sample_rate() const override { return 8000; }
-    std::size_t frame_samples() const override { return kFrame; }
-
-    void encode(const std::int16_t* pcm, std::vector<std::uint8_t>& out) override {
-        bool high = high_rate_;
-        if (!schedule_.empty()) {
-            if (frame_ >= schedule_.size())
-                throw CodecError("the rate file ends at frame " + std::to_string(frame_) + ", before the speech");
-            high = schedule_[frame_];
-        }
-        ++frame_;
-        Zep16s* new_speech = old_speech_ + kWindow - kFrame;
-        std::memcpy(new_speech, pcm, kFrame * sizeof(Zep16s));
-        check(zepsHighPassFilter_G729_16s_ISfs(new_speech, kFrame, 12, hp_.data()), "pre-processing");
-        Zep16s prm[19] = {};
-        const Zep16s mode = code_frame(high, prm);
-        std::memmove(old_speech_, old_speech_ + kFrame, (kWindow - kFrame) * sizeof(Zep16s));
-        std::memmove(old_wsp_, old_wsp_ + kFrame, kPitMax * sizeof(Zep16s));
-        std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
-        std::memmove(signal_, signal_ + kFrame, kOrderBwd * sizeof(Zep16s));
-        prev_mode_ = mode;
-
-        put_word(out, kSync);
-        put_word(out, high ? kBitsHigh : kBitsLow);
-        if (!high) {
-            put_params(out, kBits8k, prm);
-        } else {
-            put_word(out, mode ? kBit1 : kBit0);
-            put_word(out, mode ? kBit1 : kBit0);
-            if (mode == 0)
-                put_params(out, kBitsFwd, prm);
-            else
-                put_params(out, kBitsBwd, prm);
-        }
-    }
-
-private:
-    /// Coder_ld8e: backward and forward LP analysis, the mode decision, the
-    /// weighting, open-loop pitch, then per subframe the target, the adaptive
-    /// and fixed codebooks, the gains and the local synthesis that feeds the
-    /// next frame's backward analysis. Returns the LPC mode.
-    Zep16s code_frame(bool high, Zep16s* prm) {
-        const Zep16s* speech = old_speech_ + kSpeechAt;
-        if (high) backward_analysis();
-        std::memmove(synth_, synth_ + kFrame, kMemSynBwd * sizeof(Zep16s));
-        std::memcpy(signal_ + kOrderBwd, speech, kFrame * sizeof(Zep16s));
-
-        // Forward analysis and quantisation.
-        Zep16s a_t_fwd[2 * (kOrder + 1)], a_t_fwd_q[2 * (kOrder + 1)], rc_fwd[kOrder], lsp_new[kOrder];
-        forward_analysis(a_t_fwd + kOrder + 1, rc_fwd, lsp_new);
-        Zep16s lsp_new_q[kOrder], code_lsp[2], freq_cur[kOrder];
-        check(zepsLSPQuant_G729E_16s(lsp_new, &freq_prev_[0][0], lsp_new_q, code_lsp, freq_cur),
-              "LSP quantisation");
-        Zep16s lsf_int[kOrder], lsf_new[kOrder];
-        if (prev_mode_ == 0) {
-            Zep16s lsp_mid[kOrder];
-            check(zepsInterpolate_G729_16s(lsp_old_, lsp_new, lsp_mid, kOrder), "LSP interpolation");
-            check(zepsLSPToLPC_G729_16s(lsp_mid, a_t_fwd), "LSP to LPC");
-            check(zepsLSPToLSF_Norm_G729_16s(lsp_mid, lsf_int), "LSP to LSF");
-            check(zepsLSPToLSF_Norm_G729_16s(lsp_new, lsf_new), "LSP to LSF");
-            check(zepsInterpolate_G729_16s(lsp_old_q_, lsp_new_q, lsp_mid, kOrder), "LSP interpolation");
-            check(zepsLSPToLPC_G729_16s(lsp_mid, a_t_fwd_q), "LSP to LPC");
-            check(zepsLSPToLPC_G729_16s(lsp_new_q, a_t_fwd_q + kOrder + 1), "LSP to LPC");
-        } else {
-            // No interpolation after a backward frame.
-            check(zepsLSPToLPC_G729_16s(lsp_new, a_t_fwd), "LSP to LPC");
-            check(zepsLSPToLSF_Norm_G729_16s(lsp_new, lsf_new), "LSP to LSF");
-            std::memcpy(lsf_int, lsf_new, sizeof lsf_int);
-            check(zepsLSPToLPC_G729_16s(lsp_new_q, a_t_fwd_q + kOrder + 1), "LSP to LPC");
-            std::memcpy(a_t_fwd_q, a_t_fwd_q + kOrder + 1, (kOrder + 1) * sizeof(Zep16s));
-        }
-
-        // Forward or backward LP.
-        Zep16s mode = 0;
-        check(zepsLPCModeDecision_G729E_16s(signal_ + kOrderBwd, a_t_fwd_q, a_t_bwd_, &mode, lsp_new, lsp_old_,
-                                            high ? 1 : 0, &bwd_dominant_, prev_mode_, prev_filter_, &c_int_, stat_),
-              "LPC mode decision");
-        const Zep16s* aq;
-        const Zep16s* ap;
-        int m_aq, m_ap;
-        if (mode == 0) {
-            c_int_ = kCIntReset;
-            m_aq = m_ap = kOrder;
-            aq = a_t_fwd_q;
-            ap = bwd_dominant_ == 0 ? a_t_fwd : a_t_fwd_q;
-            std::memset(prev_filter_, 0, sizeof prev_filter_);
-            std::memcpy(prev_filter_, aq + kOrder + 1, (kOrder + 1) * sizeof(Zep16s));
-            std::memset(ai_zero_ + kOrder + 1, 0, (kOrderBwd - kOrder) * sizeof(Zep16s));
-        } else {
-            m_aq = kOrderBwd;
-            aq = a_t_bwd_;
-            m_ap = bwd_dominant_ == 0 ? kOrder : kOrderBwd;
-            ap = bwd_dominant_ == 0 ? a_t_fwd : a_t_bwd_;
-            std::memcpy(prev_filter_, a_t_bwd_ + kOrderBwd + 1, sizeof prev_filter_);
-        }
-        std::memcpy(lsp_old_, lsp_new, sizeof lsp_old_);
-
-        Zep16s gamma[4];
-        if (mode == 0) {
-            std::memcpy(lsp_old_q_, lsp_new_q, sizeof lsp_old_q_);
-            std::memmove(freq_prev_[1], freq_prev_[0], 3 * sizeof freq_prev_[0]);
-            std::memcpy(freq_prev_[0], freq_cur, sizeof freq_cur);
-            prm[0] = code_lsp[0];
-            prm[1] = code_lsp[1];
-            check(zepsWeightingFactors_G729_16s(lsf_int, lsf_new, rc_fwd, weighting_mem_, gamma),
-                  "weighting factors");
-        } else {
-            check(zepsWeightingFactors_G729E_16s(bwd_dominant_, gamma), "weighting factors");
-        }
-        // Parameters after the LSP codes (none in backward mode).
-        Zep16s* q = mode == 0 ? prm + 2 : prm;
-
-        // Weighted speech and open-loop pitch.
-        Zep16s* wsp = old_wsp_ + kPitMax;
-        Zep16s ap1[2][kOrderBwd + 1], ap2[2][kOrderBwd + 1];
-        for (int sf = 0; sf < 2; ++sf) {
-            const int o = sf * kSubfr;
-            const Zep16s* a = ap + sf * (m_ap + 1);
-            check(zepsWeightLPC_G729E_16s(a, gamma[sf], m_ap, ap1[sf]), "weighting");
-            check(zepsWeightLPC_G729E_16s(a, gamma[2 + sf], m_ap, ap2[sf]), "weighting");
-            check(zepsResidual_G729E_16s(m_ap, ap1[sf], speech + o, wsp + o, kSubfr), "weighting filter");
-            check(zepsSynthesisFilter_G729E_16s_I(m_ap, ap2[sf], wsp + o, kSubfr, mem_w_ + kOrderBwd - m_ap, 0),
-                  "weighting filter");
-            std::memcpy(mem_w_, wsp + o + kSubfr - kOrderBwd, sizeof mem_w_);
-        }
-        Zep16s t_op = 0;
-        check(zepsOpenLoopPitchSearch_G729_16s(wsp, &t_op), "open-loop pitch");
-
-        Zep16s* exc = old_exc_ + kExcHistory;
-        Zep16s* synth = synth_ + kMemSynBwd;
-        Zep16s t0_first = 0;
-        for (int sf = 0; sf < 2; ++sf) {
-            const int o = sf * kSubfr;
-            const Zep16s* a_q = aq + sf * (m_aq + 1);
-            Zep16s zero[kOrderBwd] = {};
-
-            // Impulse response of W(z)/A(z); the filter input keeps the
-            // coefficients of earlier frames beyond the current order.
-            Zep16s h1[kSubfr];
-            std::memcpy(ai_zero_, ap1[sf], (m_ap + 1) * sizeof(Zep16s));
-            check(zepsSynthesisFilter_G729E_16s(m_aq, a_q, ai_zero_, h1, kSubfr, zero, 0),
-                  "impulse response");
-            check(zepsSynthesisFilter_G729E_16s_I(m_ap, ap2[sf], h1, kSubfr, zero, 0),
-                  "impulse response");
-
-            // Target through the error filter.
-            check(zepsResidual_G729E_16s(m_aq, a_q, speech + o, exc + o, kSubfr), "LPC residual");
-            Zep16s res2[kSubfr];
-            std::memcpy(res2, exc + o, sizeof res2);
-            Zep16s error[kOrderBwd + kSubfr];
-            std::memcpy(error, mem_err_, sizeof mem_err_);
-            check(zepsSynthesisFilter_G729E_16s(m_aq, a_q, exc + o, error + kOrderBwd, kSubfr,
-                                                mem_err_ + kOrderBwd - m_aq, 0),
-                  "error filter");
-            Zep16s xn[kSubfr];
-            check(zepsResidual_G729E_16s(m_ap, ap1[sf], error + kOrderBwd, xn, kSubfr), "target");
-            check(zepsSynthesisFilter_G729E_16s_I(m_ap, ap2[sf], xn, kSubfr, mem_w0_ + kOrderBwd - m_ap, 0), "target");
-
-            // Adaptive codebook.
-            Zep16s delay[2], adapt[kSubfr];
-            check(zepsAdaptiveCodebookSearch_G729_16s(sf == 0 ? t_op : t0_first, xn, h1, old_exc_ + o, delay, adapt,
-                                                      static_cast<Zep16s>(sf)),
-                  "closed-loop pitch");
-            Zep16s index = 0;
-            check(zepsEncodeLag_G729_16s(delay, t0_first, static_cast<Zep16s>(sf), &index), "pitch-delay code");
-            if (sf == 0) {
-                t0_first = delay[0];
-                *q++ = index;
-                Zep16s parity = 0;
-                check(zepsParityPitch_G729_16s(index, &parity), "pitch parity");
-                if (high) parity = static_cast<Zep16s>(parity ^ ((index >> 1) & 1));
-                *q++ = parity;
-            } else {
-                *q++ = index;
-            }
-            Zep16s y1[kSubfr], gain_pit = 0, taming = 0;
-            check(zepsAdaptiveCodebookGain_G729_16s(xn, h1, adapt, y1, &gain_pit), "pitch gain");
-            check(zepsTamingTest_G729_16s(exc_err_, delay, &taming), "taming test");
-            if (taming == 1 && gain_pit > kGpClip) gain_pit = kGpClip;
-            Zep16s xn2[kSubfr];
-            check(zepsAdaptiveCodebookContribution_G729_16s(gain_pit, y1, xn, xn2), "codebook target");
-
-            // Fixed codebook.
-            Zep16s code[kSubfr], y2[kSubfr];
-            if (!high) {
-                Zep16s cidx[2];
-                check(zepsFixedCodebookSearch_G729_16s(xn2, h1, delay[0], sharp_, static_cast<Zep16s>(sf), &budget_,
-                                                       code, y2, cidx),
-                      "fixed codebook");
-                *q++ = cidx[0];
-                *q++ = cidx[1];
-            } else {
-                check(zepsPitchSharpening_G729_16s_I(delay[0], sharp_, h1), "pitch sharpening");
-                Zep16s ltp_res[kSubfr];
-                check(zepsAdaptiveCodebookContribution_G729_16s(gain_pit, exc + o, res2, ltp_res), "LTP residual");
-                check(zepsFixedCodebookSearch_G729E_16s(xn2, ltp_res, h1, code, y2, q, mode), "fixed codebook");
-                q += 5;
-                check(zepsPitchSharpening_G729_16s_I(delay[0], sharp_, code), "pitch sharpening");
-            }
-
-            // Gains, excitation, synthesis and memories.
-            Zep16s gains[2];
-            check(zepsGainQuant_G729_16s(xn, y1, code, y2, past_qua_en_, taming, gains, q++), "gain quantisation");
-            sharp_ = bounded_sharp(gains[0]);
-            check(zepsMixExcitation_G729_16s_I(gains[0], gains[1], code, exc + o, kSubfr), "excitation");
-            check(zepsTamingUpdate_G729_16s(gains[0], delay[0], exc_err_), "taming update");
-            check(zepsSynthesisFilter_G729E_16s(m_aq, a_q, exc + o, synth + o, kSubfr, mem_syn_ + kOrderBwd - m_aq, 0),
-                  "local synthesis");
-            std::memcpy(mem_syn_, synth + o + kSubfr - kOrderBwd, sizeof mem_syn_);
-            Zep16s diff[kSubfr];
-            // speech - synth with saturation: the target update with a gain of 1.0 (Q14).
-            check(zepsAdaptiveCodebookContribution_G729_16s(16384, synth + o, speech + o, diff), "error memory");
-            std::memcpy(mem_err_, diff + kSubfr - kOrderBwd, sizeof mem_err_);
-            weighted_error_memory(gains, xn, y1, y2);
-        }
-        return mode;
-    }
-
-    /// The weighting filter's memory of 30 samples, 10 at a time through
-    /// the main body's stage (which computes the last 10 of a subframe).
-    void weighted_error_memory(const Zep16s* gains, const Zep16s* xn, const Zep16s* y1, const Zep16s* y2) {
-        for (int part = 0; part < kOrderBwd / kOrder; ++part) {
-            Zep16s x[kSubfr] = {}, a[kSubfr] = {}, b[kSubfr] = {};
-            const int from = kSubfr - kOrderBwd + part * kOrder;
-            std::memcpy(x + kSubfr - kOrder, xn + from, kOrder * sizeof(Zep16s));
-            std::memcpy(a + kSubfr - kOrder, y1 + from, kOrder * sizeof(Zep16s));
-            std::memcpy(b + kSubfr - kOrder, y2 + from, kOrder * sizeof(Zep16s));
-            check(zepsWeightedErrorMemory_G729_16s(gains[0], gains[1], x, a, b, mem_w0_ + part * kOrder),
-                  "weighting memory");
-        }
-    }
-
-    /// autocorr_hyb_window, Lag_window_bwd, Levinsone on the local
-    /// synthesis, the saturation test and the bandwidth expansion: the
-    /// backward filter in a_t_bwd_[31..61].
-    void backward_analysis() {
-        Zep32s r[kOrderBwd + 1];
-        Zep16s rh[kOrderBwd + 1], rl[kOrderBwd + 1], rc[kOrderBwd];
-        Zep16s* a = a_t_bwd_ + kOrderBwd + 1;
-        check(zepsWinHybrid_G729E_16s32s(synth_, r, hyb_.data()), "hybrid window");
-        check(zepsLagWindow_G729E_32s16s(r, rh, rl), "lag window");
-        check(zepsLevinsonDurbin_G729E_16s(kOrderBwd, rh, rl, a, rc, old_a_bwd_, old_rc_bwd_), "Levinson-Durbin");
-        bool saturated = false;
-        for (int i = 0; i <= kOrderBwd; ++i) saturated = saturated || a[i] >= 32767;
-        if (saturated)
-            std::memcpy(a, a_t_bwd_mem_, sizeof a_t_bwd_mem_);
-        else
-            std::memcpy(a_t_bwd_mem_, a, sizeof a_t_bwd_mem_);
-        check(zepsWeightLPC_G729E_16s(a, kGammaBwd, kOrderBwd, a), "bandwidth expansion");
-    }
-
-    /// Autocorr, Lag_window and Levinsone of order 10 (the last stable
-    /// filter kept when unstable), then the LSPs.
-    void forward_analysis(Zep16s* a, Zep16s* rc, Zep16s* lsp_new) {
-        Zep32s r[13];
-        Zep16s exp_r0 = 0;
-        check(zepsAutoCorr_G729B(old_speech_, &exp_r0, r), "autocorrelation");
-        check(zepsLagWindow_G729_32s_I(r + 1, kOrder), "lag window");
-        Zep16s rh[kOrder + 1], rl[kOrder + 1];
-        for (int i = 0; i <= kOrder; ++i) {
-            rh[i] = static_cast<Zep16s>(r[i] >> 16);
-            rl[i] = static_cast<Zep16s>((r[i] & 0xFFFF) >> 1);
-        }
-        check(zepsLevinsonDurbin_G729E_16s(kOrder, rh, rl, a, rc, old_a_fwd_, old_rc_fwd_), "Levinson-Durbin");
-        check(zepsLPCToLSP_G729_16s(a, lsp_old_, lsp_new), "LP to LSP");
-    }
-
-    bool high_rate_;
-    std::vector<bool> schedule_;
-    std::size_t frame_ = 0;
-    std::vector<std::uint8_t> hp_, hyb_;
-    Zep16s old_speech_[kWindow] = {};
-    Zep16s old_wsp_[kPitMax + kFrame] = {};
-    Zep16s old_exc_[kExcHistory + kFrame] = {};
-    Zep16s ai_zero_[kSubfr] = {};
-    Zep16s mem_syn_[kOrderBwd] = {}, mem_w0_[kOrderBwd] = {}, mem_w_[kOrderBwd] = {}, mem_err_[kOrderBwd] = {};
-    Zep16s sharp_ = kSharpMin;
-    Zep32s exc_err_[4] = {0x4000, 0x4000, 0x4000, 0x4000};
-    Zep16s prev_filter_[kOrderBwd + 1] = {};
-    Zep16s synth_[kAnaBwd] = {};
-    Zep16s prev_mode_ = 0;
-    Zep16s signal_[kFrame + kOrderBwd] = {};
-    Zep16s a_t_bwd_[2 * (kOrderBwd + 1)] = {};
-    Zep16s a_t_bwd_mem_[kOrderBwd + 1] = {};
-    Zep16s bwd_dominant_ = 0;
-    Zep16s c_int_ = kCIntReset;
-    Zep16s stat_[5] = {10000, 0, 0, 0, 0};
-    Zep16s old_a_bwd_[kOrderBwd + 1] = {};
-    Zep16s old_rc_bwd_[2] = {};
-    Zep16s old_a_fwd_[kOrder + 1] = {};
-    Zep16s old_rc_fwd_[2] = {};
-    Zep16s freq_prev_[4][kOrder];
-    Zep16s lsp_old_[kOrder];
-    Zep16s lsp_old_q_[kOrder];
-    Zep16s past_qua_en_[4] = {-14336, -14336, -14336, -14336};
-    Zep16s weighting_mem_[3] = {0, 0, 1};
-    Zep16s budget_ = 30;
-};
-
 }  // namespace
 
 std::unique_ptr<FrameDecoder> make_decoder() { return std::make_unique<Decoder>(); }
 
+/// The Annex E encoder is the integrated coder limited to 8 and 11.8 kbit/s
+/// frames without DTX.
 std::unique_ptr<FrameEncoder> make_encoder(bool high_rate, const std::string& ratefile) {
-    return std::make_unique<Encoder>(high_rate, read_schedule(ratefile));
+    std::vector<zepsc_g729::RateI> schedule;
+    for (const bool high : read_schedule(ratefile))
+        schedule.push_back(high ? zepsc_g729::RateI::R11k8 : zepsc_g729::RateI::R8k);
+    return zepsc_g729::make_g729i_encoder(high_rate ? zepsc_g729::RateI::R11k8 : zepsc_g729::RateI::R8k,
+                                          std::move(schedule), false);
 }
 
 }  // namespace zepsc_cli::g729e
