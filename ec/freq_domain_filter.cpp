@@ -23,6 +23,7 @@
 // filter's error (B each), a time block (N), a spectrum (C), the FFT's work
 // area. No pointers: the arrays' places follow from order and P.
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -42,11 +43,13 @@ constexpr int kMinOrder = 2, kMaxOrder = 12, kMaxPartitions = 255;
 
 struct FdafHeader {
     std::int32_t magic, order, partitions, turn;
+    float pey, pyy, adapt;  // leakage update: smoothed error-echo and echo fluctuations, initial steps so far
+    std::int32_t adapted;   // 1 once the initial steps are done
 };
 static_assert(sizeof(FdafHeader) <= kHeader);
 
 struct FdafLayout {
-    std::int64_t desc, x, X, W, V, S, e, ev, t, T, work, total;
+    std::int64_t desc, x, X, W, V, S, e, ev, t, T, Y, M, Eh, Yh, work, total;
     int N, B, C;
 };
 
@@ -68,7 +71,11 @@ FdafLayout layout(int order, int partitions) {
     l.ev = l.e + 4 * std::int64_t{l.N};
     l.t = l.ev + 4 * std::int64_t{l.N};
     l.T = l.t + 4 * std::int64_t{l.N};
-    l.work = l.T + 4 * C;
+    l.Y = l.T + 4 * C;
+    l.M = l.Y + 4 * C;
+    l.Eh = l.M + 4 * C;
+    l.Yh = l.Eh + 4 * C;
+    l.work = l.Yh + 4 * C;
     l.total = round16(l.work + ws);
     return l;
 }
@@ -80,7 +87,9 @@ bool config_ok(int order, int partitions) {
 /// The state at the first 16-byte boundary, or null when it was not built by Init.
 FdafHeader* checked(Zep8u* pState) {
     auto* h = align16<FdafHeader>(pState);
-    if (h->magic != kMagic || !config_ok(h->order, h->partitions) || !in_range(h->turn, 0, kMaxPartitions)) return nullptr;
+    if (h->magic != kMagic || !config_ok(h->order, h->partitions) || !in_range(h->turn, 0, kMaxPartitions) ||
+        !in_range(h->adapted, 0, 1))
+        return nullptr;
     const auto* d = reinterpret_cast<const RfftDesc32f*>(reinterpret_cast<Zep8u*>(h) + kHeader);
     if (d->order != h->order) return nullptr;
     return h;
@@ -163,8 +172,9 @@ ZepStatus zepsFreqDomainFilter_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Z
     }
     float* e = at<float>(h, l.e);
     float* ev = at<float>(h, l.ev);
-    accumulate(X, at<float>(h, l.W), T, P, C, n);
-    residual(T, pNear, e, t, d, work, B);
+    float* Y = at<float>(h, l.Y);
+    accumulate(X, at<float>(h, l.W), Y, P, C, n);
+    residual(Y, pNear, e, t, d, work, B);
     accumulate(X, at<float>(h, l.V), T, P, C, n);
     residual(T, pNear, ev, t, d, work, B);
     std::memcpy(pErr, e, sizeof(float) * std::size_t(B));
@@ -172,52 +182,173 @@ ZepStatus zepsFreqDomainFilter_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Z
     return zepStsNoErr;
 }
 
+namespace {
+
+/// The coefficient guard's action: save W in V, or restore W from V (the
+/// saved filter's error and echo-estimate spectrum become the current ones).
+void guard_action(FdafHeader* h, const FdafLayout& l, int action) {
+    const std::size_t coefFloats = std::size_t(h->partitions) * std::size_t(l.C);
+    float *W = at<float>(h, l.W), *V = at<float>(h, l.V);
+    if (action == 1) std::memcpy(V, W, sizeof(float) * coefFloats);
+    if (action == 2) {
+        std::memcpy(W, V, sizeof(float) * coefFloats);
+        std::memcpy(at<float>(h, l.e), at<float>(h, l.ev), sizeof(float) * std::size_t(l.B));
+        std::memcpy(at<float>(h, l.Y), at<float>(h, l.T), sizeof(float) * std::size_t(l.C));
+    }
+}
+
+/// E = FFT(B zeros, e) into the state's spectrum buffer.
+float* error_spectrum(FdafHeader* h, const FdafLayout& l) {
+    float *t = at<float>(h, l.t), *E = at<float>(h, l.T);
+    std::fill(t, t + l.B, 0.0f);
+    std::memcpy(t + l.B, at<float>(h, l.e), sizeof(float) * std::size_t(l.B));
+    rfft_fwd_32f(t, E, at<RfftDesc32f>(h, l.desc), at<Zep8u>(h, l.work));
+    return E;
+}
+
+/// g[k] = 1 / (0.9 S[k] + 0.1 mean(S) + delta), the per-bin normaliser, into g.
+void normaliser(const float* S, float delta, float* g, int n) {
+    float mean = 0.0f;
+    for (int k = 0; k < n; ++k) mean += S[k];
+    mean *= kMeanShare / static_cast<float>(n);
+    for (int k = 0; k < n; ++k) g[k] = 1.0f / ((1.0f - kMeanShare) * S[k] + mean + delta);
+}
+
+/// W_p += G conj(X_p) for every partition (G the scaled error spectrum), then
+/// the gradient constraint on partition 0 and one further partition in turn.
+void apply_gradient(FdafHeader* h, const FdafLayout& l, const float* G) {
+    const int P = h->partitions, C = l.C, n = l.B + 1;
+    const float* X = at<float>(h, l.X);
+    float* W = at<float>(h, l.W);
+    for (int p = 0; p < P; ++p) {
+        const float* xp = X + std::size_t(p) * std::size_t(C);
+        float* wp = W + std::size_t(p) * std::size_t(C);
+        for (int k = 0; k < 2 * n; k += 2) {  // W += G conj(X)
+            wp[k] += G[k] * xp[k] + G[k + 1] * xp[k + 1];
+            wp[k + 1] += G[k + 1] * xp[k] - G[k] * xp[k + 1];
+        }
+    }
+    const auto* d = at<RfftDesc32f>(h, l.desc);
+    float* t = at<float>(h, l.t);
+    Zep8u* work = at<Zep8u>(h, l.work);
+    constrain(W, t, d, work, l.B);
+    if (P > 1) {
+        const int p = 1 + h->turn % (P - 1);
+        constrain(W + std::size_t(p) * std::size_t(C), t, d, work, l.B);
+        h->turn = (h->turn + 1) % (P - 1);
+    }
+}
+
+bool update_args_ok(Zep32f step, Zep32f delta) {
+    return step >= 0.0f && step <= 2.0f && delta > 0.0f && delta <= 3.0e38f;
+}
+
+}  // namespace
+
 ZepStatus zepsFreqDomainCoefUpdate_EC_32f(int action, Zep32f step, Zep32f delta, Zep8u* pState) {
     if (any_null(pState)) return zepStsNullPtrErr;
     FdafHeader* h = checked(pState);
     if (h == nullptr) return zepStsBadArgErr;
     if (!in_range(action, 0, 2)) return zepStsBadArgErr;
-    if (!(step >= 0.0f && step <= 2.0f) || !(delta > 0.0f && delta <= 3.0e38f)) return zepStsRangeErr;
+    if (!update_args_ok(step, delta)) return zepStsRangeErr;
     const FdafLayout l = layout(h->order, h->partitions);
-    const int P = h->partitions, B = l.B, C = l.C, n = B + 1;
-    const std::size_t coefFloats = std::size_t(P) * std::size_t(C);
-    float *W = at<float>(h, l.W), *V = at<float>(h, l.V);
-    float* e = at<float>(h, l.e);
-    if (action == 1) std::memcpy(V, W, sizeof(float) * coefFloats);
-    if (action == 2) {
-        std::memcpy(W, V, sizeof(float) * coefFloats);
-        std::memcpy(e, at<float>(h, l.ev), sizeof(float) * std::size_t(B));
-    }
+    guard_action(h, l, action);
     if (step == 0.0f) return zepStsNoErr;
-    const auto* d = at<RfftDesc32f>(h, l.desc);
-    const float *X = at<float>(h, l.X), *S = at<float>(h, l.S);
-    float *t = at<float>(h, l.t), *E = at<float>(h, l.T);
-    Zep8u* work = at<Zep8u>(h, l.work);
-    std::fill(t, t + B, 0.0f);
-    std::memcpy(t + B, e, sizeof(float) * std::size_t(B));
-    rfft_fwd_32f(t, E, d, work);
-    float mean = 0.0f;
-    for (int k = 0; k < n; ++k) mean += S[k];
-    mean *= kMeanShare / static_cast<float>(n);
+    const int n = l.B + 1;
+    float* E = error_spectrum(h, l);
+    float* g = at<float>(h, l.t);  // the time block is free until the constraint
+    normaliser(at<float>(h, l.S), delta, g, n);
     for (int k = 0; k < n; ++k) {
-        const float g = step / ((1.0f - kMeanShare) * S[k] + mean + delta);
-        E[2 * k] *= g;
-        E[2 * k + 1] *= g;
+        E[2 * k] *= step * g[k];
+        E[2 * k + 1] *= step * g[k];
     }
-    for (int p = 0; p < P; ++p) {
-        const float* xp = X + std::size_t(p) * std::size_t(C);
-        float* wp = W + std::size_t(p) * std::size_t(C);
-        for (int k = 0; k < 2 * n; k += 2) {  // W += E conj(X)
-            wp[k] += E[k] * xp[k] + E[k + 1] * xp[k + 1];
-            wp[k + 1] += E[k + 1] * xp[k] - E[k] * xp[k + 1];
-        }
+    apply_gradient(h, l, E);
+    return zepStsNoErr;
+}
+
+namespace {
+
+constexpr float kSpecAverage = 2.0f / 8000.0f;  // per sample of the block: bin-power averages
+constexpr float kLeakRate = 2.0f / 8000.0f, kLeakRateMax = 0.5f / 8000.0f;  // leakage smoothing per sample
+constexpr float kMinLeak = 0.005f;
+constexpr float kLeakGain = 4.0f;      // residual-echo share -> step (the normaliser spans all partitions)
+constexpr float kInitialStep = 1.5f;   // step multiplier before the filter has adapted
+constexpr float kAdaptedAfter = 3.0f;  // adapted once the initial steps sum to this many per partition
+
+/// Per-bin step multipliers from the leakage estimate into mu (n floats):
+/// the error power Rf = |E|^2 and the echo estimate's power Yf = |Y|^2 of
+/// each bin are compared with their slow averages; the regression of the
+/// error's fluctuations on the echo estimate's, smoothed at a rate that
+/// follows the echo-to-error ratio, is the leakage (the share of the echo
+/// estimate's power still in the error). mu[k] = (0.7 min(leak Yf, 0.5 Rf)
+/// + 0.3 RER Rf) / Rf with the residual-to-error ratio RER = (1e-4 Sxx +
+/// 3 leak Syy) / See at most 0.5 (sums over the bins). yf: n floats of work.
+void leak_steps(FdafHeader* h, const FdafLayout& l, const float* E, float* mu, float* yf) {
+    const int n = l.B + 1;
+    const float *Y = at<float>(h, l.Y), *X0 = at<float>(h, l.X);
+    float *Eh = at<float>(h, l.Eh), *Yh = at<float>(h, l.Yh);
+    const float avg = kSpecAverage * static_cast<float>(l.B);
+    double pey = 0, pyy = 0, see = 0, syy = 0, sxx = 0;
+    for (int k = 0; k < n; ++k) {
+        const float rf = E[2 * k] * E[2 * k] + E[2 * k + 1] * E[2 * k + 1];
+        const float y = Y[2 * k] * Y[2 * k] + Y[2 * k + 1] * Y[2 * k + 1];
+        const float de = rf - Eh[k], dy = y - Yh[k];
+        pey += double{de} * dy;
+        pyy += double{dy} * dy;
+        Eh[k] += avg * de;
+        Yh[k] += avg * dy;
+        see += rf;
+        syy += y;
+        sxx += X0[2 * k] * X0[2 * k] + X0[2 * k + 1] * X0[2 * k + 1];
+        mu[k] = rf;
+        yf[k] = y;
     }
-    constrain(W, t, d, work, B);
-    if (P > 1) {
-        const int p = 1 + h->turn % (P - 1);
-        constrain(W + std::size_t(p) * std::size_t(C), t, d, work, B);
-        h->turn = (h->turn + 1) % (P - 1);
+    pyy = std::sqrt(pyy);
+    pey = pyy > 0 ? pey / pyy : 0.0;
+    const double rate = double{kLeakRate} * l.B, rateMax = double{kLeakRateMax} * l.B;
+    const double alpha = see > 0 ? std::min(rate * syy, rateMax * see) / see : 0.0;
+    h->pey = static_cast<float>((1 - alpha) * h->pey + alpha * pey);
+    h->pyy = static_cast<float>((1 - alpha) * h->pyy + alpha * pyy);
+    h->pyy = std::max(h->pyy, 1.0f);
+    h->pey = std::clamp(h->pey, kMinLeak * h->pyy, h->pyy);
+    const float leak = h->pey / h->pyy;
+    const float rer = see > 0 ? std::min(static_cast<float>((1e-4 * sxx + 3.0 * leak * syy) / see), 0.5f) : 0.5f;
+    for (int k = 0; k < n; ++k) {
+        const float rf = mu[k] + 1e-3f;
+        mu[k] = (0.7f * std::min(leak * yf[k], 0.5f * rf) + 0.3f * rer * rf) / rf;
     }
+}
+
+}  // namespace
+
+ZepStatus zepsFreqDomainLeakUpdate_EC_32f(int action, Zep32f step, Zep32f delta, Zep8u* pState) {
+    if (any_null(pState)) return zepStsNullPtrErr;
+    FdafHeader* h = checked(pState);
+    if (h == nullptr) return zepStsBadArgErr;
+    if (!in_range(action, 0, 3)) return zepStsBadArgErr;
+    if (!update_args_ok(step, delta)) return zepStsRangeErr;
+    const FdafLayout l = layout(h->order, h->partitions);
+    guard_action(h, l, action);
+    if (action == 3) h->adapted = 0, h->adapt = 0.0f;
+    const int n = l.B + 1;
+    float* E = error_spectrum(h, l);
+    float *mu = at<float>(h, l.M), *g = at<float>(h, l.t);
+    leak_steps(h, l, E, mu, g);
+    if (step == 0.0f) return zepStsNoErr;
+    normaliser(at<float>(h, l.S), delta, g, n);
+    if (h->adapted == 0) {
+        std::fill(mu, mu + n, kInitialStep);
+        h->adapt += step;
+        if (h->adapt > kAdaptedAfter * static_cast<float>(h->partitions)) h->adapted = 1;
+    } else {
+        for (int k = 0; k < n; ++k) mu[k] *= kLeakGain;
+    }
+    for (int k = 0; k < n; ++k) {
+        const float gk = step * mu[k] * g[k];
+        E[2 * k] *= gk;
+        E[2 * k + 1] *= gk;
+    }
+    apply_gradient(h, l, E);
     return zepStsNoErr;
 }
 

@@ -47,6 +47,8 @@ struct EcConfig {
     bool fdaf = false;         // frequency-domain block NLMS (takes precedence over subband)
     int fdafOrder = 7;         // its FFT order: blocks of 2^(order-1) samples
     float fdafStep = 1.0f;     // its step at the controller's step 1.0
+    bool fdafLeak = true;      // its step per bin from the leakage estimate (else the plain normalised step)
+    float fdafDtThreshold = 1.0f;  // with the leakage step: the Geigel threshold at least this
     int controlMode = 1;       // frame controller: 1 variable step, 0 fixed step 1.0
 };
 
@@ -67,7 +69,9 @@ private:
 
 class EchoCanceller {
 public:
-    explicit EchoCanceller(const EcConfig& cfg) : cfg_(cfg) {
+    explicit EchoCanceller(const EcConfig& c0) : cfg_(c0) {
+        if (cfg_.fdaf && cfg_.fdafLeak) cfg_.dtThreshold = std::max(cfg_.dtThreshold, cfg_.fdafDtThreshold);
+        const EcConfig& cfg = cfg_;
         const int tail = cfg.tailMs * cfg.rate / 1000;
         if (cfg.fdaf) {
             frame_ = 1 << (cfg.fdafOrder - 1);
@@ -266,7 +270,15 @@ private:
         for (std::size_t i = 0; i < F; ++i) py += double{nearF_[i] - linF_[i]} * (nearF_[i] - linF_[i]);
         control(ev, nearL, static_cast<float>(pe / F), static_cast<float>(py / F), step, flags);
         const float delta = static_cast<float>(segments_) * static_cast<float>(2 * frame_) * 1000.0f;
-        ok(ZEPSC_EC_LIB zepsFreqDomainCoefUpdate_EC_32f(guardAction_, step * cfg_.fdafStep, delta, fdaf_[0].get()));
+        if (cfg_.fdafLeak) {
+            // Back to the initial steps while the controller's ERLE is low
+            // (start, echo-path change); the guard's action takes precedence.
+            const bool restart = ((flags & ZEP_EC_FLAG_PATHCHANGE) != 0 || step >= 1.0f) && guardAction_ == ZEP_EC_GUARD_KEEP;
+            ok(ZEPSC_EC_LIB zepsFreqDomainLeakUpdate_EC_32f(restart ? ZEP_EC_FDAF_RESTART : guardAction_,
+                                                             step * cfg_.fdafStep, delta, fdaf_[0].get()));
+        } else {
+            ok(ZEPSC_EC_LIB zepsFreqDomainCoefUpdate_EC_32f(guardAction_, step * cfg_.fdafStep, delta, fdaf_[0].get()));
+        }
         if (ev.toneDisabled) linF_ = nearF_;
     }
 

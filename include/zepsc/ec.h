@@ -207,8 +207,10 @@ enum ZepEcFlag {
 enum ZepEcGuardAction {
     ZEP_EC_GUARD_KEEP = 0,   /**< keep both filters; the output is the adapting filter's error */
     ZEP_EC_GUARD_SAVE = 1,   /**< copy the adapting filter's coefficients into the saved filter */
-    ZEP_EC_GUARD_RESTORE = 2 /**< copy the saved coefficients back into the adapting filter; the
+    ZEP_EC_GUARD_RESTORE = 2, /**< copy the saved coefficients back into the adapting filter; the
                                   output is the saved filter's error */
+    ZEP_EC_FDAF_RESTART = 3   /**< zepsFreqDomainLeakUpdate_EC_32f only: keep both filters and
+                                  return to the initial steps (echo-path change) */
 };
 
 /** Tone detector result flags (zepsToneDetect_EC_16s). */
@@ -382,6 +384,52 @@ ZEPSAPI ZepStatus zepsFreqDomainFilter_EC_32f(const Zep32f* pFar, const Zep32f* 
  * transforms.
  */
 ZEPSAPI ZepStatus zepsFreqDomainCoefUpdate_EC_32f(int action, Zep32f step, Zep32f delta, Zep8u* pState);
+
+/**
+ * Frequency-domain update after zepsFreqDomainFilter_EC_32f with a step per
+ * bin from a leakage (residual-echo) estimate. First the action
+ * (ZEP_EC_GUARD_KEEP, _SAVE, _RESTORE as zepsFreqDomainCoefUpdate_EC_32f;
+ * ZEP_EC_FDAF_RESTART: no copy, and the initial steps start again). Then,
+ * with E = FFT(B zeros, e) and Y the adapting filter's echo-estimate
+ * spectrum (the restored filter's after a restore), the leakage estimate is
+ * brought up to date on every call, step 0 included:
+ *   Rf = |E[k]|^2, Yf = |Y[k]|^2; their averages Eh, Yh per bin move by
+ *   2B/8000 of the difference each call; the fluctuations' cross term
+ *   sum (Rf - Eh)(Yf - Yh) / sqrt(sum (Yf - Yh)^2) and norm
+ *   sqrt(sum (Yf - Yh)^2) are smoothed at the rate
+ *   a = min(2B/8000 Syy, 0.5B/8000 See) / See (Syy = sum Yf, See = sum Rf);
+ *   leak = their ratio, within 0.005..1 (the norm floored at 1);
+ *   RER = min(0.5, (1e-4 Sxx + 3 leak Syy) / See), Sxx = sum |X_0[k]|^2;
+ *   mu[k] = (0.7 min(leak Yf, 0.5 Rf) + 0.3 RER Rf) / Rf (Rf + 1e-3).
+ * When step is above 0: m[k] = 1.5 until the steps taken since Init or the
+ * last restart sum to more than 3 numPartitions, then 4 mu[k];
+ * W_p[k] += step m[k] E[k] conj(X_p[k]) / (0.9 S[k] + 0.1 mean(S) + delta),
+ * and the gradient constraint as zepsFreqDomainCoefUpdate_EC_32f.
+ *
+ * @param action ZEP_EC_GUARD_KEEP, _SAVE, _RESTORE or ZEP_EC_FDAF_RESTART
+ * @param step   0..2 (0: the action and the estimate only), the caller's
+ *               gate and scale (the controller's step)
+ * @param delta  regularisation, above 0 and at most 3e38, as
+ *               zepsFreqDomainCoefUpdate_EC_32f
+ * @param pState filter state
+ * Checks: pState null (-8); a state not built by Init (-5); action outside
+ * 0..3 (-5); step outside 0..2 or delta outside (0, 3e38] (not a number
+ * included) (-7). Nothing is written before the checks pass.
+ * Decisions: the step of each bin is the estimated share of residual echo
+ * in that bin's error (the optimal NLMS step is the residual echo's power
+ * over the error's), so the filter takes large steps while the echo
+ * dominates the error and small ones once the error is near-end noise or
+ * near-end speech, which also slows adaptation in double talk the Geigel
+ * detector misses; the estimate is the regression of the error's power
+ * fluctuations on the echo estimate's (their correlation over time is what
+ * the filter has not yet removed). The factor 4 stands for the partitions
+ * the normaliser sums over (a share of 0.5 in every bin would be a step of
+ * 2 per partition's power; measured at 8 partitions: 3 and 4 give the same
+ * steady state within 0.2 dB, 6 slows D7). The initial steps (1.5) hold
+ * until the estimate has had time to settle; the caller restarts them after
+ * an echo-path change.
+ */
+ZEPSAPI ZepStatus zepsFreqDomainLeakUpdate_EC_32f(int action, Zep32f step, Zep32f delta, Zep8u* pState);
 
 /**
  * Size of the frame controller's state (fixed).

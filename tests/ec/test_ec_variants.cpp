@@ -360,8 +360,9 @@ std::unique_ptr<Pair> fd_states(Rng& rng, int order, int parts) {
 }
 
 /// Blocks of a random echo path (an exponentially decaying FIR) with noise
-/// through filter and update on both builds, random guard actions and steps.
-void fd_run(Rng& rng) {
+/// through filter and update on both builds, random guard actions and steps;
+/// the leakage update (with its restart action) when `leak`.
+void fd_run(Rng& rng, bool leak = false) {
     const int order = static_cast<int>(rng.uniform(2, 8)), parts = static_cast<int>(rng.uniform(1, 9));
     const int B = 1 << (order - 1);
     auto st = fd_states(rng, order, parts);
@@ -384,11 +385,15 @@ void fd_run(Rng& rng) {
                   zeps::n8::zepsFreqDomainFilter_EC_32f(far.data(), nearIn.data(), e[1].data(), v[1].data(), st->b.p));
         ASSERT_TRUE(same_bytes(e[0], e[1]));
         ASSERT_TRUE(same_bytes(v[0], v[1]));
-        const int action = rng.chance(6) ? static_cast<int>(rng.uniform(-1, 3)) : 0;
+        const int action = rng.chance(6) ? static_cast<int>(rng.uniform(-1, leak ? 4 : 3)) : 0;
         const float step = rng.chance(8) ? 2.5f : static_cast<float>(rng.uniform(0, 100)) / 100.0f;
         const float delta = 1000.0f * static_cast<float>(2 * B * parts);
-        ASSERT_EQ(zeps::u8::zepsFreqDomainCoefUpdate_EC_32f(action, step, delta, st->a.p),
-                  zeps::n8::zepsFreqDomainCoefUpdate_EC_32f(action, step, delta, st->b.p));
+        if (leak)
+            ASSERT_EQ(zeps::u8::zepsFreqDomainLeakUpdate_EC_32f(action, step, delta, st->a.p),
+                      zeps::n8::zepsFreqDomainLeakUpdate_EC_32f(action, step, delta, st->b.p));
+        else
+            ASSERT_EQ(zeps::u8::zepsFreqDomainCoefUpdate_EC_32f(action, step, delta, st->a.p),
+                      zeps::n8::zepsFreqDomainCoefUpdate_EC_32f(action, step, delta, st->b.p));
         ASSERT_TRUE(same_state(st->a, st->b));
     }
 }
@@ -397,3 +402,4 @@ void fd_run(Rng& rng) {
 ZEPS_VARIANT_CHECK(zepsFreqDomainFilterInit_EC_32f) { fd_states(rng, shape(rng, 2, 12), shape(rng, 1, 20)); }
 ZEPS_VARIANT_CHECK(zepsFreqDomainFilter_EC_32f) { fd_run(rng); }
 ZEPS_VARIANT_CHECK(zepsFreqDomainCoefUpdate_EC_32f) { fd_run(rng); }
+ZEPS_VARIANT_CHECK(zepsFreqDomainLeakUpdate_EC_32f) { fd_run(rng, true); }
