@@ -10,6 +10,7 @@
 
 #include "amr/dec_lpc.h"
 #include "g729/g729_tables.h"
+#include "g729/pitch_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace amr_enc {
@@ -20,7 +21,8 @@ inline constexpr int kLWindow = 240;  ///< L_WINDOW
 
 /// Autocorr: the window applied with mult_r, r[0] recomputed on y >> 2 while
 /// it saturates, plus 1, normalised; r[1..10] with the same shift.
-inline void autocorr(const Word16* x, const std::int16_t* wind, Word32* r) {
+/// Reference loops.
+inline void autocorr_scalar(const Word16* x, const std::int16_t* wind, Word32* r) {
     Word16 y[kLWindow];
     for (int i = 0; i < kLWindow; i++) y[i] = mult_r(x[i], wind[i]);
     Word32 sum;
@@ -37,6 +39,30 @@ inline void autocorr(const Word16* x, const std::int16_t* wind, Word32* r) {
     for (int i = 1; i <= kM; i++) {
         Word32 s = 0;
         for (int j = 0; j < kLWindow - i; j++) s = L_mac(s, y[j], y[j + i]);
+        const DPF ri = L_Extract(L_shl(s, norm));
+        r[i] = L_Comp(ri.hi, ri.lo);
+    }
+}
+
+/// Autocorr as computed. The energy is a chain of non-negative terms, so it
+/// saturates exactly when its exact 64-bit sum passes MAX_32. Once 2 sum y^2
+/// fits, every lag sum does at every partial sum (sum |y_j y_j+i| <= sum
+/// y^2), so the lags are exact in 32-bit lanes; y is zero-padded so each lag
+/// is a 240-sample dot product.
+inline void autocorr(const Word16* x, const std::int16_t* wind, Word32* r) {
+    alignas(16) Word16 y[kLWindow + 16] = {};
+    for (int i = 0; i < kLWindow; i++) y[i] = mult_r(x[i], wind[i]);
+    std::int64_t e = g729p::energy64(y, kLWindow);
+    while (2 * e >= MAX_32) {
+        for (int i = 0; i < kLWindow; i++) y[i] = shr(y[i], 2);
+        e = g729p::energy64(y, kLWindow);
+    }
+    const Word32 sum = L_add(static_cast<Word32>(2 * e), 1);
+    const Word16 norm = norm_l(sum);
+    const DPF r0 = L_Extract(L_shl(sum, norm));
+    r[0] = L_Comp(r0.hi, r0.lo);
+    for (int i = 1; i <= kM; i++) {
+        const Word32 s = 2 * g729p::dot_lanes(y, y + i, kLWindow);
         const DPF ri = L_Extract(L_shl(s, norm));
         r[i] = L_Comp(ri.hi, ri.lo);
     }
