@@ -497,16 +497,9 @@ inline int mr475_search_scalar(const Word16* coeff, const Word16* coeff_lo, Word
     return index;
 }
 
-/// Largest magnitudes of the four columns of the MR475 gain table.
-struct Mr475ColumnMax {
-    std::int32_t m[4] = {};
-    Mr475ColumnMax() {
-        for (int i = 0; i < 1024; i++) {
-            const std::int32_t v = zeps::amr_dec_tab::table_gain_MR475[i];
-            m[i & 3] = std::max(m[i & 3], v < 0 ? -v : v);
-        }
-    }
-};
+/// Largest magnitudes of the four columns of table_gain_MR475 (pitch gain
+/// Q14, code gain factor Q12 of each subframe); all entries are positive.
+inline constexpr std::int32_t kMr475ColumnMax[4] = {20490, 26526, 20717, 26358};
 
 /// The MR475 search as computed. Every term of the error is Mpy_32_16(hi,
 /// lo, n) = 2 hi n + 2 mult(lo, n) with 0 <= lo < 2^15, so its magnitude is
@@ -517,11 +510,11 @@ struct Mr475ColumnMax {
 inline int mr475_search(const Word16* coeff, const Word16* coeff_lo, Word16 sf0_gcode0, Word16 sf1_gcode0,
                         Word16 gp_limit) {
     using zeps::amr_dec_tab::table_gain_MR475;
-    static const Mr475ColumnMax col;
     auto mult_bound = [](std::int64_t a, std::int64_t b) { return ((a * b) >> 15) + 1; };
     std::int64_t n_max[10];
     for (int sf = 0; sf < 2; sf++) {
-        const std::int64_t gp = col.m[2 * sf], gc = mult_bound(col.m[2 * sf + 1], sf == 0 ? sf0_gcode0 : sf1_gcode0);
+        const std::int64_t gp = kMr475ColumnMax[2 * sf];
+        const std::int64_t gc = mult_bound(kMr475ColumnMax[2 * sf + 1], sf == 0 ? sf0_gcode0 : sf1_gcode0);
         std::int64_t* n = n_max + 5 * sf;
         n[0] = mult_bound(gp, gp);
         n[1] = gp;

@@ -6,6 +6,7 @@
 // vectorised Chebyshev series, gain coefficients that could saturate.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "amr/amr_dec_tables.h"
@@ -149,6 +150,10 @@ TEST(AmrEncKernels, AzLspEqualsReferenceRoutine) {
 }
 
 TEST(AmrEncKernels, Mr475SearchEqualsReferenceLoop) {
+    std::int32_t col[4] = {};  // the column bounds the search relies on
+    for (int i = 0; i < 1024; ++i) col[i & 3] = std::max<std::int32_t>(col[i & 3], zeps::amr_dec_tab::table_gain_MR475[i]);
+    for (int c = 0; c < 4; ++c) ASSERT_EQ(col[c], e::kMr475ColumnMax[c]);
+    ASSERT_GT(*std::min_element(zeps::amr_dec_tab::table_gain_MR475, zeps::amr_dec_tab::table_gain_MR475 + 1024), 0);
     Rng rng(475);
     for (int round = 0; round < 2000; ++round) {
         // normalised coefficients as MR475_gain_quant makes them (|hi| < 2^14),
