@@ -6,6 +6,8 @@
 // mode), energies as exponent/fraction pairs, predictor memories Q10.
 #pragma once
 
+#include <cstdlib>
+
 #include "amr/dec_gain.h"
 #include "amr/enc_pitch.h"
 
@@ -455,6 +457,92 @@ inline void mr475_store(GainPredState& pred, const std::int16_t* p, Word16 gcode
     gc_pred_update(pred, qua_ener_MR122, qua_ener);
 }
 
+/// The 256-entry search of MR475_gain_quant (reference loop): the entry of
+/// least weighted error of the two subframes among those whose pitch gains
+/// stay within gp_limit.
+inline int mr475_search_scalar(const Word16* coeff, const Word16* coeff_lo, Word16 sf0_gcode0, Word16 sf1_gcode0,
+                               Word16 gp_limit) {
+    using zeps::amr_dec_tab::table_gain_MR475;
+    Word32 dist_min = MAX_32;
+    int index = 0;
+    Word16 tmp;
+    for (int i = 0; i < 256; i++) {
+        const std::int16_t* p = &table_gain_MR475[4 * i];
+        Word16 g_pitch = p[0];
+        Word16 g_code = mult(p[1], sf0_gcode0);
+        Word16 g2_pitch = mult(g_pitch, g_pitch), g2_code = mult(g_code, g_code), g_pit_cod = mult(g_code, g_pitch);
+        Word32 L_tmp = Mpy_32_16(coeff[0], coeff_lo[0], g2_pitch);
+        L_tmp = Mac_32_16(L_tmp, coeff[1], coeff_lo[1], g_pitch);
+        L_tmp = Mac_32_16(L_tmp, coeff[2], coeff_lo[2], g2_code);
+        L_tmp = Mac_32_16(L_tmp, coeff[3], coeff_lo[3], g_code);
+        L_tmp = Mac_32_16(L_tmp, coeff[4], coeff_lo[4], g_pit_cod);
+        tmp = sub(g_pitch, gp_limit);
+        g_pitch = p[2];
+        if (tmp <= 0 && g_pitch <= gp_limit) {
+            g_code = mult(p[3], sf1_gcode0);
+            g2_pitch = mult(g_pitch, g_pitch);
+            g2_code = mult(g_code, g_code);
+            g_pit_cod = mult(g_code, g_pitch);
+            L_tmp = Mac_32_16(L_tmp, coeff[5], coeff_lo[5], g2_pitch);
+            L_tmp = Mac_32_16(L_tmp, coeff[6], coeff_lo[6], g_pitch);
+            L_tmp = Mac_32_16(L_tmp, coeff[7], coeff_lo[7], g2_code);
+            L_tmp = Mac_32_16(L_tmp, coeff[8], coeff_lo[8], g_code);
+            L_tmp = Mac_32_16(L_tmp, coeff[9], coeff_lo[9], g_pit_cod);
+            if (L_sub(L_tmp, dist_min) < 0) {
+                dist_min = L_tmp;
+                index = i;
+            }
+        }
+    }
+    return index;
+}
+
+/// Largest magnitudes of the four columns of table_gain_MR475 (pitch gain
+/// Q14, code gain factor Q12 of each subframe); all entries are positive.
+inline constexpr std::int32_t kMr475ColumnMax[4] = {20490, 26526, 20717, 26358};
+
+/// The MR475 search as computed. Every term of the error is Mpy_32_16(hi,
+/// lo, n) = 2 hi n + 2 mult(lo, n) with 0 <= lo < 2^15, so its magnitude is
+/// at most (2 |hi| + 2) |n|. With bounds on |n| from the table's columns
+/// (|mult(a, b)| <= |a| |b| / 2^15 + 1), when the ten terms' bounds add up
+/// to at most MAX_32 no partial sum of the reference's chain saturates and
+/// the error is plain 32-bit arithmetic; otherwise the reference loop runs.
+inline int mr475_search(const Word16* coeff, const Word16* coeff_lo, Word16 sf0_gcode0, Word16 sf1_gcode0,
+                        Word16 gp_limit) {
+    using zeps::amr_dec_tab::table_gain_MR475;
+    auto mult_bound = [](std::int64_t a, std::int64_t b) { return ((a * b) >> 15) + 1; };
+    std::int64_t n_max[10];
+    for (int sf = 0; sf < 2; sf++) {
+        const std::int64_t gp = kMr475ColumnMax[2 * sf];
+        const std::int64_t gc = mult_bound(kMr475ColumnMax[2 * sf + 1], sf == 0 ? sf0_gcode0 : sf1_gcode0);
+        std::int64_t* n = n_max + 5 * sf;
+        n[0] = mult_bound(gp, gp);
+        n[1] = gp;
+        n[2] = mult_bound(gc, gc);
+        n[3] = gc;
+        n[4] = mult_bound(gc, gp);
+    }
+    std::int64_t bound = 0;
+    for (int k = 0; k < 10; k++) bound += (2 * std::abs(std::int64_t{coeff[k]}) + 2) * n_max[k];
+    if (bound > MAX_32) return mr475_search_scalar(coeff, coeff_lo, sf0_gcode0, sf1_gcode0, gp_limit);
+    auto term = [&](int k, Word16 n) { return 2 * coeff[k] * n + 2 * mult(coeff_lo[k], n); };
+    std::int32_t dist_min = MAX_32;
+    int index = 0;
+    for (int i = 0; i < 256; i++) {
+        const std::int16_t* p = &table_gain_MR475[4 * i];
+        if (p[0] > gp_limit || p[2] > gp_limit) continue;
+        const Word16 gc0 = mult(p[1], sf0_gcode0), gc1 = mult(p[3], sf1_gcode0);
+        const std::int32_t d = term(0, mult(p[0], p[0])) + term(1, p[0]) + term(2, mult(gc0, gc0)) + term(3, gc0) +
+                               term(4, mult(gc0, p[0])) + term(5, mult(p[2], p[2])) + term(6, p[2]) +
+                               term(7, mult(gc1, gc1)) + term(8, gc1) + term(9, mult(gc1, p[2]));
+        if (d < dist_min) {
+            dist_min = d;
+            index = i;
+        }
+    }
+    return index;
+}
+
 /// MR475_gain_quant: joint VQ of the gains of two subframes; returns the index.
 inline Word16 mr475_gain_quant(GainQuantState& st, const Word16* sf1_code, Word16 sf1_exp_gcode0,
                                Word16 sf1_frac_gcode0, const Word16* sf1_exp_coeff, const Word16* sf1_frac_coeff,
@@ -496,42 +584,14 @@ inline Word16 mr475_gain_quant(GainQuantState& st, const Word16* sf1_code, Word1
         const Word16 f = i < 5 ? st.sf0_frac_coeff[i] : sf1_frac_coeff[i - 5];
         L_Extract(L_shr(L_deposit_h(f), sub(exp, exp_max[i])), coeff[i], coeff_lo[i]);
     }
-    Word32 dist_min = MAX_32;
-    int index = 0;
-    for (int i = 0; i < 256; i++) {
-        const std::int16_t* p = &table_gain_MR475[4 * i];
-        Word16 g_pitch = p[0];
-        Word16 g_code = mult(p[1], sf0_gcode0);
-        Word16 g2_pitch = mult(g_pitch, g_pitch), g2_code = mult(g_code, g_code), g_pit_cod = mult(g_code, g_pitch);
-        Word32 L_tmp = Mpy_32_16(coeff[0], coeff_lo[0], g2_pitch);
-        L_tmp = Mac_32_16(L_tmp, coeff[1], coeff_lo[1], g_pitch);
-        L_tmp = Mac_32_16(L_tmp, coeff[2], coeff_lo[2], g2_code);
-        L_tmp = Mac_32_16(L_tmp, coeff[3], coeff_lo[3], g_code);
-        L_tmp = Mac_32_16(L_tmp, coeff[4], coeff_lo[4], g_pit_cod);
-        tmp = sub(g_pitch, gp_limit);
-        g_pitch = p[2];
-        if (tmp <= 0 && g_pitch <= gp_limit) {
-            g_code = mult(p[3], sf1_gcode0);
-            g2_pitch = mult(g_pitch, g_pitch);
-            g2_code = mult(g_code, g_code);
-            g_pit_cod = mult(g_code, g_pitch);
-            L_tmp = Mac_32_16(L_tmp, coeff[5], coeff_lo[5], g2_pitch);
-            L_tmp = Mac_32_16(L_tmp, coeff[6], coeff_lo[6], g_pitch);
-            L_tmp = Mac_32_16(L_tmp, coeff[7], coeff_lo[7], g2_code);
-            L_tmp = Mac_32_16(L_tmp, coeff[8], coeff_lo[8], g_code);
-            L_tmp = Mac_32_16(L_tmp, coeff[9], coeff_lo[9], g_pit_cod);
-            if (L_sub(L_tmp, dist_min) < 0) {
-                dist_min = L_tmp;
-                index = i;
-            }
-        }
-    }
+    const int index = mr475_search(coeff, coeff_lo, sf0_gcode0, sf1_gcode0, gp_limit);
     mr475_store(st.pred, &table_gain_MR475[4 * index], sf0_gcode0, st.sf0_exp_gcode0, sf0_gain_pit, sf0_gain_cod);
     gc_pred(st.pred, MR475, sf1_code, sf1_exp_gcode0, sf1_frac_gcode0);
     sf1_gcode0 = extract_l(Pow2(14, sf1_frac_gcode0));
     mr475_store(st.pred, &table_gain_MR475[4 * index + 2], sf1_gcode0, sf1_exp_gcode0, sf1_gain_pit, sf1_gain_cod);
     return static_cast<Word16>(index);
 }
+
 
 }  // namespace amr_enc
 ZEPS_END_VARIANT

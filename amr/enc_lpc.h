@@ -10,6 +10,8 @@
 
 #include "amr/dec_lpc.h"
 #include "g729/g729_tables.h"
+#include "g729/lp_kernels.h"
+#include "g729/pitch_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace amr_enc {
@@ -20,7 +22,8 @@ inline constexpr int kLWindow = 240;  ///< L_WINDOW
 
 /// Autocorr: the window applied with mult_r, r[0] recomputed on y >> 2 while
 /// it saturates, plus 1, normalised; r[1..10] with the same shift.
-inline void autocorr(const Word16* x, const std::int16_t* wind, Word32* r) {
+/// Reference loops.
+inline void autocorr_scalar(const Word16* x, const std::int16_t* wind, Word32* r) {
     Word16 y[kLWindow];
     for (int i = 0; i < kLWindow; i++) y[i] = mult_r(x[i], wind[i]);
     Word32 sum;
@@ -37,6 +40,30 @@ inline void autocorr(const Word16* x, const std::int16_t* wind, Word32* r) {
     for (int i = 1; i <= kM; i++) {
         Word32 s = 0;
         for (int j = 0; j < kLWindow - i; j++) s = L_mac(s, y[j], y[j + i]);
+        const DPF ri = L_Extract(L_shl(s, norm));
+        r[i] = L_Comp(ri.hi, ri.lo);
+    }
+}
+
+/// Autocorr as computed. The energy is a chain of non-negative terms, so it
+/// saturates exactly when its exact 64-bit sum passes MAX_32. Once 2 sum y^2
+/// fits, every lag sum does at every partial sum (sum |y_j y_j+i| <= sum
+/// y^2), so the lags are exact in 32-bit lanes; y is zero-padded so each lag
+/// is a 240-sample dot product.
+inline void autocorr(const Word16* x, const std::int16_t* wind, Word32* r) {
+    alignas(16) Word16 y[kLWindow + 16] = {};
+    for (int i = 0; i < kLWindow; i++) y[i] = mult_r(x[i], wind[i]);
+    std::int64_t e = g729p::energy64(y, kLWindow);
+    while (2 * e >= MAX_32) {
+        for (int i = 0; i < kLWindow; i++) y[i] = shr(y[i], 2);
+        e = g729p::energy64(y, kLWindow);
+    }
+    const Word32 sum = L_add(static_cast<Word32>(2 * e), 1);
+    const Word16 norm = norm_l(sum);
+    const DPF r0 = L_Extract(L_shl(sum, norm));
+    r[0] = L_Comp(r0.hi, r0.lo);
+    for (int i = 1; i <= kM; i++) {
+        const Word32 s = 2 * g729p::dot_lanes(y, y + i, kLWindow);
         const DPF ri = L_Extract(L_shl(s, norm));
         r[i] = L_Comp(ri.hi, ri.lo);
     }
@@ -121,13 +148,9 @@ inline Word16 chebps(Word16 x, const Word16* f) {
     return extract_h(L_shl(t0, 6));
 }
 
-/// Az_lsp: the roots of the sum and difference polynomials on the 60-point
-/// cosine grid, each refined by four bisections and a linear interpolation;
-/// fewer than 10 roots keep old_lsp.
-inline void az_lsp(const Word16* a, Word16* lsp, const Word16* old_lsp) {
-    constexpr int kNC = kM / 2, kGridPoints = 60;
-    const std::int16_t* grid = zeps::grid;
-    Word16 f1[kNC + 1], f2[kNC + 1];
+/// F1(z) and F2(z) of Az_lsp, Q10 (f[0] = 1024).
+inline void az_lsp_polynomials(const Word16* a, Word16* f1, Word16* f2) {
+    constexpr int kNC = kM / 2;
     f1[0] = 1024;
     f2[0] = 1024;
     for (int i = 0; i < kNC; i++) {
@@ -136,18 +159,27 @@ inline void az_lsp(const Word16* a, Word16* lsp, const Word16* old_lsp) {
         x = extract_h(L_msu(L_mult(a[i + 1], 8192), a[kM - i], 8192));
         f2[i + 1] = add(x, f2[i]);
     }
+}
+
+/// The root search of Az_lsp on the 60-point cosine grid, each sign change
+/// refined by four bisections and a linear interpolation; fewer than 10
+/// roots keep old_lsp. at_grid(j, ip) is Chebps at grid point j and at(x,
+/// ip) at any x, of F1 (ip 0) or F2 (ip 1).
+template <class AtGrid, class At>
+inline void az_lsp_roots(Word16* lsp, const Word16* old_lsp, AtGrid at_grid, At at) {
+    constexpr int kGridPoints = 60;
+    const std::int16_t* grid = zeps::grid;
     int nf = 0, ip = 0, j = 0;
-    const Word16* coef = f1;
-    Word16 xlow = grid[0], ylow = chebps(xlow, coef);
+    Word16 xlow = grid[0], ylow = at_grid(0, ip);
     while (nf < kM && j < kGridPoints) {
         j++;
         Word16 xhigh = xlow, yhigh = ylow;
         xlow = grid[j];
-        ylow = chebps(xlow, coef);
+        ylow = at_grid(j, ip);
         if (L_mult(ylow, yhigh) > 0) continue;
         for (int i = 0; i < 4; i++) {
             const Word16 xmid = add(shr(xlow, 1), shr(xhigh, 1));
-            const Word16 ymid = chebps(xmid, coef);
+            const Word16 ymid = at(xmid, ip);
             if (L_mult(ylow, ymid) <= 0) {
                 yhigh = ymid;
                 xhigh = xmid;
@@ -174,11 +206,48 @@ inline void az_lsp(const Word16* a, Word16* lsp, const Word16* old_lsp) {
         lsp[nf++] = xint;
         xlow = xint;
         ip = 1 - ip;
-        coef = ip ? f2 : f1;
-        ylow = chebps(xlow, coef);
+        ylow = at(xlow, ip);
     }
     if (nf < kM)
         for (int i = 0; i < kM; i++) lsp[i] = old_lsp[i];
+}
+
+/// Az_lsp with every Chebyshev evaluation by the reference routine.
+inline void az_lsp_scalar(const Word16* a, Word16* lsp, const Word16* old_lsp) {
+    Word16 f[2][kM / 2 + 1];
+    az_lsp_polynomials(a, f[0], f[1]);
+    az_lsp_roots(
+        lsp, old_lsp, [&](int j, int ip) { return chebps(zeps::grid[j], f[ip]); },
+        [&](Word16 x, int ip) { return chebps(x, f[ip]); });
+}
+
+/// Az_lsp as computed. Chebps of the Q10 polynomial f is the ITU-T G.729
+/// Chebps_11 series of 2 f (L_mac(t, f, 8192) = L_mac(t, 2 f, 4096)) while
+/// 2 f fits in 16 bits; when that series provably never saturates for any
+/// x, both polynomials are evaluated on the whole grid eight points at a
+/// time and the bisection points in plain integer arithmetic.
+inline void az_lsp(const Word16* a, Word16* lsp, const Word16* old_lsp) {
+    constexpr int kNC = kM / 2, kGridPadded = 64;
+    Word16 f[2][kNC + 1], g[2][kNC + 1];
+    az_lsp_polynomials(a, f[0], f[1]);
+    bool fast = true;
+    for (int p = 0; p < 2; p++)
+        for (int i = 0; i <= kNC; i++) {
+            fast = fast && f[p][i] >= -16384 && f[p][i] < 16384;
+            g[p][i] = static_cast<Word16>(2 * f[p][i]);
+        }
+    fast = fast && zeps::chebps_never_saturates(g[0], 11) && zeps::chebps_never_saturates(g[1], 11);
+    if (!fast) {
+        az_lsp_scalar(a, lsp, old_lsp);
+        return;
+    }
+    alignas(16) Word16 x[kGridPadded], y[2][kGridPadded];
+    for (int j = 0; j < kGridPadded; j++) x[j] = zeps::grid[std::min(j, 60)];
+    for (int p = 0; p < 2; p++)
+        for (int j = 0; j < kGridPadded; j += 8) zeps::chebps_x8(x + j, g[p], 11, y[p] + j);
+    az_lsp_roots(
+        lsp, old_lsp, [&](int j, int ip) { return y[ip][j]; },
+        [&](Word16 xv, int ip) { return zeps::chebps_unsaturated(xv, g[ip], 11); });
 }
 
 /// Int_lpc_1and3_2: A(z) of subframes 1 and 3 from the LSPs halfway

@@ -17,6 +17,7 @@
 #include "amr/dec_pitch.h"
 #include "amr/dec_post.h"
 #include "amr/enc_lpc.h"
+#include "g729/pitch_kernels.h"
 
 ZEPS_BEGIN_VARIANT
 namespace amr_enc {
@@ -48,13 +49,20 @@ inline void subframe_pre_proc(Word16 mode, const Word16* A, const Word16* Aq, co
     syn_filt(Ap2, xn, xn, kLSubfr, mem_w0, false);
 }
 
-/// Convolve: y[n] = sum x[i] h[n-i], Q12 h, result Q0.
-inline void convolve(const Word16* x, const Word16* h, Word16* y, int L) {
+/// Convolve: y[n] = sum x[i] h[n-i], Q12 h, result Q0 (reference loop).
+inline void convolve_scalar(const Word16* x, const Word16* h, Word16* y, int L) {
     for (int n = 0; n < L; n++) {
         Word32 s = 0;
         for (int i = 0; i <= n; i++) s = L_mac(s, x[i], h[n - i]);
         y[n] = extract_h(L_shl(s, 3));
     }
+}
+
+/// Convolve; a 40-sample subframe takes the shared kernel that sums in
+/// 32-bit lanes when an energy bound proves the L_mac chain cannot saturate.
+inline void convolve(const Word16* x, const Word16* h, Word16* y, int L) {
+    if (L == kLSubfr) g729p::convolve_q12(x, h, y);
+    else convolve_scalar(x, h, y, L);
 }
 
 inline constexpr int kLInterSrch = 4;  ///< L_INTER_SRCH
@@ -72,11 +80,12 @@ struct LagCorr {
     const Word16* at(int lag) const { return &v[lag - t_min]; }
 };
 
-inline void norm_corr(const Word16* exc, const Word16* xn, const Word16* h, int t_min, int t_max,
-                      LagCorr& corr_norm) {
+/// Reference loop of Norm_Corr.
+inline void norm_corr_scalar(const Word16* exc, const Word16* xn, const Word16* h, int t_min, int t_max,
+                             LagCorr& corr_norm) {
     Word16 excf[kLSubfr], scaled_excf[kLSubfr];
     int k = -t_min;
-    convolve(&exc[k], h, excf, kLSubfr);
+    convolve_scalar(&exc[k], h, excf, kLSubfr);
     for (int j = 0; j < kLSubfr; j++) scaled_excf[j] = shr(excf[j], 2);
     Word32 s = 0;
     for (int j = 0; j < kLSubfr; j++) s = L_mac(s, excf[j], excf[j]);
@@ -110,6 +119,15 @@ inline void norm_corr(const Word16* exc, const Word16* xn, const Word16* h, int 
             s_excf[0] = shr(exc[k], scaling);
         }
     }
+}
+
+/// Norm_Corr as computed: the same stage as ITU-T G.729 Norm_Corr, whose
+/// kernel keeps energies and correlations in 32-bit lanes under the
+/// Cauchy-Schwarz bound and updates the filtered excitation eight samples
+/// at a time (the reference loop where the bound fails).
+inline void norm_corr(const Word16* exc, const Word16* xn, const Word16* h, int t_min, int t_max,
+                      LagCorr& corr_norm) {
+    g729p::norm_corr(exc, xn, h, static_cast<Word16>(t_min), static_cast<Word16>(t_max), corr_norm.v);
 }
 
 /// Interpol_3or6: the normalised correlation interpolated at a fraction.
@@ -275,8 +293,8 @@ inline Word16 pitch_fr(Word16& T0_prev, Word16 mode, const Word16* T_op, const W
 }
 
 /// G_pitch: pitch gain xn.y1 / y1.y1 (Q14, at most 1.2; 12.2 kbit/s clears
-/// the two low bits) and the correlations g_coeff[0..3].
-inline Word16 g_pitch(Word16 mode, const Word16* xn, const Word16* y1, Word16* g_coeff) {
+/// the two low bits) and the correlations g_coeff[0..3]. Reference loops.
+inline Word16 g_pitch_scalar(Word16 mode, const Word16* xn, const Word16* y1, Word16* g_coeff) {
     Word16 scaled_y1[kLSubfr];
     for (int i = 0; i < kLSubfr; i++) scaled_y1[i] = shr(y1[i], 2);
     Flag ovf = false;
@@ -317,6 +335,62 @@ inline Word16 g_pitch(Word16 mode, const Word16* xn, const Word16* y1, Word16* g
     if (gain > 19661) gain = 19661;
     if (mode == MR122) gain = static_cast<Word16>(gain & 0xfffc);
     return gain;
+}
+
+/// The gain from the two correlations (G_pitch's tail).
+inline Word16 g_pitch_gain(Word16 mode, Word16 yy, Word16 exp_yy, Word16 xy, Word16 exp_xy, Word16* g_coeff) {
+    g_coeff[0] = yy;
+    g_coeff[1] = sub(15, exp_yy);
+    g_coeff[2] = xy;
+    g_coeff[3] = sub(15, exp_xy);
+    if (sub(xy, 4) < 0) return 0;
+    xy = shr(xy, 1);
+    Word16 gain = div_s(xy, yy);
+    gain = shr(gain, sub(exp_xy, exp_yy));
+    if (gain > 19661) gain = 19661;
+    if (mode == MR122) gain = static_cast<Word16>(gain & 0xfffc);
+    return gain;
+}
+
+/// G_pitch as computed: y1.y1 from its exact 64-bit sum (a chain of
+/// non-negative terms saturates exactly when the sum passes MAX_32), and
+/// xn.y1 in 32-bit lanes when 4 (xn.xn)(y1.y1) <= MAX_32^2 (1 + twice a
+/// partial sum then stays inside the 32-bit range, so the chain neither
+/// saturates nor sets its overflow flag).
+inline Word16 g_pitch(Word16 mode, const Word16* xn, const Word16* y1, Word16* g_coeff) {
+    alignas(16) Word16 scaled_y1[kLSubfr];
+    for (int i = 0; i < kLSubfr; i++) scaled_y1[i] = shr(y1[i], 2);
+    const std::int64_t ey = g729p::energy64(y1, kLSubfr);
+    Flag ovf = false;
+    Word32 s = g729p::energy40_sat(ey, 1, ovf);
+    Word16 exp_yy, yy, exp_xy, xy;
+    if (!ovf) {
+        exp_yy = norm_l(s);
+        yy = round_fx(L_shl(s, exp_yy));
+    } else {
+        s = g729p::energy40_sat(g729p::energy64(scaled_y1, kLSubfr), 1, ovf);
+        exp_yy = norm_l(s);
+        yy = round_fx(L_shl(s, exp_yy));
+        exp_yy = sub(exp_yy, 4);
+    }
+    ovf = false;
+    if (g729p::dot_is_safe(g729p::energy64(xn, kLSubfr), ey)) {
+        s = 1 + 2 * g729p::dot_lanes(xn, y1, kLSubfr);
+    } else {
+        s = 1;
+        for (int i = 0; i < kLSubfr; i++) s = L_mac(s, xn[i], y1[i], ovf);
+    }
+    if (!ovf) {
+        exp_xy = norm_l(s);
+        xy = round_fx(L_shl(s, exp_xy));
+    } else {
+        s = 1;
+        for (int i = 0; i < kLSubfr; i++) s = L_mac(s, xn[i], scaled_y1[i]);
+        exp_xy = norm_l(s);
+        xy = round_fx(L_shl(s, exp_xy));
+        exp_xy = sub(exp_xy, 2);
+    }
+    return g_pitch_gain(mode, yy, exp_yy, xy, exp_xy, g_coeff);
 }
 
 /// q_gain_pitch: the nearest pitch gain at most gp_limit; 7.95 kbit/s also

@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// The GSM-AMR encoder's bounded fast paths (Norm_Corr, Convolve, G_pitch,
+// Autocorr, Az_lsp, the MR475 gain search) against their reference loops,
+// on inputs on both sides of the bounds that select them: silence, speech
+// levels, full-scale and -32768 runs, polynomials too large for the
+// vectorised Chebyshev series, gain coefficients that could saturate.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "amr/amr_dec_tables.h"
+#include "amr/amr_enc_tables.h"
+#include "amr/enc_gain.h"
+#include "tests/variant_check.h"
+
+// The G.729 Chebyshev kernels that Az_lsp shares are compiled in the
+// processor builds only: the reference-namespace inline stages here call
+// the u8 build's.
+namespace zeps::u8 {
+bool chebps_never_saturates(const std::int16_t* f, int q);
+void chebps_x8(const std::int16_t* x, const std::int16_t* f, int q, std::int16_t* y);
+std::int16_t chebps_unsaturated(std::int16_t x, const std::int16_t* f, int q);
+}  // namespace zeps::u8
+namespace zeps::ref {
+bool chebps_never_saturates(const Word16* f, int q) { return u8::chebps_never_saturates(f, q); }
+void chebps_x8(const Word16* x, const Word16* f, int q, Word16* y) { u8::chebps_x8(x, f, q, y); }
+Word16 chebps_unsaturated(Word16 x, const Word16* f, int q) { return u8::chebps_unsaturated(x, f, q); }
+}  // namespace zeps::ref
+
+namespace {
+
+namespace e = zeps::ref::amr_enc;
+using zeps::test::Rng;
+using V16 = std::vector<std::int16_t>;
+using zeps::ref::Word16;
+using zeps::ref::Word32;
+using zeps::ref::MAX_32;
+
+/// Samples at one of several levels, sometimes with saturated runs.
+V16 levelled(Rng& rng, std::size_t n) {
+    static const int kLevels[] = {0, 3, 300, 3000, 9000, 18000, 18001, 25000, 32767};
+    const int lvl = kLevels[rng.uniform(0, 8)];
+    V16 v(n);
+    for (auto& x : v) x = static_cast<std::int16_t>(rng.uniform(-lvl, lvl));
+    if (rng.chance(6))
+        for (auto i = static_cast<std::size_t>(rng.uniform(0, static_cast<std::int64_t>(n) - 1)); i < n; i += 3)
+            v[i] = rng.chance(2) ? -32768 : 32767;
+    return v;
+}
+
+TEST(AmrEncKernels, PitchStagesEqualReferenceLoops) {
+    Rng rng(122);
+    for (int round = 0; round < 3000; ++round) {
+        const V16 exc = levelled(rng, 154 + 40), xn = levelled(rng, 40);
+        V16 h = levelled(rng, 40);
+        if (rng.chance(2)) h[0] = 4096;
+        const Word16* ex = exc.data() + 154;
+
+        // the widest search of any mode: 20 lags plus the interpolation margins
+        const int t_min = static_cast<int>(rng.uniform(14, 126)), t_max = t_min + static_cast<int>(rng.uniform(0, 27));
+        e::LagCorr a{}, b{};
+        a.t_min = b.t_min = t_min;
+        e::norm_corr(ex, xn.data(), h.data(), t_min, t_max, a);
+        e::norm_corr_scalar(ex, xn.data(), h.data(), t_min, t_max, b);
+        for (int t = t_min; t <= t_max; ++t) ASSERT_EQ(a[t], b[t]) << "Norm_Corr round " << round << " lag " << t;
+
+        V16 ya(40), yb(40);
+        e::convolve(ex - t_min, h.data(), ya.data(), 40);
+        e::convolve_scalar(ex - t_min, h.data(), yb.data(), 40);
+        ASSERT_EQ(ya, yb) << "Convolve round " << round;
+
+        const V16 y1 = rng.chance(2) ? ya : levelled(rng, 40);
+        for (Word16 mode : {Word16{0}, Word16{7}}) {
+            Word16 ca[4], cb[4];
+            ASSERT_EQ(e::g_pitch(mode, xn.data(), y1.data(), ca), e::g_pitch_scalar(mode, xn.data(), y1.data(), cb))
+                << "G_pitch round " << round;
+            for (int i = 0; i < 4; ++i) ASSERT_EQ(ca[i], cb[i]) << "G_pitch coefficient " << i << " round " << round;
+        }
+    }
+}
+
+/// Doubled energy of the windowed signal, as Autocorr's first sum before it
+/// saturates.
+std::int64_t windowed_energy2(const V16& x, const std::int16_t* w) {
+    std::int64_t e = 0;
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        const std::int64_t y = zeps::ref::mult_r(x[i], w[i]);
+        e += y * y;
+    }
+    return 2 * e;
+}
+
+TEST(AmrEncKernels, AutocorrEqualsReferenceLoop) {
+    Rng rng(240);
+    const std::int16_t* const wind[3] = {zeps::amr_dec_tab::window_200_40, zeps::amr_enc_tab::window_160_80,
+                                         zeps::amr_enc_tab::window_232_8};
+    for (int round = 0; round < 1500; ++round) {
+        const std::int16_t* w = wind[round % 3];
+        V16 x = levelled(rng, 240);
+        if (round % 50 == 0) x.assign(240, round % 100 == 0 ? -32768 : 32767);  // rescaled twice or more
+        if (round % 4 == 1) {
+            // scaled so that the energy sits on the saturation edge, from either side
+            const V16 base = levelled(rng, 240);
+            auto scaled = [&](std::int64_t g) {
+                V16 v(240);
+                for (std::size_t i = 0; i < 240; ++i) v[i] = static_cast<std::int16_t>(base[i] * g / 65536);
+                return v;
+            };
+            std::int64_t lo = 0, hi = 65536 * 64;
+            if (windowed_energy2(scaled(hi), w) > MAX_32) {
+                while (hi - lo > 1) {
+                    const std::int64_t mid = (lo + hi) / 2;
+                    (windowed_energy2(scaled(mid), w) > MAX_32 ? hi : lo) = mid;
+                }
+                x = scaled(rng.chance(2) ? lo : hi);
+            }
+        }
+        Word32 ra[11], rb[11];
+        e::autocorr(x.data(), w, ra);
+        e::autocorr_scalar(x.data(), w, rb);
+        for (int i = 0; i < 11; ++i) ASSERT_EQ(ra[i], rb[i]) << "r[" << i << "] round " << round;
+    }
+}
+
+TEST(AmrEncKernels, AzLspEqualsReferenceRoutine) {
+    Rng rng(15);
+    static const int kLevels[] = {500, 2000, 4000, 8000, 16000, 32767};
+    int roots = 0;
+    for (int round = 0; round < 3000; ++round) {
+        // damped resonances make realistic filters; raw coefficients reach the
+        // polynomials that leave the vectorised series
+        V16 a(11);
+        a[0] = 4096;
+        const int lvl = kLevels[rng.uniform(0, 5)];
+        for (int i = 1; i <= 10; ++i) a[static_cast<std::size_t>(i)] = static_cast<std::int16_t>(rng.uniform(-lvl, lvl) / i);
+        if (round % 3 == 0)  // raw 16-bit coefficients: F1, F2 past 2^14, saturating series
+            for (int i = 1; i <= 10; ++i) a[static_cast<std::size_t>(i)] = rng.s16();
+        if (round % 6 == 1)  // alternating full-scale pairs: F1, F2 at the 16-bit limits
+            for (int i = 1; i <= 10; ++i)
+                a[static_cast<std::size_t>(i)] = static_cast<std::int16_t>(((i + round / 6) % 2 ? 32767 : -32768) + rng.uniform(0, 2000) * ((i % 2) ? -1 : 1));
+        V16 old(10), la(10), lb(10);
+        for (int i = 0; i < 10; ++i) old[static_cast<std::size_t>(i)] = static_cast<std::int16_t>(30000 - 6000 * i);
+        e::az_lsp(a.data(), la.data(), old.data());
+        e::az_lsp_scalar(a.data(), lb.data(), old.data());
+        ASSERT_EQ(la, lb) << "Az_lsp round " << round;
+        roots += la != old;
+    }
+    EXPECT_GT(roots, 300);  // the root search itself ran, not only the fallback to old_lsp
+}
+
+TEST(AmrEncKernels, Mr475SearchEqualsReferenceLoop) {
+    std::int32_t col[4] = {};  // the column bounds the search relies on
+    for (int i = 0; i < 1024; ++i) col[i & 3] = std::max<std::int32_t>(col[i & 3], zeps::amr_dec_tab::table_gain_MR475[i]);
+    for (int c = 0; c < 4; ++c) ASSERT_EQ(col[c], e::kMr475ColumnMax[c]);
+    ASSERT_GT(*std::min_element(zeps::amr_dec_tab::table_gain_MR475, zeps::amr_dec_tab::table_gain_MR475 + 1024), 0);
+    Rng rng(475);
+    for (int round = 0; round < 2000; ++round) {
+        // normalised coefficients as MR475_gain_quant makes them (|hi| < 2^14),
+        // sometimes full 16-bit ones past the bound of the plain sums
+        const int hi_max = rng.chance(4) ? 32767 : static_cast<int>(rng.uniform(1, 16383));
+        Word16 hi[10], lo[10];
+        for (int k = 0; k < 10; ++k) {
+            hi[k] = static_cast<Word16>(rng.uniform(-hi_max - (hi_max == 32767), hi_max) >> rng.uniform(0, 8));
+            lo[k] = static_cast<Word16>(rng.uniform(0, 32767));
+        }
+        auto g0 = static_cast<Word16>(rng.uniform(16384, 32767)), g1 = static_cast<Word16>(rng.uniform(16384, 32767));
+        Word16 limit = rng.chance(3) ? Word16{32767} : static_cast<Word16>(rng.uniform(0, 20000));
+        if (round % 5 == 0) {  // errors that saturate the chain: ties at MAX_32, sums past it and back
+            for (int k = 0; k < 10; ++k) hi[k] = static_cast<Word16>(rng.chance(3) ? rng.s16() : (round % 10 ? 32767 : -32768));
+            g0 = g1 = limit = 32767;
+        }
+        ASSERT_EQ(e::mr475_search(hi, lo, g0, g1, limit), e::mr475_search_scalar(hi, lo, g0, g1, limit))
+            << "MR475 search round " << round;
+    }
+}
+
+}  // namespace
