@@ -6,6 +6,10 @@
 // Q formats: weighted speech Q0 (scaled by 2^-3, 1 or 2^3 by the energy of
 // every second sample), correlations Q1, normalised maxima Q0 (Mpy_32 by the
 // Q30 inverse square root).
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
 #include "common/args.h"
 #include "common/exports.h"
 #include "g729/pitch_kernels.h"
@@ -18,7 +22,9 @@ using namespace g729p;
 
 inline constexpr int kSpan = kPitMax + kFrame;
 
-void scale_signal_fast(const Word16* sig, Word16* scal) {
+/// The reference's scaling of the weighted speech (saturating L_mac over
+/// every second sample, then shr or shl by 3 with saturation).
+void scale_signal_ref(const Word16* sig, Word16* scal) {
     Flag ovf = false;
     Word32 sum = 0;
     for (int i = 0; i < kSpan; i += 2) sum = L_mac(sum, sig[i], sig[i], ovf);
@@ -31,6 +37,25 @@ void scale_signal_fast(const Word16* sig, Word16* scal) {
     }
 }
 
+/// The same scaling in plain arithmetic: the terms of the chain are
+/// non-negative, so it saturates (and sets the overflow) exactly when the
+/// exact doubled sum exceeds MAX_32 (-32768^2 doubled included); shr by 3
+/// is the arithmetic shift and shl by 3 the product clamped to 16 bits
+/// (the odd samples are not bounded by the even ones' energy).
+void scale_signal_fast(const Word16* sig, Word16* scal) {
+    std::int64_t e = 0;
+    for (int i = 0; i < kSpan; i += 2) e += std::int32_t{sig[i]} * sig[i];
+    e *= 2;
+    if (e > MAX_32) {
+        for (int i = 0; i < kSpan; ++i) scal[i] = static_cast<Word16>(sig[i] >> 3);
+    } else if (e < 1048576L) {
+        for (int i = 0; i < kSpan; ++i)
+            scal[i] = static_cast<Word16>(std::clamp(std::int32_t{sig[i]} * 8, std::int32_t{MIN_16}, std::int32_t{MAX_16}));
+    } else {
+        std::memcpy(scal, sig, kSpan * sizeof(Word16));
+    }
+}
+
 /// The scaled signal split by parity for the decimated search: ev[k] =
 /// scal[2k], od[k] = scal[2k+1] (scal[0] is pSrc[-143]), so the frame's even
 /// samples pSrc[2k] are od[71 + k] and pSrc[2k - lag] is od[71 + k - lag/2]
@@ -39,13 +64,19 @@ struct Decimated {
     alignas(16) Word16 ev[120] = {};
     alignas(16) Word16 od[120] = {};
     const Word16* s;  // the scaled frame, for the reference loops
-    bool fast;        // no correlation or energy can saturate
+    bool fast;        // no correlation can saturate
+    bool fast_energy; // no energy can saturate
 
-    explicit Decimated(const Word16* scal) : s(scal + kPitMax) {
+    /// lanes false: the reference's L_mac loops throughout.
+    Decimated(const Word16* scal, bool lanes) : s(scal + kPitMax) {
         for (int k = 0; k < 112; ++k) ev[k] = scal[2 * k];
         for (int k = 0; k < 111; ++k) od[k] = scal[2 * k + 1];
-        // 2 sum|x y| <= sum x^2 + sum y^2 <= 2 (energy of all samples).
-        fast = 2 * (energy64(ev, 112) + energy64(od, 112)) < MAX_32;
+        // Every delayed window lies in ev or od, the frame in od[71..110]:
+        // each partial sum of a correlation is at most 2 sqrt(ef ed) in
+        // magnitude (Cauchy-Schwarz), each energy chain at most 1 + 2 ed.
+        const std::int64_t ed = std::max(energy64(ev, 112), energy64(od, 112));
+        fast = lanes && dot_is_safe(energy64(frame(), 40), ed);
+        fast_energy = lanes && 1 + 2 * ed <= MAX_32;
     }
     const Word16* frame() const { return od + 71; }
     const Word16* delayed(int lag) const { return (lag & 1) ? ev + 71 - (lag - 1) / 2 : od + 71 - lag / 2; }
@@ -57,7 +88,7 @@ struct Decimated {
         return t;
     }
     Word32 energy(int lag) const {  // 1 + doubled energy of the delayed even samples
-        if (fast) return static_cast<Word32>(1 + 2 * energy64(delayed(lag), 40));
+        if (fast_energy) return static_cast<Word32>(1 + 2 * energy64(delayed(lag), 40));
         Word32 en = 1;
         for (int i = 0; i < kFrame; i += 2) en = L_mac(en, s[i - lag], s[i - lag]);
         return en;
@@ -87,13 +118,15 @@ Word16 normalise(const Decimated& d, Word16 lag, Word32 max) {
     return extract_l(Mpy_32(max_h, max_l, en_h, en_l));
 }
 
-}  // namespace
-
-ZepStatus zepsOpenLoopPitchSearch_G729A_16s(const Zep16s* pSrc, Zep16s* pBestLag) {
-    if (any_null(pSrc, pBestLag)) return zepStsNullPtrErr;
+/// Pitch_ol_fast on pSrc[-143..79]; fast false: the reference's
+/// saturating scaling and L_mac loops throughout.
+Word16 pitch_ol_fast(const Word16* pSrc, bool fast) {
     Word16 scaled[kSpan];
-    scale_signal_fast(pSrc - kPitMax, scaled);
-    const Decimated s(scaled);
+    if (fast)
+        scale_signal_fast(pSrc - kPitMax, scaled);
+    else
+        scale_signal_ref(pSrc - kPitMax, scaled);
+    const Decimated s(scaled, fast);
 
     Word32 m;
     Word16 T1 = best_lag(s, 20, 39, 1, m);
@@ -123,8 +156,27 @@ ZepStatus zepsOpenLoopPitchSearch_G729A_16s(const Zep16s* pSrc, Zep16s* pBestLag
         T1 = T2;
     }
     if (max1 < max3) T1 = T3;
-    *pBestLag = T1;
+    return T1;
+}
+
+}  // namespace
+
+ZepStatus zepsOpenLoopPitchSearch_G729A_16s(const Zep16s* pSrc, Zep16s* pBestLag) {
+    if (any_null(pSrc, pBestLag)) return zepStsNullPtrErr;
+    *pBestLag = pitch_ol_fast(pSrc, true);
     return zepStsNoErr;
 }
+
+/// Out-of-line entries to the fast and reference forms (scaling alone, and
+/// the whole search on pSrc[-143..79]), for the tests that hold them against
+/// each other (not exported from the library).
+void g729_ol_scale(bool fast, const Word16* sig, Word16* scal) {
+    if (fast)
+        scale_signal_fast(sig, scal);
+    else
+        scale_signal_ref(sig, scal);
+}
+
+Word16 g729_ol_pitch_a(bool fast, const Word16* src) { return pitch_ol_fast(src, fast); }
 
 ZEPS_END_VARIANT
