@@ -188,8 +188,13 @@ void agc(const Word16* in, Word16* out, Word16& past_gain) {
     // The gain recursion does not depend on the samples: run it first, then
     // scale eight samples a step.
     Word16 gains[kSubfr];
-    past_gain = g729f::agc_gains(past_gain, g0, kAgcFac, gains);
+    Word16 gain = past_gain;
+    for (int i = 0; i < kSubfr; ++i) {
+        gain = add(mult(gain, kAgcFac), g0);
+        gains[i] = gain;
+    }
     g729f::agc_scale(out, gains, kSubfr);
+    past_gain = gain;
 }
 
 }  // namespace

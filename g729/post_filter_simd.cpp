@@ -16,9 +16,4 @@ void g729_pst_kernel(int which, bool vec, const Word16* a, const Word16* x, Word
     }
 }
 
-/// The AGC gain chain, settled-point form or the reference's; returns the last gain.
-Word16 g729_agc_gains(bool fast, Word16 past_gain, Word16 g0, Word16 fac, Word16* gains) {
-    return fast ? g729f::agc_gains(past_gain, g0, fac, gains) : g729f::agc_gains_scalar(past_gain, g0, fac, gains);
-}
-
 ZEPS_END_VARIANT

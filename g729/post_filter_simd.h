@@ -17,8 +17,6 @@
 #include <tmmintrin.h>
 #endif
 
-#include <cstdint>
-
 #include "common/basic_op.h"
 
 ZEPS_BEGIN_VARIANT
@@ -85,31 +83,6 @@ inline void agc_scale(Word16* out, const Word16* gain, int n) {
 #endif
 inline void agc_scale_scalar(Word16* out, const Word16* gain, int n) {
     for (int i = 0; i < n; ++i) out[i] = extract_h(L_shl(L_mult(out[i], gain[i]), 3));
-}
-
-/// The AGC gain recursion g = add(mult(g, fac), g0) over 40 samples, each
-/// step's gain in gains; returns the last. Valid for 0 < fac < 32768 and
-/// 0 <= g0 <= 32767 - fac (the post-filter's g0 is mult(x, 32767 - fac) with
-/// x >= 0): then -32768 < mult(g, fac) + g0 < 32767 for every Word16 g, the
-/// add never saturates and a step is the plain ((g fac) >> 15) + g0. A step
-/// depends on g alone, so once it returns its input every later step repeats
-/// it (the map is monotone: the chain settles on such a point).
-inline Word16 agc_gains(Word16 past_gain, Word16 g0, Word16 fac, Word16* gains) {
-    std::int32_t gain = past_gain;
-    int i = 0;
-    while (i < 40) {
-        const std::int32_t next = ((gain * fac) >> 15) + g0;
-        gains[i++] = static_cast<Word16>(next);
-        if (next == gain) break;
-        gain = next;
-    }
-    for (; i < 40; ++i) gains[i] = static_cast<Word16>(gain);
-    return static_cast<Word16>(gain);
-}
-inline Word16 agc_gains_scalar(Word16 past_gain, Word16 g0, Word16 fac, Word16* gains) {
-    Word16 gain = past_gain;
-    for (int i = 0; i < 40; ++i) gains[i] = gain = add(mult(gain, fac), g0);
-    return gain;
 }
 
 /// Residu with plain sums: y[i] = round(L_shl(2 sum a[j] x[i-j], 3)),
