@@ -511,7 +511,7 @@ inline int mr475_search(const Word16* coeff, const Word16* coeff_lo, Word16 sf0_
                         Word16 gp_limit) {
     using zeps::amr_dec_tab::table_gain_MR475;
     auto mult_bound = [](std::int64_t a, std::int64_t b) { return ((a * b) >> 15) + 1; };
-    std::int64_t n_max[10];
+    std::int64_t n_max[10] = {};
     for (int sf = 0; sf < 2; sf++) {
         const std::int64_t gp = kMr475ColumnMax[2 * sf];
         const std::int64_t gc = mult_bound(kMr475ColumnMax[2 * sf + 1], sf == 0 ? sf0_gcode0 : sf1_gcode0);

@@ -50,7 +50,7 @@ void scale_signal_fast(const Word16* sig, Word16* scal) {
         for (int i = 0; i < kSpan; ++i) scal[i] = static_cast<Word16>(sig[i] >> 3);
     } else if (e < 1048576L) {
         for (int i = 0; i < kSpan; ++i)
-            scal[i] = static_cast<Word16>(std::clamp(std::int32_t{sig[i]} * 8, std::int32_t{MIN_16}, std::int32_t{MAX_16}));
+            scal[i] = static_cast<Word16>(std::clamp(static_cast<std::int32_t>(sig[i]) * 8, std::int32_t{MIN_16}, std::int32_t{MAX_16}));
     } else {
         std::memcpy(scal, sig, kSpan * sizeof(Word16));
     }
