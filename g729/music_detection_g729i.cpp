@@ -156,12 +156,10 @@ ZepStatus zepsMusicDetect_G729I_16s(int rate, Zep32s r0, Zep16s expR0, const Zep
     if (rate == kRate11k8) {
         const bool loud = full_energy > 10240;
         const bool rise = sub(energy, s.mean_se) > 819;
-        if (sd > 4915 && rise && loud)
-            vad = kVoice;
-        else if ((sd > 12452 || rise) && loud)
-            vad = kVoice;
-        else if ((s.mcount_pflag > 2560 || s.mcount_music > 280 || frm < 64) && full_energy > 1433)
-            vad = kVoice;
+        // The reference's three voicing rules; its first (sd > 4915 with a
+        // rise) is contained in the second (a rise or sd > 12452).
+        const bool music = s.mcount_pflag > 2560 || s.mcount_music > 280 || frm < 64;
+        if ((loud && (sd > 12452 || rise)) || (music && full_energy > 1433)) vad = kVoice;
     }
     std::memcpy(pState, &s, sizeof s);
     *pSrcDstVad = vad;
