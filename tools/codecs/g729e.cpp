@@ -42,8 +42,6 @@ constexpr Zep16s kSharpMin = 3277;
 constexpr Zep16s kSharpMax = 13017;
 constexpr std::uint16_t kSync = 0x6B21;
 constexpr std::uint16_t kBit1 = 0x0081;
-constexpr Zep16s kGammaBwd = 32113;        // GAMMA_BWD, 0.98
-constexpr Zep16s kCIntReset = 4506;        // filter interpolation factor reset, Q12
 
 constexpr Zep16s kFreqPrevReset[kOrder] = {2339, 4679, 7018, 9358, 11698, 14037, 16377, 18717, 21056, 23396};
 constexpr Zep16s kLspReset[kOrder] = {30000, 26000, 21000, 15000, 8000, 0, -8000, -15000, -21000, -26000};
