@@ -17,12 +17,12 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "bench/interleaved.h"
+#include "bench/speech_file.h"
 #include "tools/codec.h"
 
 #if defined(ZEPS_HAVE_OPENCORE_AMRNB)
@@ -40,16 +40,7 @@ const char* const kModes[8] = {"4.75", "5.15", "5.9", "6.7", "7.4", "7.95", "10.
 constexpr int kStorageBytes[8] = {13, 14, 16, 18, 20, 21, 27, 32};
 
 const std::vector<std::int16_t>& speech() {
-    static const std::vector<std::int16_t> s = [] {
-        std::vector<std::int16_t> v(kFrame * kFrames);
-        std::ifstream f(ZEPS_SHARED_DIR "/speech/male.s16", std::ios::binary);
-        for (auto& x : v) {
-            unsigned char b[2] = {0, 0};
-            f.read(reinterpret_cast<char*>(b), 2);
-            x = static_cast<std::int16_t>(b[0] | (b[1] << 8));
-        }
-        return v;
-    }();
+    static const std::vector<std::int16_t> s = zb::read_s16_le(ZEPS_SHARED_DIR "/speech/male.s16", kFrame * kFrames);
     return s;
 }
 

@@ -14,11 +14,11 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <fstream>
 #include <memory>
 #include <vector>
 
 #include "bench/interleaved.h"
+#include "bench/speech_file.h"
 #include "zepsc.h"
 
 #ifdef ZEPS_HAVE_SPANDSP
@@ -37,16 +37,7 @@ constexpr int kSamples = 32000;  // 2 s at 16 kHz per call
 constexpr int kCodes = kSamples / 2;
 
 const std::vector<std::int16_t>& speech() {
-    static const std::vector<std::int16_t> s = [] {
-        std::vector<std::int16_t> v(kSamples);
-        std::ifstream f(ZEPS_SHARED_DIR "/codecs/g722/input16k/male.s16", std::ios::binary);
-        for (auto& x : v) {
-            unsigned char b[2] = {0, 0};
-            f.read(reinterpret_cast<char*>(b), 2);
-            x = static_cast<std::int16_t>(b[0] | (b[1] << 8));
-        }
-        return v;
-    }();
+    static const std::vector<std::int16_t> s = zb::read_s16_le(ZEPS_SHARED_DIR "/codecs/g722/input16k/male.s16", kSamples);
     return s;
 }
 

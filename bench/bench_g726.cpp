@@ -10,12 +10,12 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <fstream>
 #include <memory>
 #include <map>
 #include <vector>
 
 #include "bench/interleaved.h"
+#include "bench/speech_file.h"
 #include "frame/variants.h"
 #include "g722/g726_coder.h"
 
@@ -36,16 +36,7 @@ constexpr std::int32_t kRates[4] = {17, 22, 23, 24};
 constexpr int kBitRates[4] = {16000, 24000, 32000, 40000};
 
 const std::vector<std::int16_t>& speech16() {
-    static const std::vector<std::int16_t> s = [] {
-        std::vector<std::int16_t> v(kSamples);
-        std::ifstream f(ZEPS_SHARED_DIR "/speech/male.s16", std::ios::binary);
-        for (auto& x : v) {
-            unsigned char b[2] = {0, 0};
-            f.read(reinterpret_cast<char*>(b), 2);
-            x = static_cast<std::int16_t>(b[0] | (b[1] << 8));
-        }
-        return v;
-    }();
+    static const std::vector<std::int16_t> s = zb::read_s16_le(ZEPS_SHARED_DIR "/speech/male.s16", kSamples);
     return s;
 }
 const std::vector<std::int16_t>& speech14() {

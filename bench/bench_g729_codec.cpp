@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "bench/interleaved.h"
+#include "bench/speech_file.h"
 #include "tools/codec.h"
 
 #if defined(ZEPS_HAVE_LIBBCG729)
@@ -45,16 +46,7 @@ constexpr int kFrame = 80;
 constexpr int kFrames = 100;
 
 const std::vector<std::int16_t>& speech() {
-    static const std::vector<std::int16_t> s = [] {
-        std::vector<std::int16_t> v(kFrame * kFrames);
-        std::ifstream f(ZEPS_SHARED_DIR "/speech/male.s16", std::ios::binary);
-        for (auto& x : v) {
-            unsigned char b[2] = {0, 0};
-            f.read(reinterpret_cast<char*>(b), 2);
-            x = static_cast<std::int16_t>(b[0] | (b[1] << 8));
-        }
-        return v;
-    }();
+    static const std::vector<std::int16_t> s = zb::read_s16_le(ZEPS_SHARED_DIR "/speech/male.s16", kFrame * kFrames);
     return s;
 }
 

@@ -8,10 +8,10 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <fstream>
 #include <vector>
 
 #include "bench/interleaved.h"
+#include "bench/speech_file.h"
 #include "tools/codec.h"
 
 #ifdef ZEPS_HAVE_LIBGSM
@@ -23,16 +23,7 @@ namespace {
 constexpr int kFrames = 100;  // 2 s of speech a pass
 
 const std::vector<std::int16_t>& speech() {
-    static const std::vector<std::int16_t> s = [] {
-        std::vector<std::int16_t> v(160 * kFrames);
-        std::ifstream f(ZEPS_SHARED_DIR "/speech/male.s16", std::ios::binary);
-        for (auto& x : v) {
-            unsigned char b[2] = {0, 0};
-            f.read(reinterpret_cast<char*>(b), 2);
-            x = static_cast<std::int16_t>(b[0] | (b[1] << 8));
-        }
-        return v;
-    }();
+    static const std::vector<std::int16_t> s = zb::read_s16_le(ZEPS_SHARED_DIR "/speech/male.s16", 160 * kFrames);
     return s;
 }
 
