@@ -106,17 +106,23 @@ inline void cor_h_partial_sums(const Word16* h, Word16* S) {
     }
 }
 
-/// rr[i] = S[kCorHSlots[i]], unrolled so that every slot is a constant offset.
-template <std::size_t... I>
-inline void scatter_cor_h(const Word16* S, Word16* rr, std::index_sequence<I...>) {
-    ((rr[I] = S[kCorHSlots[I]]), ...);
+/// rr[i] = S[kCorHSlots[i]], unrolled so that every slot is a constant
+/// offset (in runs of eight: folds stay short for every compiler).
+template <std::size_t Base, std::size_t... I>
+inline void scatter_cor_h8(const Word16* S, Word16* rr, std::index_sequence<I...>) {
+    ((rr[Base + I] = S[kCorHSlots[Base + I]]), ...);
+}
+template <std::size_t... R>
+inline void scatter_cor_h(const Word16* S, Word16* rr, std::index_sequence<R...>) {
+    static_assert(kCorHEntries % 8 == 0);
+    (scatter_cor_h8<8 * R>(S, rr, std::make_index_sequence<8>{}), ...);
 }
 
 /// The plain chains in lanes: rr[] (616 entries) from the partial sums.
 inline void cor_h_chains_lanes(const Word16* h, Word16* rr) {
     Word16 S[kCorHSums];
     cor_h_partial_sums(h, S);
-    scatter_cor_h(S, rr, std::make_index_sequence<kCorHEntries>{});
+    scatter_cor_h(S, rr, std::make_index_sequence<kCorHEntries / 8>{});
 }
 
 }  // namespace g729c
