@@ -78,32 +78,50 @@ constexpr std::array<std::uint16_t, kCorHEntries> make_cor_h_slots() {
 }
 inline constexpr std::array<std::uint16_t, kCorHEntries> kCorHSlots = make_cor_h_slots();
 
+#if defined(__SSSE3__)
+/// Eight lags' running sums (two halves of four lanes) advanced by one
+/// product with the broadcast c, stored as extract_h of the doubled sums.
+struct CorHLanes {
+    __m128i lo = _mm_setzero_si128(), hi = _mm_setzero_si128();
+    void step(const Word16* b, __m128i c, Word16* out) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b));
+        const __m128i pl = _mm_mullo_epi16(v, c), ph = _mm_mulhi_epi16(v, c);
+        lo = _mm_add_epi32(lo, _mm_unpacklo_epi16(pl, ph));
+        hi = _mm_add_epi32(hi, _mm_unpackhi_epi16(pl, ph));
+        const __m128i s = _mm_packs_epi32(_mm_srai_epi32(lo, 15), _mm_srai_epi32(hi, 15));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), s);
+    }
+};
+#endif
+
 /// S[(n-1) 40 + L] = extract_h(2 S_L(n)) for every lag L and length
-/// n <= 40 - L, eight lags per pass (other entries are left unspecified).
+/// n <= 40 - L, eight lags per lane set, two sets sharing each broadcast
+/// (other entries are left unspecified).
 inline void cor_h_partial_sums(const Word16* h, Word16* S) {
     alignas(16) Word16 hp[kCorHLen + 8] = {};
     for (int i = 0; i < kCorHLen; ++i) hp[i] = h[i];
-    for (int l0 = 0; l0 < kCorHLen; l0 += 8) {
 #if defined(__SSSE3__)
-        __m128i acc0 = _mm_setzero_si128(), acc1 = _mm_setzero_si128();
-        for (int j = 0; j < kCorHLen - l0; ++j) {
-            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(hp + j + l0));
+    for (int l0 = 0; l0 < kCorHLen; l0 += 16) {
+        CorHLanes a, b;
+        const int both = l0 + 8 < kCorHLen ? kCorHLen - l0 - 8 : 0;
+        int j = 0;
+        for (; j < both; ++j) {
             const __m128i c = _mm_set1_epi16(hp[j]);
-            const __m128i lo = _mm_mullo_epi16(v, c), hi = _mm_mulhi_epi16(v, c);
-            acc0 = _mm_add_epi32(acc0, _mm_unpacklo_epi16(lo, hi));
-            acc1 = _mm_add_epi32(acc1, _mm_unpackhi_epi16(lo, hi));
-            const __m128i s = _mm_packs_epi32(_mm_srai_epi32(acc0, 15), _mm_srai_epi32(acc1, 15));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(S + j * kCorHLen + l0), s);
+            a.step(hp + j + l0, c, S + j * kCorHLen + l0);
+            b.step(hp + j + l0 + 8, c, S + j * kCorHLen + l0 + 8);
         }
+        for (; j < kCorHLen - l0; ++j) a.step(hp + j + l0, _mm_set1_epi16(hp[j]), S + j * kCorHLen + l0);
+    }
 #else
+    for (int l0 = 0; l0 < kCorHLen; l0 += 8) {
         Word32 acc[8] = {};
         for (int j = 0; j < kCorHLen - l0; ++j)
             for (int m = 0; m < 8; ++m) {
                 acc[m] += Word32{hp[j]} * hp[j + l0 + m];
                 S[j * kCorHLen + l0 + m] = static_cast<Word16>(acc[m] >> 15);
             }
-#endif
     }
+#endif
 }
 
 /// rr[i] = S[kCorHSlots[i]], unrolled so that every slot is a constant
