@@ -9,6 +9,7 @@
 
 #include "common/basic_op.h"
 #include "g729/codec_kernels.h"
+#include "g729/cor_h_lanes.h"
 #include "g729/pitch_kernels.h"
 
 ZEPS_BEGIN_VARIANT
@@ -64,7 +65,8 @@ inline void cor_h_chains(const Word16* h, RR& rr);
 /// Cor_h: the correlations of the (scaled) impulse response at the pulse
 /// positions. Every chain is a partial sum of products h[k] h[k + d], whose
 /// magnitude never exceeds the energy of h (Cauchy-Schwarz); when twice
-/// that energy fits in 31 bits the chains are plain 32-bit sums.
+/// that energy fits in 31 bits the chains are plain 32-bit sums (eight lags
+/// at a time in lanes where SSSE3 is available, g729/cor_h_lanes.h).
 inline void cor_h(const Word16* H, RR& rr) {
     Word16 h[kSubfr];
     Word32 cor = 0;
@@ -77,9 +79,13 @@ inline void cor_h(const Word16* H, RR& rr) {
     }
     std::int64_t e = 0;
     for (int i = 0; i < kSubfr; ++i) e += Word32{h[i]} * h[i];
-    if (2 * e <= MAX_32)
+    if (2 * e <= MAX_32) {
+#if defined(__SSSE3__)
+        cor_h_chains_lanes(h, rr.v);
+#else
         cor_h_chains<true>(h, rr);
-    else
+#endif
+    } else
         cor_h_chains<false>(h, rr);
 }
 

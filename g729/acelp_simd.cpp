@@ -49,4 +49,7 @@ void g729_cor_h_chains(const Word16* h, Word16* rr, bool plain) {
     for (int i = 0; i < g729c::kDimRR; ++i) rr[i] = m.v[i];
 }
 
+/// The plain chains as eight-lag running sums (same validity as plain).
+void g729_cor_h_lanes(const Word16* h, Word16* rr) { g729c::cor_h_chains_lanes(h, rr); }
+
 ZEPS_END_VARIANT

@@ -24,6 +24,7 @@
     void g729_pair_pulse_a_scalar(std::int16_t, std::int32_t, const std::int16_t*, const std::int16_t*,      \
                                   const std::int16_t*, std::int16_t*, std::int16_t*);                        \
     void g729_cor_h_chains(const std::int16_t* h, std::int16_t* rr, bool plain);                             \
+    void g729_cor_h_lanes(const std::int16_t* h, std::int16_t* rr);                                          \
     bool g729_any_better8(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);            \
     bool g729_any_better8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);     \
     void g729_mult8(std::int16_t* row, const std::int16_t* g);                                               \
@@ -94,9 +95,34 @@ void pair_agrees(Fast fast, Slow slow) {
     }
 }
 
-template <class Chains>
-void chains_agree(Chains chains) {
+template <class Chains, class Lanes>
+void chains_agree(Chains chains, Lanes lanes) {
     Rng rng(37);
+    const auto check = [&](const V16& h, int rep) {
+        V16 a(616), b(616), c(616, 0x5a5a);
+        chains(h.data(), a.data(), true);
+        chains(h.data(), b.data(), false);
+        lanes(h.data(), c.data());
+        ASSERT_EQ(a, b) << "rep " << rep;
+        ASSERT_EQ(c, b) << "rep " << rep;
+    };
+    // At the plain bound: a lone +-32767 (2 e = 2147352578) at either end or
+    // inside, a constant 5181 (2 e = 2147420880, the largest constant under
+    // MAX_32: every lag's sum at its extreme), alternating signs, last tap flipped.
+    const std::int16_t lone[] = {32767, -32767};
+    for (int s = 0; s < 2; ++s)
+        for (int at : {0, 1, 20, 39}) {
+            V16 h(40, 0);
+            h[static_cast<std::size_t>(at)] = lone[s];
+            check(h, -1);
+        }
+    for (int sign_mode = 0; sign_mode < 3; ++sign_mode) {
+        V16 h(40);
+        for (int i = 0; i < 40; ++i)
+            h[static_cast<std::size_t>(i)] = static_cast<std::int16_t>(sign_mode == 1 && i % 2 ? -5181 : 5181);
+        if (sign_mode == 2) h[39] = -5181;
+        check(h, -2);
+    }
     for (int rep = 0; rep < 2000; ++rep) {
         // Impulse responses scaled as Cor_h scales them: 2 sum h^2 just inside 31 bits.
         V16 h(40);
@@ -111,10 +137,7 @@ void chains_agree(Chains chains) {
                 e += std::int64_t{x} * x;
             }
         }
-        V16 a(616), b(616);
-        chains(h.data(), a.data(), true);
-        chains(h.data(), b.data(), false);
-        ASSERT_EQ(a, b) << "rep " << rep;
+        check(h, rep);
     }
 }
 
@@ -176,8 +199,8 @@ TEST(G729FcbKernels, SignFoldingVectorEqualsScalar) {
 }
 
 TEST(G729FcbKernels, CorHPlainChainsEqualSaturating) {
-    chains_agree(zeps::u8::g729_cor_h_chains);
-    chains_agree(zeps::n8::g729_cor_h_chains);
+    chains_agree(zeps::u8::g729_cor_h_chains, zeps::u8::g729_cor_h_lanes);
+    chains_agree(zeps::n8::g729_cor_h_chains, zeps::n8::g729_cor_h_lanes);
 }
 
 }  // namespace
