@@ -8,6 +8,7 @@
 #include "amr/dec_gain.h"
 #include "amr/dec_state.h"
 #include "amr/mac_bound.h"
+#include "g729/codec_kernels.h"
 
 ZEPS_BEGIN_VARIANT
 namespace amr_dec {
@@ -241,40 +242,23 @@ inline void agc2(const Word16* sig_in, Word16* sig_out, int l_trm) {
     for (int i = 0; i < l_trm; i++) sig_out[i] = extract_h(L_shl(L_mult(sig_out[i], g0), 3));
 }
 
-/// Syn_filt: 1/A(z) over lg (at most 160) samples with memory mem (updated when update != 0);
-/// returns true when a basic operation saturated (the reference's Overflow).
-/// The reference's chain of one Syn_filt output before scaling (yy[-10..-1] read).
+/// The reference's chain of one Syn_filt output before scaling (yy[-10..-1]
+/// read): the saturating baseline the shared kernel is tested against.
 inline Word32 syn_filt_chain(const Word16* a, Word16 x, const Word16* yy, Flag& ovf) {
     Word32 s = L_mult(x, a[0], ovf);
     for (int j = 1; j <= kM; j++) s = L_msu(s, a[j], yy[-j], ovf);
     return s;
 }
 
-/// The same as a plain sum: exact when the terms' magnitudes sum to at most MAX_32 / 2.
-inline Word32 syn_filt_sum(const Word16* a, Word16 x, const Word16* yy) {
-    // The newest output enters last, so the recursion waits on one product only.
-    std::int32_t s = std::int32_t{x} * a[0];
-    for (int j = 2; j <= kM; j++) s -= std::int32_t{a[j]} * yy[-j];
-    return 2 * (s - std::int32_t{a[1]} * yy[-1]);
-}
-
+/// Syn_filt: 1/A(z) over lg (kM..160) samples with memory mem (updated when
+/// update != 0); returns true when a basic operation saturated (the
+/// reference's Overflow). The arithmetic is G.729's Syn_filt to the bit, so
+/// the order-10 kernel shared with it runs here: plain sums while 2 sum|a|
+/// max|value| stays within 31 bits (with SSSE3 in blocks of ten samples, the
+/// eight oldest products in one pmaddwd), the saturating chain otherwise.
+/// y may be x, and mem may lie inside y (read before anything is written).
 inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, Word16* mem, bool update) {
-    Word16 tmp[kM + kLFrame];
-    Flag ovf = false;
-    for (int i = 0; i < kM; i++) tmp[i] = mem[i];
-    Word16* yy = tmp + kM;
-    // m bounds every |yy| read so far: the chain of output i is exact when
-    // |a0 x[i]| + m sum|a1..a10| <= MAX_32 / 2.
-    const std::int64_t a_mag = mag_sum(a + 1, kM), a0_mag = mag(a[0]);
-    std::int32_t m = mag_max(mem, kM);
-    for (int i = 0; i < lg; i++) {
-        const bool exact = 2 * (a0_mag * mag(x[i]) + a_mag * m) <= MAX_32;
-        Word32 s = exact ? syn_filt_sum(a, x[i], &yy[i]) : syn_filt_chain(a, x[i], &yy[i], ovf);
-        s = L_shl(s, 3, ovf);
-        yy[i] = round_fx(s, ovf);
-        m = m > mag(yy[i]) ? m : mag(yy[i]);
-    }
-    for (int i = 0; i < lg; i++) y[i] = yy[i];
+    const bool ovf = g729c::syn_filt(a, x, y, lg, mem);
     if (update)
         for (int i = 0; i < kM; i++) mem[i] = y[lg - kM + i];
     return ovf;

@@ -8,6 +8,10 @@
 #include "amr/dec_excitation.h"
 #include "amr/dec_state.h"
 
+#if defined(__SSSE3__)
+#include <tmmintrin.h>
+#endif
+
 ZEPS_BEGIN_VARIANT
 namespace amr_dec {
 
@@ -36,17 +40,65 @@ inline void residu_chain(const Word16* a, const Word16* x, Word16* y, int lg) {
     }
 }
 
-/// Residu: plain sums when sum|a| max|x| bounds every chain (mac_bound.h).
+/// round(L_shl(2 s, 3)) of a plain sum s (|2 s| <= MAX_32): the saturating
+/// shift and rounding reduce to (s + 2^11) >> 12 clamped to 16 bits.
+inline Word16 residu_round(std::int32_t s) {
+    const std::int32_t v = (s + 0x800) >> 12;
+    return static_cast<Word16>(v > MAX_16 ? MAX_16 : (v < MIN_16 ? MIN_16 : v));
+}
+
+/// Residu on the plain sum, one output at a time (the scalar twin of the lane form).
+inline void residu_plain_scalar(const Word16* a, const Word16* x, Word16* y, int lg) {
+    for (int i = 0; i < lg; i++) {
+        std::int32_t s = 0;
+        for (int j = 0; j <= kM; j++) s += std::int32_t{a[j]} * x[i - j];
+        y[i] = residu_round(s);
+    }
+}
+
+#if defined(__SSSE3__)
+/// Residu on the plain sum, eight outputs at a time: tap pair p < 5
+/// multiplies (x[n-2p], x[n-2p-1]) by (a[2p], a[2p+1]) in one pmaddwd, the
+/// last (x[n-10], x[n-9]) by (a[10], 0) so that nothing before x[-10] is
+/// read; the rounding as psrad and the clamp as packssdw. Exact while the plain bound
+/// holds (no pair sum or lane sum can wrap); the last lg % 8 outputs scalar.
+inline void residu_plain_lanes(const Word16* a, const Word16* x, Word16* y, int lg) {
+    __m128i ap[6];
+    for (int p = 0; p < 6; p++) {
+        const Word16 hi = p < 5 ? a[2 * p + 1] : Word16{0};
+        ap[p] = _mm_set1_epi32(static_cast<int>(static_cast<std::uint32_t>(static_cast<std::uint16_t>(a[2 * p])) |
+                                                (static_cast<std::uint32_t>(static_cast<std::uint16_t>(hi)) << 16)));
+    }
+    const __m128i half = _mm_set1_epi32(0x800);
+    int i = 0;
+    for (; i + 8 <= lg; i += 8) {
+        __m128i lo = _mm_setzero_si128(), hi = _mm_setzero_si128();
+        for (int p = 0; p < 6; p++) {
+            const __m128i x0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i - 2 * p));
+            const __m128i x1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i - (p < 5 ? 2 * p + 1 : 9)));
+            lo = _mm_add_epi32(lo, _mm_madd_epi16(_mm_unpacklo_epi16(x0, x1), ap[p]));
+            hi = _mm_add_epi32(hi, _mm_madd_epi16(_mm_unpackhi_epi16(x0, x1), ap[p]));
+        }
+        lo = _mm_srai_epi32(_mm_add_epi32(lo, half), 12);
+        hi = _mm_srai_epi32(_mm_add_epi32(hi, half), 12);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y + i), _mm_packs_epi32(lo, hi));
+    }
+    residu_plain_scalar(a, x + i, y + i, lg - i);
+}
+#endif
+
+/// Residu: plain sums when sum|a| max|x| bounds every chain (mac_bound.h),
+/// the reference's chain otherwise. y must not overlap x.
 inline void residu(const Word16* a, const Word16* x, Word16* y, int lg) {
     if (!chain_exact(mag_sum(a, kMp1), mag_max(x - kM, lg + kM))) {
         residu_chain(a, x, y, lg);
         return;
     }
-    for (int i = 0; i < lg; i++) {
-        std::int32_t s = 0;
-        for (int j = 0; j <= kM; j++) s += std::int32_t{a[j]} * x[i - j];
-        y[i] = round_fx(L_shl(2 * s, 3));
-    }
+#if defined(__SSSE3__)
+    residu_plain_lanes(a, x, y, lg);
+#else
+    residu_plain_scalar(a, x, y, lg);
+#endif
 }
 
 /// preemphasis: in place, x[n] - g x[n-1].

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "amr/amr_vad_tables.h"
+#include "amr/dec_post.h"
 #include "amr/pitch_ol.h"
 #include "common/args.h"
 #include "common/exports.h"
@@ -27,65 +28,14 @@ void weight_ai(const Word16* a, const std::int16_t* fac, Word16* a_exp) {
     for (int i = 1; i <= kOrder; ++i) a_exp[i] = round_fx(L_mult(a[i], fac[i - 1]));
 }
 
-/// round(L_shl(acc, 3)) of the reference, with its saturations.
-inline Word16 shl3_round(std::int64_t acc) {
-    std::int64_t v = acc * 8;
-    v = v > MAX_32 ? MAX_32 : (v < MIN_32 ? MIN_32 : v);
-    v += 0x8000;
-    v = v > MAX_32 ? MAX_32 : v;
-    return static_cast<Word16>(v >> 16);
-}
+/// Residual through A(z): y[n] = sum a[j] x[n-j] (Residu; x[-10..-1] known),
+/// the decoder's kernel (plain sums under the bound, else the chain).
+void residu(const Word16* a, const Word16* x, Word16* y, int lg) { amr_dec::residu(a, x, y, lg); }
 
-/// Sum of |a[0..10]|.
-std::int64_t abs_sum(const Word16* a) {
-    std::int64_t s = 0;
-    for (int j = 0; j <= kOrder; ++j) s += a[j] < 0 ? -std::int64_t{a[j]} : a[j];
-    return s;
-}
-
-/// One output of the reference's chain L_mult(x0, a0), then L_mac (Sign +1)
-/// or L_msu (Sign -1) of a[j] hist[-j], j = 1..10, saturating at every step.
-template <int Sign>
-Word32 tap_chain(const Word16* a, Word16 x0, const Word16* hist) {
-    Word32 acc = L_mult(x0, a[0]);
-    for (int j = 1; j <= kOrder; ++j) acc = Sign > 0 ? L_mac(acc, a[j], hist[-j]) : L_msu(acc, a[j], hist[-j]);
-    return acc;
-}
-
-/// The same sum formed directly, for when no partial sum can reach 2^30
-/// (sum |a| times the largest sample magnitude below 2^30).
-template <int Sign>
-std::int32_t tap_sum(const Word16* a, Word16 x0, const Word16* hist) {
-    std::int32_t s = std::int32_t{x0} * a[0];
-    for (int j = 1; j <= kOrder; ++j) s += Sign * (std::int32_t{a[j]} * hist[-j]);
-    return s;
-}
-
-/// Residual through A(z): y[n] = sum a[j] x[n-j] (Residu; x[-10..-1] known).
-void residu(const Word16* a, const Word16* x, Word16* y, int lg) {
-    std::int32_t m = 0;
-    for (int i = -kOrder; i < lg; ++i) m = std::max(m, x[i] < 0 ? -std::int32_t{x[i]} : std::int32_t{x[i]});
-    if (abs_sum(a) * m < (std::int64_t{1} << 30)) {
-        for (int i = 0; i < lg; ++i) y[i] = shl3_round(2 * std::int64_t{tap_sum<1>(a, x[i], &x[i])});
-    } else {
-        for (int i = 0; i < lg; ++i) y[i] = shl3_round(tap_chain<1>(a, x[i], &x[i]));
-    }
-}
-
-/// Synthesis through 1/A(z) with memory update (Syn_filt, update = 1). No
-/// sample exceeds 32768 in magnitude, so sum |a| < 32768 makes every partial
-/// sum exact.
+/// Synthesis through 1/A(z) with memory update (Syn_filt, update = 1), on the
+/// order-10 kernel the decoder and G.729 share.
 void syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, Zep16s* mem) {
-    Word16 buf[kOrder + kSubfr];
-    for (int i = 0; i < kOrder; ++i) buf[i] = mem[i];
-    Word16* yy = buf + kOrder;
-    if (abs_sum(a) < 32768) {
-        for (int i = 0; i < lg; ++i) yy[i] = shl3_round(2 * std::int64_t{tap_sum<-1>(a, x[i], &yy[i])});
-    } else {
-        for (int i = 0; i < lg; ++i) yy[i] = shl3_round(tap_chain<-1>(a, x[i], &yy[i]));
-    }
-    for (int i = 0; i < lg; ++i) y[i] = yy[i];
-    for (int i = 0; i < kOrder; ++i) mem[i] = y[lg - kOrder + i];
+    amr_dec::syn_filt(a, x, y, lg, mem, true);
 }
 
 /// Weighted speech of two subframes starting at `offset` (pre_big).

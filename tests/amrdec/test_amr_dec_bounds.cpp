@@ -7,6 +7,7 @@
 // the reference's restoring division, norm_s and norm_l against their shift loops.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <vector>
@@ -96,28 +97,58 @@ V16 filter(std::mt19937& g, std::int32_t amp) {
     return a;
 }
 
+/// residu and, on operands inside the plain bound, each plain form against the chain
+/// (x[-10..lg-1] in a vector of exactly that size, so that ASan sees any read outside it).
+void check_residu(const V16& a, const V16& x, int lg, const char* what) {
+    V16 fast(static_cast<std::size_t>(lg), 0x5a5a), chain(static_cast<std::size_t>(lg));
+    residu(a.data(), x.data() + kM, fast.data(), lg);
+    residu_chain(a.data(), x.data() + kM, chain.data(), lg);
+    ASSERT_EQ(fast, chain) << what;
+    if (!chain_exact(mag_sum(a.data(), kMp1), mag_max(x.data(), lg + kM))) return;
+    V16 plain(static_cast<std::size_t>(lg), 0x5a5a);
+    residu_plain_scalar(a.data(), x.data() + kM, plain.data(), lg);
+    ASSERT_EQ(plain, chain) << what;
+#if defined(__SSSE3__)
+    V16 lanes(static_cast<std::size_t>(lg), 0x5a5a);
+    residu_plain_lanes(a.data(), x.data() + kM, lanes.data(), lg);
+    ASSERT_EQ(lanes, chain) << what;
+#endif
+}
+
 TEST(AmrDecBounds, ResiduIsTheChain) {
     std::mt19937 g(2);
-    for (std::int32_t famp : {2000, 6000, 12000, 32768})
-        for (std::int32_t amp : kAmps)
-            for (int k = 0; k < 40; k++) {
-                const V16 a = filter(g, famp);
-                const V16 x = noise(g, kM + kLSubfr, amp);
-                V16 fast(kLSubfr), chain(kLSubfr);
-                residu(a.data(), x.data() + kM, fast.data(), kLSubfr);
-                residu_chain(a.data(), x.data() + kM, chain.data(), kLSubfr);
-                ASSERT_EQ(fast, chain) << famp << " " << amp << " " << k;
-            }
+    for (int lg : {kLSubfr, 13})  // whole blocks of eight; a scalar tail
+        for (std::int32_t famp : {2000, 6000, 12000, 32768})
+            for (std::int32_t amp : kAmps)
+                for (int k = 0; k < 40; k++) {
+                    const V16 a = filter(g, famp);
+                    const V16 x = noise(g, kM + lg, amp);
+                    check_residu(a, x, lg, "random");
+                    if (HasFatalFailure()) return;
+                }
     // At the bound: taps summing to 32767 on -32768 take the plain sums (2 * 32767 * 32768 <= MAX_32),
-    // one more LSB of tap takes the chain; both end at the chain's values.
-    for (Word16 last : {Word16{1671}, Word16{1672}}) {
-        V16 a(kMp1, 3000), x(kM + kLSubfr, -32768);
+    // one more LSB of tap takes the chain; both end at the chain's values. With the signs of
+    // the samples matched to the taps', the plain sums reach the rounding's and the shift's
+    // saturations (2 s beyond 2^28).
+    for (Word16 last : {Word16{1671}, Word16{1672}})
+        for (int signs = 0; signs < 2; signs++) {
+            V16 a(kMp1, 3000), x(kM + kLSubfr, -32768);
+            a[0] = 4096;
+            a[kM] = last;
+            if (signs != 0)
+                for (int i = 0; i < kM + kLSubfr; i++) x[static_cast<std::size_t>(i)] = (i % 3 == 0) ? 32767 : -32768;
+            check_residu(a, x, kLSubfr, "bound");
+        }
+    // Sums just around the saturations of round(L_shl(2 s, 3)) (s = 4096 q + r in output 0):
+    // the rounding's carry at s = 0x07fff800, the shift's at |2 s| = 2^28.
+    for (std::int32_t s : {0x07fff7ff, 0x07fff800, 0x08000000, -0x08000000, -0x08000001}) {
+        const std::int32_t q = std::clamp(s / 4096, -32768, 32767);
+        V16 a(kMp1, 0), x(kM + kLSubfr, 0);
         a[0] = 4096;
-        a[kM] = last;
-        V16 fast(kLSubfr), chain(kLSubfr);
-        residu(a.data(), x.data() + kM, fast.data(), kLSubfr);
-        residu_chain(a.data(), x.data() + kM, chain.data(), kLSubfr);
-        EXPECT_EQ(fast, chain) << last;
+        a[1] = 1;
+        x[kM] = static_cast<Word16>(q);
+        x[kM - 1] = static_cast<Word16>(s - 4096 * q);
+        check_residu(a, x, kLSubfr, "rounding");
     }
 }
 
@@ -138,20 +169,30 @@ bool syn_filt_ref(const Word16* a, const Word16* x, Word16* y, int lg, Word16* m
 TEST(AmrDecBounds, SynthesisFilterIsTheChain) {
     std::mt19937 g(3);
     int saturated = 0;
-    for (std::int32_t famp : {500, 1500, 4000, 32768})
-        for (std::int32_t amp : kAmps)
-            for (int k = 0; k < 30; k++) {
-                const V16 a = filter(g, famp);
-                const V16 x = noise(g, kLFrame, amp);
-                V16 mem_fast = noise(g, kM, amp), mem_ref = mem_fast;
-                V16 fast(kLFrame), ref(kLFrame);
-                const bool ovf_fast = syn_filt(a.data(), x.data(), fast.data(), kLFrame, mem_fast.data(), true);
-                const bool ovf_ref = syn_filt_ref(a.data(), x.data(), ref.data(), kLFrame, mem_ref.data());
-                ASSERT_EQ(fast, ref) << famp << " " << amp << " " << k;
-                ASSERT_EQ(mem_fast, mem_ref);
-                ASSERT_EQ(ovf_fast, ovf_ref) << famp << " " << amp << " " << k;
-                saturated += ovf_ref;
-            }
+    // Whole blocks of ten, a tail (22: the post-filter's impulse response, 37), subframe and frame.
+    for (int lg : {kM, 22, 37, kLSubfr, kLFrame})
+        for (std::int32_t famp : {500, 1500, 4000, 32768})
+            for (std::int32_t amp : kAmps)
+                for (int k = 0; k < 30; k++) {
+                    const V16 a = filter(g, famp);
+                    const V16 x = noise(g, lg, amp);
+                    V16 mem_fast = noise(g, kM, amp), mem_ref = mem_fast;
+                    V16 fast(static_cast<std::size_t>(lg), 0x5a5a), ref(static_cast<std::size_t>(lg));
+                    const bool ovf_fast = syn_filt(a.data(), x.data(), fast.data(), lg, mem_fast.data(), true);
+                    const bool ovf_ref = syn_filt_ref(a.data(), x.data(), ref.data(), lg, mem_ref.data());
+                    ASSERT_EQ(fast, ref) << lg << " " << famp << " " << amp << " " << k;
+                    ASSERT_EQ(mem_fast, mem_ref);
+                    ASSERT_EQ(ovf_fast, ovf_ref) << lg << " " << famp << " " << amp << " " << k;
+                    saturated += ovf_ref;
+                    // In place with the memory inside the output (the post-filter's h[22], mem h[11..20]),
+                    // the memory not updated.
+                    V16 h(22);
+                    for (int i = 0; i < 22; i++) h[static_cast<std::size_t>(i)] = i < lg ? x[static_cast<std::size_t>(i)] : 0;
+                    V16 h_mem(h.begin() + 11, h.begin() + 21), h_ref(22);
+                    const bool ovf_h_ref = syn_filt_ref(a.data(), h.data(), h_ref.data(), 22, h_mem.data());
+                    ASSERT_EQ(syn_filt(a.data(), h.data(), h.data(), 22, h.data() + 11, false), ovf_h_ref);
+                    ASSERT_EQ(h, h_ref) << lg << " " << famp << " " << amp << " " << k;
+                }
     EXPECT_GT(saturated, 0);  // the sweep reaches the saturating chains
 }
 
