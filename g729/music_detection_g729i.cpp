@@ -12,6 +12,7 @@
 #include "common/exports.h"
 #include "common/fixed_math.h"
 #include "g729/fast_ops.h"
+#include "g729/g729b_kernels.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -30,19 +31,6 @@ struct MusicState {
     Word16 mean_se;
 };
 static_assert(sizeof(MusicState) == 38);
-
-/// 10 log10 of an energy (Q11) less the 4875 offset: Log2 scaled by 9864.
-Word16 energy_db(Word32 acc, Word16 exp_r0) {
-    Word16 exp = 0, frac = 0;
-    if (acc > 0) {
-        const Word16 n = norm_l_fast(acc);
-        Log2_norm(L_shl_fast(acc, n), n, exp, frac);
-    }
-    acc = Mpy_32_16(exp, frac, 9864);
-    acc = L_mac(acc, 9864, sub(sub(exp_r0, 1), 1));
-    acc = L_shl(acc, 11);
-    return sub(extract_h(acc), 4875);
-}
 
 /// The update of a 64-frame count's running mean: weights c and cx (Q15).
 inline Word16 smooth(Word16 c, Word16 mean, Word16 cx, Word16 x) { return extract_h(L_mac(L_mult(c, mean), cx, x)); }

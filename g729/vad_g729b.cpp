@@ -10,6 +10,7 @@
 #include "common/exports.h"
 #include "common/fixed_math.h"
 #include "g729/fast_ops.h"
+#include "g729/g729b_kernels.h"
 #include "g729/g729b_tables.h"
 
 ZEPS_BEGIN_VARIANT
@@ -38,19 +39,6 @@ static_assert(sizeof(VadState) == 80);
 
 /// The reference's `x++` on a 16-bit counter (wraps at 32767).
 inline Word16 incr(Word16 x) { return static_cast<Word16>(static_cast<std::uint16_t>(x) + 1u); }
-
-/// 10 log10 of an energy in Q11 less the reference's 4875 offset (Log2 scaled by 9864).
-Word16 energy_db(Word32 acc, Word16 exp_r0) {
-    Word16 exp = 0, frac = 0;
-    if (acc > 0) {
-        const Word16 n = norm_l_fast(acc);
-        Log2_norm(L_shl_fast(acc, n), n, exp, frac);
-    }
-    acc = Mpy_32_16(exp, frac, 9864);
-    acc = L_mac(acc, 9864, sub(sub(exp_r0, 1), 1));
-    acc = L_shl_fast(acc, 11);
-    return sub(extract_h(acc), 4875);
-}
 
 /// One of MakeDec's linear boundaries: (L_mult(a, ca) + L_mult(b, cb)) >> sh
 /// plus the high-placed value d.
