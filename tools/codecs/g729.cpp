@@ -694,23 +694,33 @@ zepsc_g729::RateI annex_i_rate(const zepsc_cli::CodecOptions& o) {
     return zepsc_g729::RateI::R8k;
 }
 
-std::vector<zepsc_g729::RateI> annex_i_schedule(const zepsc_cli::CodecOptions& o) {
-    std::vector<zepsc_g729::RateI> schedule;
-    if (!o.has("ratefile")) return schedule;
+/// The codes of a rate file (one 16-bit little-endian code a frame, as the
+/// ITU switching sequences use), each at most max_code; empty without
+/// --ratefile. `legend` says what the codes mean, for the error message.
+std::vector<unsigned> read_rate_codes(const zepsc_cli::CodecOptions& o, unsigned max_code, const char* legend) {
+    std::vector<unsigned> codes;
+    if (!o.has("ratefile")) return codes;
     const std::string path = o.get("ratefile");
     std::FILE* f = std::fopen(path.c_str(), "rb");
     if (f == nullptr) throw CodecError("cannot open the rate file " + path);
     std::uint8_t w[2];
     while (std::fread(w, 1, 2, f) == 2) {
         const unsigned code = w[0] | (w[1] << 8);
-        if (code > 2) {
+        if (code > max_code) {
             std::fclose(f);
             throw CodecError("rate file " + path + ": code " + std::to_string(code) + " at frame " +
-                             std::to_string(schedule.size()) + " (Annex I: 0 = 6.4, 1 = 8, 2 = 11.8 kbit/s)");
+                             std::to_string(codes.size()) + " (" + legend + ")");
         }
-        schedule.push_back(static_cast<zepsc_g729::RateI>(code));
+        codes.push_back(code);
     }
     std::fclose(f);
+    return codes;
+}
+
+std::vector<zepsc_g729::RateI> annex_i_schedule(const zepsc_cli::CodecOptions& o) {
+    std::vector<zepsc_g729::RateI> schedule;
+    for (const unsigned code : read_rate_codes(o, 2, "Annex I: 0 = 6.4, 1 = 8, 2 = 11.8 kbit/s"))
+        schedule.push_back(static_cast<zepsc_g729::RateI>(code));
     return schedule;
 }
 
@@ -730,21 +740,22 @@ zepsc_g729::RateD annex_d_rate(const zepsc_cli::CodecOptions& o) {
 
 std::vector<zepsc_g729::RateD> annex_d_schedule(const zepsc_cli::CodecOptions& o) {
     std::vector<zepsc_g729::RateD> schedule;
-    if (!o.has("ratefile")) return schedule;
-    const std::string path = o.get("ratefile");
-    std::FILE* f = std::fopen(path.c_str(), "rb");
-    if (f == nullptr) throw CodecError("cannot open the rate file " + path);
-    std::uint8_t w[2];
-    while (std::fread(w, 1, 2, f) == 2) {
-        const unsigned code = w[0] | (w[1] << 8);
-        if (code > 1) {
-            std::fclose(f);
-            throw CodecError("rate file " + path + ": code " + std::to_string(code) + " at frame " +
-                             std::to_string(schedule.size()) + " (Annex D: 0 = 6.4, 1 = 8 kbit/s)");
-        }
+    for (const unsigned code : read_rate_codes(o, 1, "Annex D: 0 = 6.4, 1 = 8 kbit/s"))
         schedule.push_back(code == 0 ? zepsc_g729::RateD::R6k4 : zepsc_g729::RateD::R8k);
-    }
-    std::fclose(f);
+    return schedule;
+}
+
+/// The Annex E encoder is the integrated (Annex I) encoder held to 8 and
+/// 11.8 kbit/s without DTX: --rate 11.8 (the default) or 8, or --ratefile
+/// (0 = 8, 1 = 11.8, as the ITU sequences' SWITCH file).
+zepsc_g729::RateI annex_e_rate(const zepsc_cli::CodecOptions& o) {
+    return o.get("rate", "11.8") == "11.8" ? zepsc_g729::RateI::R11k8 : zepsc_g729::RateI::R8k;
+}
+
+std::vector<zepsc_g729::RateI> annex_e_schedule(const zepsc_cli::CodecOptions& o) {
+    std::vector<zepsc_g729::RateI> schedule;
+    for (const unsigned code : read_rate_codes(o, 1, "Annex E: 0 = 8, 1 = 11.8 kbit/s"))
+        schedule.push_back(code == 1 ? zepsc_g729::RateI::R11k8 : zepsc_g729::RateI::R8k);
     return schedule;
 }
 
@@ -793,7 +804,7 @@ zepsc_cli::CodecSpec make_spec() {
         if (is_annex_d(o))
             return zepsc_g729::make_g729d_encoder(annex_d_rate(o), annex_d_schedule(o), format == "bit");
         if (annex_e_of(o, format))
-            return zepsc_cli::g729e::make_encoder(o.get("rate", "11.8") == "11.8", o.get("ratefile"));
+            return zepsc_g729::make_g729i_encoder(annex_e_rate(o), annex_e_schedule(o), false);
         if (is_annex_i(o, format))
             return zepsc_g729::make_g729i_encoder(annex_i_rate(o), annex_i_schedule(o), o.has("dtx"));
         return std::make_unique<Encoder>(setup_of(o, format), format == "bit");

@@ -1,7 +1,8 @@
 /* SPDX-License-Identifier: BSD-3-Clause */
-// The G.729 Annex E (11.8 kbit/s) encoder and decoder of the zepsc tool,
-// built in tools/codecs/g729e.cpp; tools/codecs/g729.cpp dispatches to them
-// for `--annex E`.
+// The G.729 Annex E (11.8 kbit/s) decoder of the zepsc tool, built in
+// tools/codecs/g729e.cpp; tools/codecs/g729.cpp dispatches to it for
+// `--annex E` (the Annex E encoder is the Annex I encoder held to 8 and
+// 11.8 kbit/s without DTX).
 #pragma once
 
 #include <memory>
@@ -13,10 +14,5 @@ namespace zepsc_cli::g729e {
 
 /// The Annex E decoder (serial .bit format; frames of 118 or 80 bits).
 std::unique_ptr<FrameDecoder> make_decoder();
-
-/// The Annex E encoder: every frame at 11.8 kbit/s, or at the rate of each
-/// frame from a rate file (one 16-bit word a frame, 0 = 8 and 1 = 11.8
-/// kbit/s, as the ITU sequences' SWITCH file).
-std::unique_ptr<FrameEncoder> make_encoder(bool high_rate, const std::string& ratefile);
 
 }  // namespace zepsc_cli::g729e

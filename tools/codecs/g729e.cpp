@@ -3,8 +3,8 @@
 // frames of the main body in between), assembled from the public exports
 // alone: the Annex E reference decoder, stage by stage, in its order. The
 // encoder is the integrated coder of Annex I (tools/codecs/g729i_encoder.cpp)
-// limited to 8 and 11.8 kbit/s frames without DTX: it codes every frame at
-// 11.8 kbit/s, at 8, or at the rate of each frame from a rate file.
+// limited to 8 and 11.8 kbit/s frames without DTX (set up in
+// tools/codecs/g729.cpp).
 //
 // Bitstream: the ITU-T serial format (SYNC 0x6B21, a size word of 118 or
 // 80, then one 16-bit word a bit, 0x0081 = 1, 0x007F = 0). An 11.8 kbit/s
@@ -15,13 +15,10 @@
 #include "tools/codecs/g729_annex_e.h"
 
 #include <array>
-#include <cstdio>
 #include <cstring>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "tools/codecs/g729_annex_i.h"
 #include "tools/codecs/g729_backward.h"
 #include "zepsc.h"
 
@@ -375,41 +372,8 @@ private:
     Zep16s prev_voicing_ = 0;
     Zep16s seed_ = 21845;
 };
-
-// ---- encoder ---------------------------------------------------------------
-
-/// The rate file: one 16-bit little-endian code a frame, 0 = 8, 1 = 11.8 kbit/s.
-std::vector<bool> read_schedule(const std::string& path) {
-    std::vector<bool> schedule;
-    if (path.empty()) return schedule;
-    std::FILE* f = std::fopen(path.c_str(), "rb");
-    if (f == nullptr) throw CodecError("cannot open the rate file " + path);
-    std::uint8_t w[2];
-    while (std::fread(w, 1, 2, f) == 2) {
-        const unsigned code = w[0] | (w[1] << 8);
-        if (code > 1) {
-            std::fclose(f);
-            throw CodecError("rate file " + path + ": code " + std::to_string(code) + " at frame " +
-                             std::to_string(schedule.size()) + " (Annex E: 0 = 8, 1 = 11.8 kbit/s)");
-        }
-        schedule.push_back(code == 1);
-    }
-    std::fclose(f);
-    return schedule;
-}
-
 }  // namespace
 
 std::unique_ptr<FrameDecoder> make_decoder() { return std::make_unique<Decoder>(); }
-
-/// The Annex E encoder is the integrated coder limited to 8 and 11.8 kbit/s
-/// frames without DTX.
-std::unique_ptr<FrameEncoder> make_encoder(bool high_rate, const std::string& ratefile) {
-    std::vector<zepsc_g729::RateI> schedule;
-    for (const bool high : read_schedule(ratefile))
-        schedule.push_back(high ? zepsc_g729::RateI::R11k8 : zepsc_g729::RateI::R8k);
-    return zepsc_g729::make_g729i_encoder(high_rate ? zepsc_g729::RateI::R11k8 : zepsc_g729::RateI::R8k,
-                                          std::move(schedule), false);
-}
 
 }  // namespace zepsc_cli::g729e
