@@ -20,7 +20,6 @@
 
 #include "tools/codec.h"
 #include "tools/codecs/g729_annex.h"
-#include "tools/codecs/g729_annex_e.h"
 #include "tools/codecs/g729_annex_i.h"
 #include "tools/codecs/g729_frame.h"
 #include "zepsc.h"
@@ -650,7 +649,7 @@ private:
     std::array<Zep16s, 4> sid_{};
 };
 
-/// Annex E (tools/codecs/g729e.cpp): the .bit format, --rate 8 or 11.8, no DTX.
+/// Annex E (the decoder of tools/codecs/g729i.cpp under Annex E's rules): the .bit format, --rate 8 or 11.8, no DTX.
 bool annex_e_of(const zepsc_cli::CodecOptions& o, const std::string& format) {
     if (o.get("annex", "0") != "E") return false;
     if (format != "bit") throw CodecError("Annex E streams (118-bit frames) need the .bit serial format");
@@ -815,7 +814,7 @@ zepsc_cli::CodecSpec make_spec() {
             if (o.has("ratefile")) throw CodecError("--ratefile is an encoder option: the decoder reads each frame's rate");
             return zepsc_g729::make_g729d_decoder(annex_d_rate(o), format == "bit");
         }
-        if (annex_e_of(o, format)) return zepsc_cli::g729e::make_decoder();
+        if (annex_e_of(o, format)) return zepsc_g729::make_g729e_decoder();
         if (is_annex_i(o, format)) {
             if (o.has("ratefile")) throw CodecError("--ratefile is an encoder option: the decoder reads each frame's rate");
             return zepsc_g729::make_g729i_decoder();

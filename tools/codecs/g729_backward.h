@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: BSD-3-Clause */
-// Pieces of the G.729 Annex E decoder that the tool's Annex E decoder
-// (tools/codecs/g729e.cpp) and the integrated Annex I decoder
-// (tools/codecs/g729i.cpp) both use, through the public exports alone: the
+// Pieces of the G.729 Annex E decoder that the tool's integrated decoder
+// (tools/codecs/g729i.cpp, which is also its Annex E decoder) uses, through
+// the public exports alone: the
 // backward-adaptive LP filter of order 30 (ITU-T G.729 Annex E E.3.1) with
 // its interpolation, the backward-mode dominance count and the adaptive
 // post-filter factors (E.4.2). Filters Q12, factors Q15.

@@ -145,8 +145,9 @@ struct LspDecoder {
 
     /// D_lsp and Int_qlpc: the frame's LSPs from the codes L0+L1, L2+L3 (the
     /// last good ones on an erased frame) and the LP filters of the two
-    /// subframes.
-    void decode(Zep16s l01, Zep16s l23, bool bfi, Zep16s* az) {
+    /// subframes; without interpolation (Annex E after a backward frame)
+    /// both subframes take the new LSPs.
+    void decode(Zep16s l01, Zep16s l23, bool bfi, Zep16s* az, bool interpolate = true) {
         Zep16s lsf[kOrder];
         if (!bfi) {
             const Zep16s idx[4] = {static_cast<Zep16s>((l01 >> 7) & 1), static_cast<Zep16s>(l01 & 127),
@@ -160,7 +161,12 @@ struct LspDecoder {
         }
         Zep16s lsp_new[kOrder];
         check(zepsLSFToLSP_G729_16s(lsf, lsp_new), "LSF to LSP");
-        interpolate_filters(check, lsp_old, lsp_new, az);
+        if (interpolate) {
+            interpolate_filters(check, lsp_old, lsp_new, az);
+        } else {
+            check(zepsLSPToLPC_G729_16s(lsp_new, az), "LSP to LPC");
+            check(zepsLSPToLPC_G729_16s(lsp_new, az + kOrder + 1), "LSP to LPC");
+        }
         std::memcpy(lsp_old, lsp_new, sizeof lsp_new);
     }
 

@@ -1,18 +1,25 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The integrated G.729 coder of ITU-T G.729 Annex I in the zepsc tool,
-// assembled from the public exports alone: one decoder state across the
-// rates, each frame at 6.4 kbit/s (Annex D), 8 kbit/s (main body) or
-// 11.8 kbit/s (Annex E, forward or backward LPC), or a comfort-noise frame
-// (Annex B: SID or untransmitted). This file reads as the worked example of
-// the Annex I decoder's frame loop: every stage the reference decoder runs,
-// in its order.
+// The integrated G.729 decoder of ITU-T G.729 Annex I in the zepsc tool, and
+// the Annex E decoder, assembled from the public exports alone: one decoder
+// state across the rates, each frame at 6.4 kbit/s (Annex D), 8 kbit/s (main
+// body) or 11.8 kbit/s (Annex E, forward or backward LPC), or a comfort-noise
+// frame (Annex B: SID or untransmitted). This file reads as the worked example
+// of the Annex I decoder's frame loop: every stage the reference decoder runs,
+// in its order. The Annex E reference decoder runs the same loop over its 118-
+// and 80-bit frames; the few rules by which it differs (which frames it takes,
+// how it finds and decodes an erased one) are the DecoderRules below.
 //
 // Bitstream: the ITU-T serial format; the size word gives the frame type
-// (64, 80, 118, 16 = SID with its padding bit, 0 = untransmitted). A frame is
-// erased when any of its bit words is 0x0000, when an 11.8 kbit/s frame's
-// mode bit and its repeat differ, or when an untransmitted frame's SYNC word
-// is not 0x6B21; it is decoded at the previous frame's rate (comfort noise
-// after a comfort-noise frame).
+// (64, 80, 118, 16 = SID with its padding bit, 0 = untransmitted; Annex E
+// only 118 and 80). An 11.8 kbit/s frame starts with the LPC mode bit (0
+// forward, 1 backward) and its repeat. Annex I: a frame is erased when any
+// of its bit words is 0x0000, when an 11.8 kbit/s frame's mode bit and its
+// repeat differ, or when an untransmitted frame's SYNC word is not 0x6B21;
+// it is decoded at the previous frame's rate (comfort noise after a
+// comfort-noise frame). Annex E (E.4.4, as its reference decoder detects
+// it): a frame is erased when one of its bit words but the last two is
+// 0x0000 or when the mode bit and its repeat differ; it is decoded at the
+// rate of its own size.
 #include <array>
 #include <cstring>
 #include <string>
@@ -28,11 +35,32 @@ namespace {
 
 using zepsc_cli::CodecError;
 
-constexpr Check check{"G.729 Annex I"};
-
 constexpr int kMaxBits = 118;
 constexpr Zep16s kSeedCng = 11111;  // INIT_SEED of the comfort-noise generator
 constexpr Zep16s kLspSidReset[kOrder] = {31441, 27566, 21458, 13612, 4663, -4663, -13612, -21458, -27566, -31441};
+
+/// The rules by which the Annex E reference decoder differs from the Annex I
+/// one; the frame loop is otherwise the same.
+struct DecoderRules {
+    const char* codec;        // names the decoder in its messages
+    const char* frame_sizes;  // the frame sizes it takes, as its messages list them
+    /// 64-bit, SID (16) and untransmitted (0) frames are taken, with the
+    /// state they need (phase dispersion, the comfort-noise energy); else
+    /// only 118- and 80-bit frames.
+    bool all_frame_types;
+    /// A 0x0000 among the last two bit words erases the frame too.
+    bool last_two_words_checked;
+    /// An erased frame is decoded at the previous frame's rate; else at
+    /// the rate of its own size.
+    bool erased_at_previous_rate;
+    /// The first erasure keeps the newest backward filter (for the mix
+    /// after the erasure) only when the previous frame was at 11.8 kbit/s;
+    /// else after any frame.
+    bool backward_kept_after_high_only;
+};
+
+constexpr DecoderRules kAnnexI{"G.729 Annex I", "118, 80, 64, 16 (SID) or 0 (untransmitted)", true, true, true, true};
+constexpr DecoderRules kAnnexE{"G.729 Annex E", "118 or 80", false, false, false, false};
 
 /// Frame types as the Annex I reference numbers them; rate = type - 2.
 enum FrameType : Zep16s { kUntransmitted = 0, kSid = 1, k6k4 = 2, k8k = 3, k11k8 = 4 };
@@ -54,19 +82,21 @@ void read_params(const std::uint8_t* bits, const std::array<int, N>& widths, Zep
     }
 }
 
-FrameType type_of_size(unsigned size) {
+/// The type of a frame of `size` bits; unknown when the rules refuse it.
+bool type_of_size(unsigned size, const DecoderRules& rules, FrameType& type) {
     switch (size) {
-        case 0: return kUntransmitted;
-        case 16: return kSid;
-        case 64: return k6k4;
-        case 80: return k8k;
-        default: return k11k8;
+        case 118: type = k11k8; return true;
+        case 80: type = k8k; return true;
+        case 64: type = k6k4; return rules.all_frame_types;
+        case 16: type = kSid; return rules.all_frame_types;
+        case 0: type = kUntransmitted; return rules.all_frame_types;
+        default: return false;
     }
 }
 
 /// Parity check of the first subframe's pitch code: true when wrong. At
 /// 11.8 kbit/s the parity bit also covers bit 1 of the code.
-bool parity_error(Zep16s index, Zep16s parity, bool high_rate) {
+bool parity_error(const Check& check, Zep16s index, Zep16s parity, bool high_rate) {
     Zep16s p = 0;
     check(zepsParityPitch_G729_16s(index, &p), "pitch parity");
     if (high_rate) p = static_cast<Zep16s>(p ^ ((index >> 1) & 1));
@@ -84,20 +114,19 @@ struct Frame {
 
 // ---- decoder ---------------------------------------------------------------
 
-class DecoderI final : public zepsc_cli::FrameDecoder {
+class Decoder final : public zepsc_cli::FrameDecoder {
 public:
-    DecoderI() {
-        post_ = state_block(check, zepsPostFilterGetStateSize_G729E_16s);
-        check(zepsPostFilterInit_G729E_16s(post_.data()), "post-filter initialisation");
-        hp_ = state_block(check, zepsHighPassFilterSize_G729);
-        check(zepsHighPassFilterInit_G729(kHighPass100, hp_.data()), "post-processing initialisation");
-        disp_ = state_block(check, zepsPhaseDispersionGetStateSize_G729D);
-        check(zepsPhaseDispersionInit_G729D(disp_.data()), "phase-dispersion initialisation");
-        sid_gain_ = state_block(check, zepsSIDGainDecodeGetStateSize_G729B);
-        check(zepsSIDGainDecodeInit_G729B(sid_gain_.data()), "SID gain initialisation");
-        for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
-        std::memcpy(prev_lsf_, kFreqPrevReset, sizeof prev_lsf_);
-        std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
+    explicit Decoder(const DecoderRules& rules) : rules_(rules), check_{rules.codec} {
+        post_ = state_block(check_, zepsPostFilterGetStateSize_G729E_16s);
+        check_(zepsPostFilterInit_G729E_16s(post_.data()), "post-filter initialisation");
+        hp_ = state_block(check_, zepsHighPassFilterSize_G729);
+        check_(zepsHighPassFilterInit_G729(kHighPass100, hp_.data()), "post-processing initialisation");
+        if (rules_.all_frame_types) {
+            disp_ = state_block(check_, zepsPhaseDispersionGetStateSize_G729D);
+            check_(zepsPhaseDispersionInit_G729D(disp_.data()), "phase-dispersion initialisation");
+            sid_gain_ = state_block(check_, zepsSIDGainDecodeGetStateSize_G729B);
+            check_(zepsSIDGainDecodeInit_G729B(sid_gain_.data()), "SID gain initialisation");
+        }
         std::memcpy(lsp_sid_, kLspSidReset, sizeof lsp_sid_);
         a_bwd_mem_[0] = 4096;
     }
@@ -107,12 +136,12 @@ public:
     std::size_t decode(zepsc_cli::ByteSource& in, std::int16_t* pcm) override {
         Frame f;
         if (!read_frame(in, f)) return 0;
-        // An erased frame is decoded at the previous frame's rate: erased
-        // speech after speech, comfort noise after comfort noise.
-        Zep16s post_size = f.type;
-        if (f.erased) {
+        // Annex I decodes an erased frame at the previous frame's rate:
+        // erased speech after speech, comfort noise after comfort noise.
+        Zep16s post_type = f.type;
+        if (f.erased && rules_.erased_at_previous_rate) {
             f.type = past_ftyp_ == kSid ? kUntransmitted : static_cast<FrameType>(past_ftyp_);
-            post_size = prev_post_type_;
+            post_type = prev_post_type_;
         }
         const bool high = f.type == k11k8;
         Zep16s mode = 0;
@@ -120,8 +149,8 @@ public:
             mode = f.erased ? prev_mode_ : f.mode_bit;
             if (prev_bfi_) voicing_ = prev_voicing_;
         }
-        decode_frame(f, mode, pcm);
-        prev_post_type_ = post_size < k6k4 ? Zep16s{kUntransmitted} : post_size;
+        decode_frame(f, mode, post_type == k11k8, pcm);
+        prev_post_type_ = post_type < k6k4 ? Zep16s{kUntransmitted} : post_type;
         return kFrame;
     }
 
@@ -133,20 +162,20 @@ private:
         const unsigned sync = head[0] | (head[1] << 8);
         const unsigned size = head[2] | (head[3] << 8);
         const std::uint64_t at = in.position() - 4;
-        if (size != 0 && size != 16 && size != 64 && size != 80 && size != 118)
-            throw CodecError("frame of " + std::to_string(size) + " bits at byte " + std::to_string(at) +
-                             ": G.729 Annex I frames have 118, 80, 64, 16 (SID) or 0 (untransmitted)");
+        if (!type_of_size(size, rules_, f.type))
+            throw CodecError("frame of " + std::to_string(size) + " bits at byte " + std::to_string(at) + ": " +
+                             rules_.codec + " frames have " + rules_.frame_sizes);
         if (size != 0 && sync != kSync) throw CodecError("bad SYNC word at byte " + std::to_string(at));
         std::uint8_t words[2 * kMaxBits];
         if (size != 0 && !in.read_exact(words, 2 * size, "frame"))
             throw CodecError("truncated frame at byte " + std::to_string(in.position()) + ": header without bits");
         const auto word_at = [&](unsigned i) { return static_cast<unsigned>(words[2 * i] | (words[2 * i + 1] << 8)); };
+        const unsigned checked = rules_.last_two_words_checked ? size : size - 2;
         std::uint8_t bits[kMaxBits] = {};
-        f.type = type_of_size(size);
         f.erased = size == 0 && sync != kSync;
         for (unsigned i = 0; i < size; ++i) {
             bits[i] = word_at(i) == kBit1 ? 1 : 0;
-            if (word_at(i) == 0) f.erased = true;
+            if (word_at(i) == 0 && i < checked) f.erased = true;
         }
         switch (f.type) {
             case kUntransmitted: break;
@@ -169,8 +198,10 @@ private:
         return true;
     }
 
-    /// Decod_ld8c and the post-filtering of the reference decoder's loop.
-    void decode_frame(const Frame& f, Zep16s mode, Zep16s* out) {
+    /// Decod_ld8c (Annex E: Decod_ld8e) and the post-filtering of the
+    /// reference decoder's loop; post_high: the post-filter's factors are
+    /// those of 11.8 kbit/s.
+    void decode_frame(const Frame& f, Zep16s mode, bool post_high, Zep16s* out) {
         const bool bfi = f.erased;
         const bool high = f.type == k11k8;
         if (!bfi) {
@@ -182,7 +213,8 @@ private:
 
         // Back from an erasure: mix in the last good backward filter.
         if (mode == 1 && c_fe_fix_ != 0) bwd_.mix_in(a_bwd_mem_, c_fe_fix_);
-        if (bfi && !prev_bfi_ && past_ftyp_ == k11k8) std::memcpy(a_bwd_mem_, bwd_.newest(), sizeof a_bwd_mem_);
+        if (bfi && !prev_bfi_ && (past_ftyp_ == k11k8 || !rules_.backward_kept_after_high_only))
+            std::memcpy(a_bwd_mem_, bwd_.newest(), sizeof a_bwd_mem_);
 
         Zep16s* synth = synth_buf_ + kMemSynBwd;
         Zep16s a_t_fwd[2 * (kOrder + 1)];
@@ -193,11 +225,12 @@ private:
             t0_first = decode_speech(f, mode, a_t_fwd, synth);
 
         // Annex B: the energy of a good frame's excitation for a later SID gain.
-        if (!bfi) check(zepsFrameEnergy_G729B_16s(old_exc_ + kExcHistory, &sid_sav_, &sh_sid_sav_), "frame energy");
+        if (!bfi && rules_.all_frame_types)
+            check_(zepsFrameEnergy_G729B_16s(old_exc_ + kExcHistory, &sid_sav_, &sh_sid_sav_), "frame energy");
         past_ftyp_ = f.type;
 
         Zep16s energy = 0;
-        check(zepsEnergyDB_G729E_16s(synth, kFrame, &energy), "frame energy");
+        check_(zepsEnergyDB_G729E_16s(synth, kFrame, &energy), "frame energy");
         if (energy >= 8192) dom_.count(mode);
         std::memmove(old_exc_, old_exc_ + kFrame, kExcHistory * sizeof(Zep16s));
 
@@ -212,7 +245,6 @@ private:
             c_fe_fix_ = static_cast<Zep16s>(c_fe_fix_ - (dom_.dominant ? 410 : 2048));
             if (c_fe_fix_ < 0) c_fe_fix_ = 0;
         }
-        const bool post_high = (bfi ? prev_post_type_ : Zep16s{f.type}) == k11k8;
         post_filter(post_high, f.type >= k6k4, mode, mode == 0 ? a_t_fwd : bwd_.a_t, mode == 0 ? kOrder : kOrderBwd,
                     t0_first, synth, out);
     }
@@ -225,21 +257,21 @@ private:
         const Zep16s ftyp_b = f.type == kSid ? 2 : 0;
         const Zep16s past_b = past_ftyp_ >= k6k4 ? 1 : past_ftyp_ == kSid ? 2 : 0;
         Zep16s gain = 0;
-        check(zepsSIDGainDecode_G729B_16s(ftyp_b, f.prm[3], past_b, sid_sav_, sh_sid_sav_, &gain, sid_gain_.data()),
-              "SID gain decoding");
+        check_(zepsSIDGainDecode_G729B_16s(ftyp_b, f.prm[3], past_b, sid_sav_, sh_sid_sav_, &gain, sid_gain_.data()),
+               "SID gain decoding");
         if (f.type == kSid) {
             Zep16s lsf[kOrder];
-            check(zepsLSFDecode_G729B_16s(f.prm, &freq_prev_[0][0], lsf), "SID LSF decoding");
-            check(zepsLSFToLSP_G729_16s(lsf, lsp_sid_), "LSF to LSP");
+            check_(zepsLSFDecode_G729B_16s(f.prm, &lsp_.freq_prev[0][0], lsf), "SID LSF decoding");
+            check_(zepsLSFToLSP_G729_16s(lsf, lsp_sid_), "LSF to LSP");
         }
         // The 6.4 kbit/s phase dispersion follows the comfort noise's gains.
         Zep16s gains[4];
-        check(zepsCNGExcitation_G729I_16s(gain, old_exc_, &seed_cng_, gains), "comfort-noise excitation");
+        check_(zepsCNGExcitation_G729I_16s(gain, old_exc_, &seed_cng_, gains), "comfort-noise excitation");
         for (int sf = 0; sf < 2; ++sf)
-            check(zepsPhaseDispersionUpdate_G729D_16s(gains[2 * sf], gains[2 * sf + 1], disp_.data()),
-                  "dispersion update");
-        interpolate_filters(check, lsp_old_, lsp_sid_, az);
-        std::memcpy(lsp_old_, lsp_sid_, sizeof lsp_old_);
+            check_(zepsPhaseDispersionUpdate_G729D_16s(gains[2 * sf], gains[2 * sf + 1], disp_.data()),
+                   "dispersion update");
+        interpolate_filters(check_, lsp_.lsp_old, lsp_sid_, az);
+        std::memcpy(lsp_.lsp_old, lsp_sid_, sizeof lsp_sid_);
         for (int sf = 0; sf < 2; ++sf) synthesise(kOrder, az + sf * (kOrder + 1), sf * kSubfr, synth);
         sharp_ = kSharpMin;
         stat_bwd_ = 0;
@@ -258,12 +290,14 @@ private:
 
         // The parameters: the LSP codes (not in backward mode), then per
         // subframe the pitch code (and parity in subframe 1 but at 6.4
-        // kbit/s), the codebook codes and the gain code.
+        // kbit/s), the codebook codes and the gain code. An erased frame's
+        // codes are not used.
         const Zep16s* p_sub = high && f.mode_bit == 1 ? f.prm : f.prm + 2;
         const Zep16s* a_sub;
         int m_aq;
         if (mode == 0) {
-            decode_lsp(f.prm, bfi, a_t_fwd);
+            // D_lspe and Int_qlpc (no interpolation after a backward frame).
+            lsp_.decode(f.prm[0], f.prm[1], bfi, a_t_fwd, prev_mode_ == 0);
             a_sub = a_t_fwd;
             m_aq = kOrder;
             bwd_.keep_forward(a_t_fwd + kOrder + 1);
@@ -275,7 +309,7 @@ private:
         }
 
         Zep16s t0_first = 0;
-        const bool bad_parity = !bfi && !low && parity_error(p_sub[0], p_sub[1], high);
+        const bool bad_parity = !bfi && !low && parity_error(check_, p_sub[0], p_sub[1], high);
         for (int sf = 0; sf < 2; ++sf) {
             const int o = sf * kSubfr;
             // Codes of this subframe: q[0..] after the pitch code.
@@ -286,9 +320,9 @@ private:
 
             Zep16s delay[2] = {t0_, 0};
             if (!(sf == 0 ? (bfi || bad_parity) : bfi)) {
-                check(low ? zepsDecodeLag_G729D_16s(pitch_code, static_cast<Zep16s>(sf), delay)
-                          : zepsDecodeLag_G729_16s(pitch_code, static_cast<Zep16s>(sf), delay),
-                      "pitch delay decoding");
+                check_(low ? zepsDecodeLag_G729D_16s(pitch_code, static_cast<Zep16s>(sf), delay)
+                           : zepsDecodeLag_G729_16s(pitch_code, static_cast<Zep16s>(sf), delay),
+                       "pitch delay decoding");
                 prev_t0_ = delay[0];
                 prev_t0_frac_ = delay[1];
             } else {
@@ -302,11 +336,11 @@ private:
             }
             t0_ = delay[0];
             if (sf == 0) t0_first = delay[0];
-            check(zepsDecodeAdaptiveVector_G729_16s_I(delay, old_exc_ + o), "adaptive vector");
+            check_(zepsDecodeAdaptiveVector_G729_16s_I(delay, old_exc_ + o), "adaptive vector");
 
             // Pitch tracking for the concealment (kept at every rate, used at 11.8).
             Zep16s tracked[2] = {prev_t0_, prev_t0_frac_};
-            check(zepsPitchTrack_G729E_16s(tracked, track_), "pitch tracking");
+            check_(zepsPitchTrack_G729E_16s(tracked, track_), "pitch tracking");
             if (high) {
                 prev_t0_ = tracked[0];
                 prev_t0_frac_ = tracked[1];
@@ -318,19 +352,19 @@ private:
             if (!high) {
                 Zep16s index = q[0], sign = q[1];
                 if (bfi) {
-                    index = random();
-                    sign = random();
+                    index = random_.next();
+                    sign = random_.next();
                 }
-                check(low ? zepsDecodeFixedCodebook_G729D_16s(static_cast<Zep16s>(sign & 3),
-                                                              static_cast<Zep16s>(index & 0x01ff), code)
-                          : zepsDecodeFixedCodebook_G729_16s(static_cast<Zep16s>(sign & 15),
-                                                             static_cast<Zep16s>(index & 0x1fff), code),
-                      "fixed-codebook decoding");
+                check_(low ? zepsDecodeFixedCodebook_G729D_16s(static_cast<Zep16s>(sign & 3),
+                                                               static_cast<Zep16s>(index & 0x01ff), code)
+                           : zepsDecodeFixedCodebook_G729_16s(static_cast<Zep16s>(sign & 15),
+                                                              static_cast<Zep16s>(index & 0x1fff), code),
+                       "fixed-codebook decoding");
                 stat_bwd_ = 0;
             } else {
                 Zep16s idx[5];
-                for (int k = 0; k < 5; ++k) idx[k] = bfi ? random() : q[k];
-                check(zepsDecodeFixedCodebook_G729E_16s(idx, mode, code), "fixed-codebook decoding");
+                for (int k = 0; k < 5; ++k) idx[k] = bfi ? random_.next() : q[k];
+                check_(zepsDecodeFixedCodebook_G729E_16s(idx, mode, code), "fixed-codebook decoding");
                 if (mode == 0) {
                     stat_bwd_ = 0;
                 } else if (++stat_bwd_ >= 30) {
@@ -338,19 +372,19 @@ private:
                     stat_bwd_ = 30;
                 }
             }
-            check(zepsPitchSharpening_G729_16s_I(delay[0], sharp_, code), "pitch sharpening");
+            check_(zepsPitchSharpening_G729_16s_I(delay[0], sharp_, code), "pitch sharpening");
 
             // Gains.
-            const Zep16s gain_code = q[low ? 2 : high ? 5 : 2];
+            const Zep16s gain_code = q[high ? 5 : 2];
             if (!bfi)
-                check(low ? zepsDecodeGain_G729D_16s(gain_code, code, past_qua_en_, gains_)
-                          : zepsDecodeGain_G729_16s(gain_code, code, past_qua_en_, gains_),
-                      "gain decoding");
+                check_(low ? zepsDecodeGain_G729D_16s(gain_code, code, past_qua_en_, gains_)
+                           : zepsDecodeGain_G729_16s(gain_code, code, past_qua_en_, gains_),
+                       "gain decoding");
             else if (high)
-                check(zepsDecodeGainErased_G729E_16s(past_qua_en_, gains_, &c_muting_, count_bfi_, stationary),
-                      "erased-frame gains");
+                check_(zepsDecodeGainErased_G729E_16s(past_qua_en_, gains_, &c_muting_, count_bfi_, stationary),
+                       "erased-frame gains");
             else
-                check(zepsDecodeGainErased_G729_16s(past_qua_en_, gains_), "erased-frame gains");
+                check_(zepsDecodeGainErased_G729_16s(past_qua_en_, gains_), "erased-frame gains");
             sharp_ = bounded_sharp(gains_[0]);
 
             // Excitation: an erased frame keeps only the adaptive part of a
@@ -363,40 +397,18 @@ private:
                 else
                     gc = 0;
             }
-            check(zepsMixExcitation_G729_16s_I(gp, gc, code, old_exc_ + kExcHistory + o, kSubfr), "excitation");
-            if (low)
+            check_(zepsMixExcitation_G729_16s_I(gp, gc, code, old_exc_ + kExcHistory + o, kSubfr), "excitation");
+            if (low) {
                 synthesise_dispersed(a_sub, o, code, synth);
-            else {
+            } else {
                 synthesise(m_aq, a_sub, o, synth);
-                check(zepsPhaseDispersionUpdate_G729D_16s(gains_[0], gains_[1], disp_.data()), "dispersion update");
+                if (rules_.all_frame_types)
+                    check_(zepsPhaseDispersionUpdate_G729D_16s(gains_[0], gains_[1], disp_.data()),
+                           "dispersion update");
             }
             a_sub += m_aq + 1;
         }
         return t0_first;
-    }
-
-    /// D_lspe and Int_qlpc (no interpolation after a backward frame).
-    void decode_lsp(const Zep16s* prm, bool bfi, Zep16s* az) {
-        Zep16s lsf[kOrder];
-        if (!bfi) {
-            const Zep16s idx[4] = {static_cast<Zep16s>((prm[0] >> 7) & 1), static_cast<Zep16s>(prm[0] & 127),
-                                   static_cast<Zep16s>((prm[1] >> 5) & 31), static_cast<Zep16s>(prm[1] & 31)};
-            check(zepsLSFDecode_G729_16s(idx, &freq_prev_[0][0], lsf), "LSF decoding");
-            std::memcpy(prev_lsf_, lsf, sizeof lsf);
-            prev_ma_ = idx[0];
-        } else {
-            std::memcpy(lsf, prev_lsf_, sizeof lsf);
-            check(zepsLSFDecodeErased_G729_16s(prev_ma_, &freq_prev_[0][0], prev_lsf_), "erased LSF decoding");
-        }
-        Zep16s lsp_new[kOrder];
-        check(zepsLSFToLSP_G729_16s(lsf, lsp_new), "LSF to LSP");
-        if (prev_mode_ == 0) {
-            interpolate_filters(check, lsp_old_, lsp_new, az);
-        } else {
-            check(zepsLSPToLPC_G729_16s(lsp_new, az), "LSP to LPC");
-            check(zepsLSPToLPC_G729_16s(lsp_new, az + kOrder + 1), "LSP to LPC");
-        }
-        std::memcpy(lsp_old_, lsp_new, sizeof lsp_new);
     }
 
     /// Synthesis of one subframe; on overflow the excitation buffer is
@@ -405,10 +417,10 @@ private:
         const Zep16s* cur = old_exc_ + kExcHistory + o;
         Zep16s* mem = mem_syn_ + kOrderBwd - m;
         const ZepStatus s = zepsSynthesisFilter_G729E_16s(m, a, cur, synth + o, kSubfr, mem, 0);
-        check(s, "synthesis filter");
+        check_(s, "synthesis filter");
         if (s == zepStsOverflow) {
             for (Zep16s& e : old_exc_) e = static_cast<Zep16s>(e >> 2);
-            check(zepsSynthesisFilter_G729E_16s(m, a, cur, synth + o, kSubfr, mem, 0), "synthesis filter");
+            check_(zepsSynthesisFilter_G729E_16s(m, a, cur, synth + o, kSubfr, mem, 0), "synthesis filter");
         }
         std::memcpy(mem_syn_, synth + o + kSubfr - kOrderBwd, sizeof mem_syn_);
     }
@@ -420,13 +432,13 @@ private:
         const Zep16s* cur = old_exc_ + kExcHistory + o;
         Zep16s* mem = mem_syn_ + kOrderBwd - kOrder;
         const ZepStatus s = zepsSynthesisFilter_G729E_16s(kOrder, a, cur, synth + o, kSubfr, mem, 0);
-        check(s, "synthesis filter");
+        check_(s, "synthesis filter");
         if (s == zepStsOverflow)
             for (Zep16s& e : old_exc_) e = static_cast<Zep16s>(e >> 2);
         Zep16s dispersed[kSubfr];
-        check(zepsPhaseDispersion_G729D_16s(cur, gains_[1], gains_[0], code, dispersed, disp_.data()),
-              "phase dispersion");
-        check(zepsSynthesisFilter_G729E_16s(kOrder, a, dispersed, synth + o, kSubfr, mem, 0), "synthesis filter");
+        check_(zepsPhaseDispersion_G729D_16s(cur, gains_[1], gains_[0], code, dispersed, disp_.data()),
+               "phase dispersion");
+        check_(zepsSynthesisFilter_G729E_16s(kOrder, a, dispersed, synth + o, kSubfr, mem, 0), "synthesis filter");
         std::memcpy(mem_syn_, synth + o + kSubfr - kOrderBwd, sizeof mem_syn_);
     }
 
@@ -444,32 +456,26 @@ private:
             const Zep16s* a = az + sf * (m + 1);
             Zep16s* y = out + sf * kSubfr;
             const Zep16s* x = synth + sf * kSubfr;
-            check(active ? zepsPostFilter_G729E_16s(lag, x, a, y, &v, pf_.ga1, pf_.ga2, pf_.ga_harm, pf_.long_h, m,
-                                                    post_.data())
-                         : zepsPostFilterInactive_G729E_16s(x, a, y, pf_.ga1, pf_.ga2, pf_.long_h, m, post_.data()),
-                  "post-filter");
+            check_(active ? zepsPostFilter_G729E_16s(lag, x, a, y, &v, pf_.ga1, pf_.ga2, pf_.ga_harm, pf_.long_h, m,
+                                                     post_.data())
+                          : zepsPostFilterInactive_G729E_16s(x, a, y, pf_.ga1, pf_.ga2, pf_.long_h, m, post_.data()),
+                   "post-filter");
             if (v != 0) voicing_ = v;
         }
-        check(zepsPostProcess_G729_16s_I(out, kFrame, hp_.data()), "post-processing");
+        check_(zepsPostProcess_G729_16s_I(out, kFrame, hp_.data()), "post-processing");
     }
 
-    /// The reference decoder's random generator (erased-frame codes).
-    Zep16s random() {
-        seed_ = static_cast<Zep16s>(seed_ * 31821 + 13849);
-        return seed_;
-    }
-
+    const DecoderRules& rules_;
+    Check check_;
     std::vector<std::uint8_t> post_, hp_, disp_, sid_gain_;
-    BackwardLp bwd_{check};
+    LspDecoder lsp_{check_};
+    BackwardLp bwd_{check_};
     BackwardDominance dom_;
     PostFactors pf_;
+    ErasureRandom random_;
     Zep16s synth_buf_[kAnaBwd] = {};
     Zep16s old_exc_[kExcHistory + kFrame] = {};
     Zep16s mem_syn_[kOrderBwd] = {};
-    Zep16s freq_prev_[4][kOrder];
-    Zep16s prev_lsf_[kOrder];
-    Zep16s prev_ma_ = 0;
-    Zep16s lsp_old_[kOrder];
     Zep16s a_bwd_mem_[kOrderBwd + 1] = {};
     Zep16s sharp_ = kSharpMin;
     Zep16s t0_ = 60;
@@ -486,7 +492,6 @@ private:
     Zep16s prev_mode_ = 0;
     Zep16s voicing_ = 60;
     Zep16s prev_voicing_ = 0;
-    Zep16s seed_ = 21845;
     // Annex B.
     Zep16s lsp_sid_[kOrder];
     Zep16s past_ftyp_ = k8k;
@@ -498,6 +503,8 @@ private:
 
 }  // namespace
 
-std::unique_ptr<zepsc_cli::FrameDecoder> make_g729i_decoder() { return std::make_unique<DecoderI>(); }
+std::unique_ptr<zepsc_cli::FrameDecoder> make_g729i_decoder() { return std::make_unique<Decoder>(kAnnexI); }
+
+std::unique_ptr<zepsc_cli::FrameDecoder> make_g729e_decoder() { return std::make_unique<Decoder>(kAnnexE); }
 
 }  // namespace zepsc_g729
