@@ -30,19 +30,11 @@ using zepsc_cli::CodecError;
 using namespace zepsc_g729;
 
 constexpr int kBits = 80;
-constexpr int kPrmSize = 11;
 constexpr int kSidBits = 16;  // 15 SID bits and one padding bit
 constexpr Zep16s kSeedCng = 11111;  // INIT_SEED of the comfort-noise generator
 
 /// Annex B frame types (the reference's ftyp).
 enum FrameType : Zep16s { kUntransmitted = 0, kSpeech = 1, kSid = 2 };
-
-/// Bits of each transmitted parameter, in stream order: L0+L1, L2+L3, P1, P0,
-/// C1, S1, GA1+GB1, P2, C2, S2, GA2+GB2.
-constexpr std::array<int, kPrmSize> kPrmBits = {8, 10, 8, 1, 13, 4, 7, 5, 13, 4, 7};
-/// SID parameters (Annex B B.4.2): LSF predictor switch, first and second
-/// stage, energy.
-constexpr std::array<int, 4> kSidPrmBits = {1, 5, 4, 5};
 
 enum class Variant { Main, AnnexA };
 
@@ -57,26 +49,8 @@ constexpr Check check{"G.729"};
 
 std::vector<std::uint8_t> state_block(ZepStatus (*size)(Zep32s*)) { return zepsc_g729::state_block(check, size); }
 
-// ---- parameters <-> bitstreams ---------------------------------------------
-
-using Params = std::array<Zep16s, kPrmSize>;
-
-void params_to_bits(const Params& prm, std::uint8_t* bits /* 80 values 0/1 */) {
-    int k = 0;
-    for (int p = 0; p < kPrmSize; ++p)
-        for (int b = kPrmBits[p] - 1; b >= 0; --b) bits[k++] = static_cast<std::uint8_t>((prm[p] >> b) & 1);
-}
-
-Params bits_to_params(const std::uint8_t* bits) {
-    Params prm{};
-    int k = 0;
-    for (int p = 0; p < kPrmSize; ++p) {
-        int v = 0;
-        for (int b = 0; b < kPrmBits[p]; ++b) v = (v << 1) | bits[k++];
-        prm[p] = static_cast<Zep16s>(v);
-    }
-    return prm;
-}
+/// The parameters of a speech frame in stream order (kBits8k).
+using Params = std::array<Zep16s, kBits8k.size()>;
 
 // ---- decoder ---------------------------------------------------------------
 
@@ -118,7 +92,9 @@ public:
         Zep16s lags[2];
         if (ftyp == kSpeech) {
             seed_cng_ = kSeedCng;
-            decode_speech(bits_to_params(bits), erased, az, synth, lags);
+            Params prm{};
+            bits_to_params(bits, kBits8k, prm.data());
+            decode_speech(prm, erased, az, synth, lags);
         } else {
             decode_noise(ftyp, bits, az, synth, lags);
         }
@@ -199,9 +175,8 @@ private:
     /// Dec_cng (Annex B B.5): the comfort-noise gain, on a SID frame the
     /// new filter, the random excitation and the synthesis.
     void decode_noise(Zep16s ftyp, const std::uint8_t* bits, Zep16s* az, Zep16s* synth, Zep16s* lags) {
-        Zep16s sid[4] = {};
-        for (int p = 0, k = 0; p < 4 && ftyp == kSid; ++p)
-            for (int b = 0; b < kSidPrmBits[p]; ++b) sid[p] = static_cast<Zep16s>((sid[p] << 1) | bits[k++]);
+        Zep16s sid[kBitsSid.size()] = {};
+        if (ftyp == kSid) bits_to_params(bits, kBitsSid, sid);
         Zep16s gain = 0;
         check(zepsSIDGainDecode_G729B_16s(ftyp, sid[3], past_ftyp_, sid_sav_, sh_sid_sav_, &gain, sid_gain_.data()),
               "SID gain decoding");
@@ -313,18 +288,15 @@ public:
 private:
     void write_speech(const Params& prm, std::vector<std::uint8_t>& out) const {
         std::uint8_t bits[kBits];
-        params_to_bits(prm, bits);
+        params_to_bits(prm.data(), kBits8k, bits);
         write_frame_bits(bits, kBits, serial_, out);
     }
 
     /// A SID frame (15 bits and the padding bit) or an untransmitted frame.
     void write_noise(Zep16s ftyp, std::vector<std::uint8_t>& out) const {
-        put_word(out, kSync);
-        put_word(out, ftyp == kSid ? kSidBits : 0);
-        if (ftyp != kSid) return;
-        for (int p = 0; p < 4; ++p)
-            for (int b = kSidPrmBits[p] - 1; b >= 0; --b) put_word(out, (sid_[p] >> b) & 1 ? kBit1 : kBit0);
-        put_word(out, kBit0);
+        std::uint8_t bits[kSidBits] = {};
+        params_to_bits(sid_.data(), kBitsSid, bits);
+        write_frame_bits(bits, ftyp == kSid ? kSidBits : 0, true, out);
     }
 
     /// Autocorrelation (12 lags for the VAD), lag window, Levinson-Durbin

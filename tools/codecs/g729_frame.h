@@ -7,6 +7,7 @@
 // pitch-delay erasure rule (ITU-T G.729 4.4.1) and post-filter.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -56,7 +57,43 @@ inline Zep16s bounded_sharp(Zep16s gain_pitch) {
     return gain_pitch > kSharpMax ? kSharpMax : gain_pitch < kSharpMin ? kSharpMin : gain_pitch;
 }
 
-// ---- framing ---------------------------------------------------------------
+// ---- parameters and framing ------------------------------------------------
+
+/// Bits of each transmitted parameter in stream order. 8 kbit/s (main
+/// body): L0+L1, L2+L3, P1, P0, C1, S1, GA1+GB1, P2, C2, S2, GA2+GB2.
+inline constexpr std::array<int, 11> kBits8k = {8, 10, 8, 1, 13, 4, 7, 5, 13, 4, 7};
+/// 6.4 kbit/s (Annex D): L0+L1, L2+L3, P1, C1, S1, GA1+GB1, P2, C2, S2, GA2+GB2.
+inline constexpr std::array<int, 10> kBits6k4 = {8, 10, 8, 9, 2, 6, 4, 9, 2, 6};
+/// 11.8 kbit/s (Annex E, after the mode bit and its repeat), forward LPC:
+/// the LSP codes, then per subframe the pitch code (with P0 in subframe 1),
+/// five codebook codes and the gain code.
+inline constexpr std::array<int, 17> kBitsFwd = {8, 10, 8, 1, 7, 7, 7, 7, 7, 7, 5, 7, 7, 7, 7, 7, 7};
+/// 11.8 kbit/s, backward LPC: no LSP codes; the 13-bit codebook and 10-bit
+/// codes come first in each subframe.
+inline constexpr std::array<int, 15> kBitsBwd = {8, 1, 13, 10, 7, 7, 7, 7, 5, 13, 10, 7, 7, 7, 7};
+/// SID (Annex B B.4.2): LSF predictor switch, first and second stage, energy.
+inline constexpr std::array<int, 4> kBitsSid = {1, 5, 4, 5};
+
+/// The parameters prm (widths in stream order) into bits (values 0/1, MSB
+/// first); returns the bits written.
+template <std::size_t N>
+int params_to_bits(const Zep16s* prm, const std::array<int, N>& widths, std::uint8_t* bits) {
+    int k = 0;
+    for (std::size_t p = 0; p < N; ++p)
+        for (int b = widths[p] - 1; b >= 0; --b) bits[k++] = static_cast<std::uint8_t>((prm[p] >> b) & 1);
+    return k;
+}
+
+/// bits (values 0/1, MSB first) into the parameters prm (widths in stream order).
+template <std::size_t N>
+void bits_to_params(const std::uint8_t* bits, const std::array<int, N>& widths, Zep16s* prm) {
+    int k = 0;
+    for (std::size_t p = 0; p < N; ++p) {
+        int v = 0;
+        for (int b = 0; b < widths[p]; ++b) v = (v << 1) | bits[k++];
+        prm[p] = static_cast<Zep16s>(v);
+    }
+}
 
 inline void put_word(std::vector<std::uint8_t>& out, std::uint16_t w) {
     out.push_back(static_cast<std::uint8_t>(w & 0xff));

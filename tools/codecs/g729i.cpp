@@ -65,23 +65,6 @@ constexpr DecoderRules kAnnexE{"G.729 Annex E", "118 or 80", false, false, false
 /// Frame types as the Annex I reference numbers them; rate = type - 2.
 enum FrameType : Zep16s { kUntransmitted = 0, kSid = 1, k6k4 = 2, k8k = 3, k11k8 = 4 };
 
-/// Bits of each parameter in stream order (after the mode bits at 11.8 kbit/s).
-constexpr std::array<int, 10> kBits6k4 = {8, 10, 8, 9, 2, 6, 4, 9, 2, 6};
-constexpr std::array<int, 11> kBits8k = {8, 10, 8, 1, 13, 4, 7, 5, 13, 4, 7};
-constexpr std::array<int, 17> kBitsFwd = {8, 10, 8, 1, 7, 7, 7, 7, 7, 7, 5, 7, 7, 7, 7, 7, 7};
-constexpr std::array<int, 15> kBitsBwd = {8, 1, 13, 10, 7, 7, 7, 7, 5, 13, 10, 7, 7, 7, 7};
-constexpr std::array<int, 4> kBitsSid = {1, 5, 4, 5};
-
-template <std::size_t N>
-void read_params(const std::uint8_t* bits, const std::array<int, N>& widths, Zep16s* prm) {
-    int k = 0;
-    for (std::size_t p = 0; p < N; ++p) {
-        int v = 0;
-        for (int b = 0; b < widths[p]; ++b) v = (v << 1) | bits[k++];
-        prm[p] = static_cast<Zep16s>(v);
-    }
-}
-
 /// The type of a frame of `size` bits; unknown when the rules refuse it.
 bool type_of_size(unsigned size, const DecoderRules& rules, FrameType& type) {
     switch (size) {
@@ -179,9 +162,9 @@ private:
         }
         switch (f.type) {
             case kUntransmitted: break;
-            case kSid: read_params(bits, kBitsSid, f.prm); break;
-            case k6k4: read_params(bits, kBits6k4, f.prm); break;
-            case k8k: read_params(bits, kBits8k, f.prm); break;
+            case kSid: bits_to_params(bits, kBitsSid, f.prm); break;
+            case k6k4: bits_to_params(bits, kBits6k4, f.prm); break;
+            case k8k: bits_to_params(bits, kBits8k, f.prm); break;
             case k11k8: {
                 // The mode bit: a word other than 0x007F reads as 1; a repeat
                 // that differs erases the frame.
@@ -189,9 +172,9 @@ private:
                 const Zep16s repeat = word_at(1) == kBit0 ? 0 : 1;
                 if (f.mode_bit != repeat) f.erased = true;
                 if (f.mode_bit == 0)
-                    read_params(bits + 2, kBitsFwd, f.prm);
+                    bits_to_params(bits + 2, kBitsFwd, f.prm);
                 else
-                    read_params(bits + 2, kBitsBwd, f.prm);
+                    bits_to_params(bits + 2, kBitsBwd, f.prm);
                 break;
             }
         }

@@ -47,19 +47,6 @@ constexpr Zep16s kSidFrame = 2;               // the DTX stage's frame type of a
 /// at the frame's rate.
 enum class Sent { Untransmitted, Sid, Speech };
 
-/// Bits of each parameter in stream order (after the mode bits at 11.8 kbit/s).
-constexpr std::array<int, 10> kBits6k4 = {8, 10, 8, 9, 2, 6, 4, 9, 2, 6};
-constexpr std::array<int, 11> kBits8k = {8, 10, 8, 1, 13, 4, 7, 5, 13, 4, 7};
-constexpr std::array<int, 17> kBitsFwd = {8, 10, 8, 1, 7, 7, 7, 7, 7, 7, 5, 7, 7, 7, 7, 7, 7};
-constexpr std::array<int, 15> kBitsBwd = {8, 1, 13, 10, 7, 7, 7, 7, 5, 13, 10, 7, 7, 7, 7};
-constexpr std::array<int, 4> kBitsSid = {1, 5, 4, 5};
-
-template <std::size_t N>
-void put_params(std::vector<std::uint8_t>& out, const std::array<int, N>& widths, const Zep16s* prm) {
-    for (std::size_t p = 0; p < N; ++p)
-        for (int b = widths[p] - 1; b >= 0; --b) put_word(out, (prm[p] >> b) & 1 ? kBit1 : kBit0);
-}
-
 class EncoderI final : public zepsc_cli::FrameEncoder {
 public:
     EncoderI(RateI rate, std::vector<RateI> schedule, bool dtx)
@@ -109,36 +96,27 @@ public:
     }
 
 private:
+    /// A speech frame at its rate; at 11.8 kbit/s the LPC mode bit and its
+    /// repeat come first.
     static void write_frame(RateI rate, Zep16s mode, const Zep16s* prm, std::vector<std::uint8_t>& out) {
-        put_word(out, kSync);
+        std::uint8_t bits[118];
+        int n = 0;
         switch (rate) {
-            case RateI::R6k4:
-                put_word(out, 64);
-                put_params(out, kBits6k4, prm);
-                break;
-            case RateI::R8k:
-                put_word(out, 80);
-                put_params(out, kBits8k, prm);
-                break;
+            case RateI::R6k4: n = params_to_bits(prm, kBits6k4, bits); break;
+            case RateI::R8k: n = params_to_bits(prm, kBits8k, bits); break;
             case RateI::R11k8:
-                put_word(out, 118);
-                put_word(out, mode ? kBit1 : kBit0);
-                put_word(out, mode ? kBit1 : kBit0);
-                if (mode == 0)
-                    put_params(out, kBitsFwd, prm);
-                else
-                    put_params(out, kBitsBwd, prm);
+                bits[0] = bits[1] = mode ? 1 : 0;
+                n = 2 + (mode == 0 ? params_to_bits(prm, kBitsFwd, bits + 2) : params_to_bits(prm, kBitsBwd, bits + 2));
                 break;
         }
+        write_frame_bits(bits, n, true, out);
     }
 
-    /// A SID frame (15 bits and the padding bit) or an untransmitted frame.
+    /// A SID frame (15 bits and the padding bit 0) or an untransmitted frame.
     void write_noise(Sent sent, std::vector<std::uint8_t>& out) const {
-        put_word(out, kSync);
-        put_word(out, sent == Sent::Sid ? 16 : 0);
-        if (sent != Sent::Sid) return;
-        put_params(out, kBitsSid, sid_);
-        put_word(out, kBit0);
+        std::uint8_t bits[16] = {};
+        params_to_bits(sid_, kBitsSid, bits);
+        write_frame_bits(bits, sent == Sent::Sid ? 16 : 0, true, out);
     }
 
     /// Coder_ld8c for an active frame: backward (11.8 kbit/s) and forward LP
