@@ -385,7 +385,7 @@ private:
             return ftyp;
         }
         next_vad(vad);
-        quantise_lp(prm, lsp_new, aq);
+        quantise_lsp(check, lsp_new, &freq_prev_[0][0], lsp_old_q_, aq, prm.data());
         for (int sf = 0; sf < 2; ++sf)
             check(zepsWeightLPC_G729_16s(aq + sf * (kOrder + 1), kGamma1A, ap + sf * (kOrder + 1)), "weighting");
         std::memcpy(lsp_old_, lsp_new, sizeof lsp_old_);
@@ -455,16 +455,6 @@ private:
         return kSpeech;
     }
 
-    /// Qua_lsp and Int_qlpc: the quantised LSPs and filters (aq, 2 x 11).
-    void quantise_lp(Params& prm, const Zep16s* lsp_new, Zep16s* aq) {
-        Zep16s lsp_new_q[kOrder], idx[2];
-        check(zepsLSPQuant_G729_16s(lsp_new, &freq_prev_[0][0], lsp_new_q, idx), "LSP quantisation");
-        prm[0] = idx[0];
-        prm[1] = idx[1];
-        interpolate_filters(check, lsp_old_q_, lsp_new_q, aq);
-        std::memcpy(lsp_old_q_, lsp_new_q, sizeof lsp_new_q);
-    }
-
     /// Coder_ld8k: the main body's chain, with the unquantised filter for
     /// the weighting, adaptive weighting factors, the error filter memory,
     /// convolution for the filtered adaptive vector and the 17-bit search;
@@ -476,18 +466,12 @@ private:
         Zep16s a_t[2 * (kOrder + 1)], aq[2 * (kOrder + 1)], gamma[4];
         analyse(r, rw, exp_r0, a_t + kOrder + 1, rc, lsp_new);
         const Zep16s vad = voice_activity(r, rw, exp_r0, rc[1], lsp_new);
-        weighting_main(lsp_new, rc, a_t, gamma);
+        weighting_factors(check, lsp_old_, lsp_new, rc, weighting_mem_, a_t, gamma);
 
         Zep16s* exc = old_exc_ + kExcHistory;
         Zep16s* wsp = old_wsp_ + kPitMax;
         Zep16s ap1[2][kOrder + 1], ap2[2][kOrder + 1];
-        for (int sf = 0; sf < 2; ++sf) {
-            const int o = sf * kSubfr;
-            check(zepsWeightLPC_G729_16s(a_t + sf * (kOrder + 1), gamma[sf], ap1[sf]), "weighting");
-            check(zepsWeightLPC_G729_16s(a_t + sf * (kOrder + 1), gamma[2 + sf], ap2[sf]), "weighting");
-            check(zepsResidual_G729_16s(ap1[sf], speech + o, wsp + o, kSubfr), "weighting filter");
-            check(zepsSynthesisFilter_G729_16s(ap2[sf], wsp + o, wsp + o, kSubfr, mem_w_, 1), "weighting filter");
-        }
+        weighted_speech(check, a_t, gamma, speech, wsp, mem_w_, ap1, ap2);
         if (vad == 0) {
             const Zep16s ftyp = comfort_noise(aq);
             next_vad(vad);
@@ -508,7 +492,7 @@ private:
             return ftyp;
         }
         next_vad(vad);
-        quantise_lp(prm, lsp_new, aq);
+        quantise_lsp(check, lsp_new, &freq_prev_[0][0], lsp_old_q_, aq, prm.data());
 
         Zep16s t_op = 0;
         check(zepsOpenLoopPitchSearch_G729_16s(wsp, &t_op), "open-loop pitch");
@@ -517,20 +501,8 @@ private:
         for (int sf = 0; sf < 2; ++sf) {
             const int o = sf * kSubfr;
             const Zep16s* a_q = aq + sf * (kOrder + 1);
-            Zep16s zero[kOrder] = {};
-
-            // Impulse response of W(z)/A(z), target through the error filter.
-            Zep16s ai_zero[kSubfr] = {}, h1[kSubfr];
-            std::memcpy(ai_zero, ap1[sf], sizeof ap1[sf]);
-            check(zepsSynthesisFilter_G729_16s(a_q, ai_zero, h1, kSubfr, zero, 0), "impulse response");
-            check(zepsSynthesisFilter_G729_16s(ap2[sf], h1, h1, kSubfr, zero, 0), "impulse response");
-            check(zepsResidual_G729_16s(a_q, speech + o, exc + o, kSubfr), "LPC residual");
-            Zep16s error[kOrder + kSubfr];
-            std::memcpy(error, mem_err_, sizeof mem_err_);
-            check(zepsSynthesisFilter_G729_16s(a_q, exc + o, error + kOrder, kSubfr, mem_err_, 0), "error filter");
-            Zep16s xn[kSubfr];
-            check(zepsResidual_G729_16s(ap1[sf], error + kOrder, xn, kSubfr), "target");
-            check(zepsSynthesisFilter_G729_16s(ap2[sf], xn, xn, kSubfr, mem_w0_, 0), "target");
+            Zep16s h1[kSubfr], xn[kSubfr];
+            main_target(check, a_q, ap1[sf], ap2[sf], speech + o, exc + o, mem_err_, mem_w0_, h1, xn);
 
             // Adaptive codebook.
             Zep16s delay[2], adapt[kSubfr];
@@ -546,12 +518,8 @@ private:
             } else {
                 prm[7] = index;
             }
-            Zep16s y1[kSubfr], gain_pit = 0, taming = 0;
-            check(zepsAdaptiveCodebookGain_G729_16s(xn, h1, adapt, y1, &gain_pit), "pitch gain");
-            check(zepsTamingTest_G729_16s(exc_err_, delay, &taming), "taming test");
-            if (taming == 1 && gain_pit > kGpClip) gain_pit = kGpClip;
-            Zep16s xn2[kSubfr];
-            check(zepsAdaptiveCodebookContribution_G729_16s(gain_pit, y1, xn, xn2), "codebook target");
+            Zep16s y1[kSubfr], xn2[kSubfr], taming = 0;
+            tamed_pitch_gain(check, xn, h1, adapt, exc_err_, delay, y1, xn2, taming);
 
             // Fixed codebook.
             Zep16s code[kSubfr], y2[kSubfr], cidx[2];
@@ -566,29 +534,10 @@ private:
             check(zepsGainQuant_G729_16s(xn, y1, code, y2, past_qua_en_, taming, gains, &prm[sf == 0 ? 6 : 10]),
                   "gain quantisation");
             sharp_ = bounded_sharp(gains[0]);
-            check(zepsMixExcitation_G729_16s_I(gains[0], gains[1], code, exc + o, kSubfr), "excitation");
-            check(zepsTamingUpdate_G729_16s(gains[0], delay[0], exc_err_), "taming update");
-            Zep16s synth[kSubfr], diff[kSubfr];
-            check(zepsSynthesisFilter_G729_16s(a_q, exc + o, synth, kSubfr, mem_syn_, 1), "local synthesis");
-            // speech - synth with saturation: the target update with a gain of 1.0 (Q14).
-            check(zepsAdaptiveCodebookContribution_G729_16s(16384, synth, speech + o, diff), "error memory");
-            std::memcpy(mem_err_, diff + kSubfr - kOrder, sizeof mem_err_);
-            check(zepsWeightedErrorMemory_G729_16s(gains[0], gains[1], xn, y1, y2, mem_w0_), "weighting memory");
+            main_subframe_memories(check, gains, code, delay[0], a_q, speech + o, xn, y1, y2, exc + o, exc_err_,
+                                   mem_syn_, mem_err_, mem_w0_);
         }
         return kSpeech;
-    }
-
-    /// Int_lpc and perc_var: the unquantised filter of subframe 1 from the
-    /// interpolated LSPs (a_t[11..21] holds the frame's own filter) and the
-    /// weighting factors; lsp_old := lsp_new.
-    void weighting_main(const Zep16s* lsp_new, const Zep16s* rc, Zep16s* a_t, Zep16s* gamma) {
-        Zep16s lsp_mid[kOrder], lsf_int[kOrder], lsf_new[kOrder];
-        check(zepsInterpolate_G729_16s(lsp_old_, lsp_new, lsp_mid, kOrder), "LSP interpolation");
-        check(zepsLSPToLPC_G729_16s(lsp_mid, a_t), "LSP to LPC");
-        check(zepsLSPToLSF_Norm_G729_16s(lsp_mid, lsf_int), "LSP to LSF");
-        check(zepsLSPToLSF_Norm_G729_16s(lsp_new, lsf_new), "LSP to LSF");
-        std::memcpy(lsp_old_, lsp_new, kOrder * sizeof(Zep16s));
-        check(zepsWeightingFactors_G729_16s(lsf_int, lsf_new, rc, weighting_mem_, gamma), "weighting factors");
     }
 
     Variant variant_;

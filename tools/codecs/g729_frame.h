@@ -140,6 +140,25 @@ inline bool read_payload_bits(zepsc_cli::ByteSource& in, int n, std::uint8_t* bi
 
 // ---- encoder ---------------------------------------------------------------
 
+/// Int_qlpc: A(z) of subframe 1 from the mean of the old and new LSPs, of
+/// subframe 2 from the new ones.
+inline void interpolate_filters(const Check& check, const Zep16s* lsp_old, const Zep16s* lsp_new, Zep16s* az) {
+    Zep16s lsp_mid[kOrder];
+    check(zepsInterpolate_G729_16s(lsp_old, lsp_new, lsp_mid, kOrder), "LSP interpolation");
+    check(zepsLSPToLPC_G729_16s(lsp_mid, az), "LSP to LPC");
+    check(zepsLSPToLPC_G729_16s(lsp_new, az + kOrder + 1), "LSP to LPC");
+}
+
+/// The rate of frame `frame`: schedule[frame] when a rate file gave a
+/// schedule (which must not end before the speech), else the fixed rate.
+template <class Rate>
+Rate scheduled_rate(const std::vector<Rate>& schedule, std::size_t frame, Rate fixed) {
+    if (schedule.empty()) return fixed;
+    if (frame >= schedule.size())
+        throw zepsc_cli::CodecError("the rate file ends at frame " + std::to_string(frame) + ", before the speech");
+    return schedule[frame];
+}
+
 /// Levinson-Durbin of the autocorrelations r into A(z) (a, 11) and the
 /// reflection coefficients rc; when the recursion finds the filter unstable
 /// the last stable filter and its rc[0], rc[1] (prev_filter, 13) stand in,
@@ -160,16 +179,94 @@ inline void lp_filter_or_last_stable(const Check& check, const Zep32s* r, Zep16s
     }
 }
 
-// ---- decoder ---------------------------------------------------------------
-
-/// Int_qlpc: A(z) of subframe 1 from the mean of the old and new LSPs, of
-/// subframe 2 from the new ones.
-inline void interpolate_filters(const Check& check, const Zep16s* lsp_old, const Zep16s* lsp_new, Zep16s* az) {
-    Zep16s lsp_mid[kOrder];
+/// Int_lpc and perc_var: the unquantised filter of subframe 1 (a_t[0..10])
+/// from the mean of the old and new LSPs, and the weighting factors gamma
+/// (gamma1 of the two subframes, then gamma2; Q15); lsp_old := lsp_new.
+inline void weighting_factors(const Check& check, Zep16s* lsp_old, const Zep16s* lsp_new, const Zep16s* rc,
+                              Zep16s* weighting_mem, Zep16s* a_t, Zep16s* gamma) {
+    Zep16s lsp_mid[kOrder], lsf_int[kOrder], lsf_new[kOrder];
     check(zepsInterpolate_G729_16s(lsp_old, lsp_new, lsp_mid, kOrder), "LSP interpolation");
-    check(zepsLSPToLPC_G729_16s(lsp_mid, az), "LSP to LPC");
-    check(zepsLSPToLPC_G729_16s(lsp_new, az + kOrder + 1), "LSP to LPC");
+    check(zepsLSPToLPC_G729_16s(lsp_mid, a_t), "LSP to LPC");
+    check(zepsLSPToLSF_Norm_G729_16s(lsp_mid, lsf_int), "LSP to LSF");
+    check(zepsLSPToLSF_Norm_G729_16s(lsp_new, lsf_new), "LSP to LSF");
+    std::memcpy(lsp_old, lsp_new, kOrder * sizeof(Zep16s));
+    check(zepsWeightingFactors_G729_16s(lsf_int, lsf_new, rc, weighting_mem, gamma), "weighting factors");
 }
+
+/// The main body's weighted speech of a frame (wsp, 80 samples) through
+/// W(z) = A(z/gamma1)/A(z/gamma2) of each subframe's unquantised filter
+/// (a_t, 2 x 11); ap1, ap2 receive the subframes' A(z/gamma1), A(z/gamma2).
+inline void weighted_speech(const Check& check, const Zep16s* a_t, const Zep16s* gamma, const Zep16s* speech,
+                            Zep16s* wsp, Zep16s* mem_w, Zep16s (*ap1)[kOrder + 1], Zep16s (*ap2)[kOrder + 1]) {
+    for (int sf = 0; sf < 2; ++sf) {
+        const int o = sf * kSubfr;
+        check(zepsWeightLPC_G729_16s(a_t + sf * (kOrder + 1), gamma[sf], ap1[sf]), "weighting");
+        check(zepsWeightLPC_G729_16s(a_t + sf * (kOrder + 1), gamma[2 + sf], ap2[sf]), "weighting");
+        check(zepsResidual_G729_16s(ap1[sf], speech + o, wsp + o, kSubfr), "weighting filter");
+        check(zepsSynthesisFilter_G729_16s(ap2[sf], wsp + o, wsp + o, kSubfr, mem_w, 1), "weighting filter");
+    }
+}
+
+/// Qua_lsp and Int_qlpc: the quantised LSPs (codes idx, 2) and the
+/// quantised filters of the two subframes (aq, 2 x 11); lsp_old_q := the new.
+inline void quantise_lsp(const Check& check, const Zep16s* lsp_new, Zep16s* freq_prev, Zep16s* lsp_old_q, Zep16s* aq,
+                         Zep16s* idx) {
+    Zep16s lsp_new_q[kOrder];
+    check(zepsLSPQuant_G729_16s(lsp_new, freq_prev, lsp_new_q, idx), "LSP quantisation");
+    interpolate_filters(check, lsp_old_q, lsp_new_q, aq);
+    std::memcpy(lsp_old_q, lsp_new_q, sizeof lsp_new_q);
+}
+
+/// The main body's subframe target (3.6): the impulse response h1 of
+/// W(z)/A(z) (quantised a_q, weighting ap1, ap2), the LPC residual into exc
+/// and the target xn through the error filter (memories mem_err, mem_w0).
+inline void main_target(const Check& check, const Zep16s* a_q, const Zep16s* ap1, const Zep16s* ap2,
+                        const Zep16s* speech, Zep16s* exc, Zep16s* mem_err, Zep16s* mem_w0, Zep16s* h1, Zep16s* xn) {
+    Zep16s zero[kOrder] = {};
+    Zep16s ai_zero[kSubfr] = {};
+    std::memcpy(ai_zero, ap1, (kOrder + 1) * sizeof(Zep16s));
+    check(zepsSynthesisFilter_G729_16s(a_q, ai_zero, h1, kSubfr, zero, 0), "impulse response");
+    check(zepsSynthesisFilter_G729_16s(ap2, h1, h1, kSubfr, zero, 0), "impulse response");
+    check(zepsResidual_G729_16s(a_q, speech, exc, kSubfr), "LPC residual");
+    Zep16s error[kOrder + kSubfr];
+    std::memcpy(error, mem_err, kOrder * sizeof(Zep16s));
+    check(zepsSynthesisFilter_G729_16s(a_q, exc, error + kOrder, kSubfr, mem_err, 0), "error filter");
+    check(zepsResidual_G729_16s(ap1, error + kOrder, xn, kSubfr), "target");
+    check(zepsSynthesisFilter_G729_16s(ap2, xn, xn, kSubfr, mem_w0, 0), "target");
+}
+
+/// The adaptive-codebook gain (Q14) of the filtered adaptive vector y1,
+/// bounded at 0.95 when the taming test (exc_err, the closed-loop delay)
+/// finds a risk of error propagation, and the fixed codebook's target xn2.
+inline Zep16s tamed_pitch_gain(const Check& check, const Zep16s* xn, const Zep16s* h1, const Zep16s* adapt,
+                               const Zep32s* exc_err, const Zep16s* delay, Zep16s* y1, Zep16s* xn2, Zep16s& taming) {
+    Zep16s gain_pit = 0;
+    taming = 0;
+    check(zepsAdaptiveCodebookGain_G729_16s(xn, h1, adapt, y1, &gain_pit), "pitch gain");
+    check(zepsTamingTest_G729_16s(exc_err, delay, &taming), "taming test");
+    if (taming == 1 && gain_pit > kGpClip) gain_pit = kGpClip;
+    check(zepsAdaptiveCodebookContribution_G729_16s(gain_pit, y1, xn, xn2), "codebook target");
+    return gain_pit;
+}
+
+/// The main body's end of a subframe: the excitation exc from the quantised
+/// gains (Q14, Q1), the taming update, the local synthesis and the error and
+/// weighting memories.
+inline void main_subframe_memories(const Check& check, const Zep16s* gains, const Zep16s* code, Zep16s delay0,
+                                   const Zep16s* a_q, const Zep16s* speech, const Zep16s* xn, const Zep16s* y1,
+                                   const Zep16s* y2, Zep16s* exc, Zep32s* exc_err, Zep16s* mem_syn, Zep16s* mem_err,
+                                   Zep16s* mem_w0) {
+    check(zepsMixExcitation_G729_16s_I(gains[0], gains[1], code, exc, kSubfr), "excitation");
+    check(zepsTamingUpdate_G729_16s(gains[0], delay0, exc_err), "taming update");
+    Zep16s synth[kSubfr], diff[kSubfr];
+    check(zepsSynthesisFilter_G729_16s(a_q, exc, synth, kSubfr, mem_syn, 1), "local synthesis");
+    // speech - synth with saturation: the target update with a gain of 1.0 (Q14).
+    check(zepsAdaptiveCodebookContribution_G729_16s(16384, synth, speech, diff), "error memory");
+    std::memcpy(mem_err, diff + kSubfr - kOrder, kOrder * sizeof(Zep16s));
+    check(zepsWeightedErrorMemory_G729_16s(gains[0], gains[1], xn, y1, y2, mem_w0), "weighting memory");
+}
+
+// ---- decoder ---------------------------------------------------------------
 
 /// The decoder's LSP memories: the MA predictor's past LSFs, the last good
 /// LSFs and predictor switch, and the previous frame's LSPs.

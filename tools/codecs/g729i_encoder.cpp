@@ -31,8 +31,6 @@
 namespace zepsc_g729 {
 namespace {
 
-using zepsc_cli::CodecError;
-
 constexpr Check check{"G.729 Annex I"};
 
 constexpr int kOrderBwd = 30;                 // M_BWD
@@ -70,13 +68,7 @@ public:
     std::size_t frame_samples() const override { return kFrame; }
 
     void encode(const std::int16_t* pcm, std::vector<std::uint8_t>& out) override {
-        RateI rate = rate_;
-        if (!schedule_.empty()) {
-            if (frame_ >= schedule_.size())
-                throw CodecError("the rate file ends at frame " + std::to_string(frame_) + ", before the speech");
-            rate = schedule_[frame_];
-        }
-        ++frame_;
+        const RateI rate = scheduled_rate(schedule_, frame_++, rate_);
         frame_count_ = frame_count_ == 32767 ? Zep16s{256} : static_cast<Zep16s>(frame_count_ + 1);
         Zep16s* new_speech = old_speech_ + kWindow - kFrame;
         std::memcpy(new_speech, pcm, kFrame * sizeof(Zep16s));
@@ -281,12 +273,8 @@ private:
                     *q++ = parity;
                 }
             }
-            Zep16s y1[kSubfr], gain_pit = 0, taming = 0;
-            check(zepsAdaptiveCodebookGain_G729_16s(xn, h1, adapt, y1, &gain_pit), "pitch gain");
-            check(zepsTamingTest_G729_16s(exc_err_, delay, &taming), "taming test");
-            if (taming == 1 && gain_pit > kGpClip) gain_pit = kGpClip;
-            Zep16s xn2[kSubfr];
-            check(zepsAdaptiveCodebookContribution_G729_16s(gain_pit, y1, xn, xn2), "codebook target");
+            Zep16s y1[kSubfr], xn2[kSubfr], taming = 0;
+            const Zep16s gain_pit = tamed_pitch_gain(check, xn, h1, adapt, exc_err_, delay, y1, xn2, taming);
 
             // Fixed codebook.
             Zep16s code[kSubfr], y2[kSubfr];
