@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: BSD-3-Clause */
-// Pieces of the G.729 Annex E decoder that the tool's integrated decoder
-// (tools/codecs/g729i.cpp, which is also its Annex E decoder) uses, through
-// the public exports alone: the
+// Pieces of the G.729 Annex E coder that the tool's integrated decoder
+// (tools/codecs/g729i.cpp, which is also its Annex E decoder) and encoder
+// (tools/codecs/g729i_encoder.cpp) use, through the public exports alone: the
 // backward-adaptive LP filter of order 30 (ITU-T G.729 Annex E E.3.1) with
 // its interpolation, the backward-mode dominance count and the adaptive
 // post-filter factors (E.4.2). Filters Q12, factors Q15.
@@ -20,8 +20,10 @@ inline constexpr int kMemSynBwd = kOrderBwd + 35;   // MEM_SYN_BWD
 inline constexpr int kAnaBwd = kFrame + kMemSynBwd; // L_ANA_BWD
 inline constexpr Zep16s kCIntReset = 4506;          // interpolation factor reset, Q12
 
-/// The decoder's backward LP filter: a_t holds the two subframes' filters
-/// (31 values each), the newest in a_t[31..61].
+/// The backward LP filter and its memories: a_t holds the two subframes'
+/// filters (31 values each), the newest in a_t[31..61]; prev_filter is the
+/// previous frame's filter and c_int the interpolation factor (decoder's
+/// Int_bwd, encoder's mode decision).
 struct BackwardLp {
     explicit BackwardLp(Check c) : check(c) {
         hyb = state_block(check, zepsWinHybridGetStateSize_G729E_16s);

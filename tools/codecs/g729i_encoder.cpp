@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "tools/codecs/g729_annex_i.h"
+#include "tools/codecs/g729_backward.h"
 #include "tools/codecs/g729_frame.h"
 #include "zepsc.h"
 
@@ -33,11 +34,6 @@ namespace {
 
 constexpr Check check{"G.729 Annex I"};
 
-constexpr int kOrderBwd = 30;                 // M_BWD
-constexpr int kMemSynBwd = kOrderBwd + 35;    // MEM_SYN_BWD
-constexpr int kAnaBwd = kFrame + kMemSynBwd;  // L_ANA_BWD
-constexpr Zep16s kGammaBwd = 32113;           // GAMMA_BWD, 0.98
-constexpr Zep16s kCIntReset = 4506;           // filter interpolation factor reset, Q12
 constexpr Zep16s kSeedCng = 11111;            // INIT_SEED of the comfort-noise generator
 constexpr Zep16s kSidFrame = 2;               // the DTX stage's frame type of a SID frame
 
@@ -51,12 +47,10 @@ public:
         : rate_(rate), schedule_(std::move(schedule)), dtx_on_(dtx) {
         hp_ = state_block(check, zepsHighPassFilterSize_G729);
         check(zepsHighPassFilterInit_G729(kHighPass140, hp_.data()), "pre-processing initialisation");
-        hyb_ = state_block(check, zepsWinHybridGetStateSize_G729E_16s);
-        check(zepsWinHybridInit_G729E_16s(hyb_.data()), "hybrid-window initialisation");
         for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
         std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
         std::memcpy(lsp_old_q_, kLspReset, sizeof lsp_old_q_);
-        prev_filter_[0] = a_t_bwd_mem_[0] = old_a_bwd_[0] = old_a_fwd_[0] = 4096;
+        old_a_fwd_[0] = 4096;
         vad_ = state_block(check, zepsVADGetStateSize_G729B);
         check(zepsVADInit_G729B(vad_.data()), "VAD initialisation");
         dtx_ = state_block(check, zepsDTXGetStateSize_G729B);
@@ -125,7 +119,7 @@ private:
         Zep16s a_t_fwd[2 * (kOrder + 1)], a_t_fwd_q[2 * (kOrder + 1)], rc_fwd[kOrder], lsp_new[kOrder];
         const Zep16s vad = forward_analysis(rate, a_t_fwd + kOrder + 1, rc_fwd, lsp_new);
         const bool high = rate == RateI::R11k8 && vad == 1;
-        if (high) backward_analysis();
+        if (high) bwd_.analyse(synth_);
         std::memmove(synth_, synth_ + kFrame, kMemSynBwd * sizeof(Zep16s));
         std::memcpy(signal_ + kOrderBwd, speech, kFrame * sizeof(Zep16s));
 
@@ -160,27 +154,26 @@ private:
         // Forward or backward LP (forward, dominance decaying, below 11.8
         // kbit/s and on inactive frames).
         mode = 0;
-        check(zepsLPCModeDecision_G729E_16s(signal_ + kOrderBwd, a_t_fwd_q, a_t_bwd_, &mode, lsp_new, lsp_old_,
-                                            high ? 1 : 0, &bwd_dominant_, prev_mode_, prev_filter_, &c_int_, stat_),
+        check(zepsLPCModeDecision_G729E_16s(signal_ + kOrderBwd, a_t_fwd_q, bwd_.a_t, &mode, lsp_new, lsp_old_,
+                                            high ? 1 : 0, &bwd_dominant_, prev_mode_, bwd_.prev_filter, &bwd_.c_int,
+                                            stat_),
               "LPC mode decision");
         const Zep16s* aq;
         const Zep16s* ap;
         int m_aq, m_ap;
         if (mode == 0) {
-            c_int_ = kCIntReset;
             m_aq = m_ap = kOrder;
             aq = a_t_fwd_q;
             ap = bwd_dominant_ == 0 ? a_t_fwd : a_t_fwd_q;
-            std::memset(prev_filter_, 0, sizeof prev_filter_);
-            std::memcpy(prev_filter_, aq + kOrder + 1, (kOrder + 1) * sizeof(Zep16s));
+            bwd_.keep_forward(aq + kOrder + 1);
             std::memset(ai_zero_ + kOrder + 1, 0, (kOrderBwd - kOrder) * sizeof(Zep16s));
         } else {
             m_aq = kOrderBwd;
-            aq = a_t_bwd_;
+            aq = bwd_.a_t;
             m_ap = bwd_dominant_ == 0 ? kOrder : kOrderBwd;
-            ap = bwd_dominant_ == 0 ? a_t_fwd : a_t_bwd_;
+            ap = bwd_dominant_ == 0 ? a_t_fwd : bwd_.a_t;
             if (bwd_dominant_ == 0) std::memset(ai_zero_ + kOrder + 1, 0, (kOrderBwd - kOrder) * sizeof(Zep16s));
-            std::memcpy(prev_filter_, a_t_bwd_ + kOrderBwd + 1, sizeof prev_filter_);
+            std::memcpy(bwd_.prev_filter, bwd_.newest(), sizeof bwd_.prev_filter);
         }
         std::memcpy(lsp_old_, lsp_new, sizeof lsp_old_);
 
@@ -398,8 +391,9 @@ private:
             std::memcpy(mem_err_, error + kSubfr - kOrderBwd, sizeof mem_err_);
             keep_pitch_gain(8192);
         }
-        std::memset(prev_filter_, 0, sizeof prev_filter_);
-        std::memcpy(prev_filter_, aq + kOrder + 1, (kOrder + 1) * sizeof(Zep16s));
+        // The previous filter follows the comfort noise's (c_int unchanged).
+        std::memset(bwd_.prev_filter, 0, sizeof bwd_.prev_filter);
+        std::memcpy(bwd_.prev_filter, aq + kOrder + 1, (kOrder + 1) * sizeof(Zep16s));
         sharp_ = kSharpMin;
         return ftyp == kSidFrame ? Sent::Sid : Sent::Untransmitted;
     }
@@ -416,25 +410,6 @@ private:
             check(zepsWeightedErrorMemory_G729_16s(gains[0], gains[1], x, a, b, mem_w0_ + part * kOrder),
                   "weighting memory");
         }
-    }
-
-    /// The hybrid window on the local synthesis, the lag window, Levinson-
-    /// Durbin of order 30, the saturation test and the bandwidth expansion:
-    /// the backward filter in a_t_bwd_[31..61].
-    void backward_analysis() {
-        Zep32s r[kOrderBwd + 1];
-        Zep16s rh[kOrderBwd + 1], rl[kOrderBwd + 1], rc[kOrderBwd];
-        Zep16s* a = a_t_bwd_ + kOrderBwd + 1;
-        check(zepsWinHybrid_G729E_16s32s(synth_, r, hyb_.data()), "hybrid window");
-        check(zepsLagWindow_G729E_32s16s(r, rh, rl), "lag window");
-        check(zepsLevinsonDurbin_G729E_16s(kOrderBwd, rh, rl, a, rc, old_a_bwd_, old_rc_bwd_), "Levinson-Durbin");
-        bool saturated = false;
-        for (int i = 0; i <= kOrderBwd; ++i) saturated = saturated || a[i] >= 32767;
-        if (saturated)
-            std::memcpy(a, a_t_bwd_mem_, sizeof a_t_bwd_mem_);
-        else
-            std::memcpy(a_t_bwd_mem_, a, sizeof a_t_bwd_mem_);
-        check(zepsWeightLPC_G729E_16s(a, kGammaBwd, kOrderBwd, a), "bandwidth expansion");
     }
 
     /// Autocorrelation, lag window and Levinson-Durbin of order 10 (the last
@@ -471,7 +446,8 @@ private:
     std::vector<RateI> schedule_;
     bool dtx_on_;
     std::size_t frame_ = 0;
-    std::vector<std::uint8_t> hp_, hyb_, vad_, dtx_, music_;
+    std::vector<std::uint8_t> hp_, vad_, dtx_, music_;
+    BackwardLp bwd_{check};
     Zep16s lag_buf_[5] = {20, 20, 20, 20, 20};
     Zep16s pgain_buf_[5] = {11469, 11469, 11469, 11469, 11469};
     // Annex B.
@@ -488,17 +464,11 @@ private:
     Zep16s mem_syn_[kOrderBwd] = {}, mem_w0_[kOrderBwd] = {}, mem_w_[kOrderBwd] = {}, mem_err_[kOrderBwd] = {};
     Zep16s sharp_ = kSharpMin;
     Zep32s exc_err_[4] = {0x4000, 0x4000, 0x4000, 0x4000};
-    Zep16s prev_filter_[kOrderBwd + 1] = {};
     Zep16s synth_[kAnaBwd] = {};
     Zep16s prev_mode_ = 0;
     Zep16s signal_[kFrame + kOrderBwd] = {};
-    Zep16s a_t_bwd_[2 * (kOrderBwd + 1)] = {};
-    Zep16s a_t_bwd_mem_[kOrderBwd + 1] = {};
     Zep16s bwd_dominant_ = 0;
-    Zep16s c_int_ = kCIntReset;
     Zep16s stat_[5] = {10000, 0, 0, 0, 0};
-    Zep16s old_a_bwd_[kOrderBwd + 1] = {};
-    Zep16s old_rc_bwd_[2] = {};
     Zep16s old_a_fwd_[kOrder + 1] = {};
     Zep16s old_rc_fwd_[2] = {};
     Zep16s freq_prev_[4][kOrder];
