@@ -47,8 +47,6 @@ struct Setup {
 /// A status of the library that the codec does not expect ends the run.
 constexpr Check check{"G.729"};
 
-std::vector<std::uint8_t> state_block(ZepStatus (*size)(Zep32s*)) { return zepsc_g729::state_block(check, size); }
-
 /// The parameters of a speech frame in stream order (kBits8k).
 using Params = std::array<Zep16s, kBits8k.size()>;
 
@@ -57,15 +55,13 @@ using Params = std::array<Zep16s, kBits8k.size()>;
 class Decoder final : public zepsc_cli::FrameDecoder {
 public:
     Decoder(Setup setup, bool serial) : variant_(setup.variant), annex_b_(setup.annex_b), serial_(serial) {
-        post_ = variant_ == Variant::AnnexA ? state_block(zepsPostFilterGetStateSize_G729A_16s)
-                                            : state_block(zepsPostFilterGetStateSize_G729_16s);
-        check(variant_ == Variant::AnnexA ? zepsPostFilterInit_G729A_16s(post_.data())
-                                          : zepsPostFilterInit_G729_16s(post_.data()),
-              "post-filter initialisation");
-        hp_ = state_block(zepsHighPassFilterSize_G729);
-        check(zepsHighPassFilterInit_G729(kHighPass100, hp_.data()), "post-processing initialisation");
-        sid_gain_ = state_block(zepsSIDGainDecodeGetStateSize_G729B);
-        check(zepsSIDGainDecodeInit_G729B(sid_gain_.data()), "SID gain initialisation");
+        post_ = variant_ == Variant::AnnexA ? initialised_state(check, zepsPostFilterGetStateSize_G729A_16s,
+                                                                zepsPostFilterInit_G729A_16s, "post-filter")
+                                            : initialised_state(check, zepsPostFilterGetStateSize_G729_16s,
+                                                                zepsPostFilterInit_G729_16s, "post-filter");
+        hp_ = high_pass_state(check, kHighPass100, "post-processing");
+        sid_gain_ = initialised_state(check, zepsSIDGainDecodeGetStateSize_G729B,
+                                      zepsSIDGainDecodeInit_G729B, "SID gain");
     }
     int sample_rate() const override { return 8000; }
     std::size_t max_frame_samples() const override { return kFrame; }
@@ -255,12 +251,9 @@ constexpr Zep16s kGamma1A = 24576;  // 0.75, Annex A weighting
 class Encoder final : public zepsc_cli::FrameEncoder {
 public:
     Encoder(Setup setup, bool serial) : variant_(setup.variant), dtx_on_(setup.annex_b), serial_(serial) {
-        hp_ = state_block(zepsHighPassFilterSize_G729);
-        check(zepsHighPassFilterInit_G729(kHighPass140, hp_.data()), "pre-processing initialisation");
-        vad_ = state_block(zepsVADGetStateSize_G729B);
-        check(zepsVADInit_G729B(vad_.data()), "VAD initialisation");
-        dtx_ = state_block(zepsDTXGetStateSize_G729B);
-        check(zepsDTXInit_G729B(dtx_.data()), "DTX initialisation");
+        hp_ = high_pass_state(check, kHighPass140, "pre-processing");
+        vad_ = initialised_state(check, zepsVADGetStateSize_G729B, zepsVADInit_G729B, "VAD");
+        dtx_ = initialised_state(check, zepsDTXGetStateSize_G729B, zepsDTXInit_G729B, "DTX");
         for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
         std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
         std::memcpy(lsp_old_q_, kLspReset, sizeof lsp_old_q_);
@@ -418,15 +411,7 @@ private:
             check(zepsAdaptiveCodebookSearch_G729A_16s(sf == 0 ? t_op : t0_first, xn, h1, old_exc_ + o, delay, adapt,
                                                        static_cast<Zep16s>(sf)),
                   "closed-loop pitch");
-            Zep16s index = 0;
-            check(zepsEncodeLag_G729_16s(delay, t0_first, static_cast<Zep16s>(sf), &index), "pitch-delay code");
-            if (sf == 0) {
-                t0_first = delay[0];
-                prm[2] = index;
-                check(zepsParityPitch_G729_16s(index, &prm[3]), "pitch parity");
-            } else {
-                prm[7] = index;
-            }
+            code_lag(delay, sf, t0_first, prm);
             Zep16s y1[kSubfr];
             check(zepsSynthesisFilter_G729_16s(a_w, exc + o, y1, kSubfr, zero, 0),
                   "filtered adaptive vector");
@@ -453,6 +438,20 @@ private:
             check(zepsWeightedErrorMemory_G729_16s(gains[0], gains[1], xn, y1, y2, mem_w0_), "weighting memory");
         }
         return kSpeech;
+    }
+
+    /// The pitch-delay code of subframe sf: P1 with its parity P0 (the delay
+    /// becomes t0_first, which subframe 2's code is relative to), or P2.
+    static void code_lag(const Zep16s* delay, int sf, Zep16s& t0_first, Params& prm) {
+        Zep16s index = 0;
+        check(zepsEncodeLag_G729_16s(delay, t0_first, static_cast<Zep16s>(sf), &index), "pitch-delay code");
+        if (sf == 0) {
+            t0_first = delay[0];
+            prm[2] = index;
+            check(zepsParityPitch_G729_16s(index, &prm[3]), "pitch parity");
+        } else {
+            prm[7] = index;
+        }
     }
 
     /// Coder_ld8k: the main body's chain, with the unquantised filter for
@@ -509,15 +508,7 @@ private:
             check(zepsAdaptiveCodebookSearch_G729_16s(sf == 0 ? t_op : t0_first, xn, h1, old_exc_ + o, delay, adapt,
                                                       static_cast<Zep16s>(sf)),
                   "closed-loop pitch");
-            Zep16s index = 0;
-            check(zepsEncodeLag_G729_16s(delay, t0_first, static_cast<Zep16s>(sf), &index), "pitch-delay code");
-            if (sf == 0) {
-                t0_first = delay[0];
-                prm[2] = index;
-                check(zepsParityPitch_G729_16s(index, &prm[3]), "pitch parity");
-            } else {
-                prm[7] = index;
-            }
+            code_lag(delay, sf, t0_first, prm);
             Zep16s y1[kSubfr], xn2[kSubfr], taming = 0;
             tamed_pitch_gain(check, xn, h1, adapt, exc_err_, delay, y1, xn2, taming);
 

@@ -26,8 +26,8 @@ inline constexpr Zep16s kCIntReset = 4506;          // interpolation factor rese
 /// Int_bwd, encoder's mode decision).
 struct BackwardLp {
     explicit BackwardLp(Check c) : check(c) {
-        hyb = state_block(check, zepsWinHybridGetStateSize_G729E_16s);
-        check(zepsWinHybridInit_G729E_16s(hyb.data()), "hybrid-window initialisation");
+        hyb = initialised_state(check, zepsWinHybridGetStateSize_G729E_16s,
+                                zepsWinHybridInit_G729E_16s, "hybrid-window");
         a_t_mem[0] = prev_filter[0] = old_a[0] = 4096;
     }
 

@@ -53,6 +53,23 @@ inline std::vector<std::uint8_t> state_block(const Check& check, ZepStatus (*siz
     return std::vector<std::uint8_t>(static_cast<std::size_t>(n));
 }
 
+/// The state block of a stage, sized by its size query and set by its
+/// initialiser; `what` names the stage in messages.
+inline std::vector<std::uint8_t> initialised_state(const Check& check, ZepStatus (*size)(Zep32s*),
+                                                   ZepStatus (*init)(Zep8u*), const char* what) {
+    std::vector<std::uint8_t> block = state_block(check, size);
+    check(init(block.data()), (std::string(what) + " initialisation").c_str());
+    return block;
+}
+
+/// The state of the pre-processing (kHighPass140) or post-processing
+/// (kHighPass100) high-pass filter.
+inline std::vector<std::uint8_t> high_pass_state(const Check& check, const Zep16s* coeffs, const char* what) {
+    std::vector<std::uint8_t> block = state_block(check, zepsHighPassFilterSize_G729);
+    check(zepsHighPassFilterInit_G729(coeffs, block.data()), (std::string(what) + " initialisation").c_str());
+    return block;
+}
+
 inline Zep16s bounded_sharp(Zep16s gain_pitch) {
     return gain_pitch > kSharpMax ? kSharpMax : gain_pitch < kSharpMin ? kSharpMin : gain_pitch;
 }

@@ -67,19 +67,16 @@ Params bits_to_params(const std::uint8_t* bits, RateD rate) {
     return p;
 }
 
-std::vector<std::uint8_t> state_block(ZepStatus (*size)(Zep32s*)) { return zepsc_g729::state_block(check, size); }
-
 // ---- decoder ---------------------------------------------------------------
 
 class DecoderD final : public zepsc_cli::FrameDecoder {
 public:
     DecoderD(RateD rate, bool serial) : rate_(rate), serial_(serial) {
-        post_ = state_block(zepsPostFilterGetStateSize_G729_16s);
-        check(zepsPostFilterInit_G729_16s(post_.data()), "post-filter initialisation");
-        hp_ = state_block(zepsHighPassFilterSize_G729);
-        check(zepsHighPassFilterInit_G729(kHighPass100, hp_.data()), "post-processing initialisation");
-        disp_ = state_block(zepsPhaseDispersionGetStateSize_G729D);
-        check(zepsPhaseDispersionInit_G729D(disp_.data()), "phase-dispersion initialisation");
+        post_ = initialised_state(check, zepsPostFilterGetStateSize_G729_16s,
+                                  zepsPostFilterInit_G729_16s, "post-filter");
+        hp_ = high_pass_state(check, kHighPass100, "post-processing");
+        disp_ = initialised_state(check, zepsPhaseDispersionGetStateSize_G729D,
+                                  zepsPhaseDispersionInit_G729D, "phase-dispersion");
     }
     int sample_rate() const override { return 8000; }
     std::size_t max_frame_samples() const override { return kFrame; }
@@ -218,8 +215,7 @@ class EncoderD final : public zepsc_cli::FrameEncoder {
 public:
     EncoderD(RateD rate, std::vector<RateD> schedule, bool serial)
         : rate_(rate), schedule_(std::move(schedule)), serial_(serial) {
-        hp_ = state_block(zepsHighPassFilterSize_G729);
-        check(zepsHighPassFilterInit_G729(kHighPass140, hp_.data()), "pre-processing initialisation");
+        hp_ = high_pass_state(check, kHighPass140, "pre-processing");
         for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
         std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
         std::memcpy(lsp_old_q_, kLspReset, sizeof lsp_old_q_);

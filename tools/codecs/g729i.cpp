@@ -100,15 +100,14 @@ struct Frame {
 class Decoder final : public zepsc_cli::FrameDecoder {
 public:
     explicit Decoder(const DecoderRules& rules) : rules_(rules), check_{rules.codec} {
-        post_ = state_block(check_, zepsPostFilterGetStateSize_G729E_16s);
-        check_(zepsPostFilterInit_G729E_16s(post_.data()), "post-filter initialisation");
-        hp_ = state_block(check_, zepsHighPassFilterSize_G729);
-        check_(zepsHighPassFilterInit_G729(kHighPass100, hp_.data()), "post-processing initialisation");
+        post_ = initialised_state(check_, zepsPostFilterGetStateSize_G729E_16s,
+                                  zepsPostFilterInit_G729E_16s, "post-filter");
+        hp_ = high_pass_state(check_, kHighPass100, "post-processing");
         if (rules_.all_frame_types) {
-            disp_ = state_block(check_, zepsPhaseDispersionGetStateSize_G729D);
-            check_(zepsPhaseDispersionInit_G729D(disp_.data()), "phase-dispersion initialisation");
-            sid_gain_ = state_block(check_, zepsSIDGainDecodeGetStateSize_G729B);
-            check_(zepsSIDGainDecodeInit_G729B(sid_gain_.data()), "SID gain initialisation");
+            disp_ = initialised_state(check_, zepsPhaseDispersionGetStateSize_G729D,
+                                      zepsPhaseDispersionInit_G729D, "phase-dispersion");
+            sid_gain_ = initialised_state(check_, zepsSIDGainDecodeGetStateSize_G729B,
+                                          zepsSIDGainDecodeInit_G729B, "SID gain");
         }
         std::memcpy(lsp_sid_, kLspSidReset, sizeof lsp_sid_);
         a_bwd_mem_[0] = 4096;

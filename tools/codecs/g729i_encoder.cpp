@@ -45,18 +45,15 @@ class EncoderI final : public zepsc_cli::FrameEncoder {
 public:
     EncoderI(RateI rate, std::vector<RateI> schedule, bool dtx)
         : rate_(rate), schedule_(std::move(schedule)), dtx_on_(dtx) {
-        hp_ = state_block(check, zepsHighPassFilterSize_G729);
-        check(zepsHighPassFilterInit_G729(kHighPass140, hp_.data()), "pre-processing initialisation");
+        hp_ = high_pass_state(check, kHighPass140, "pre-processing");
         for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
         std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
         std::memcpy(lsp_old_q_, kLspReset, sizeof lsp_old_q_);
         old_a_fwd_[0] = 4096;
-        vad_ = state_block(check, zepsVADGetStateSize_G729B);
-        check(zepsVADInit_G729B(vad_.data()), "VAD initialisation");
-        dtx_ = state_block(check, zepsDTXGetStateSize_G729B);
-        check(zepsDTXInit_G729B(dtx_.data()), "DTX initialisation");
-        music_ = state_block(check, zepsMusicDetectGetStateSize_G729I);
-        check(zepsMusicDetectInit_G729I(music_.data()), "music-detection initialisation");
+        vad_ = initialised_state(check, zepsVADGetStateSize_G729B, zepsVADInit_G729B, "VAD");
+        dtx_ = initialised_state(check, zepsDTXGetStateSize_G729B, zepsDTXInit_G729B, "DTX");
+        music_ = initialised_state(check, zepsMusicDetectGetStateSize_G729I,
+                                   zepsMusicDetectInit_G729I, "music-detection");
     }
     int sample_rate() const override { return 8000; }
     std::size_t frame_samples() const override { return kFrame; }
