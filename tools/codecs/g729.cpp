@@ -254,9 +254,6 @@ public:
         hp_ = high_pass_state(check, kHighPass140, "pre-processing");
         vad_ = initialised_state(check, zepsVADGetStateSize_G729B, zepsVADInit_G729B, "VAD");
         dtx_ = initialised_state(check, zepsDTXGetStateSize_G729B, zepsDTXInit_G729B, "DTX");
-        for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
-        std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
-        std::memcpy(lsp_old_q_, kLspReset, sizeof lsp_old_q_);
         prev_filter_[0] = 4096;
     }
     int sample_rate() const override { return 8000; }
@@ -301,8 +298,8 @@ private:
         std::memcpy(rw, r, 13 * sizeof(Zep32s));
         check(zepsLagWindow_G729_32s_I(rw + 1, 12), "lag window");
         lp_filter_or_last_stable(check, rw, a, rc, prev_filter_);
-        check(variant_ == Variant::AnnexA ? zepsLPCToLSP_G729A_16s(a, lsp_old_, lsp_new)
-                                          : zepsLPCToLSP_G729_16s(a, lsp_old_, lsp_new),
+        check(variant_ == Variant::AnnexA ? zepsLPCToLSP_G729A_16s(a, lsp_.old, lsp_new)
+                                          : zepsLPCToLSP_G729_16s(a, lsp_.old, lsp_new),
               "LP to LSP");
     }
 
@@ -326,18 +323,18 @@ private:
         check(zepsDTX_G729B_16s(past_vad_, prev_filter_, &ftyp, lpc, &gain_idx, &gain, dtx_.data()), "DTX");
         if (ftyp == kSid) {
             Zep16s lsp[kOrder], idx[3];
-            check(variant_ == Variant::AnnexA ? zepsLPCToLSP_G729A_16s(lpc, lsp_old_q_, lsp)
-                                              : zepsLPCToLSP_G729_16s(lpc, lsp_old_q_, lsp),
+            check(variant_ == Variant::AnnexA ? zepsLPCToLSP_G729A_16s(lpc, lsp_.old_q, lsp)
+                                              : zepsLPCToLSP_G729_16s(lpc, lsp_.old_q, lsp),
                   "LP to LSP");
-            check(zepsLSPQuant_G729B_16s(lsp, &freq_prev_[0][0], lsp_sid_, idx), "SID LSP quantisation");
+            check(zepsLSPQuant_G729B_16s(lsp, &lsp_.freq_prev[0][0], lsp_sid_, idx), "SID LSP quantisation");
             sid_ = {idx[0], idx[1], idx[2], gain_idx};
         }
         Zep16s pitch[4];
         check(zepsCNGExcitation_G729B_16s(gain, old_exc_, &seed_, pitch), "comfort-noise excitation");
         for (int sf = 0; sf < 2; ++sf)
             check(zepsTamingUpdate_G729_16s(pitch[2 * sf], pitch[2 * sf + 1], exc_err_), "taming update");
-        interpolate_filters(check, lsp_old_q_, lsp_sid_, aq);
-        std::memcpy(lsp_old_q_, lsp_sid_, sizeof lsp_old_q_);
+        interpolate_filters(check, lsp_.old_q, lsp_sid_, aq);
+        std::memcpy(lsp_.old_q, lsp_sid_, sizeof lsp_.old_q);
         sharp_ = kSharpMin;
         return ftyp;
     }
@@ -378,10 +375,10 @@ private:
             return ftyp;
         }
         next_vad(vad);
-        quantise_lsp(check, lsp_new, &freq_prev_[0][0], lsp_old_q_, aq, prm.data());
+        quantise_lsp(check, lsp_new, &lsp_.freq_prev[0][0], lsp_.old_q, aq, prm.data());
         for (int sf = 0; sf < 2; ++sf)
             check(zepsWeightLPC_G729_16s(aq + sf * (kOrder + 1), kGamma1A, ap + sf * (kOrder + 1)), "weighting");
-        std::memcpy(lsp_old_, lsp_new, sizeof lsp_old_);
+        std::memcpy(lsp_.old, lsp_new, sizeof lsp_.old);
 
         // LPC residual and weighted speech of the frame.
         for (int sf = 0; sf < 2; ++sf) {
@@ -465,7 +462,7 @@ private:
         Zep16s a_t[2 * (kOrder + 1)], aq[2 * (kOrder + 1)], gamma[4];
         analyse(r, rw, exp_r0, a_t + kOrder + 1, rc, lsp_new);
         const Zep16s vad = voice_activity(r, rw, exp_r0, rc[1], lsp_new);
-        weighting_factors(check, lsp_old_, lsp_new, rc, weighting_mem_, a_t, gamma);
+        weighting_factors(check, lsp_.old, lsp_new, rc, weighting_mem_, a_t, gamma);
 
         Zep16s* exc = old_exc_ + kExcHistory;
         Zep16s* wsp = old_wsp_ + kPitMax;
@@ -491,7 +488,7 @@ private:
             return ftyp;
         }
         next_vad(vad);
-        quantise_lsp(check, lsp_new, &freq_prev_[0][0], lsp_old_q_, aq, prm.data());
+        quantise_lsp(check, lsp_new, &lsp_.freq_prev[0][0], lsp_.old_q, aq, prm.data());
 
         Zep16s t_op = 0;
         check(zepsOpenLoopPitchSearch_G729_16s(wsp, &t_op), "open-loop pitch");
@@ -540,9 +537,7 @@ private:
     Zep16s old_exc_[kExcHistory + kFrame] = {};
     Zep16s mem_w_[kOrder] = {};
     Zep16s mem_w0_[kOrder] = {};
-    Zep16s freq_prev_[4][kOrder];
-    Zep16s lsp_old_[kOrder];
-    Zep16s lsp_old_q_[kOrder];
+    LspEncoderMemory lsp_;
     Zep16s prev_filter_[kOrder + 3] = {};  // last stable A(z) and its rc[0], rc[1]
     Zep16s sharp_ = kSharpMin;
     Zep16s past_qua_en_[4] = {-14336, -14336, -14336, -14336};

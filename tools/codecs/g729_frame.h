@@ -176,6 +176,19 @@ Rate scheduled_rate(const std::vector<Rate>& schedule, std::size_t frame, Rate f
     return schedule[frame];
 }
 
+/// The encoder's LSP memories, at reset: the MA predictor's past LSFs and
+/// the previous frame's unquantised and quantised LSPs.
+struct LspEncoderMemory {
+    LspEncoderMemory() {
+        for (auto& row : freq_prev) std::memcpy(row, kFreqPrevReset, sizeof row);
+        std::memcpy(old, kLspReset, sizeof old);
+        std::memcpy(old_q, kLspReset, sizeof old_q);
+    }
+    Zep16s freq_prev[4][kOrder];
+    Zep16s old[kOrder];
+    Zep16s old_q[kOrder];
+};
+
 /// Levinson-Durbin of the autocorrelations r into A(z) (a, 11) and the
 /// reflection coefficients rc; when the recursion finds the filter unstable
 /// the last stable filter and its rc[0], rc[1] (prev_filter, 13) stand in,

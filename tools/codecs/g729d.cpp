@@ -216,9 +216,6 @@ public:
     EncoderD(RateD rate, std::vector<RateD> schedule, bool serial)
         : rate_(rate), schedule_(std::move(schedule)), serial_(serial) {
         hp_ = high_pass_state(check, kHighPass140, "pre-processing");
-        for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
-        std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
-        std::memcpy(lsp_old_q_, kLspReset, sizeof lsp_old_q_);
         prev_filter_[0] = 4096;
     }
     int sample_rate() const override { return 8000; }
@@ -252,7 +249,7 @@ private:
         check(zepsAutoCorr_G729B(old_speech_, &exp_r0, r), "autocorrelation");
         check(zepsLagWindow_G729_32s_I(r + 1, 12), "lag window");
         lp_filter_or_last_stable(check, r, a, rc, prev_filter_);
-        check(zepsLPCToLSP_G729_16s(a, lsp_old_, lsp_new), "LP to LSP");
+        check(zepsLPCToLSP_G729_16s(a, lsp_.old, lsp_new), "LP to LSP");
     }
 
     /// Coder_ld8kD: the main body's analysis and weighting, then per
@@ -264,13 +261,13 @@ private:
         Zep16s rc[kOrder], lsp_new[kOrder];
         Zep16s a_t[2 * (kOrder + 1)], aq[2 * (kOrder + 1)], gamma[4];
         analyse(a_t + kOrder + 1, rc, lsp_new);
-        weighting_factors(check, lsp_old_, lsp_new, rc, weighting_mem_, a_t, gamma);
+        weighting_factors(check, lsp_.old, lsp_new, rc, weighting_mem_, a_t, gamma);
 
         Zep16s* exc = old_exc_ + kExcHistory;
         Zep16s* wsp = old_wsp_ + kPitMax;
         Zep16s ap1[2][kOrder + 1], ap2[2][kOrder + 1];
         weighted_speech(check, a_t, gamma, speech, wsp, mem_w_, ap1, ap2);
-        quantise_lsp(check, lsp_new, &freq_prev_[0][0], lsp_old_q_, aq, prm.lsp);
+        quantise_lsp(check, lsp_new, &lsp_.freq_prev[0][0], lsp_.old_q, aq, prm.lsp);
 
         Zep16s t_op = 0;
         check(zepsOpenLoopPitchSearch_G729_16s(wsp, &t_op), "open-loop pitch");
@@ -330,9 +327,7 @@ private:
     Zep16s mem_w0_[kOrder] = {};
     Zep16s mem_err_[kOrder] = {};
     Zep16s mem_syn_[kOrder] = {};
-    Zep16s freq_prev_[4][kOrder];
-    Zep16s lsp_old_[kOrder];
-    Zep16s lsp_old_q_[kOrder];
+    LspEncoderMemory lsp_;
     Zep16s prev_filter_[kOrder + 3] = {};  // last stable A(z) and its rc[0], rc[1]
     Zep16s weighting_mem_[3] = {0, 0, 1};
     Zep16s sharp_ = kSharpMin;

@@ -46,9 +46,6 @@ public:
     EncoderI(RateI rate, std::vector<RateI> schedule, bool dtx)
         : rate_(rate), schedule_(std::move(schedule)), dtx_on_(dtx) {
         hp_ = high_pass_state(check, kHighPass140, "pre-processing");
-        for (auto& row : freq_prev_) std::memcpy(row, kFreqPrevReset, sizeof row);
-        std::memcpy(lsp_old_, kLspReset, sizeof lsp_old_);
-        std::memcpy(lsp_old_q_, kLspReset, sizeof lsp_old_q_);
         old_a_fwd_[0] = 4096;
         vad_ = initialised_state(check, zepsVADGetStateSize_G729B, zepsVADInit_G729B, "VAD");
         dtx_ = initialised_state(check, zepsDTXGetStateSize_G729B, zepsDTXInit_G729B, "DTX");
@@ -123,7 +120,7 @@ private:
         Zep16s lsf_int[kOrder], lsf_new[kOrder];
         if (prev_mode_ == 0) {
             Zep16s lsp_mid[kOrder];
-            check(zepsInterpolate_G729_16s(lsp_old_, lsp_new, lsp_mid, kOrder), "LSP interpolation");
+            check(zepsInterpolate_G729_16s(lsp_.old, lsp_new, lsp_mid, kOrder), "LSP interpolation");
             check(zepsLSPToLPC_G729_16s(lsp_mid, a_t_fwd), "LSP to LPC");
             check(zepsLSPToLSF_Norm_G729_16s(lsp_mid, lsf_int), "LSP to LSF");
             check(zepsLSPToLSF_Norm_G729_16s(lsp_new, lsf_new), "LSP to LSF");
@@ -136,10 +133,10 @@ private:
         // Quantisation (active frames).
         Zep16s lsp_new_q[kOrder] = {}, code_lsp[2] = {}, freq_cur[kOrder] = {};
         if (vad == 1) {
-            check(zepsLSPQuant_G729E_16s(lsp_new, &freq_prev_[0][0], lsp_new_q, code_lsp, freq_cur),
+            check(zepsLSPQuant_G729E_16s(lsp_new, &lsp_.freq_prev[0][0], lsp_new_q, code_lsp, freq_cur),
                   "LSP quantisation");
             if (prev_mode_ == 0) {
-                interpolate_filters(check, lsp_old_q_, lsp_new_q, a_t_fwd_q);
+                interpolate_filters(check, lsp_.old_q, lsp_new_q, a_t_fwd_q);
             } else {
                 check(zepsLSPToLPC_G729_16s(lsp_new_q, a_t_fwd_q + kOrder + 1), "LSP to LPC");
                 std::memcpy(a_t_fwd_q, a_t_fwd_q + kOrder + 1, (kOrder + 1) * sizeof(Zep16s));
@@ -151,7 +148,7 @@ private:
         // Forward or backward LP (forward, dominance decaying, below 11.8
         // kbit/s and on inactive frames).
         mode = 0;
-        check(zepsLPCModeDecision_G729E_16s(signal_ + kOrderBwd, a_t_fwd_q, bwd_.a_t, &mode, lsp_new, lsp_old_,
+        check(zepsLPCModeDecision_G729E_16s(signal_ + kOrderBwd, a_t_fwd_q, bwd_.a_t, &mode, lsp_new, lsp_.old,
                                             high ? 1 : 0, &bwd_dominant_, prev_mode_, bwd_.prev_filter, &bwd_.c_int,
                                             stat_),
               "LPC mode decision");
@@ -172,7 +169,7 @@ private:
             if (bwd_dominant_ == 0) std::memset(ai_zero_ + kOrder + 1, 0, (kOrderBwd - kOrder) * sizeof(Zep16s));
             std::memcpy(bwd_.prev_filter, bwd_.newest(), sizeof bwd_.prev_filter);
         }
-        std::memcpy(lsp_old_, lsp_new, sizeof lsp_old_);
+        std::memcpy(lsp_.old, lsp_new, sizeof lsp_.old);
 
         Zep16s gamma[4];
         if (mode == 0)
@@ -200,9 +197,9 @@ private:
         }
         if (dtx_on_) next_vad(1);
         if (mode == 0) {
-            std::memcpy(lsp_old_q_, lsp_new_q, sizeof lsp_old_q_);
-            std::memmove(freq_prev_[1], freq_prev_[0], 3 * sizeof freq_prev_[0]);
-            std::memcpy(freq_prev_[0], freq_cur, sizeof freq_cur);
+            std::memcpy(lsp_.old_q, lsp_new_q, sizeof lsp_.old_q);
+            std::memmove(lsp_.freq_prev[1], lsp_.freq_prev[0], 3 * sizeof lsp_.freq_prev[0]);
+            std::memcpy(lsp_.freq_prev[0], freq_cur, sizeof freq_cur);
             prm[0] = code_lsp[0];
             prm[1] = code_lsp[1];
         }
@@ -348,8 +345,8 @@ private:
         std::memcpy(old_rc_fwd_, last_stable + kOrder + 1, sizeof old_rc_fwd_);
         if (ftyp == kSidFrame) {
             Zep16s lsp[kOrder], idx[3];
-            check(zepsLPCToLSP_G729_16s(lpc, lsp_old_q_, lsp), "LP to LSP");
-            check(zepsLSPQuant_G729B_16s(lsp, &freq_prev_[0][0], lsp_sid_, idx), "SID LSP quantisation");
+            check(zepsLPCToLSP_G729_16s(lpc, lsp_.old_q, lsp), "LP to LSP");
+            check(zepsLSPQuant_G729B_16s(lsp, &lsp_.freq_prev[0][0], lsp_sid_, idx), "SID LSP quantisation");
             sid_[0] = idx[0];
             sid_[1] = idx[1];
             sid_[2] = idx[2];
@@ -360,8 +357,8 @@ private:
         check(zepsCNGExcitation_G729B_16s(gain, old_exc_, &seed_, pitch), "comfort-noise excitation");
         for (int sf = 0; sf < 2; ++sf)
             check(zepsTamingUpdate_G729_16s(pitch[2 * sf], pitch[2 * sf + 1], exc_err_), "taming update");
-        interpolate_filters(check, lsp_old_q_, lsp_sid_, aq);
-        std::memcpy(lsp_old_q_, lsp_sid_, sizeof lsp_old_q_);
+        interpolate_filters(check, lsp_.old_q, lsp_sid_, aq);
+        std::memcpy(lsp_.old_q, lsp_sid_, sizeof lsp_.old_q);
         next_vad(0);
 
         const Zep16s* speech = old_speech_ + kSpeechAt;
@@ -425,7 +422,7 @@ private:
             rl[i] = static_cast<Zep16s>((rw[i] & 0xFFFF) >> 1);
         }
         check(zepsLevinsonDurbin_G729E_16s(kOrder, rh, rl, a, rc, old_a_fwd_, old_rc_fwd_), "Levinson-Durbin");
-        check(zepsLPCToLSP_G729_16s(a, lsp_old_, lsp_new), "LP to LSP");
+        check(zepsLPCToLSP_G729_16s(a, lsp_.old, lsp_new), "LP to LSP");
         if (!dtx_on_) return 1;
         Zep16s lsf[kOrder], vad = 1;
         check(zepsLSPToLSF_Norm_G729_16s(lsp_new, lsf), "LSP to LSF");
@@ -468,9 +465,7 @@ private:
     Zep16s stat_[5] = {10000, 0, 0, 0, 0};
     Zep16s old_a_fwd_[kOrder + 1] = {};
     Zep16s old_rc_fwd_[2] = {};
-    Zep16s freq_prev_[4][kOrder];
-    Zep16s lsp_old_[kOrder];
-    Zep16s lsp_old_q_[kOrder];
+    LspEncoderMemory lsp_;
     Zep16s past_qua_en_[4] = {-14336, -14336, -14336, -14336};
     Zep16s weighting_mem_[3] = {0, 0, 1};
     Zep16s budget_ = 30;
