@@ -1,10 +1,17 @@
 /* SPDX-License-Identifier: BSD-3-Clause */
-// Pieces of the G.729 8 kbit/s frame that the tool's "g729" coders
-// (tools/codecs/g729.cpp) and its Annex D ones (tools/codecs/g729d.cpp) both
-// use, through the public exports alone: the main body's constants, the
-// serial and RTP framing of a frame's bits, the encoder's LP filter with its
-// last-stable fallback, and the decoder's LSP decoding (D_lsp, Int_qlpc),
-// pitch-delay erasure rule (ITU-T G.729 4.4.1) and post-filter.
+// Pieces of the G.729 frame that the tool's G.729 coders share: the main
+// body and Annexes A and B (tools/codecs/g729.cpp), Annex D
+// (tools/codecs/g729d.cpp) and the integrated coder of Annex I, which is also
+// the Annex E one (tools/codecs/g729i.cpp, g729i_encoder.cpp), through the
+// public exports alone. Common: the main body's constants, the stages' state
+// blocks, the parameter layouts of every frame type and their bit packing,
+// the serial and RTP framing. Encoders: Int_qlpc, the rate schedule, the LSP
+// memories, the LP filter with its last-stable fallback, and the main
+// body's (and Annex D's) weighting, LSP quantisation, subframe target,
+// pitch-gain taming and end-of-subframe memories (ITU-T G.729 3.2 to 3.10).
+// Decoders: the LSP decoding (D_lsp, Int_qlpc), the pitch-delay erasure rule
+// (4.4.1), the erased frames' random codes and the main body's post-filter.
+// LP filters Q12, LSPs Q15, gains Q14 (pitch) and Q1 (code).
 #pragma once
 
 #include <array>
@@ -157,8 +164,8 @@ inline bool read_payload_bits(zepsc_cli::ByteSource& in, int n, std::uint8_t* bi
 
 // ---- encoder ---------------------------------------------------------------
 
-/// Int_qlpc: A(z) of subframe 1 from the mean of the old and new LSPs, of
-/// subframe 2 from the new ones.
+/// Int_qlpc (encoders and decoders): A(z) of subframe 1 from the mean of
+/// the old and new LSPs, of subframe 2 from the new ones.
 inline void interpolate_filters(const Check& check, const Zep16s* lsp_old, const Zep16s* lsp_new, Zep16s* az) {
     Zep16s lsp_mid[kOrder];
     check(zepsInterpolate_G729_16s(lsp_old, lsp_new, lsp_mid, kOrder), "LSP interpolation");
