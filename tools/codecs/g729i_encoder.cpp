@@ -79,7 +79,7 @@ private:
     /// A speech frame at its rate; at 11.8 kbit/s the LPC mode bit and its
     /// repeat come first.
     static void write_frame(RateI rate, Zep16s mode, const Zep16s* prm, std::vector<std::uint8_t>& out) {
-        std::uint8_t bits[118];
+        std::uint8_t bits[118] = {};
         int n = 0;
         switch (rate) {
             case RateI::R6k4: n = params_to_bits(prm, kBits6k4, bits); break;
