@@ -6,7 +6,8 @@
 // public exports alone. Common: the main body's constants, the stages' state
 // blocks, the parameter layouts of every frame type and their bit packing,
 // the serial and RTP framing. Encoders: Int_qlpc, the rate schedule, the LSP
-// memories, the LP filter with its last-stable fallback, and the main
+// memories, the LP filter with its last-stable fallback, Annex B's
+// comfort-noise excitation, and the main
 // body's (and Annex D's) weighting, LSP quantisation, subframe target,
 // pitch-gain taming and end-of-subframe memories (ITU-T G.729 3.2 to 3.10).
 // Decoders: the LSP decoding (D_lsp, Int_qlpc), the pitch-delay erasure rule
@@ -195,6 +196,20 @@ struct LspEncoderMemory {
     Zep16s old[kOrder];
     Zep16s old_q[kOrder];
 };
+
+/// Cod_cng's excitation (Annex B B.4): the comfort noise of gain `gain`
+/// into old_exc (from old_exc + kExcHistory) with the taming update of its
+/// pitch parts, and the frame's filters (aq, 2 x 11) from the old quantised
+/// LSPs towards the SID ones; lsp_old_q := lsp_sid.
+inline void comfort_noise_excitation(const Check& check, Zep16s gain, Zep16s* old_exc, Zep16s* seed, Zep32s* exc_err,
+                                     Zep16s* lsp_old_q, const Zep16s* lsp_sid, Zep16s* aq) {
+    Zep16s pitch[4];
+    check(zepsCNGExcitation_G729B_16s(gain, old_exc, seed, pitch), "comfort-noise excitation");
+    for (int sf = 0; sf < 2; ++sf)
+        check(zepsTamingUpdate_G729_16s(pitch[2 * sf], pitch[2 * sf + 1], exc_err), "taming update");
+    interpolate_filters(check, lsp_old_q, lsp_sid, aq);
+    std::memcpy(lsp_old_q, lsp_sid, kOrder * sizeof(Zep16s));
+}
 
 /// Levinson-Durbin of the autocorrelations r into A(z) (a, 11) and the
 /// reflection coefficients rc; when the recursion finds the filter unstable

@@ -353,12 +353,7 @@ private:
             sid_[3] = gain_idx;
         }
         Zep16s* exc = old_exc_ + kExcHistory;
-        Zep16s pitch[4];
-        check(zepsCNGExcitation_G729B_16s(gain, old_exc_, &seed_, pitch), "comfort-noise excitation");
-        for (int sf = 0; sf < 2; ++sf)
-            check(zepsTamingUpdate_G729_16s(pitch[2 * sf], pitch[2 * sf + 1], exc_err_), "taming update");
-        interpolate_filters(check, lsp_.old_q, lsp_sid_, aq);
-        std::memcpy(lsp_.old_q, lsp_sid_, sizeof lsp_.old_q);
+        comfort_noise_excitation(check, gain, old_exc_, &seed_, exc_err_, lsp_.old_q, lsp_sid_, aq);
         next_vad(0);
 
         const Zep16s* speech = old_speech_ + kSpeechAt;
