@@ -7,9 +7,9 @@
 // blocks, the parameter layouts of every frame type and their bit packing,
 // the serial and RTP framing. Encoders: Int_qlpc, the rate schedule, the LSP
 // memories, the LP filter with its last-stable fallback, Annex B's
-// comfort-noise excitation, and the main
-// body's (and Annex D's) weighting, LSP quantisation, subframe target,
-// pitch-gain taming and end-of-subframe memories (ITU-T G.729 3.2 to 3.10).
+// comfort-noise excitation, and the main body's (and Annex D's) weighting,
+// LSP quantisation, subframe target, pitch-gain taming and end-of-subframe
+// memories (ITU-T G.729 3.2 to 3.10).
 // Decoders: the LSP decoding (D_lsp, Int_qlpc), the pitch-delay erasure rule
 // (4.4.1), the erased frames' random codes and the main body's post-filter.
 // LP filters Q12, LSPs Q15, gains Q14 (pitch) and Q1 (code).
