@@ -9,6 +9,7 @@
 #include <cstdlib>
 
 #include "amr/dec_gain.h"
+#include "amr/enc_gain_lanes.h"
 #include "amr/enc_pitch.h"
 
 ZEPS_BEGIN_VARIANT
@@ -121,6 +122,77 @@ inline void calc_filt_energies(Word16 mode, const Word16* xn, const Word16* xn2,
     }
 }
 
+/// The search of Qua_gain (reference loop): the table row of least error
+/// among those whose pitch gain stays within gp_limit.
+inline int qua_gain_search_scalar(const std::int16_t* table_gain, int table_len, Word16 gcode0, const Word16* coeff,
+                                  const Word16* coeff_lo, Word16 gp_limit) {
+    Word32 dist_min = MAX_32;
+    int index = 0;
+    for (int i = 0; i < table_len; i++) {
+        const Word16 g_pitch = table_gain[4 * i];
+        if (g_pitch > gp_limit) continue;
+        const Word16 g_code = mult(table_gain[4 * i + 1], gcode0);
+        const Word16 g2_pitch = mult(g_pitch, g_pitch);
+        const Word16 g2_code = mult(g_code, g_code);
+        const Word16 g_pit_cod = mult(g_code, g_pitch);
+        Word32 L_tmp = Mpy_32_16(coeff[0], coeff_lo[0], g2_pitch);
+        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[1], coeff_lo[1], g_pitch));
+        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[2], coeff_lo[2], g2_code));
+        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[3], coeff_lo[3], g_code));
+        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[4], coeff_lo[4], g_pit_cod));
+        if (L_sub(L_tmp, dist_min) < 0) {
+            dist_min = L_tmp;
+            index = i;
+        }
+    }
+    return index;
+}
+
+/// Largest entries of the pitch gain (Q14) and code gain factor (Q12 or
+/// Q11) columns of table_gain_highrates and table_gain_lowrates; both
+/// columns hold no negative entry.
+inline constexpr std::int32_t kHighRatesColumnMax[2] = {21318, 32764};
+inline constexpr std::int32_t kLowRatesColumnMax[2] = {21626, 28753};
+
+/// |mult(a, b)| for |a| <= a_max, |b| <= b_max.
+constexpr std::int64_t mult_bound(std::int64_t a_max, std::int64_t b_max) { return ((a_max * b_max) >> 15) + 1; }
+
+/// Bounds of the five gains of one subframe's error terms (g2_pitch,
+/// g_pitch, g2_code, g_code, g_pit_cod) from the column bounds and gcode0.
+inline void gain_term_bounds(std::int64_t gp_max, std::int64_t factor_max, Word16 gcode0, std::int64_t* n) {
+    const std::int64_t gc = mult_bound(factor_max, gcode0);
+    n[0] = mult_bound(gp_max, gp_max);
+    n[1] = gp_max;
+    n[2] = mult_bound(gc, gc);
+    n[3] = gc;
+    n[4] = mult_bound(gc, gp_max);
+}
+
+/// True when no partial sum of the error chains can saturate: every term
+/// Mpy_32_16(hi, lo, n) = 2 hi n + 2 mult(lo, n) with 0 <= lo < 2^15 is at
+/// most (2 |hi| + 2) |n| in magnitude, and those bounds add up to MAX_32 at most.
+inline bool gain_chain_is_exact(const Word16* coeff, const std::int64_t* n_max, int nterms) {
+    std::int64_t bound = 0;
+    for (int k = 0; k < nterms; k++) bound += (2 * std::abs(std::int64_t{coeff[k]}) + 2) * n_max[k];
+    return bound <= MAX_32;
+}
+
+/// The search of Qua_gain as computed: with gcode0 > 0 (Pow2's range) every
+/// gain is non-negative, and where gain_chain_is_exact holds the error is
+/// plain arithmetic, eight rows at a time; otherwise the reference loop.
+inline int qua_gain_search(const std::int16_t* table_gain, int table_len, const std::int32_t* column_max,
+                           Word16 gcode0, const Word16* coeff, const Word16* coeff_lo, Word16 gp_limit) {
+#if defined(__SSSE3__)
+    std::int64_t n_max[5];
+    gain_term_bounds(column_max[0], column_max[1], gcode0, n_max);
+    if (gcode0 >= 0 && gain_chain_is_exact(coeff, n_max, 5))
+        return gain_lanes::qua_gain_search(table_gain, table_len, gcode0, coeff, coeff_lo, gp_limit);
+#else
+    static_cast<void>(column_max);
+#endif
+    return qua_gain_search_scalar(table_gain, table_len, gcode0, coeff, coeff_lo, gp_limit);
+}
+
 /// Qua_gain: joint pitch/code gain VQ of 5.15, 5.9, 6.7, 7.4 and 10.2 kbit/s.
 inline Word16 qua_gain(Word16 mode, Word16 exp_gcode0, Word16 frac_gcode0, const Word16* frac_coeff,
                        const Word16* exp_coeff, Word16 gp_limit, Word16& gain_pit, Word16& gain_cod,
@@ -141,25 +213,8 @@ inline Word16 qua_gain(Word16 mode, Word16 exp_gcode0, Word16 frac_gcode0, const
     for (int i = 1; i < 5; i++) e_max = std::max(e_max, exp_max[i]);
     e_max = add(e_max, 1);
     for (int i = 0; i < 5; i++) L_Extract(L_shr(L_deposit_h(frac_coeff[i]), sub(e_max, exp_max[i])), coeff[i], coeff_lo[i]);
-    Word32 dist_min = MAX_32;
-    int index = 0;
-    for (int i = 0; i < table_len; i++) {
-        const Word16 g_pitch = table_gain[4 * i];
-        if (g_pitch > gp_limit) continue;
-        const Word16 g_code = mult(table_gain[4 * i + 1], gcode0);
-        const Word16 g2_pitch = mult(g_pitch, g_pitch);
-        const Word16 g2_code = mult(g_code, g_code);
-        const Word16 g_pit_cod = mult(g_code, g_pitch);
-        Word32 L_tmp = Mpy_32_16(coeff[0], coeff_lo[0], g2_pitch);
-        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[1], coeff_lo[1], g_pitch));
-        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[2], coeff_lo[2], g2_code));
-        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[3], coeff_lo[3], g_code));
-        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[4], coeff_lo[4], g_pit_cod));
-        if (L_sub(L_tmp, dist_min) < 0) {
-            dist_min = L_tmp;
-            index = i;
-        }
-    }
+    const int index = qua_gain_search(table_gain, table_len, high ? kHighRatesColumnMax : kLowRatesColumnMax, gcode0,
+                                      coeff, coeff_lo, gp_limit);
     const std::int16_t* p = &table_gain[4 * index];
     gain_pit = p[0];
     qua_ener_MR122 = p[2];
@@ -501,30 +556,11 @@ inline int mr475_search_scalar(const Word16* coeff, const Word16* coeff_lo, Word
 /// Q14, code gain factor Q12 of each subframe); all entries are positive.
 inline constexpr std::int32_t kMr475ColumnMax[4] = {20490, 26526, 20717, 26358};
 
-/// The MR475 search as computed. Every term of the error is Mpy_32_16(hi,
-/// lo, n) = 2 hi n + 2 mult(lo, n) with 0 <= lo < 2^15, so its magnitude is
-/// at most (2 |hi| + 2) |n|. With bounds on |n| from the table's columns
-/// (|mult(a, b)| <= |a| |b| / 2^15 + 1), when the ten terms' bounds add up
-/// to at most MAX_32 no partial sum of the reference's chain saturates and
-/// the error is plain 32-bit arithmetic; otherwise the reference loop runs.
-inline int mr475_search(const Word16* coeff, const Word16* coeff_lo, Word16 sf0_gcode0, Word16 sf1_gcode0,
-                        Word16 gp_limit) {
+/// The MR475 search in plain 32-bit arithmetic (valid where
+/// gain_chain_is_exact holds for the ten terms).
+inline int mr475_search_plain(const Word16* coeff, const Word16* coeff_lo, Word16 sf0_gcode0, Word16 sf1_gcode0,
+                              Word16 gp_limit) {
     using zeps::amr_dec_tab::table_gain_MR475;
-    auto mult_bound = [](std::int64_t a, std::int64_t b) { return ((a * b) >> 15) + 1; };
-    std::int64_t n_max[10] = {};
-    for (int sf = 0; sf < 2; sf++) {
-        const std::int64_t gp = kMr475ColumnMax[2 * sf];
-        const std::int64_t gc = mult_bound(kMr475ColumnMax[2 * sf + 1], sf == 0 ? sf0_gcode0 : sf1_gcode0);
-        std::int64_t* n = n_max + 5 * sf;
-        n[0] = mult_bound(gp, gp);
-        n[1] = gp;
-        n[2] = mult_bound(gc, gc);
-        n[3] = gc;
-        n[4] = mult_bound(gc, gp);
-    }
-    std::int64_t bound = 0;
-    for (int k = 0; k < 10; k++) bound += (2 * std::abs(std::int64_t{coeff[k]}) + 2) * n_max[k];
-    if (bound > MAX_32) return mr475_search_scalar(coeff, coeff_lo, sf0_gcode0, sf1_gcode0, gp_limit);
     auto term = [&](int k, Word16 n) { return 2 * coeff[k] * n + 2 * mult(coeff_lo[k], n); };
     std::int32_t dist_min = MAX_32;
     int index = 0;
@@ -541,6 +577,26 @@ inline int mr475_search(const Word16* coeff, const Word16* coeff_lo, Word16 sf0_
         }
     }
     return index;
+}
+
+/// The MR475 search as computed: the table's columns (all entries
+/// positive) and the two gcode0 (Pow2's range, positive) bound every gain;
+/// when gain_chain_is_exact holds for the ten terms no partial sum of the
+/// reference's chain saturates and the error is plain 32-bit arithmetic,
+/// eight rows at a time where SSSE3 is present; otherwise the reference loop.
+inline int mr475_search(const Word16* coeff, const Word16* coeff_lo, Word16 sf0_gcode0, Word16 sf1_gcode0,
+                        Word16 gp_limit) {
+    std::int64_t n_max[10] = {};
+    gain_term_bounds(kMr475ColumnMax[0], kMr475ColumnMax[1], sf0_gcode0, n_max);
+    gain_term_bounds(kMr475ColumnMax[2], kMr475ColumnMax[3], sf1_gcode0, n_max + 5);
+    if (sf0_gcode0 < 0 || sf1_gcode0 < 0 || !gain_chain_is_exact(coeff, n_max, 10))
+        return mr475_search_scalar(coeff, coeff_lo, sf0_gcode0, sf1_gcode0, gp_limit);
+#if defined(__SSSE3__)
+    return gain_lanes::mr475_search(zeps::amr_dec_tab::table_gain_MR475, sf0_gcode0, sf1_gcode0, coeff, coeff_lo,
+                                    gp_limit);
+#else
+    return mr475_search_plain(coeff, coeff_lo, sf0_gcode0, sf1_gcode0, gp_limit);
+#endif
 }
 
 /// MR475_gain_quant: joint VQ of the gains of two subframes; returns the index.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The GSM-AMR encoder's bounded fast paths (Norm_Corr, Convolve, G_pitch,
-// Autocorr, Az_lsp, the MR475 gain search) against their reference loops,
+// Autocorr, Az_lsp, the MR475 and Qua_gain searches) against their reference loops,
 // on inputs on both sides of the bounds that select them: silence, speech
 // levels, full-scale and -32768 runs, polynomials too large for the
 // vectorised Chebyshev series, gain coefficients that could saturate.
@@ -170,8 +170,60 @@ TEST(AmrEncKernels, Mr475SearchEqualsReferenceLoop) {
             for (int k = 0; k < 10; ++k) hi[k] = static_cast<Word16>(rng.chance(3) ? rng.s16() : (round % 10 ? 32767 : -32768));
             g0 = g1 = limit = 32767;
         }
-        ASSERT_EQ(e::mr475_search(hi, lo, g0, g1, limit), e::mr475_search_scalar(hi, lo, g0, g1, limit))
-            << "MR475 search round " << round;
+        const int want = e::mr475_search_scalar(hi, lo, g0, g1, limit);
+        ASSERT_EQ(e::mr475_search(hi, lo, g0, g1, limit), want) << "MR475 search round " << round;
+        std::int64_t n_max[10];
+        e::gain_term_bounds(e::kMr475ColumnMax[0], e::kMr475ColumnMax[1], g0, n_max);
+        e::gain_term_bounds(e::kMr475ColumnMax[2], e::kMr475ColumnMax[3], g1, n_max + 5);
+        if (e::gain_chain_is_exact(hi, n_max, 10)) {
+            ASSERT_EQ(e::mr475_search_plain(hi, lo, g0, g1, limit), want) << "MR475 plain search round " << round;
+        }
+    }
+}
+
+/// Random normalised gain coefficients (|hi| < 2^14, as the quantisers make
+/// them), sometimes full 16-bit ones past the plain sums' bound, sometimes
+/// all at one extreme (errors tied at MAX_32 or saturating and coming back).
+void gain_coefficients(Rng& rng, int round, int n, Word16* hi, Word16* lo) {
+    const int hi_max = rng.chance(4) ? 32767 : static_cast<int>(rng.uniform(1, 16383));
+    for (int k = 0; k < n; ++k) {
+        hi[k] = static_cast<Word16>(rng.uniform(-hi_max - (hi_max == 32767), hi_max) >> rng.uniform(0, 8));
+        lo[k] = static_cast<Word16>(rng.uniform(0, 32767));
+    }
+    if (round % 5 == 0)
+        for (int k = 0; k < n; ++k) hi[k] = static_cast<Word16>(rng.chance(3) ? rng.s16() : (round % 10 ? 32767 : -32768));
+}
+
+TEST(AmrEncKernels, QuaGainSearchEqualsReferenceLoop) {
+    struct Table {
+        const std::int16_t* rows;
+        int len;
+        const std::int32_t* column_max;
+    };
+    const Table tables[] = {{zeps::amr_dec_tab::table_gain_highrates, 128, e::kHighRatesColumnMax},
+                            {zeps::amr_dec_tab::table_gain_lowrates, 64, e::kLowRatesColumnMax}};
+    for (const Table& t : tables) {  // the column bounds the search relies on
+        for (int c = 0; c < 2; ++c) {
+            std::int32_t mx = 0, mn = 32767;
+            for (int i = 0; i < t.len; ++i) {
+                mx = std::max<std::int32_t>(mx, t.rows[4 * i + c]);
+                mn = std::min<std::int32_t>(mn, t.rows[4 * i + c]);
+            }
+            ASSERT_EQ(mx, t.column_max[c]);
+            ASSERT_GE(mn, 0);
+        }
+    }
+    Rng rng(67);
+    for (int round = 0; round < 3000; ++round) {
+        const Table& t = tables[round & 1];
+        Word16 hi[5], lo[5];
+        gain_coefficients(rng, round, 5, hi, lo);
+        auto g0 = static_cast<Word16>(rng.uniform(16384, 32767));
+        Word16 limit = rng.chance(3) ? Word16{32767} : static_cast<Word16>(rng.uniform(-1, 22000));
+        if (round % 5 == 0) g0 = limit = 32767;
+        ASSERT_EQ(e::qua_gain_search(t.rows, t.len, t.column_max, g0, hi, lo, limit),
+                  e::qua_gain_search_scalar(t.rows, t.len, g0, hi, lo, limit))
+            << "Qua_gain search round " << round;
     }
 }
 
