@@ -6,6 +6,7 @@
 // mode), energies as exponent/fraction pairs, predictor memories Q10.
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "amr/dec_gain.h"
@@ -327,6 +328,74 @@ inline Word16 gain_adapt(GainQuantState& st, Word16 ltpg, Word16 gain_cod) {
     return result;
 }
 
+/// The pitch part of a candidate's error in MR795_gain_code_quant3.
+inline Word32 mr795_pitch_part(const Word16* coeff, const Word16* coeff_lo, Word16 g_pitch) {
+    const Word32 L_tmp0 = Mpy_32_16(coeff[0], coeff_lo[0], mult(g_pitch, g_pitch));
+    return Mac_32_16(L_tmp0, coeff[1], coeff_lo[1], g_pitch);
+}
+
+/// The joint search of MR795_gain_code_quant3 (reference loop): returns
+/// 32 j + i for pitch candidate j and code gain row i.
+inline int mr795_code_search_scalar(const Word16* coeff, const Word16* coeff_lo, Word16 gcode0,
+                                    const Word16* g_pitch_cand) {
+    using zeps::amr_dec_tab::qua_gain_code;
+    Word32 dist_min = MAX_32;
+    int cod_ind = 0, pit_ind = 0;
+    for (int j = 0; j < 3; j++) {
+        const Word16 g_pitch = g_pitch_cand[j];
+        const Word32 L_tmp0 = mr795_pitch_part(coeff, coeff_lo, g_pitch);
+        for (int i = 0; i < 32; i++) {
+            const Word16 g_code = mult(qua_gain_code[3 * i], gcode0);
+            Word16 g2_code_h, g2_code_l, g_pit_cod_h, g_pit_cod_l;
+            L_Extract(L_mult(g_code, g_code), g2_code_h, g2_code_l);
+            L_Extract(L_mult(g_code, g_pitch), g_pit_cod_h, g_pit_cod_l);
+            Word32 L_tmp = Mac_32(L_tmp0, coeff[2], coeff_lo[2], g2_code_h, g2_code_l);
+            L_tmp = Mac_32_16(L_tmp, coeff[3], coeff_lo[3], g_code);
+            L_tmp = Mac_32(L_tmp, coeff[4], coeff_lo[4], g_pit_cod_h, g_pit_cod_l);
+            if (L_sub(L_tmp, dist_min) < 0) {
+                dist_min = L_tmp;
+                cod_ind = i;
+                pit_ind = j;
+            }
+        }
+    }
+    return 32 * pit_ind + cod_ind;
+}
+
+/// Largest entry of the code gain factor column of qua_gain_code (Q11);
+/// the column holds no negative entry.
+inline constexpr std::int32_t kQuaGainCodeMax = 27485;
+
+/// The search of MR795_gain_code_quant3 as computed. With gcode0 and the
+/// pitch candidates non-negative every gain is; each Mac_32 term is at most
+/// 2 (|hi| |H| + |hi| + |H|) in magnitude (|mult(x, lo)| <= |x| for
+/// 0 <= lo < 2^15), each Mac_32_16 term 2 (|hi| + 1) |n|. When the pitch
+/// part plus those bounds stays within MAX_32 for every candidate, no
+/// partial sum saturates and the errors are plain arithmetic, eight rows
+/// at a time; otherwise the reference loop.
+inline int mr795_code_search(const Word16* coeff, const Word16* coeff_lo, Word16 gcode0, const Word16* g_pitch_cand) {
+#if defined(__SSSE3__)
+    const Word16 gp_max = std::max({g_pitch_cand[0], g_pitch_cand[1], g_pitch_cand[2]});
+    const Word16 gp_min = std::min({g_pitch_cand[0], g_pitch_cand[1], g_pitch_cand[2]});
+    if (gcode0 >= 0 && gp_min >= 0) {
+        const auto mag = [coeff](int k) { return std::abs(std::int64_t{coeff[k]}); };
+        const std::int64_t gc = mult_bound(kQuaGainCodeMax, gcode0), h = mult_bound(gc, gc), p = mult_bound(gc, gp_max);
+        const std::int64_t terms =
+            2 * (mag(2) * h + mag(2) + h) + 2 * (mag(3) + 1) * gc + 2 * (mag(4) * p + mag(4) + p);
+        Word32 l_tmp0[3];
+        bool exact = true;
+        for (int j = 0; j < 3; j++) {
+            l_tmp0[j] = mr795_pitch_part(coeff, coeff_lo, g_pitch_cand[j]);
+            exact = exact && std::abs(std::int64_t{l_tmp0[j]}) + terms <= MAX_32;
+        }
+        if (exact)
+            return gain_lanes::mr795_code_search(zeps::amr_dec_tab::qua_gain_code, gcode0, g_pitch_cand, l_tmp0, coeff,
+                                                 coeff_lo);
+    }
+#endif
+    return mr795_code_search_scalar(coeff, coeff_lo, gcode0, g_pitch_cand);
+}
+
 /// MR795_gain_code_quant3: code gain jointly with the three pitch-gain candidates.
 inline void mr795_gain_code_quant3(Word16 exp_gcode0, Word16 gcode0, const Word16* g_pitch_cand,
                                    const Word16* g_pitch_cind, const Word16* frac_coeff, const Word16* exp_coeff,
@@ -344,28 +413,8 @@ inline void mr795_gain_code_quant3(Word16 exp_gcode0, Word16 gcode0, const Word1
     for (int i = 1; i < 5; i++) e_max = std::max(e_max, exp_max[i]);
     e_max = add(e_max, 1);
     for (int i = 0; i < 5; i++) L_Extract(L_shr(L_deposit_h(frac_coeff[i]), sub(e_max, exp_max[i])), coeff[i], coeff_lo[i]);
-    Word32 dist_min = MAX_32;
-    int cod_ind = 0, pit_ind = 0;
-    for (int j = 0; j < 3; j++) {
-        const Word16 g_pitch = g_pitch_cand[j];
-        const Word16 g2_pitch = mult(g_pitch, g_pitch);
-        Word32 L_tmp0 = Mpy_32_16(coeff[0], coeff_lo[0], g2_pitch);
-        L_tmp0 = Mac_32_16(L_tmp0, coeff[1], coeff_lo[1], g_pitch);
-        for (int i = 0; i < 32; i++) {
-            const Word16 g_code = mult(qua_gain_code[3 * i], gcode0);
-            Word16 g2_code_h, g2_code_l, g_pit_cod_h, g_pit_cod_l;
-            L_Extract(L_mult(g_code, g_code), g2_code_h, g2_code_l);
-            L_Extract(L_mult(g_code, g_pitch), g_pit_cod_h, g_pit_cod_l);
-            Word32 L_tmp = Mac_32(L_tmp0, coeff[2], coeff_lo[2], g2_code_h, g2_code_l);
-            L_tmp = Mac_32_16(L_tmp, coeff[3], coeff_lo[3], g_code);
-            L_tmp = Mac_32(L_tmp, coeff[4], coeff_lo[4], g_pit_cod_h, g_pit_cod_l);
-            if (L_sub(L_tmp, dist_min) < 0) {
-                dist_min = L_tmp;
-                cod_ind = i;
-                pit_ind = j;
-            }
-        }
-    }
+    const int best = mr795_code_search(coeff, coeff_lo, gcode0, g_pitch_cand);
+    const int cod_ind = best & 31, pit_ind = best >> 5;
     const std::int16_t* p = &qua_gain_code[3 * cod_ind];
     qua_ener_MR122 = p[1];
     qua_ener = p[2];

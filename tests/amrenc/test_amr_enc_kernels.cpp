@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The GSM-AMR encoder's bounded fast paths (Norm_Corr, Convolve, G_pitch,
-// Autocorr, Az_lsp, the MR475 and Qua_gain searches) against their reference loops,
+// Autocorr, Az_lsp, the MR475, MR795 and Qua_gain searches) against their reference loops,
 // on inputs on both sides of the bounds that select them: silence, speech
 // levels, full-scale and -32768 runs, polynomials too large for the
 // vectorised Chebyshev series, gain coefficients that could saturate.
@@ -224,6 +224,27 @@ TEST(AmrEncKernels, QuaGainSearchEqualsReferenceLoop) {
         ASSERT_EQ(e::qua_gain_search(t.rows, t.len, t.column_max, g0, hi, lo, limit),
                   e::qua_gain_search_scalar(t.rows, t.len, g0, hi, lo, limit))
             << "Qua_gain search round " << round;
+    }
+}
+
+TEST(AmrEncKernels, Mr795CodeSearchEqualsReferenceLoop) {
+    std::int32_t mx = 0, mn = 32767;  // the column bound the search relies on
+    for (int i = 0; i < 32; ++i) {
+        mx = std::max<std::int32_t>(mx, zeps::amr_dec_tab::qua_gain_code[3 * i]);
+        mn = std::min<std::int32_t>(mn, zeps::amr_dec_tab::qua_gain_code[3 * i]);
+    }
+    ASSERT_EQ(mx, e::kQuaGainCodeMax);
+    ASSERT_GE(mn, 0);
+    Rng rng(795);
+    for (int round = 0; round < 3000; ++round) {
+        Word16 hi[5], lo[5], cand[3];
+        gain_coefficients(rng, round, 5, hi, lo);
+        auto g0 = static_cast<Word16>(rng.uniform(16384, 32767));
+        for (auto& c : cand) c = static_cast<Word16>(rng.chance(8) ? 32767 : rng.uniform(0, 20000));
+        if (round % 5 == 0) g0 = cand[0] = cand[1] = cand[2] = 32767;
+        if (round % 7 == 0) cand[1] = cand[2] = cand[0];  // ties between candidates keep the first
+        ASSERT_EQ(e::mr795_code_search(hi, lo, g0, cand), e::mr795_code_search_scalar(hi, lo, g0, cand))
+            << "MR795 code gain search round " << round;
     }
 }
 
