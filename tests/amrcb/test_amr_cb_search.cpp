@@ -147,6 +147,14 @@ TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
         pair.evaluate_scalar(ps0, alp0, second, b);
         for (int i = 0; i < count; i++)
             ASSERT_TRUE(a.ps[i] == b.ps[i] && a.sq[i] == b.sq[i] && a.alp[i] == b.alp[i]) << "pair round " << round;
+        // up to four more terms after the fixed one (the 3- and 4-pulse searches' rows)
+        k::Term rest[k::TrackWithFixedTerm::kMaxRest];
+        const int nrest = static_cast<int>(rng.uniform(1, k::TrackWithFixedTerm::kMaxRest));
+        for (auto& r : rest) r = {{m.data() + 40 * rng.uniform(0, 39) + first, step}, static_cast<int>(rng.uniform(9, 15))};
+        pair.evaluate(ps0, alp0, rest, nrest, a);
+        pair.evaluate_scalar(ps0, alp0, rest, nrest, b);
+        for (int i = 0; i < count; i++)
+            ASSERT_TRUE(a.ps[i] == b.ps[i] && a.sq[i] == b.sq[i] && a.alp[i] == b.alp[i]) << "rest round " << round;
     }
 }
 
