@@ -90,6 +90,12 @@ inline __m128i sat_add32(__m128i a, __m128i b) {
     return _mm_or_si128(_mm_and_si128(ovf, sat), _mm_andnot_si128(ovf, r));
 }
 
+/// L_mult of 4 lanes of exact products p = a b: 2 p, MAX_32 for the one
+/// overflowing product (-32768)^2 = 2^30.
+inline __m128i l_mult32(__m128i p) {
+    return _mm_xor_si128(_mm_slli_epi32(p, 1), _mm_cmpeq_epi32(p, _mm_set1_epi32(0x40000000)));
+}
+
 }  // namespace simd
 #endif
 
@@ -333,6 +339,33 @@ private:
     __m128i dnv_[2], lo_[2], hi_[2];
 #endif
 };
+
+/// filter_pulses_scalar eight outputs at a time: the L_mac chain of each
+/// output in a 32-bit lane, products exact (pmullw/pmulhw), L_mult's and
+/// L_add's saturations emulated, so the lanes equal the chain for any input.
+inline void filter_pulses(const PaddedResponse& hp, const Word16* pos, const Word16* sgn, int n, Word16* y) {
+#if defined(__SSSE3__)
+    using namespace simd;
+    const Word16* h = hp.h();
+    const __m128i half = _mm_set1_epi32(0x8000);
+    for (int i0 = 0; i0 < kLCode; i0 += 8) {
+        __m128i lo = _mm_setzero_si128(), hi = _mm_setzero_si128();
+        for (int k = 0; k < n; k++) {
+            // h[i - pos_k] for i = i0 .. i0 + 7 (the 40 zeros below h[0] cover i < pos_k)
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(h + i0 - pos[k]));
+            const __m128i s = _mm_set1_epi16(sgn[k]);
+            const __m128i pl = _mm_mullo_epi16(v, s), ph = _mm_mulhi_epi16(v, s);
+            lo = sat_add32(lo, l_mult32(_mm_unpacklo_epi16(pl, ph)));
+            hi = sat_add32(hi, l_mult32(_mm_unpackhi_epi16(pl, ph)));
+        }
+        lo = _mm_srai_epi32(sat_add32(lo, half), 16);
+        hi = _mm_srai_epi32(sat_add32(hi, half), 16);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y + i0), _mm_packs_epi32(lo, hi));
+    }
+#else
+    filter_pulses_scalar(hp, pos, sgn, n, y);
+#endif
+}
 
 }  // namespace amr_cb
 ZEPS_END_VARIANT

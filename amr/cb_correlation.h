@@ -44,6 +44,16 @@ inline void cor_h_x2_scalar(const Word16* h, const Word16* x, Word16* dn, Word16
     for (int i = 0; i < kLCode; i++) dn[i] = round_fx(L_shl(y32[i], j));
 }
 
+/// L_shl(v, n) for n >= 0: the exact shift saturated to 32 bits.
+inline Word32 shl_sat(Word32 v, int n) {
+    const std::int64_t w = static_cast<std::int64_t>(v) * (std::int64_t{1} << n);
+    return w > MAX_32 ? MAX_32 : w < MIN_32 ? MIN_32 : static_cast<Word32>(w);
+}
+
+/// L_shl(v, n) for -32 <= n <= 31 without the reference's bit loop: a left
+/// shift saturates exactly when the exact product leaves 32 bits.
+inline Word32 shift_sat(Word32 v, int n) { return n >= 0 ? shl_sat(v, n) : L_shr(v, static_cast<Word16>(-n)); }
+
 inline std::int64_t energy(const Word16* v) {
     std::int64_t e = 0;
     for (int i = 0; i < kLCode; i++) e += std::int32_t{v[i]} * v[i];
@@ -89,16 +99,10 @@ inline void cor_h_x2(const Word16* h, const Word16* x, Word16* dn, Word16 sf, in
         tot = L_add(tot, L_shr(max, 1));
     }
     const Word16 j = sub(norm_l(tot), sf);
-    for (int i = 0; i < kLCode; i++) dn[i] = round_fx(L_shl(y32[i], j));
+    for (int i = 0; i < kLCode; i++) dn[i] = round_fx(shift_sat(y32[i], j));
 #else
     cor_h_x2_scalar(h, x, dn, sf, nb_track, step);
 #endif
-}
-
-/// L_shl(v, n) for n >= 0: the exact shift saturated to 32 bits.
-inline Word32 shl_sat(Word32 v, int n) {
-    const std::int64_t w = static_cast<std::int64_t>(v) * (std::int64_t{1} << n);
-    return w > MAX_32 ? MAX_32 : w < MIN_32 ? MIN_32 : static_cast<Word32>(w);
 }
 
 /// The impulse response scaled for maximum precision (cor_h): h/2 when its
