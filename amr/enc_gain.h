@@ -79,6 +79,38 @@ inline Word16 q_gain_code(Word16 mode, Word16 exp_gcode0, Word16 frac_gcode0, Wo
     return index;
 }
 
+/// L_shl(s, norm_l(s)): the normalising shift never saturates, so it is
+/// the plain shift (without the reference's bit loop).
+inline Word32 normalised(Word32 s) { return static_cast<Word32>(static_cast<std::uint32_t>(s) << norm_l(s)); }
+
+/// init + sum 2 a[i]^2 as the L_mac chain leaves it (init >= 0): the terms
+/// are not negative, so the chain is the plain sum clamped at MAX_32.
+inline Word32 sum_sq_sat(const Word16* a, Word32 init = 0) {
+    std::int64_t s = init;
+    for (int i = 0; i < kLSubfr; i++) s += 2 * std::int64_t{a[i]} * a[i];
+    return s > MAX_32 ? MAX_32 : static_cast<Word32>(s);
+}
+
+/// The L_mac chain init + sum 2 a[i] b[i] over a subframe. By Cauchy-Schwarz
+/// every partial sum lies within |init| + 2 sqrt(Ea Eb) of 0 (E the sums of
+/// squares); when that is at most MAX_32 the chain is the plain sum,
+/// otherwise it runs term by term.
+inline Word32 mac_chain(const Word16* a, const Word16* b, Word32 init = 0) {
+    std::int64_t ea = 0, eb = 0, ab = 0;
+    for (int i = 0; i < kLSubfr; i++) {
+        ea += std::int64_t{a[i]} * a[i];
+        eb += std::int64_t{b[i]} * b[i];
+        ab += std::int64_t{a[i]} * b[i];
+    }
+    const std::int64_t room = MAX_32 - (init < 0 ? -std::int64_t{init} : std::int64_t{init});
+    if (4 * static_cast<unsigned __int128>(ea) * static_cast<unsigned __int128>(eb) <=
+        static_cast<unsigned __int128>(room) * static_cast<unsigned __int128>(room))
+        return static_cast<Word32>(init + 2 * ab);
+    Word32 s = init;
+    for (int i = 0; i < kLSubfr; i++) s = L_mac(s, a[i], b[i]);
+    return s;
+}
+
 /// calc_filt_energies: the five correlation terms of the gain error as
 /// fraction/exponent pairs, and for 4.75 and 7.95 kbit/s the optimum code gain.
 inline void calc_filt_energies(Word16 mode, const Word16* xn, const Word16* xn2, const Word16* y1, const Word16* Y2,
@@ -91,27 +123,23 @@ inline void calc_filt_energies(Word16 mode, const Word16* xn, const Word16* xn2,
     exp_coeff[0] = g_coeff[1];
     frac_coeff[1] = negate(g_coeff[2]);
     exp_coeff[1] = add(g_coeff[3], 1);
-    auto dot = [&](const Word16* a) {
-        Word32 s = L_mac(ener_init, a[0], y2[0]);
-        for (int i = 1; i < kLSubfr; i++) s = L_mac(s, a[i], y2[i]);
-        return s;
-    };
-    Word32 s = dot(y2);
+    auto dot = [&](const Word16* a) { return mac_chain(a, y2, ener_init); };
+    Word32 s = sum_sq_sat(y2, ener_init);
     Word16 exp = norm_l(s);
-    frac_coeff[2] = extract_h(L_shl(s, exp));
+    frac_coeff[2] = extract_h(normalised(s));
     exp_coeff[2] = sub(15 - 18, exp);
     s = dot(xn);
     exp = norm_l(s);
-    frac_coeff[3] = negate(extract_h(L_shl(s, exp)));
+    frac_coeff[3] = negate(extract_h(normalised(s)));
     exp_coeff[3] = sub(15 - 9 + 1, exp);
     s = dot(y1);
     exp = norm_l(s);
-    frac_coeff[4] = extract_h(L_shl(s, exp));
+    frac_coeff[4] = extract_h(normalised(s));
     exp_coeff[4] = sub(15 - 9 + 1, exp);
     if (mode == MR475 || mode == MR795) {
         s = dot(xn2);
         exp = norm_l(s);
-        const Word16 frac = extract_h(L_shl(s, exp));
+        const Word16 frac = extract_h(normalised(s));
         exp = sub(15 - 9, exp);
         if (frac <= 0) {
             cod_gain_frac = 0;
@@ -236,19 +264,17 @@ inline Word32 Mac_32_16(Word32 L_32, Word16 hi, Word16 lo, Word16 n) {
 
 /// The innovation energy gc_pred returns at 7.95 kbit/s, as fraction and exponent.
 inline void code_energy(const Word16* code, Word16& exp_en, Word16& frac_en) {
-    Word32 ener_code = L_mac(0, code[0], code[0]);
-    for (int i = 1; i < kLSubfr; i++) ener_code = L_mac(ener_code, code[i], code[i]);
+    const Word32 ener_code = sum_sq_sat(code);
     const Word16 exp_code = norm_l(ener_code);
-    frac_en = extract_h(L_shl(ener_code, exp_code));
+    frac_en = extract_h(normalised(ener_code));
     exp_en = sub(-11, exp_code);
 }
 
 /// calc_target_energy: energy of the target as fraction and exponent.
 inline void calc_target_energy(const Word16* xn, Word16& en_exp, Word16& en_frac) {
-    Word32 s = L_mac(0, xn[0], xn[0]);
-    for (int i = 1; i < kLSubfr; i++) s = L_mac(s, xn[i], xn[i]);
+    const Word32 s = sum_sq_sat(xn);
     const Word16 exp = norm_l(s);
-    en_frac = extract_h(L_shl(s, exp));
+    en_frac = extract_h(normalised(s));
     en_exp = sub(16, exp);
 }
 
@@ -256,34 +282,29 @@ inline void calc_target_energy(const Word16* xn, Word16& en_exp, Word16& en_frac
 /// their correlation with the code and the LTP residual; the LTP gain in dB (Q13).
 inline void calc_unfilt_energies(const Word16* res, const Word16* exc, const Word16* code, Word16 gain_pit,
                                  Word16* frac_en, Word16* exp_en, Word16& ltpg) {
-    Word32 s = L_mac(0, res[0], res[0]);
-    for (int i = 1; i < kLSubfr; i++) s = L_mac(s, res[i], res[i]);
+    Word32 s = sum_sq_sat(res);
     Word16 exp;
     if (s < 400) {
         frac_en[0] = 0;
         exp_en[0] = -15;
     } else {
         exp = norm_l(s);
-        frac_en[0] = extract_h(L_shl(s, exp));
+        frac_en[0] = extract_h(normalised(s));
         exp_en[0] = sub(15, exp);
     }
-    s = L_mac(0, exc[0], exc[0]);
-    for (int i = 1; i < kLSubfr; i++) s = L_mac(s, exc[i], exc[i]);
+    s = sum_sq_sat(exc);
     exp = norm_l(s);
-    frac_en[1] = extract_h(L_shl(s, exp));
+    frac_en[1] = extract_h(normalised(s));
     exp_en[1] = sub(15, exp);
-    s = L_mac(0, exc[0], code[0]);
-    for (int i = 1; i < kLSubfr; i++) s = L_mac(s, exc[i], code[i]);
+    s = mac_chain(exc, code);
     exp = norm_l(s);
-    frac_en[2] = extract_h(L_shl(s, exp));
+    frac_en[2] = extract_h(normalised(s));
     exp_en[2] = sub(16 - 14, exp);
-    s = 0;
-    for (int i = 0; i < kLSubfr; i++) {
-        const Word16 tmp = sub(res[i], round_fx(L_shl(L_mult(exc[i], gain_pit), 1)));
-        s = L_mac(s, tmp, tmp);
-    }
+    Word16 ltp_res[kLSubfr];
+    for (int i = 0; i < kLSubfr; i++) ltp_res[i] = sub(res[i], round_fx(L_shl(L_mult(exc[i], gain_pit), 1)));
+    s = sum_sq_sat(ltp_res);
     exp = norm_l(s);
-    const Word16 ltp_res_en = extract_h(L_shl(s, exp));
+    const Word16 ltp_res_en = extract_h(normalised(s));
     exp = sub(15, exp);
     frac_en[3] = ltp_res_en;
     exp_en[3] = exp;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The GSM-AMR encoder's bounded fast paths (Norm_Corr, Convolve, G_pitch,
+// The GSM-AMR encoder's bounded fast paths (Norm_Corr, Convolve, G_pitch, gain energies,
 // Autocorr, Az_lsp, the MR475, MR795 and Qua_gain searches) against their reference loops,
 // on inputs on both sides of the bounds that select them: silence, speech
 // levels, full-scale and -32768 runs, polynomials too large for the
@@ -147,6 +147,24 @@ TEST(AmrEncKernels, AzLspEqualsReferenceRoutine) {
         roots += la != old;
     }
     EXPECT_GT(roots, 300);  // the root search itself ran, not only the fallback to old_lsp
+}
+
+TEST(AmrEncKernels, GainEnergiesEqualReferenceChains) {
+    using zeps::ref::L_mac;
+    Rng rng(4040);
+    for (int round = 0; round < 4000; ++round) {
+        const V16 a = levelled(rng, 40), b = rng.chance(4) ? a : levelled(rng, 40);
+        const Word32 init = rng.chance(2) ? 0 : rng.chance(2) ? 1 : rng.s32();
+        Word32 sq = init < 0 ? 0 : init, ab = init;
+        for (int i = 0; i < 40; ++i) {
+            sq = L_mac(sq, a[i], a[i]);
+            ab = L_mac(ab, a[i], b[i]);
+        }
+        ASSERT_EQ(e::sum_sq_sat(a.data(), init < 0 ? 0 : init), sq) << "energy round " << round;
+        ASSERT_EQ(e::mac_chain(a.data(), b.data(), init), ab) << "correlation round " << round;
+        const Word32 v = rng.chance(8) ? (rng.chance(2) ? -1 : 0) : rng.s32() >> rng.uniform(0, 31);
+        ASSERT_EQ(e::normalised(v), zeps::ref::L_shl(v, zeps::ref::norm_l(v))) << v;
+    }
 }
 
 TEST(AmrEncKernels, Mr475SearchEqualsReferenceLoop) {
