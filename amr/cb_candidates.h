@@ -90,6 +90,12 @@ inline __m128i sat_add32(__m128i a, __m128i b) {
     return _mm_or_si128(_mm_and_si128(ovf, sat), _mm_andnot_si128(ovf, r));
 }
 
+/// L_mult of 4 lanes of exact products p = a b: 2 p, MAX_32 for the one
+/// overflowing product (-32768)^2 = 2^30.
+inline __m128i l_mult32(__m128i p) {
+    return _mm_xor_si128(_mm_slli_epi32(p, 1), _mm_cmpeq_epi32(p, _mm_set1_epi32(0x40000000)));
+}
+
 }  // namespace simd
 #endif
 
@@ -250,10 +256,11 @@ inline bool any_improves(const Candidates& c, int count, Word16 sq, Word16 alp) 
 }
 
 /// evaluate_track with a fixed first term and dn[] over many calls (the
-/// second pulse of a pair tried after each first pulse): those are loaded
-/// and shifted once.
+/// next pulse on one track tried after each choice of the pulses before it):
+/// those are loaded and shifted once; the other terms follow in order.
 class TrackWithFixedTerm {
 public:
+    static constexpr int kMaxRest = 4;
 #if defined(__SSSE3__)
     TrackWithFixedTerm(Strided dn, Term first, int count) : count_(count), first_(first), dn_(dn) {
         const __m128i zero = _mm_setzero_si128();
@@ -265,21 +272,58 @@ public:
             hi_[b] = _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt);
         }
     }
-    /// The candidates after ps0, alp0 with the fixed term, then `second`.
-    void evaluate(Word16 ps0, Word32 alp0, Term second, Candidates& c) const {
+    /// The candidates after ps0, alp0 with the fixed term, then rest[0 .. nrest-1]
+    /// (nrest <= kMaxRest); plain adds where chain_is_exact proves them equal
+    /// to the saturating ones.
+    void evaluate(Word16 ps0, Word32 alp0, const Term* rest, int nrest, Candidates& c) const {
         using namespace simd;
+        Term terms[kMaxRest + 1] = {first_};
+        for (int t = 0; t < nrest; t++) terms[t + 1] = rest[t];
+        if (chain_is_exact(alp0, terms, nrest + 1)) {
+            evaluate_lanes<true>(ps0, alp0, rest, nrest, c);
+        } else {
+            evaluate_lanes<false>(ps0, alp0, rest, nrest, c);
+        }
+    }
+#else
+    // Hosts without SSSE3: the plain loop (the same results).
+    TrackWithFixedTerm(Strided dn, Term first, int count) : count_(count), first_(first), dn_(dn) {}
+    void evaluate(Word16 ps0, Word32 alp0, const Term* rest, int nrest, Candidates& c) const {
+        evaluate_scalar(ps0, alp0, rest, nrest, c);
+    }
+#endif
+    void evaluate(Word16 ps0, Word32 alp0, Term second, Candidates& c) const { evaluate(ps0, alp0, &second, 1, c); }
+    /// The same computed by the plain loop.
+    void evaluate_scalar(Word16 ps0, Word32 alp0, const Term* rest, int nrest, Candidates& c) const {
+        Term terms[kMaxRest + 1] = {first_};
+        for (int t = 0; t < nrest; t++) terms[t + 1] = rest[t];
+        evaluate_track_scalar(ps0, alp0, dn_, terms, nrest + 1, count_, c);
+    }
+    void evaluate_scalar(Word16 ps0, Word32 alp0, Term second, Candidates& c) const {
+        evaluate_scalar(ps0, alp0, &second, 1, c);
+    }
+
+private:
+#if defined(__SSSE3__)
+    template <bool kExact>
+    void evaluate_lanes(Word16 ps0, Word32 alp0, const Term* rest, int nrest, Candidates& c) const {
+        using namespace simd;
+        const auto add32 = [](__m128i a, __m128i b) { return kExact ? _mm_add_epi32(a, b) : sat_add32(a, b); };
         const __m128i zero = _mm_setzero_si128();
         const __m128i half = _mm_set1_epi32(0x8000);
         const __m128i minv = _mm_set1_epi16(MIN_16);
-        const __m128i cnt = _mm_cvtsi32_si128(16 - second.shift);
         const __m128i a0 = _mm_set1_epi32(alp0);
         for (int k0 = 0, b = 0; k0 < count_; k0 += 8, b++) {
             const __m128i ps = _mm_adds_epi16(_mm_set1_epi16(ps0), dnv_[b]);
-            const __m128i v = gather8(second.v, k0, count_);
-            __m128i lo = sat_add32(sat_add32(a0, lo_[b]), _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt));
-            __m128i hi = sat_add32(sat_add32(a0, hi_[b]), _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt));
-            lo = _mm_srai_epi32(sat_add32(lo, half), 16);
-            hi = _mm_srai_epi32(sat_add32(hi, half), 16);
+            __m128i lo = add32(a0, lo_[b]), hi = add32(a0, hi_[b]);
+            for (int t = 0; t < nrest; t++) {
+                const __m128i v = gather8(rest[t].v, k0, count_);
+                const __m128i cnt = _mm_cvtsi32_si128(16 - rest[t].shift);
+                lo = add32(lo, _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt));
+                hi = add32(hi, _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt));
+            }
+            lo = _mm_srai_epi32(add32(lo, half), 16);
+            hi = _mm_srai_epi32(add32(hi, half), 16);
             const __m128i sq = _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(ps, ps), 1),
                                             _mm_srli_epi16(_mm_mullo_epi16(ps, ps), 15));
             _mm_store_si128(reinterpret_cast<__m128i*>(c.ps + k0), ps);
@@ -287,18 +331,7 @@ public:
             _mm_store_si128(reinterpret_cast<__m128i*>(c.alp + k0), _mm_packs_epi32(lo, hi));
         }
     }
-#else
-    // Hosts without SSSE3: the plain loop (the same results).
-    TrackWithFixedTerm(Strided dn, Term first, int count) : count_(count), first_(first), dn_(dn) {}
-    void evaluate(Word16 ps0, Word32 alp0, Term second, Candidates& c) const { evaluate_scalar(ps0, alp0, second, c); }
 #endif
-    /// The same computed by the plain loop.
-    void evaluate_scalar(Word16 ps0, Word32 alp0, Term second, Candidates& c) const {
-        const Term terms[2] = {first_, second};
-        evaluate_track_scalar(ps0, alp0, dn_, terms, 2, count_, c);
-    }
-
-private:
     int count_;
     Term first_;
     Strided dn_;
@@ -306,6 +339,33 @@ private:
     __m128i dnv_[2], lo_[2], hi_[2];
 #endif
 };
+
+/// filter_pulses_scalar eight outputs at a time: the L_mac chain of each
+/// output in a 32-bit lane, products exact (pmullw/pmulhw), L_mult's and
+/// L_add's saturations emulated, so the lanes equal the chain for any input.
+inline void filter_pulses(const PaddedResponse& hp, const Word16* pos, const Word16* sgn, int n, Word16* y) {
+#if defined(__SSSE3__)
+    using namespace simd;
+    const Word16* h = hp.h();
+    const __m128i half = _mm_set1_epi32(0x8000);
+    for (int i0 = 0; i0 < kLCode; i0 += 8) {
+        __m128i lo = _mm_setzero_si128(), hi = _mm_setzero_si128();
+        for (int k = 0; k < n; k++) {
+            // h[i - pos_k] for i = i0 .. i0 + 7 (the 40 zeros below h[0] cover i < pos_k)
+            const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(h + i0 - pos[k]));
+            const __m128i s = _mm_set1_epi16(sgn[k]);
+            const __m128i pl = _mm_mullo_epi16(v, s), ph = _mm_mulhi_epi16(v, s);
+            lo = sat_add32(lo, l_mult32(_mm_unpacklo_epi16(pl, ph)));
+            hi = sat_add32(hi, l_mult32(_mm_unpackhi_epi16(pl, ph)));
+        }
+        lo = _mm_srai_epi32(sat_add32(lo, half), 16);
+        hi = _mm_srai_epi32(sat_add32(hi, half), 16);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y + i0), _mm_packs_epi32(lo, hi));
+    }
+#else
+    filter_pulses_scalar(hp, pos, sgn, n, y);
+#endif
+}
 
 }  // namespace amr_cb
 ZEPS_END_VARIANT

@@ -44,6 +44,16 @@ inline void cor_h_x2_scalar(const Word16* h, const Word16* x, Word16* dn, Word16
     for (int i = 0; i < kLCode; i++) dn[i] = round_fx(L_shl(y32[i], j));
 }
 
+/// L_shl(v, n) for n >= 0: the exact shift saturated to 32 bits.
+inline Word32 shl_sat(Word32 v, int n) {
+    const std::int64_t w = static_cast<std::int64_t>(v) * (std::int64_t{1} << n);
+    return w > MAX_32 ? MAX_32 : w < MIN_32 ? MIN_32 : static_cast<Word32>(w);
+}
+
+/// L_shl(v, n) for -32 <= n <= 31 without the reference's bit loop: a left
+/// shift saturates exactly when the exact product leaves 32 bits.
+inline Word32 shift_sat(Word32 v, int n) { return n >= 0 ? shl_sat(v, n) : L_shr(v, static_cast<Word16>(-n)); }
+
 inline std::int64_t energy(const Word16* v) {
     std::int64_t e = 0;
     for (int i = 0; i < kLCode; i++) e += std::int32_t{v[i]} * v[i];
@@ -89,16 +99,10 @@ inline void cor_h_x2(const Word16* h, const Word16* x, Word16* dn, Word16 sf, in
         tot = L_add(tot, L_shr(max, 1));
     }
     const Word16 j = sub(norm_l(tot), sf);
-    for (int i = 0; i < kLCode; i++) dn[i] = round_fx(L_shl(y32[i], j));
+    for (int i = 0; i < kLCode; i++) dn[i] = round_fx(shift_sat(y32[i], j));
 #else
     cor_h_x2_scalar(h, x, dn, sf, nb_track, step);
 #endif
-}
-
-/// L_shl(v, n) for n >= 0: the exact shift saturated to 32 bits.
-inline Word32 shl_sat(Word32 v, int n) {
-    const std::int64_t w = static_cast<std::int64_t>(v) * (std::int64_t{1} << n);
-    return w > MAX_32 ? MAX_32 : w < MIN_32 ? MIN_32 : static_cast<Word32>(w);
 }
 
 /// The impulse response scaled for maximum precision (cor_h): h/2 when its
@@ -153,34 +157,47 @@ inline __m128i round8(__m128i lo, __m128i hi) {
     return _mm_packs_epi32(lo, hi);
 }
 
-/// The upper triangle of rr[][] from its lower one: 8x8 blocks transposed,
-/// the diagonal blocks element by element.
+/// t[r][c] = a[c][r] for an 8x8 block of 16-bit values.
+inline void transpose8(const __m128i* a, __m128i* t) {
+    __m128i b[8], c[8];
+    for (int r = 0; r < 4; r++) {
+        b[2 * r] = _mm_unpacklo_epi16(a[2 * r], a[2 * r + 1]);
+        b[2 * r + 1] = _mm_unpackhi_epi16(a[2 * r], a[2 * r + 1]);
+    }
+    c[0] = _mm_unpacklo_epi32(b[0], b[2]);
+    c[1] = _mm_unpackhi_epi32(b[0], b[2]);
+    c[2] = _mm_unpacklo_epi32(b[1], b[3]);
+    c[3] = _mm_unpackhi_epi32(b[1], b[3]);
+    c[4] = _mm_unpacklo_epi32(b[4], b[6]);
+    c[5] = _mm_unpackhi_epi32(b[4], b[6]);
+    c[6] = _mm_unpacklo_epi32(b[5], b[7]);
+    c[7] = _mm_unpackhi_epi32(b[5], b[7]);
+    for (int r = 0; r < 4; r++) {
+        t[2 * r] = _mm_unpacklo_epi64(c[r], c[r + 4]);
+        t[2 * r + 1] = _mm_unpackhi_epi64(c[r], c[r + 4]);
+    }
+}
+
+/// The upper triangle of rr[][] from its lower one: 8x8 blocks transposed;
+/// in the diagonal blocks, row r keeps its columns up to r and takes the
+/// others from the transpose (lanes beyond the lower triangle are read,
+/// never kept).
 inline void mirror_lower(CorrMatrix& rr) {
+    const __m128i lane = _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7);
     for (int bj = 0; bj < 5; bj++) {
+        __m128i a[8], t[8];
         for (int bi = 0; bi < bj; bi++) {
-            __m128i a[8];
             for (int r = 0; r < 8; r++) a[r] = load8(&rr[8 * bj + r][8 * bi]);
-            __m128i b[8], c[8];
-            for (int r = 0; r < 4; r++) {
-                b[2 * r] = _mm_unpacklo_epi16(a[2 * r], a[2 * r + 1]);
-                b[2 * r + 1] = _mm_unpackhi_epi16(a[2 * r], a[2 * r + 1]);
-            }
-            c[0] = _mm_unpacklo_epi32(b[0], b[2]);
-            c[1] = _mm_unpackhi_epi32(b[0], b[2]);
-            c[2] = _mm_unpacklo_epi32(b[1], b[3]);
-            c[3] = _mm_unpackhi_epi32(b[1], b[3]);
-            c[4] = _mm_unpacklo_epi32(b[4], b[6]);
-            c[5] = _mm_unpackhi_epi32(b[4], b[6]);
-            c[6] = _mm_unpacklo_epi32(b[5], b[7]);
-            c[7] = _mm_unpackhi_epi32(b[5], b[7]);
-            for (int r = 0; r < 4; r++) {
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(&rr[8 * bi + 2 * r][8 * bj]), _mm_unpacklo_epi64(c[r], c[r + 4]));
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(&rr[8 * bi + 2 * r + 1][8 * bj]),
-                                 _mm_unpackhi_epi64(c[r], c[r + 4]));
-            }
+            transpose8(a, t);
+            for (int r = 0; r < 8; r++) _mm_storeu_si128(reinterpret_cast<__m128i*>(&rr[8 * bi + r][8 * bj]), t[r]);
         }
-        for (int j = 8 * bj + 1; j < 8 * bj + 8; j++)
-            for (int i = 8 * bj; i < j; i++) rr[i][j] = rr[j][i];
+        for (int r = 0; r < 8; r++) a[r] = load8(&rr[8 * bj + r][8 * bj]);
+        transpose8(a, t);
+        for (int r = 0; r < 8; r++) {
+            const __m128i keep = _mm_cmpgt_epi16(_mm_set1_epi16(static_cast<short>(r + 1)), lane);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(&rr[8 * bj + r][8 * bj]),
+                             _mm_or_si128(_mm_and_si128(keep, a[r]), _mm_andnot_si128(keep, t[r])));
+        }
     }
 }
 #endif

@@ -41,8 +41,9 @@ inline bool improves(Word16 sq1, Word16 alp1, Word16 sq, Word16 alp) {
 }
 
 /// Filtered code of n pulses: y[i] = round(sum_k h[i - pos_k] * sign_k),
-/// each product accumulated with the reference's saturating L_mac.
-inline void filter_pulses(const PaddedResponse& hp, const Word16* pos, const Word16* sgn, int n, Word16* y) {
+/// each product accumulated with the reference's saturating L_mac (the
+/// baseline of filter_pulses in cb_candidates.h).
+inline void filter_pulses_scalar(const PaddedResponse& hp, const Word16* pos, const Word16* sgn, int n, Word16* y) {
     const Word16* h = hp.h();
     for (int i = 0; i < kLCode; i++) {
         Word32 s = 0;

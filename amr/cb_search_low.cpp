@@ -55,11 +55,17 @@ struct Chosen {
     }
 };
 
-/// Best second pulse after i0 on the track starting at start.
-Best second_pulse(const Word16* dn, const CorrMatrix& rr, int i0, int start) {
-    const Term terms[2] = {{diagonal(rr, start), 14}, {row(rr, i0, start), 15}};  // 1/4, 1/2
+/// The track starting at `start` with its dn[] and the diagonal term
+/// (shift 14 for the second pulse, 12 for the third and fourth) loaded once.
+TrackWithFixedTerm track_with_diagonal(const Word16* dn, const CorrMatrix& rr, int start, int diag_shift) {
+    return TrackWithFixedTerm({dn + start, 5}, {diagonal(rr, start), diag_shift}, 8);
+}
+
+/// Best second pulse after i0 on the track starting at start (t1 its
+/// track_with_diagonal of shift 14).
+Best second_pulse(const Word16* dn, const CorrMatrix& rr, const TrackWithFixedTerm& t1, int i0, int start) {
     Candidates c;
-    evaluate_track(dn[i0], L_mult(rr[i0][i0], k1_4), {dn + start, 5}, terms, 2, 8, c);
+    t1.evaluate(dn[i0], L_mult(rr[i0][i0], k1_4), {row(rr, i0, start), 15}, c);  // 1/4 diagonal, 1/2 row
     Best b(start);
     b.choose(c, start);
     return b;
@@ -71,8 +77,9 @@ void search_2i40(const Word16* dn, const CorrMatrix& rr, const Word16 (*pairs)[2
     codvec[0] = 0;
     codvec[1] = 1;
     for (int p = 0; p < npairs; p++) {
+        const TrackWithFixedTerm t1 = track_with_diagonal(dn, rr, pairs[p][1], 14);
         for (int i0 = pairs[p][0]; i0 < kLCode; i0 += 5) {
-            const Best b = second_pulse(dn, rr, i0, pairs[p][1]);
+            const Best b = second_pulse(dn, rr, t1, i0, pairs[p][1]);
             if (c.better(b.sq, b.alp)) {
                 codvec[0] = static_cast<Word16>(i0);
                 codvec[1] = static_cast<Word16>(b.ix);
@@ -87,14 +94,17 @@ void search_2i40(const Word16* dn, const CorrMatrix& rr, const Word16 (*pairs)[2
 void search_3or4(const Word16* dn, const Word16* dn2, const CorrMatrix& rr, Word16* ipos, int npulse, Chosen& c,
                  Word16* codvec) {
     for (int i = 0; i < npulse; i++) {
+        const int t2 = ipos[2], t3 = ipos[npulse - 1];
+        const TrackWithFixedTerm track1 = track_with_diagonal(dn, rr, ipos[1], 14);
+        const TrackWithFixedTerm track2 = track_with_diagonal(dn, rr, t2, 12);
+        const TrackWithFixedTerm track3 = npulse == 4 ? track_with_diagonal(dn, rr, t3, 12) : track2;  // the last pulse
         for (int i0 = ipos[0]; i0 < kLCode; i0 += 5) {
             if (dn2[i0] < 0) continue;
-            const Best b1 = second_pulse(dn, rr, i0, ipos[1]);
+            const Best b1 = second_pulse(dn, rr, track1, i0, ipos[1]);
             const int i1 = b1.ix;
             Candidates cand;
-            const int t2 = ipos[2];
-            const Term terms2[3] = {{diagonal(rr, t2), 12}, {row(rr, i1, t2), 13}, {row(rr, i0, t2), 13}};
-            evaluate_track(b1.ps, L_mult(b1.alp, k1_4), {dn + t2, 5}, terms2, 3, 8, cand);
+            const Term rows2[2] = {{row(rr, i1, t2), 13}, {row(rr, i0, t2), 13}};
+            track2.evaluate(b1.ps, L_mult(b1.alp, k1_4), rows2, 2, cand);
             Best b2(t2);
             b2.choose(cand, t2);
             const int i2 = b2.ix;
@@ -106,10 +116,8 @@ void search_3or4(const Word16* dn, const Word16* dn2, const CorrMatrix& rr, Word
                 }
                 continue;
             }
-            const int t3 = ipos[3];
-            const Term terms3[4] = {
-                {diagonal(rr, t3), 12}, {row(rr, i2, t3), 13}, {row(rr, i1, t3), 13}, {row(rr, i0, t3), 13}};
-            evaluate_track(b2.ps, L_deposit_h(b2.alp), {dn + t3, 5}, terms3, 4, 8, cand);
+            const Term rows3[3] = {{row(rr, i2, t3), 13}, {row(rr, i1, t3), 13}, {row(rr, i0, t3), 13}};
+            track3.evaluate(b2.ps, L_deposit_h(b2.alp), rows3, 3, cand);
             Best b3(t3);
             b3.choose(cand, t3);
             if (c.better(b3.sq, b3.alp)) {

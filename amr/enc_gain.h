@@ -6,9 +6,11 @@
 // mode), energies as exponent/fraction pairs, predictor memories Q10.
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "amr/dec_gain.h"
+#include "amr/enc_gain_lanes.h"
 #include "amr/enc_pitch.h"
 
 ZEPS_BEGIN_VARIANT
@@ -77,6 +79,38 @@ inline Word16 q_gain_code(Word16 mode, Word16 exp_gcode0, Word16 frac_gcode0, Wo
     return index;
 }
 
+/// L_shl(s, norm_l(s)): the normalising shift never saturates, so it is
+/// the plain shift (without the reference's bit loop).
+inline Word32 normalised(Word32 s) { return static_cast<Word32>(static_cast<std::uint32_t>(s) << norm_l(s)); }
+
+/// init + sum 2 a[i]^2 as the L_mac chain leaves it (init >= 0): the terms
+/// are not negative, so the chain is the plain sum clamped at MAX_32.
+inline Word32 sum_sq_sat(const Word16* a, Word32 init = 0) {
+    std::int64_t s = init;
+    for (int i = 0; i < kLSubfr; i++) s += 2 * std::int64_t{a[i]} * a[i];
+    return s > MAX_32 ? MAX_32 : static_cast<Word32>(s);
+}
+
+/// The L_mac chain init + sum 2 a[i] b[i] over a subframe. By Cauchy-Schwarz
+/// every partial sum lies within |init| + 2 sqrt(Ea Eb) of 0 (E the sums of
+/// squares); when that is at most MAX_32 the chain is the plain sum,
+/// otherwise it runs term by term.
+inline Word32 mac_chain(const Word16* a, const Word16* b, Word32 init = 0) {
+    std::int64_t ea = 0, eb = 0, ab = 0;
+    for (int i = 0; i < kLSubfr; i++) {
+        ea += std::int64_t{a[i]} * a[i];
+        eb += std::int64_t{b[i]} * b[i];
+        ab += std::int64_t{a[i]} * b[i];
+    }
+    const std::int64_t room = MAX_32 - (init < 0 ? -std::int64_t{init} : std::int64_t{init});
+    if (4 * static_cast<unsigned __int128>(ea) * static_cast<unsigned __int128>(eb) <=
+        static_cast<unsigned __int128>(room) * static_cast<unsigned __int128>(room))
+        return static_cast<Word32>(init + 2 * ab);
+    Word32 s = init;
+    for (int i = 0; i < kLSubfr; i++) s = L_mac(s, a[i], b[i]);
+    return s;
+}
+
 /// calc_filt_energies: the five correlation terms of the gain error as
 /// fraction/exponent pairs, and for 4.75 and 7.95 kbit/s the optimum code gain.
 inline void calc_filt_energies(Word16 mode, const Word16* xn, const Word16* xn2, const Word16* y1, const Word16* Y2,
@@ -89,27 +123,23 @@ inline void calc_filt_energies(Word16 mode, const Word16* xn, const Word16* xn2,
     exp_coeff[0] = g_coeff[1];
     frac_coeff[1] = negate(g_coeff[2]);
     exp_coeff[1] = add(g_coeff[3], 1);
-    auto dot = [&](const Word16* a) {
-        Word32 s = L_mac(ener_init, a[0], y2[0]);
-        for (int i = 1; i < kLSubfr; i++) s = L_mac(s, a[i], y2[i]);
-        return s;
-    };
-    Word32 s = dot(y2);
+    auto dot = [&](const Word16* a) { return mac_chain(a, y2, ener_init); };
+    Word32 s = sum_sq_sat(y2, ener_init);
     Word16 exp = norm_l(s);
-    frac_coeff[2] = extract_h(L_shl(s, exp));
+    frac_coeff[2] = extract_h(normalised(s));
     exp_coeff[2] = sub(15 - 18, exp);
     s = dot(xn);
     exp = norm_l(s);
-    frac_coeff[3] = negate(extract_h(L_shl(s, exp)));
+    frac_coeff[3] = negate(extract_h(normalised(s)));
     exp_coeff[3] = sub(15 - 9 + 1, exp);
     s = dot(y1);
     exp = norm_l(s);
-    frac_coeff[4] = extract_h(L_shl(s, exp));
+    frac_coeff[4] = extract_h(normalised(s));
     exp_coeff[4] = sub(15 - 9 + 1, exp);
     if (mode == MR475 || mode == MR795) {
         s = dot(xn2);
         exp = norm_l(s);
-        const Word16 frac = extract_h(L_shl(s, exp));
+        const Word16 frac = extract_h(normalised(s));
         exp = sub(15 - 9, exp);
         if (frac <= 0) {
             cod_gain_frac = 0;
@@ -119,6 +149,77 @@ inline void calc_filt_energies(Word16 mode, const Word16* xn, const Word16* xn2,
             cod_gain_exp = sub(sub(exp, exp_coeff[2]), 14);
         }
     }
+}
+
+/// The search of Qua_gain (reference loop): the table row of least error
+/// among those whose pitch gain stays within gp_limit.
+inline int qua_gain_search_scalar(const std::int16_t* table_gain, int table_len, Word16 gcode0, const Word16* coeff,
+                                  const Word16* coeff_lo, Word16 gp_limit) {
+    Word32 dist_min = MAX_32;
+    int index = 0;
+    for (int i = 0; i < table_len; i++) {
+        const Word16 g_pitch = table_gain[4 * i];
+        if (g_pitch > gp_limit) continue;
+        const Word16 g_code = mult(table_gain[4 * i + 1], gcode0);
+        const Word16 g2_pitch = mult(g_pitch, g_pitch);
+        const Word16 g2_code = mult(g_code, g_code);
+        const Word16 g_pit_cod = mult(g_code, g_pitch);
+        Word32 L_tmp = Mpy_32_16(coeff[0], coeff_lo[0], g2_pitch);
+        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[1], coeff_lo[1], g_pitch));
+        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[2], coeff_lo[2], g2_code));
+        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[3], coeff_lo[3], g_code));
+        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[4], coeff_lo[4], g_pit_cod));
+        if (L_sub(L_tmp, dist_min) < 0) {
+            dist_min = L_tmp;
+            index = i;
+        }
+    }
+    return index;
+}
+
+/// Largest entries of the pitch gain (Q14) and code gain factor (Q12 or
+/// Q11) columns of table_gain_highrates and table_gain_lowrates; both
+/// columns hold no negative entry.
+inline constexpr std::int32_t kHighRatesColumnMax[2] = {21318, 32764};
+inline constexpr std::int32_t kLowRatesColumnMax[2] = {21626, 28753};
+
+/// |mult(a, b)| for |a| <= a_max, |b| <= b_max.
+constexpr std::int64_t mult_bound(std::int64_t a_max, std::int64_t b_max) { return ((a_max * b_max) >> 15) + 1; }
+
+/// Bounds of the five gains of one subframe's error terms (g2_pitch,
+/// g_pitch, g2_code, g_code, g_pit_cod) from the column bounds and gcode0.
+inline void gain_term_bounds(std::int64_t gp_max, std::int64_t factor_max, Word16 gcode0, std::int64_t* n) {
+    const std::int64_t gc = mult_bound(factor_max, gcode0);
+    n[0] = mult_bound(gp_max, gp_max);
+    n[1] = gp_max;
+    n[2] = mult_bound(gc, gc);
+    n[3] = gc;
+    n[4] = mult_bound(gc, gp_max);
+}
+
+/// True when no partial sum of the error chains can saturate: every term
+/// Mpy_32_16(hi, lo, n) = 2 hi n + 2 mult(lo, n) with 0 <= lo < 2^15 is at
+/// most (2 |hi| + 2) |n| in magnitude, and those bounds add up to MAX_32 at most.
+inline bool gain_chain_is_exact(const Word16* coeff, const std::int64_t* n_max, int nterms) {
+    std::int64_t bound = 0;
+    for (int k = 0; k < nterms; k++) bound += (2 * std::abs(std::int64_t{coeff[k]}) + 2) * n_max[k];
+    return bound <= MAX_32;
+}
+
+/// The search of Qua_gain as computed: with gcode0 > 0 (Pow2's range) every
+/// gain is non-negative, and where gain_chain_is_exact holds the error is
+/// plain arithmetic, eight rows at a time; otherwise the reference loop.
+inline int qua_gain_search(const std::int16_t* table_gain, int table_len, const std::int32_t* column_max,
+                           Word16 gcode0, const Word16* coeff, const Word16* coeff_lo, Word16 gp_limit) {
+#if defined(__SSSE3__)
+    std::int64_t n_max[5];
+    gain_term_bounds(column_max[0], column_max[1], gcode0, n_max);
+    if (gcode0 >= 0 && gain_chain_is_exact(coeff, n_max, 5))
+        return gain_lanes::qua_gain_search(table_gain, table_len, gcode0, coeff, coeff_lo, gp_limit);
+#else
+    static_cast<void>(column_max);
+#endif
+    return qua_gain_search_scalar(table_gain, table_len, gcode0, coeff, coeff_lo, gp_limit);
 }
 
 /// Qua_gain: joint pitch/code gain VQ of 5.15, 5.9, 6.7, 7.4 and 10.2 kbit/s.
@@ -141,25 +242,8 @@ inline Word16 qua_gain(Word16 mode, Word16 exp_gcode0, Word16 frac_gcode0, const
     for (int i = 1; i < 5; i++) e_max = std::max(e_max, exp_max[i]);
     e_max = add(e_max, 1);
     for (int i = 0; i < 5; i++) L_Extract(L_shr(L_deposit_h(frac_coeff[i]), sub(e_max, exp_max[i])), coeff[i], coeff_lo[i]);
-    Word32 dist_min = MAX_32;
-    int index = 0;
-    for (int i = 0; i < table_len; i++) {
-        const Word16 g_pitch = table_gain[4 * i];
-        if (g_pitch > gp_limit) continue;
-        const Word16 g_code = mult(table_gain[4 * i + 1], gcode0);
-        const Word16 g2_pitch = mult(g_pitch, g_pitch);
-        const Word16 g2_code = mult(g_code, g_code);
-        const Word16 g_pit_cod = mult(g_code, g_pitch);
-        Word32 L_tmp = Mpy_32_16(coeff[0], coeff_lo[0], g2_pitch);
-        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[1], coeff_lo[1], g_pitch));
-        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[2], coeff_lo[2], g2_code));
-        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[3], coeff_lo[3], g_code));
-        L_tmp = L_add(L_tmp, Mpy_32_16(coeff[4], coeff_lo[4], g_pit_cod));
-        if (L_sub(L_tmp, dist_min) < 0) {
-            dist_min = L_tmp;
-            index = i;
-        }
-    }
+    const int index = qua_gain_search(table_gain, table_len, high ? kHighRatesColumnMax : kLowRatesColumnMax, gcode0,
+                                      coeff, coeff_lo, gp_limit);
     const std::int16_t* p = &table_gain[4 * index];
     gain_pit = p[0];
     qua_ener_MR122 = p[2];
@@ -180,19 +264,17 @@ inline Word32 Mac_32_16(Word32 L_32, Word16 hi, Word16 lo, Word16 n) {
 
 /// The innovation energy gc_pred returns at 7.95 kbit/s, as fraction and exponent.
 inline void code_energy(const Word16* code, Word16& exp_en, Word16& frac_en) {
-    Word32 ener_code = L_mac(0, code[0], code[0]);
-    for (int i = 1; i < kLSubfr; i++) ener_code = L_mac(ener_code, code[i], code[i]);
+    const Word32 ener_code = sum_sq_sat(code);
     const Word16 exp_code = norm_l(ener_code);
-    frac_en = extract_h(L_shl(ener_code, exp_code));
+    frac_en = extract_h(normalised(ener_code));
     exp_en = sub(-11, exp_code);
 }
 
 /// calc_target_energy: energy of the target as fraction and exponent.
 inline void calc_target_energy(const Word16* xn, Word16& en_exp, Word16& en_frac) {
-    Word32 s = L_mac(0, xn[0], xn[0]);
-    for (int i = 1; i < kLSubfr; i++) s = L_mac(s, xn[i], xn[i]);
+    const Word32 s = sum_sq_sat(xn);
     const Word16 exp = norm_l(s);
-    en_frac = extract_h(L_shl(s, exp));
+    en_frac = extract_h(normalised(s));
     en_exp = sub(16, exp);
 }
 
@@ -200,34 +282,29 @@ inline void calc_target_energy(const Word16* xn, Word16& en_exp, Word16& en_frac
 /// their correlation with the code and the LTP residual; the LTP gain in dB (Q13).
 inline void calc_unfilt_energies(const Word16* res, const Word16* exc, const Word16* code, Word16 gain_pit,
                                  Word16* frac_en, Word16* exp_en, Word16& ltpg) {
-    Word32 s = L_mac(0, res[0], res[0]);
-    for (int i = 1; i < kLSubfr; i++) s = L_mac(s, res[i], res[i]);
+    Word32 s = sum_sq_sat(res);
     Word16 exp;
     if (s < 400) {
         frac_en[0] = 0;
         exp_en[0] = -15;
     } else {
         exp = norm_l(s);
-        frac_en[0] = extract_h(L_shl(s, exp));
+        frac_en[0] = extract_h(normalised(s));
         exp_en[0] = sub(15, exp);
     }
-    s = L_mac(0, exc[0], exc[0]);
-    for (int i = 1; i < kLSubfr; i++) s = L_mac(s, exc[i], exc[i]);
+    s = sum_sq_sat(exc);
     exp = norm_l(s);
-    frac_en[1] = extract_h(L_shl(s, exp));
+    frac_en[1] = extract_h(normalised(s));
     exp_en[1] = sub(15, exp);
-    s = L_mac(0, exc[0], code[0]);
-    for (int i = 1; i < kLSubfr; i++) s = L_mac(s, exc[i], code[i]);
+    s = mac_chain(exc, code);
     exp = norm_l(s);
-    frac_en[2] = extract_h(L_shl(s, exp));
+    frac_en[2] = extract_h(normalised(s));
     exp_en[2] = sub(16 - 14, exp);
-    s = 0;
-    for (int i = 0; i < kLSubfr; i++) {
-        const Word16 tmp = sub(res[i], round_fx(L_shl(L_mult(exc[i], gain_pit), 1)));
-        s = L_mac(s, tmp, tmp);
-    }
+    Word16 ltp_res[kLSubfr];
+    for (int i = 0; i < kLSubfr; i++) ltp_res[i] = sub(res[i], round_fx(L_shl(L_mult(exc[i], gain_pit), 1)));
+    s = sum_sq_sat(ltp_res);
     exp = norm_l(s);
-    const Word16 ltp_res_en = extract_h(L_shl(s, exp));
+    const Word16 ltp_res_en = extract_h(normalised(s));
     exp = sub(15, exp);
     frac_en[3] = ltp_res_en;
     exp_en[3] = exp;
@@ -272,6 +349,74 @@ inline Word16 gain_adapt(GainQuantState& st, Word16 ltpg, Word16 gain_cod) {
     return result;
 }
 
+/// The pitch part of a candidate's error in MR795_gain_code_quant3.
+inline Word32 mr795_pitch_part(const Word16* coeff, const Word16* coeff_lo, Word16 g_pitch) {
+    const Word32 L_tmp0 = Mpy_32_16(coeff[0], coeff_lo[0], mult(g_pitch, g_pitch));
+    return Mac_32_16(L_tmp0, coeff[1], coeff_lo[1], g_pitch);
+}
+
+/// The joint search of MR795_gain_code_quant3 (reference loop): returns
+/// 32 j + i for pitch candidate j and code gain row i.
+inline int mr795_code_search_scalar(const Word16* coeff, const Word16* coeff_lo, Word16 gcode0,
+                                    const Word16* g_pitch_cand) {
+    using zeps::amr_dec_tab::qua_gain_code;
+    Word32 dist_min = MAX_32;
+    int cod_ind = 0, pit_ind = 0;
+    for (int j = 0; j < 3; j++) {
+        const Word16 g_pitch = g_pitch_cand[j];
+        const Word32 L_tmp0 = mr795_pitch_part(coeff, coeff_lo, g_pitch);
+        for (int i = 0; i < 32; i++) {
+            const Word16 g_code = mult(qua_gain_code[3 * i], gcode0);
+            Word16 g2_code_h, g2_code_l, g_pit_cod_h, g_pit_cod_l;
+            L_Extract(L_mult(g_code, g_code), g2_code_h, g2_code_l);
+            L_Extract(L_mult(g_code, g_pitch), g_pit_cod_h, g_pit_cod_l);
+            Word32 L_tmp = Mac_32(L_tmp0, coeff[2], coeff_lo[2], g2_code_h, g2_code_l);
+            L_tmp = Mac_32_16(L_tmp, coeff[3], coeff_lo[3], g_code);
+            L_tmp = Mac_32(L_tmp, coeff[4], coeff_lo[4], g_pit_cod_h, g_pit_cod_l);
+            if (L_sub(L_tmp, dist_min) < 0) {
+                dist_min = L_tmp;
+                cod_ind = i;
+                pit_ind = j;
+            }
+        }
+    }
+    return 32 * pit_ind + cod_ind;
+}
+
+/// Largest entry of the code gain factor column of qua_gain_code (Q11);
+/// the column holds no negative entry.
+inline constexpr std::int32_t kQuaGainCodeMax = 27485;
+
+/// The search of MR795_gain_code_quant3 as computed. With gcode0 and the
+/// pitch candidates non-negative every gain is; each Mac_32 term is at most
+/// 2 (|hi| |H| + |hi| + |H|) in magnitude (|mult(x, lo)| <= |x| for
+/// 0 <= lo < 2^15), each Mac_32_16 term 2 (|hi| + 1) |n|. When the pitch
+/// part plus those bounds stays within MAX_32 for every candidate, no
+/// partial sum saturates and the errors are plain arithmetic, eight rows
+/// at a time; otherwise the reference loop.
+inline int mr795_code_search(const Word16* coeff, const Word16* coeff_lo, Word16 gcode0, const Word16* g_pitch_cand) {
+#if defined(__SSSE3__)
+    const Word16 gp_max = std::max({g_pitch_cand[0], g_pitch_cand[1], g_pitch_cand[2]});
+    const Word16 gp_min = std::min({g_pitch_cand[0], g_pitch_cand[1], g_pitch_cand[2]});
+    if (gcode0 >= 0 && gp_min >= 0) {
+        const auto mag = [coeff](int k) { return std::abs(std::int64_t{coeff[k]}); };
+        const std::int64_t gc = mult_bound(kQuaGainCodeMax, gcode0), h = mult_bound(gc, gc), p = mult_bound(gc, gp_max);
+        const std::int64_t terms =
+            2 * (mag(2) * h + mag(2) + h) + 2 * (mag(3) + 1) * gc + 2 * (mag(4) * p + mag(4) + p);
+        Word32 l_tmp0[3];
+        bool exact = true;
+        for (int j = 0; j < 3; j++) {
+            l_tmp0[j] = mr795_pitch_part(coeff, coeff_lo, g_pitch_cand[j]);
+            exact = exact && std::abs(std::int64_t{l_tmp0[j]}) + terms <= MAX_32;
+        }
+        if (exact)
+            return gain_lanes::mr795_code_search(zeps::amr_dec_tab::qua_gain_code, gcode0, g_pitch_cand, l_tmp0, coeff,
+                                                 coeff_lo);
+    }
+#endif
+    return mr795_code_search_scalar(coeff, coeff_lo, gcode0, g_pitch_cand);
+}
+
 /// MR795_gain_code_quant3: code gain jointly with the three pitch-gain candidates.
 inline void mr795_gain_code_quant3(Word16 exp_gcode0, Word16 gcode0, const Word16* g_pitch_cand,
                                    const Word16* g_pitch_cind, const Word16* frac_coeff, const Word16* exp_coeff,
@@ -289,28 +434,8 @@ inline void mr795_gain_code_quant3(Word16 exp_gcode0, Word16 gcode0, const Word1
     for (int i = 1; i < 5; i++) e_max = std::max(e_max, exp_max[i]);
     e_max = add(e_max, 1);
     for (int i = 0; i < 5; i++) L_Extract(L_shr(L_deposit_h(frac_coeff[i]), sub(e_max, exp_max[i])), coeff[i], coeff_lo[i]);
-    Word32 dist_min = MAX_32;
-    int cod_ind = 0, pit_ind = 0;
-    for (int j = 0; j < 3; j++) {
-        const Word16 g_pitch = g_pitch_cand[j];
-        const Word16 g2_pitch = mult(g_pitch, g_pitch);
-        Word32 L_tmp0 = Mpy_32_16(coeff[0], coeff_lo[0], g2_pitch);
-        L_tmp0 = Mac_32_16(L_tmp0, coeff[1], coeff_lo[1], g_pitch);
-        for (int i = 0; i < 32; i++) {
-            const Word16 g_code = mult(qua_gain_code[3 * i], gcode0);
-            Word16 g2_code_h, g2_code_l, g_pit_cod_h, g_pit_cod_l;
-            L_Extract(L_mult(g_code, g_code), g2_code_h, g2_code_l);
-            L_Extract(L_mult(g_code, g_pitch), g_pit_cod_h, g_pit_cod_l);
-            Word32 L_tmp = Mac_32(L_tmp0, coeff[2], coeff_lo[2], g2_code_h, g2_code_l);
-            L_tmp = Mac_32_16(L_tmp, coeff[3], coeff_lo[3], g_code);
-            L_tmp = Mac_32(L_tmp, coeff[4], coeff_lo[4], g_pit_cod_h, g_pit_cod_l);
-            if (L_sub(L_tmp, dist_min) < 0) {
-                dist_min = L_tmp;
-                cod_ind = i;
-                pit_ind = j;
-            }
-        }
-    }
+    const int best = mr795_code_search(coeff, coeff_lo, gcode0, g_pitch_cand);
+    const int cod_ind = best & 31, pit_ind = best >> 5;
     const std::int16_t* p = &qua_gain_code[3 * cod_ind];
     qua_ener_MR122 = p[1];
     qua_ener = p[2];
@@ -501,30 +626,11 @@ inline int mr475_search_scalar(const Word16* coeff, const Word16* coeff_lo, Word
 /// Q14, code gain factor Q12 of each subframe); all entries are positive.
 inline constexpr std::int32_t kMr475ColumnMax[4] = {20490, 26526, 20717, 26358};
 
-/// The MR475 search as computed. Every term of the error is Mpy_32_16(hi,
-/// lo, n) = 2 hi n + 2 mult(lo, n) with 0 <= lo < 2^15, so its magnitude is
-/// at most (2 |hi| + 2) |n|. With bounds on |n| from the table's columns
-/// (|mult(a, b)| <= |a| |b| / 2^15 + 1), when the ten terms' bounds add up
-/// to at most MAX_32 no partial sum of the reference's chain saturates and
-/// the error is plain 32-bit arithmetic; otherwise the reference loop runs.
-inline int mr475_search(const Word16* coeff, const Word16* coeff_lo, Word16 sf0_gcode0, Word16 sf1_gcode0,
-                        Word16 gp_limit) {
+/// The MR475 search in plain 32-bit arithmetic (valid where
+/// gain_chain_is_exact holds for the ten terms).
+inline int mr475_search_plain(const Word16* coeff, const Word16* coeff_lo, Word16 sf0_gcode0, Word16 sf1_gcode0,
+                              Word16 gp_limit) {
     using zeps::amr_dec_tab::table_gain_MR475;
-    auto mult_bound = [](std::int64_t a, std::int64_t b) { return ((a * b) >> 15) + 1; };
-    std::int64_t n_max[10] = {};
-    for (int sf = 0; sf < 2; sf++) {
-        const std::int64_t gp = kMr475ColumnMax[2 * sf];
-        const std::int64_t gc = mult_bound(kMr475ColumnMax[2 * sf + 1], sf == 0 ? sf0_gcode0 : sf1_gcode0);
-        std::int64_t* n = n_max + 5 * sf;
-        n[0] = mult_bound(gp, gp);
-        n[1] = gp;
-        n[2] = mult_bound(gc, gc);
-        n[3] = gc;
-        n[4] = mult_bound(gc, gp);
-    }
-    std::int64_t bound = 0;
-    for (int k = 0; k < 10; k++) bound += (2 * std::abs(std::int64_t{coeff[k]}) + 2) * n_max[k];
-    if (bound > MAX_32) return mr475_search_scalar(coeff, coeff_lo, sf0_gcode0, sf1_gcode0, gp_limit);
     auto term = [&](int k, Word16 n) { return 2 * coeff[k] * n + 2 * mult(coeff_lo[k], n); };
     std::int32_t dist_min = MAX_32;
     int index = 0;
@@ -541,6 +647,26 @@ inline int mr475_search(const Word16* coeff, const Word16* coeff_lo, Word16 sf0_
         }
     }
     return index;
+}
+
+/// The MR475 search as computed: the table's columns (all entries
+/// positive) and the two gcode0 (Pow2's range, positive) bound every gain;
+/// when gain_chain_is_exact holds for the ten terms no partial sum of the
+/// reference's chain saturates and the error is plain 32-bit arithmetic,
+/// eight rows at a time where SSSE3 is present; otherwise the reference loop.
+inline int mr475_search(const Word16* coeff, const Word16* coeff_lo, Word16 sf0_gcode0, Word16 sf1_gcode0,
+                        Word16 gp_limit) {
+    std::int64_t n_max[10] = {};
+    gain_term_bounds(kMr475ColumnMax[0], kMr475ColumnMax[1], sf0_gcode0, n_max);
+    gain_term_bounds(kMr475ColumnMax[2], kMr475ColumnMax[3], sf1_gcode0, n_max + 5);
+    if (sf0_gcode0 < 0 || sf1_gcode0 < 0 || !gain_chain_is_exact(coeff, n_max, 10))
+        return mr475_search_scalar(coeff, coeff_lo, sf0_gcode0, sf1_gcode0, gp_limit);
+#if defined(__SSSE3__)
+    return gain_lanes::mr475_search(zeps::amr_dec_tab::table_gain_MR475, sf0_gcode0, sf1_gcode0, coeff, coeff_lo,
+                                    gp_limit);
+#else
+    return mr475_search_plain(coeff, coeff_lo, sf0_gcode0, sf1_gcode0, gp_limit);
+#endif
 }
 
 /// MR475_gain_quant: joint VQ of the gains of two subframes; returns the index.

@@ -69,9 +69,17 @@ struct Scaled {
     bool exact;   // no L_mac chain over the signal can saturate
 };
 
+/// The energy chain L_mac(... L_mac(0, x0, x0) ...): its terms are not
+/// negative, so it is the plain sum clamped at MAX_32.
+Word32 energy_chain(const Word16* x, int n) {
+    std::int64_t e = 0;
+    for (int i = 0; i < n; ++i) e += std::int32_t{x[i]} * x[i];
+    e *= 2;
+    return e > MAX_32 ? MAX_32 : static_cast<Word32>(e);
+}
+
 void scale_signal(const Word16* signal, int L_frame, Scaled& s) {
-    Word32 t0 = 0;
-    for (int i = -kPitMax; i < L_frame; ++i) t0 = L_mac(t0, signal[i], signal[i]);
+    const Word32 t0 = energy_chain(signal - kPitMax, kPitMax + L_frame);
     s.sig = s.buf + kPitMax;
     if (t0 == MAX_32) {
         for (int i = -kPitMax; i < L_frame; ++i) s.sig[i] = shr(signal[i], 3);

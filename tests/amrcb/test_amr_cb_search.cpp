@@ -99,6 +99,21 @@ TEST(AmrCbSearch, VectorCorrelationsEqualReferenceLoops) {
         k::cor_h_x2(h.data(), x.data(), da.data(), sf, tracks, tracks);
         k::cor_h_x2_scalar(h.data(), x.data(), db.data(), sf, tracks, tracks);
         ASSERT_EQ(da, db) << "cor_h_x2 round " << round;
+        // the filtered code of 2..10 pulses (positions may repeat), with the
+        // codebooks' signs and full-scale ones that saturate L_mult and the chain
+        k::PaddedResponse hp{};
+        for (int i = 0; i < 40; i++) hp.h()[i] = h[i];
+        const int n = static_cast<int>(rng.uniform(2, 10));
+        std::int16_t pos[10], sgn[10];
+        static const std::int16_t kSigns[] = {32767, -32768, 8192, -8192};
+        for (int k = 0; k < n; k++) {
+            pos[k] = static_cast<std::int16_t>(rng.chance(4) && k > 0 ? pos[k - 1] : rng.uniform(0, 39));
+            sgn[k] = rng.chance(5) ? rng.s16() : kSigns[rng.uniform(0, 3)];
+        }
+        V16 ya(40), yb(40);
+        k::filter_pulses(hp, pos, sgn, n, ya.data());
+        k::filter_pulses_scalar(hp, pos, sgn, n, yb.data());
+        ASSERT_EQ(ya, yb) << "filtered code round " << round;
     }
 }
 
@@ -147,6 +162,14 @@ TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
         pair.evaluate_scalar(ps0, alp0, second, b);
         for (int i = 0; i < count; i++)
             ASSERT_TRUE(a.ps[i] == b.ps[i] && a.sq[i] == b.sq[i] && a.alp[i] == b.alp[i]) << "pair round " << round;
+        // up to four more terms after the fixed one (the 3- and 4-pulse searches' rows)
+        k::Term rest[k::TrackWithFixedTerm::kMaxRest];
+        const int nrest = static_cast<int>(rng.uniform(1, k::TrackWithFixedTerm::kMaxRest));
+        for (auto& r : rest) r = {{m.data() + 40 * rng.uniform(0, 39) + first, step}, static_cast<int>(rng.uniform(9, 15))};
+        pair.evaluate(ps0, alp0, rest, nrest, a);
+        pair.evaluate_scalar(ps0, alp0, rest, nrest, b);
+        for (int i = 0; i < count; i++)
+            ASSERT_TRUE(a.ps[i] == b.ps[i] && a.sq[i] == b.sq[i] && a.alp[i] == b.alp[i]) << "rest round " << round;
     }
 }
 

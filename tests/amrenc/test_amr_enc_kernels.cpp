@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// The GSM-AMR encoder's bounded fast paths (Norm_Corr, Convolve, G_pitch,
-// Autocorr, Az_lsp, the MR475 gain search) against their reference loops,
+// The GSM-AMR encoder's bounded fast paths (Norm_Corr, Convolve, G_pitch, gain energies,
+// Autocorr, Az_lsp, the MR475, MR795 and Qua_gain searches) against their reference loops,
 // on inputs on both sides of the bounds that select them: silence, speech
 // levels, full-scale and -32768 runs, polynomials too large for the
 // vectorised Chebyshev series, gain coefficients that could saturate.
@@ -149,6 +149,24 @@ TEST(AmrEncKernels, AzLspEqualsReferenceRoutine) {
     EXPECT_GT(roots, 300);  // the root search itself ran, not only the fallback to old_lsp
 }
 
+TEST(AmrEncKernels, GainEnergiesEqualReferenceChains) {
+    using zeps::ref::L_mac;
+    Rng rng(4040);
+    for (int round = 0; round < 4000; ++round) {
+        const V16 a = levelled(rng, 40), b = rng.chance(4) ? a : levelled(rng, 40);
+        const Word32 init = rng.chance(2) ? 0 : rng.chance(2) ? 1 : rng.s32();
+        Word32 sq = init < 0 ? 0 : init, ab = init;
+        for (int i = 0; i < 40; ++i) {
+            sq = L_mac(sq, a[i], a[i]);
+            ab = L_mac(ab, a[i], b[i]);
+        }
+        ASSERT_EQ(e::sum_sq_sat(a.data(), init < 0 ? 0 : init), sq) << "energy round " << round;
+        ASSERT_EQ(e::mac_chain(a.data(), b.data(), init), ab) << "correlation round " << round;
+        const Word32 v = rng.chance(8) ? (rng.chance(2) ? -1 : 0) : rng.s32() >> rng.uniform(0, 31);
+        ASSERT_EQ(e::normalised(v), zeps::ref::L_shl(v, zeps::ref::norm_l(v))) << v;
+    }
+}
+
 TEST(AmrEncKernels, Mr475SearchEqualsReferenceLoop) {
     std::int32_t col[4] = {};  // the column bounds the search relies on
     for (int i = 0; i < 1024; ++i) col[i & 3] = std::max<std::int32_t>(col[i & 3], zeps::amr_dec_tab::table_gain_MR475[i]);
@@ -170,8 +188,81 @@ TEST(AmrEncKernels, Mr475SearchEqualsReferenceLoop) {
             for (int k = 0; k < 10; ++k) hi[k] = static_cast<Word16>(rng.chance(3) ? rng.s16() : (round % 10 ? 32767 : -32768));
             g0 = g1 = limit = 32767;
         }
-        ASSERT_EQ(e::mr475_search(hi, lo, g0, g1, limit), e::mr475_search_scalar(hi, lo, g0, g1, limit))
-            << "MR475 search round " << round;
+        const int want = e::mr475_search_scalar(hi, lo, g0, g1, limit);
+        ASSERT_EQ(e::mr475_search(hi, lo, g0, g1, limit), want) << "MR475 search round " << round;
+        std::int64_t n_max[10];
+        e::gain_term_bounds(e::kMr475ColumnMax[0], e::kMr475ColumnMax[1], g0, n_max);
+        e::gain_term_bounds(e::kMr475ColumnMax[2], e::kMr475ColumnMax[3], g1, n_max + 5);
+        if (e::gain_chain_is_exact(hi, n_max, 10)) {
+            ASSERT_EQ(e::mr475_search_plain(hi, lo, g0, g1, limit), want) << "MR475 plain search round " << round;
+        }
+    }
+}
+
+/// Random normalised gain coefficients (|hi| < 2^14, as the quantisers make
+/// them), sometimes full 16-bit ones past the plain sums' bound, sometimes
+/// all at one extreme (errors tied at MAX_32 or saturating and coming back).
+void gain_coefficients(Rng& rng, int round, int n, Word16* hi, Word16* lo) {
+    const int hi_max = rng.chance(4) ? 32767 : static_cast<int>(rng.uniform(1, 16383));
+    for (int k = 0; k < n; ++k) {
+        hi[k] = static_cast<Word16>(rng.uniform(-hi_max - (hi_max == 32767), hi_max) >> rng.uniform(0, 8));
+        lo[k] = static_cast<Word16>(rng.uniform(0, 32767));
+    }
+    if (round % 5 == 0)
+        for (int k = 0; k < n; ++k) hi[k] = static_cast<Word16>(rng.chance(3) ? rng.s16() : (round % 10 ? 32767 : -32768));
+}
+
+TEST(AmrEncKernels, QuaGainSearchEqualsReferenceLoop) {
+    struct Table {
+        const std::int16_t* rows;
+        int len;
+        const std::int32_t* column_max;
+    };
+    const Table tables[] = {{zeps::amr_dec_tab::table_gain_highrates, 128, e::kHighRatesColumnMax},
+                            {zeps::amr_dec_tab::table_gain_lowrates, 64, e::kLowRatesColumnMax}};
+    for (const Table& t : tables) {  // the column bounds the search relies on
+        for (int c = 0; c < 2; ++c) {
+            std::int32_t mx = 0, mn = 32767;
+            for (int i = 0; i < t.len; ++i) {
+                mx = std::max<std::int32_t>(mx, t.rows[4 * i + c]);
+                mn = std::min<std::int32_t>(mn, t.rows[4 * i + c]);
+            }
+            ASSERT_EQ(mx, t.column_max[c]);
+            ASSERT_GE(mn, 0);
+        }
+    }
+    Rng rng(67);
+    for (int round = 0; round < 3000; ++round) {
+        const Table& t = tables[round & 1];
+        Word16 hi[5], lo[5];
+        gain_coefficients(rng, round, 5, hi, lo);
+        auto g0 = static_cast<Word16>(rng.uniform(16384, 32767));
+        Word16 limit = rng.chance(3) ? Word16{32767} : static_cast<Word16>(rng.uniform(-1, 22000));
+        if (round % 5 == 0) g0 = limit = 32767;
+        ASSERT_EQ(e::qua_gain_search(t.rows, t.len, t.column_max, g0, hi, lo, limit),
+                  e::qua_gain_search_scalar(t.rows, t.len, g0, hi, lo, limit))
+            << "Qua_gain search round " << round;
+    }
+}
+
+TEST(AmrEncKernels, Mr795CodeSearchEqualsReferenceLoop) {
+    std::int32_t mx = 0, mn = 32767;  // the column bound the search relies on
+    for (int i = 0; i < 32; ++i) {
+        mx = std::max<std::int32_t>(mx, zeps::amr_dec_tab::qua_gain_code[3 * i]);
+        mn = std::min<std::int32_t>(mn, zeps::amr_dec_tab::qua_gain_code[3 * i]);
+    }
+    ASSERT_EQ(mx, e::kQuaGainCodeMax);
+    ASSERT_GE(mn, 0);
+    Rng rng(795);
+    for (int round = 0; round < 3000; ++round) {
+        Word16 hi[5], lo[5], cand[3];
+        gain_coefficients(rng, round, 5, hi, lo);
+        auto g0 = static_cast<Word16>(rng.uniform(16384, 32767));
+        for (auto& c : cand) c = static_cast<Word16>(rng.chance(8) ? 32767 : rng.uniform(0, 20000));
+        if (round % 5 == 0) g0 = cand[0] = cand[1] = cand[2] = 32767;
+        if (round % 7 == 0) cand[1] = cand[2] = cand[0];  // ties between candidates keep the first
+        ASSERT_EQ(e::mr795_code_search(hi, lo, g0, cand), e::mr795_code_search_scalar(hi, lo, g0, cand))
+            << "MR795 code gain search round " << round;
     }
 }
 
