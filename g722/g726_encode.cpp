@@ -13,15 +13,9 @@ namespace {
 constexpr int kEncoderStateSize = 88;
 static_assert(sizeof(g726::Core) <= kEncoderStateSize);
 
-// 16 to 32 kbit/s: the whole recursion in vector lanes. 40 kbit/s keeps the
-// scalar quantiser with the vector predictor: its 16 magnitude classes take
-// two vectors a sample, which costs more than the shorter chain saves.
 template <int R>
 void encode_block(g726::Core& core, const Zep16s* src, Zep8u* dst, int len) {
-    if constexpr (R < 3)
-        g726::encode_samples_vector<R>(core, src, dst, len);
-    else
-        g726::encode_samples<R, g726::VectorPredictor<g726::leak(R)>>(core, src, dst, len);
+    g726::encode_samples_vector<R>(core, src, dst, len);
 }
 
 }  // namespace

@@ -36,22 +36,6 @@ namespace g726 {
 
 #if defined(__SSSE3__)
 
-/// Thresholds T (as signed DL - Y/4), lane = magnitude class; lane 0 always
-/// passes, unused lanes never.
-alignas(16) inline constexpr std::int16_t kClassLevel[4][16] = {
-    {-4096, 261, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000},
-    {-4096, 8, 218, 331, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000},
-    {-4096, 3972 - 4096, 80, 178, 246, 300, 349, 400, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000},
-    {-4096, 3974 - 4096, 4080 - 4096, 68, 139, 198, 250, 298, 339, 378, 413, 445, 475, 502, 528, 553},
-};
-/// DQLN of each magnitude class (2048: zero output).
-alignas(16) inline constexpr std::int16_t kClassDqln[4][16] = {
-    {116, 365, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048},
-    {2048, 135, 273, 373, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048},
-    {2048, 4, 135, 213, 273, 323, 373, 425, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048},
-    {2048, 4030, 28, 104, 169, 224, 274, 318, 358, 395, 429, 459, 488, 514, 539, 566},
-};
-
 /// The code I of magnitude class c and sign DS (QUAN with the sign and
 /// zero-code adjustments): class 0 is the zero code above 16 kbit/s.
 template <int R>
@@ -59,6 +43,13 @@ template <int R>
     constexpr int kMax = (1 << (R + 2)) - 1;
     if (R > 0 && c == 0) return kMax;
     return ds ? kMax - c : c;
+}
+
+/// Four bytes from memory as an int.
+[[gnu::always_inline]] inline int load_u32(const void* p) {
+    int v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
 }
 
 /// 2^k in each 16-bit lane for 0 <= k <= 15, 0 for k = 16 (lanes hold k).
@@ -174,14 +165,43 @@ template <int K>
     tdp = _mm_cmpgt_epi16(_mm_set1_epi16(-11776), a2p);
 }
 
+/// The class thresholds and DQ magnitudes of table entry k (unused lanes:
+/// thresholds never passed, magnitudes 0).
+template <int R>
+[[gnu::always_inline]] inline void class_entry(unsigned k, __m128i& th_lo, __m128i& dq_lo, __m128i& th_hi,
+                                               __m128i& dq_hi) {
+    th_hi = dq_hi = _mm_setzero_si128();  // replaced at 40 kbit/s
+    if constexpr (R == 0) {
+        const std::int16_t* e = g726_class_16.data() + 4 * k;
+        const __m128i v = _mm_cvtsi32_si128(load_u32(e));
+        th_lo = _mm_or_si128(v, _mm_setr_epi16(0, 0, 32767, 32767, 32767, 32767, 32767, 32767));
+        dq_lo = _mm_cvtsi32_si128(load_u32(e + 2));
+    } else if constexpr (R == 1) {
+        const std::int16_t* e = g726_class_24.data() + 8 * k;
+        th_lo = _mm_or_si128(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(e)),
+                             _mm_setr_epi16(0, 0, 0, 0, 32767, 32767, 32767, 32767));
+        dq_lo = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(e + 4));
+    } else if constexpr (R == 2) {
+        const std::int16_t* e = g726_class_32.data() + 16 * k;
+        th_lo = _mm_loadu_si128(reinterpret_cast<const __m128i*>(e));
+        dq_lo = _mm_loadu_si128(reinterpret_cast<const __m128i*>(e + 8));
+    } else {
+        const std::int16_t* e = g726_class_40.data() + 32 * k;
+        th_lo = _mm_loadu_si128(reinterpret_cast<const __m128i*>(e));
+        th_hi = _mm_loadu_si128(reinterpret_cast<const __m128i*>(e + 8));
+        dq_lo = _mm_loadu_si128(reinterpret_cast<const __m128i*>(e + 16));
+        dq_hi = _mm_loadu_si128(reinterpret_cast<const __m128i*>(e + 24));
+    }
+}
+
 /// Encodes len 14-bit samples (clamped to -8192..8191) at rate index R.
 template <int R>
 inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint8_t* dst, int len) {
     constexpr int kLeak = leak(R);
-    const __m128i level_lo = _mm_load_si128(reinterpret_cast<const __m128i*>(kClassLevel[R]));
-    const __m128i level_hi = _mm_load_si128(reinterpret_cast<const __m128i*>(kClassLevel[R] + 8));
-    const __m128i dqln_lo = _mm_load_si128(reinterpret_cast<const __m128i*>(kClassDqln[R]));
-    const __m128i dqln_hi = _mm_load_si128(reinterpret_cast<const __m128i*>(kClassDqln[R] + 8));
+    const __m128i level_lo = _mm_load_si128(reinterpret_cast<const __m128i*>(g726_class_level[R]));
+    const __m128i level_hi = _mm_load_si128(reinterpret_cast<const __m128i*>(g726_class_level[R] + 8));
+    const __m128i dqln_lo = _mm_load_si128(reinterpret_cast<const __m128i*>(g726_class_dqln[R]));
+    const __m128i dqln_hi = _mm_load_si128(reinterpret_cast<const __m128i*>(g726_class_dqln[R] + 8));
     const __m128i ones = _mm_set1_epi16(-1);
     const __m128i lanes_b = _mm_setr_epi16(-1, -1, -1, -1, -1, -1, 0, 0);
     const __m128i lane6 = _mm_setr_epi16(0, 0, 0, 0, 0, 0, -1, 0);
@@ -206,9 +226,17 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
         const __m128i dqthr = _mm_set1_epi16(static_cast<short>((thr + (thr >> 1)) >> 1));
 
         // Per-class thresholds and DQ magnitudes for this Y.
-        const __m128i y4 = _mm_set1_epi16(static_cast<short>(y >> 2));
-        const __m128i th_lo = class_threshold(level_lo, y4);
-        const __m128i dqc_lo = class_dq(dqln_lo, y4);
+        __m128i th_lo, dqc_lo, th_hi, dqc_hi;
+        const unsigned k = static_cast<unsigned>((y >> 2) - kG726ClassY4Lo);
+        if (k < static_cast<unsigned>(kG726ClassY4Count)) [[likely]] {
+            class_entry<R>(k, th_lo, dqc_lo, th_hi, dqc_hi);
+        } else {
+            const __m128i y4 = _mm_set1_epi16(static_cast<short>(y >> 2));
+            th_lo = class_threshold(level_lo, y4);
+            dqc_lo = class_dq(dqln_lo, y4);
+            th_hi = R == 3 ? class_threshold(level_hi, y4) : th_lo;
+            dqc_hi = R == 3 ? class_dq(dqln_hi, y4) : dqc_lo;
+        }
 
         // SE, SEZ; SUBTA; the quantiser as a compare count.
         __m128i se, sez;
@@ -219,8 +247,6 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
         const __m128i pass_lo = _mm_xor_si128(_mm_cmpgt_epi16(th_lo, dm), ones);
         __m128i dqmag, passed;
         if constexpr (R == 3) {
-            const __m128i th_hi = class_threshold(level_hi, y4);
-            const __m128i dqc_hi = class_dq(dqln_hi, y4);
             const __m128i pass_hi = _mm_xor_si128(_mm_cmpgt_epi16(th_hi, dm), ones);
             const __m128i edge_lo = _mm_andnot_si128(_mm_alignr_epi8(pass_hi, pass_lo, 2), pass_lo);
             const __m128i edge_hi = _mm_andnot_si128(_mm_srli_si128(pass_hi, 2), pass_hi);
