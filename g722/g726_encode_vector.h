@@ -103,6 +103,18 @@ template <int R>
     return _mm_or_si128(_mm_slli_epi16(e, 8), m);
 }
 
+/// FLOATA and FLOATB at once: pairs holds DQ's and SR's magnitudes in lanes 0
+/// and 1, signs their sign bits; returns the floating forms in lanes 0 and 6
+/// (DQ1 and SR1 of the history), the other lanes zero.
+[[gnu::always_inline]] inline __m128i float_pair(__m128i pairs, __m128i signs) {
+    const __m128i f = _mm_srli_epi32(_mm_castps_si128(_mm_cvtepi32_ps(_mm_unpacklo_epi16(pairs, _mm_setzero_si128()))), 16);
+    const __m128i t = _mm_packs_epi32(f, f);  // exp << 7 | 7 bits
+    const __m128i e = _mm_subs_epu16(_mm_srli_epi16(t, 7), _mm_set1_epi16(126));
+    const __m128i m = _mm_or_si128(_mm_and_si128(_mm_srli_epi16(t, 2), _mm_set1_epi16(31)), _mm_set1_epi16(32));
+    const __m128i w = _mm_or_si128(_mm_or_si128(_mm_slli_epi16(e, 8), m), signs);
+    return _mm_shuffle_epi8(w, _mm_setr_epi8(0, 1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 2, 3, -1, -1));
+}
+
 /// Horizontal OR of the eight lanes, in every lane.
 [[gnu::always_inline]] inline __m128i or_lanes(__m128i v) {
     v = _mm_or_si128(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(1, 0, 3, 2)));
@@ -215,15 +227,19 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
     __m128i pk1 = _mm_set1_epi16(static_cast<short>(-r.pk1));
     __m128i pk2 = _mm_set1_epi16(static_cast<short>(-r.pk2));
     __m128i td = _mm_set1_epi16(static_cast<short>(-r.td));
+    bool td_set = r.td != 0;
 
     for (int n = 0; n < len; ++n) {
         int sl = src[n];
         sl = sl < -8192 ? -8192 : sl > 8191 ? 8191 : sl;
         const int y = scale_factor(r);
-        // TRANS threshold from the old YL.
-        const int ylint = r.yl >> 15;
-        const int thr = ylint > 9 ? 31744 : (((r.yl >> 10) & 31) + 32) << ylint;
-        const __m128i dqthr = _mm_set1_epi16(static_cast<short>((thr + (thr >> 1)) >> 1));
+        // TRANS threshold from the old YL (needed only while TD is set).
+        __m128i dqthr = _mm_setzero_si128();
+        if (td_set) [[unlikely]] {
+            const int ylint = r.yl >> 15;
+            const int thr = ylint > 9 ? 31744 : (((r.yl >> 10) & 31) + 32) << ylint;
+            dqthr = _mm_set1_epi16(static_cast<short>((thr + (thr >> 1)) >> 1));
+        }
 
         // Per-class thresholds and DQ magnitudes for this Y.
         __m128i th_lo, dqc_lo, th_hi, dqc_hi;
@@ -265,9 +281,8 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
         const __m128i sr = _mm_add_epi16(dq, se);
         const __m128i dqsez = _mm_add_epi16(dq, sez);
         const __m128i srmag = _mm_and_si128(_mm_abs_epi16(sr), _mm_set1_epi16(32767));
-        const __m128i mags = _mm_or_si128(_mm_andnot_si128(lane6, dqmag), _mm_and_si128(lane6, srmag));
-        const __m128i signs = _mm_or_si128(_mm_andnot_si128(lane6, dqs), _mm_and_si128(lane6, _mm_srai_epi16(sr, 15)));
-        const __m128i fl = _mm_or_si128(float_lanes(mags), _mm_slli_epi16(signs, 15));
+        const __m128i fl = float_pair(_mm_unpacklo_epi16(dqmag, srmag),
+                                      _mm_slli_epi16(_mm_unpacklo_epi16(dqs, _mm_srai_epi16(sr, 15)), 15));
 
         // UPA2, LIMC, UPA1, LIMD, TONE.
         const __m128i pk0 = _mm_srai_epi16(dqsez, 15);
@@ -285,7 +300,7 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
         const __m128i b = _mm_sub_epi16(_mm_add_epi16(c, _mm_sub_epi16(_mm_xor_si128(gain, x), x)), _mm_srai_epi16(c, kLeak));
         const __m128i poles = _mm_or_si128(_mm_and_si128(lane6, a1p), _mm_and_si128(lane7, a2p));
         c = _mm_and_si128(_mm_or_si128(_mm_and_si128(lanes_b, b), poles), keep);
-        h = _mm_or_si128(_mm_and_si128(_mm_slli_si128(h, 2), hist_keep), _mm_andnot_si128(hist_keep, fl));
+        h = _mm_or_si128(_mm_and_si128(_mm_slli_si128(h, 2), hist_keep), fl);
         pk2 = pk1;
         pk1 = pk0;
         td = _mm_and_si128(tdp, keep);
@@ -297,6 +312,7 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
         dst[n] = static_cast<std::uint8_t>(i);
         const int flags = _mm_movemask_epi8(_mm_unpacklo_epi16(tr, tdp));
         scale_update(r, g726_code_info[R][i], y, flags & 1, (flags >> 2) & 1);
+        td_set = (flags & 5) == 4;  // TDP and no TR
     }
     r.td = _mm_cvtsi128_si32(td) & 1;
     r.pk1 = _mm_cvtsi128_si32(pk1) & 1;
