@@ -115,11 +115,11 @@ template <int R>
     return _mm_shuffle_epi8(w, _mm_setr_epi8(0, 1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, 2, 3, -1, -1));
 }
 
-/// Horizontal OR of the eight lanes, in every lane.
-[[gnu::always_inline]] inline __m128i or_lanes(__m128i v) {
-    v = _mm_or_si128(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(1, 0, 3, 2)));
-    v = _mm_or_si128(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(2, 3, 0, 1)));
-    return _mm_or_si128(v, _mm_shufflelo_epi16(_mm_shufflehi_epi16(v, _MM_SHUFFLE(2, 3, 0, 1)), _MM_SHUFFLE(2, 3, 0, 1)));
+/// Horizontal XOR of the eight lanes, in every lane.
+[[gnu::always_inline]] inline __m128i xor_lanes(__m128i v) {
+    v = _mm_xor_si128(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(1, 0, 3, 2)));
+    v = _mm_xor_si128(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(2, 3, 0, 1)));
+    return _mm_xor_si128(v, _mm_shuffle_epi8(v, _mm_setr_epi8(2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13)));
 }
 
 /// Lane k of v broadcast to all lanes.
@@ -249,9 +249,10 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
         } else {
             const __m128i y4 = _mm_set1_epi16(static_cast<short>(y >> 2));
             th_lo = class_threshold(level_lo, y4);
-            dqc_lo = class_dq(dqln_lo, y4);
-            th_hi = R == 3 ? class_threshold(level_hi, y4) : th_lo;
-            dqc_hi = R == 3 ? class_dq(dqln_hi, y4) : dqc_lo;
+            th_hi = class_threshold(level_hi, y4);
+            const __m128i lo = class_dq(dqln_lo, y4), hi = class_dq(dqln_hi, y4);
+            dqc_lo = _mm_xor_si128(lo, _mm_slli_si128(lo, 2));
+            dqc_hi = _mm_xor_si128(hi, _mm_alignr_epi8(hi, lo, 14));
         }
 
         // SE, SEZ; SUBTA; the quantiser as a compare count.
@@ -262,15 +263,14 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
         const __m128i ds = _mm_srai_epi16(d, 15);
         const __m128i pass_lo = _mm_xor_si128(_mm_cmpgt_epi16(th_lo, dm), ones);
         __m128i dqmag, passed;
+        // The classes passed are 0..c: the XOR of their magnitude steps is
+        // the magnitude of class c.
         if constexpr (R == 3) {
             const __m128i pass_hi = _mm_xor_si128(_mm_cmpgt_epi16(th_hi, dm), ones);
-            const __m128i edge_lo = _mm_andnot_si128(_mm_alignr_epi8(pass_hi, pass_lo, 2), pass_lo);
-            const __m128i edge_hi = _mm_andnot_si128(_mm_srli_si128(pass_hi, 2), pass_hi);
-            dqmag = or_lanes(_mm_or_si128(_mm_and_si128(edge_lo, dqc_lo), _mm_and_si128(edge_hi, dqc_hi)));
+            dqmag = xor_lanes(_mm_xor_si128(_mm_and_si128(pass_lo, dqc_lo), _mm_and_si128(pass_hi, dqc_hi)));
             passed = _mm_packs_epi16(pass_lo, pass_hi);
         } else {
-            const __m128i edge_lo = _mm_andnot_si128(_mm_srli_si128(pass_lo, 2), pass_lo);
-            dqmag = or_lanes(_mm_and_si128(edge_lo, dqc_lo));
+            dqmag = xor_lanes(_mm_and_si128(pass_lo, dqc_lo));
             passed = _mm_packs_epi16(pass_lo, _mm_setzero_si128());
         }
         // Sign of DQ: DS, and set for the zero code above 16 kbit/s.

@@ -152,7 +152,8 @@ constexpr std::array<std::int16_t, kG726ClassY4Count * 2 * Classes> build_class_
         for (int c = 0; c < Classes; ++c) {
             const int y4 = kG726ClassY4Lo + k;
             t[k * 2 * Classes + c] = static_cast<std::int16_t>(class_threshold(g726_class_level[R][c] + y4));
-            t[k * 2 * Classes + Classes + c] = static_cast<std::int16_t>(class_dq(g726_class_dqln[R][c], y4));
+            const int prev = c > 0 ? class_dq(g726_class_dqln[R][c - 1], y4) : 0;
+            t[k * 2 * Classes + Classes + c] = static_cast<std::int16_t>(class_dq(g726_class_dqln[R][c], y4) ^ prev);
         }
     return t;
 }

@@ -80,8 +80,10 @@ alignas(16) inline constexpr std::int16_t g726_class_dqln[4][16] = {
 
 /// Per Y/4 from kG726ClassY4Lo (the range of Y the recursion reaches from
 /// reset: 544..5120), the class thresholds (least DQM of each class) and the
-/// DQ magnitudes of the classes: 2, 4, 8 and 16 classes a rate, thresholds
-/// then magnitudes, 2 * classes words an entry.
+/// DQ magnitudes of the classes, each XORed with the one of the class below
+/// (so that the XOR over the classes passed gives the class's magnitude):
+/// 2, 4, 8 and 16 classes a rate, thresholds then magnitudes, 2 * classes
+/// words an entry.
 inline constexpr int kG726ClassY4Lo = 136;
 inline constexpr int kG726ClassY4Count = 1280 - 136 + 1;
 extern const std::array<std::int16_t, kG726ClassY4Count * 4> g726_class_16;
