@@ -18,11 +18,15 @@
 // ceil((128 + M) * 2^E / 128), for L <= 0 it is 0; L beyond 1855 is never
 // reached (|D| < 24576). So the count c of passed thresholds, found by
 // comparing DQM with the sample's thresholds in lanes, is the quantiser's
-// magnitude class; the code is c or its mirror by the sign, and the inverse
-// quantiser output for each class is worked out from Y beforehand in lanes.
+// magnitude class; the code is c or its mirror by the sign. The inverse
+// quantiser output of each class is known from Y beforehand, kept as its
+// XOR with the class below, so the XOR over the classes passed (0..c) is the
+// DQ magnitude of class c. Thresholds and steps come from a table by Y/4
+// over the step sizes the coder reaches from reset (g726_tables.h) and are
+// worked out in lanes for any other state.
 //
-// Lanes: the class-c threshold and DQ magnitude sit in lane c (lane 0: class
-// 0, threshold 0); eight lanes carry 16 and 24 kbit/s (2 and 4 classes) and
+// Lanes: the class-c threshold and DQ step sit in lane c (lane 0: class 0,
+// threshold 0); eight lanes carry 16 and 24 kbit/s (2 and 4 classes) and
 // 32 kbit/s (8), two vectors 40 kbit/s (16). Predictor words as in
 // VectorPredictor (g726_adapt.h): B1..B6, A1, A2 and DQ1..DQ6, SR1, SR2 in
 // floating form. Per-sample scalars (the estimate, DQ, SR, the signs) are
