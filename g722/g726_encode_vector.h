@@ -99,14 +99,6 @@ template <int R>
     m = _mm_or_si128(_mm_and_si128(_mm_srli_epi16(t, 2), _mm_set1_epi16(31)), _mm_set1_epi16(32));
 }
 
-/// FLOATA/FLOATB in lanes: floating form (exponent << 8 | mantissa) of
-/// unsigned 16-bit magnitudes, the sign not yet set.
-[[gnu::always_inline]] inline __m128i float_lanes(__m128i mag) {
-    __m128i e, m;
-    float_parts(mag, e, m);
-    return _mm_or_si128(_mm_slli_epi16(e, 8), m);
-}
-
 /// FLOATA and FLOATB at once: pairs holds DQ's and SR's magnitudes in lanes 0
 /// and 1, signs their sign bits; returns the floating forms in lanes 0 and 6
 /// (DQ1 and SR1 of the history), the other lanes zero.

@@ -135,9 +135,9 @@ constexpr std::array<std::array<G726CodeInfo, 32>, 4> build_code_info() {
 // Least DQM whose LOG output DL reaches L (DL is non-decreasing in DQM; no
 // |D| below 24576 reaches 1856).
 constexpr int class_threshold(int l) {
-    l = l < 1856 ? l : 1856;
     if (l <= 0) return 0;
-    return (((128 + (l & 127)) << (l >> 7)) + 127) >> 7;
+    const int c = l < 1856 ? l : 1856;
+    return (((128 + (c & 127)) << (c >> 7)) + 127) >> 7;
 }
 // ADDA and ANTILOG: DQ magnitude of DQLN at the scale Y/4.
 constexpr int class_dq(int dqln, int y4) {
