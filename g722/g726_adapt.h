@@ -282,6 +282,24 @@ struct Regs {
     return (((dl - (y >> 2)) & 4095) << 1) | ds;
 }
 
+/// FILTA, FILTB; FUNCTW, FILTD, LIMB, FILTE; SUBTC, FILTC, TRIGA: the scale
+/// factors and the speed control after the code (ci) of a sample quantised
+/// with Y, given TRANS's TR and TONE's TDP.
+[[gnu::always_inline]] inline void scale_update(Regs& r, const G726CodeInfo& ci, int y, int tr, int tdp) {
+    const int dmsp = r.dms + ((ci.fi * 512 - r.dms) >> 5);
+    const int dmlp = r.dml + ((ci.fi * 2048 - r.dml) >> 7);
+    int yut = (y + ((ci.wi * 32 - y) >> 5)) & 8191;
+    yut = yut < 544 ? 544 : yut > 5120 ? 5120 : yut;
+    r.yl = r.yl + yut + ((-r.yl) >> 6);
+    r.yu = yut;
+    r.dms = dmsp;
+    r.dml = dmlp;
+    const int dif = 4 * dmsp - dmlp;
+    const int ax = (y >= 1536 && (dif < 0 ? -dif : dif) < (dmlp >> 3) && !tdp) ? 0 : 1;
+    const int app = r.ap + ((ax * 512 - r.ap) >> 4);
+    r.ap = tr ? 256 : app;
+}
+
 /// One sample's adaptation after the code I is known: inverse quantiser,
 /// scale factor and speed control, transition detector, predictor update.
 /// Returns the reconstructed signal SR (16-bit).
@@ -300,16 +318,6 @@ template <int R, class P>
     const int ylint = r.yl >> 15;
     const int thr = ylint > 9 ? 31744 : (((r.yl >> 10) & 31) + 32) << ylint;
     const int tr = r.td & (dqmag > ((thr + (thr >> 1)) >> 1));
-
-    // FILTA, FILTB; FUNCTW, FILTD, LIMB, FILTE.
-    const int dmsp = r.dms + ((ci.fi * 512 - r.dms) >> 5);
-    const int dmlp = r.dml + ((ci.fi * 2048 - r.dml) >> 7);
-    int yut = (y + ((ci.wi * 32 - y) >> 5)) & 8191;
-    yut = yut < 544 ? 544 : yut > 5120 ? 5120 : yut;
-    r.yl = r.yl + yut + ((-r.yl) >> 6);
-    r.yu = yut;
-    r.dms = dmsp;
-    r.dml = dmlp;
 
     // ADDC, ADDB, FLOATA, FLOATB.
     const int dqsez = static_cast<std::int16_t>(dq + est.sez);
@@ -333,12 +341,9 @@ template <int R, class P>
     const int a1ul = 15360 - a2p;
     a1p = a1p < -a1ul ? -a1ul : a1p > a1ul ? a1ul : a1p;
 
-    // TONE; SUBTC, FILTC, TRIGA.
+    // TONE; the scale factor and speed control.
     const int tdp = a2p < -11776;
-    const int dif = 4 * dmsp - dmlp;
-    const int ax = (y >= 1536 && (dif < 0 ? -dif : dif) < (dmlp >> 3) && !tdp) ? 0 : 1;
-    const int app = r.ap + ((ax * 512 - r.ap) >> 4);
-    r.ap = tr ? 256 : app;
+    scale_update(r, ci, y, tr, tdp);
 
     // TRIGB, UPB and the delay lines.
     const int keep = tr - 1;

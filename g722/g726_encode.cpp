@@ -4,7 +4,7 @@
 // SL, one code of 2 to 5 bits per sample.
 #include "common/args.h"
 #include "common/exports.h"
-#include "g722/g726_coder.h"
+#include "g722/g726_encode_vector.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -15,7 +15,7 @@ static_assert(sizeof(g726::Core) <= kEncoderStateSize);
 
 template <int R>
 void encode_block(g726::Core& core, const Zep16s* src, Zep8u* dst, int len) {
-    g726::encode_samples<R, g726::VectorPredictor<g726::leak(R)>>(core, src, dst, len);
+    g726::encode_samples_vector<R>(core, src, dst, len);
 }
 
 }  // namespace

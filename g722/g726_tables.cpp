@@ -132,7 +132,38 @@ constexpr std::array<std::array<G726CodeInfo, 32>, 4> build_code_info() {
     return t;
 }
 
+// Least DQM whose LOG output DL reaches L (DL is non-decreasing in DQM; no
+// |D| below 24576 reaches 1856).
+constexpr int class_threshold(int l) {
+    if (l <= 0) return 0;
+    const int c = l < 1856 ? l : 1856;
+    return (((128 + (c & 127)) << (c >> 7)) + 127) >> 7;
+}
+// ADDA and ANTILOG: DQ magnitude of DQLN at the scale Y/4.
+constexpr int class_dq(int dqln, int y4) {
+    const int dql = (dqln + y4) & 4095;
+    if (dql >= 2048) return 0;
+    return (((dql & 127) + 128) << 8) >> (15 - ((dql >> 7) & 15));
+}
+template <int R, int Classes>
+constexpr std::array<std::int16_t, kG726ClassY4Count * 2 * Classes> build_class_table() {
+    std::array<std::int16_t, kG726ClassY4Count * 2 * Classes> t{};
+    for (int k = 0; k < kG726ClassY4Count; ++k)
+        for (int c = 0; c < Classes; ++c) {
+            const int y4 = kG726ClassY4Lo + k;
+            t[k * 2 * Classes + c] = static_cast<std::int16_t>(class_threshold(g726_class_level[R][c] + y4));
+            const int prev = c > 0 ? class_dq(g726_class_dqln[R][c - 1], y4) : 0;
+            t[k * 2 * Classes + Classes + c] = static_cast<std::int16_t>(class_dq(g726_class_dqln[R][c], y4) ^ prev);
+        }
+    return t;
+}
+
 }  // namespace
+
+alignas(64) constexpr std::array<std::int16_t, kG726ClassY4Count * 4> g726_class_16 = build_class_table<0, 2>();
+alignas(64) constexpr std::array<std::int16_t, kG726ClassY4Count * 8> g726_class_24 = build_class_table<1, 4>();
+alignas(64) constexpr std::array<std::int16_t, kG726ClassY4Count * 16> g726_class_32 = build_class_table<2, 8>();
+alignas(64) constexpr std::array<std::int16_t, kG726ClassY4Count * 32> g726_class_40 = build_class_table<3, 16>();
 
 constexpr std::array<std::array<std::uint8_t, 8192>, 4> g726_quantize = build_quantize();
 constexpr std::array<std::array<G726CodeInfo, 32>, 4> g726_code_info = build_code_info();

@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "g722/g726_coder.h"
+#include "g722/g726_encode_vector.h"
 #include "tests/g726/g726_test_util.h"
 #include "tests/variant_check.h"
 #include "tests/vec_reader.h"
@@ -194,6 +194,18 @@ void compare_predictors(const std::vector<std::int16_t>& pcm) {
     zeps::ref::g726::encode_samples<R, Vector>(b, pcm.data(), cb.data(), n);
     ASSERT_EQ(ca, cb) << R;
     ASSERT_EQ(0, std::memcmp(&a, &b, sizeof a)) << R;
+    // The encoder with the whole recursion in lanes, in blocks of varying length.
+    Core v;
+    zeps::ref::g726::reset(v, R);
+    std::vector<std::uint8_t> cv(pcm.size());
+    Rng cut(R + 40);
+    for (int pos = 0; pos < n;) {
+        const int len = std::min(n - pos, static_cast<int>(cut.uniform(1, 700)));
+        zeps::ref::g726::encode_samples_vector<R>(v, pcm.data() + pos, cv.data() + pos, len);
+        pos += len;
+    }
+    ASSERT_EQ(ca, cv) << R;
+    ASSERT_EQ(0, std::memcmp(&a, &v, sizeof a)) << R;
     // Decode random codes so every code word meets every state.
     Rng rng(R);
     for (auto& c : ca) c = static_cast<std::uint8_t>(rng.next() & 31);
@@ -214,7 +226,7 @@ TEST(G726, VectorPredictorEqualsScalar) {
             switch (kind) {
                 case 0: v = static_cast<int>(rng.uniform(-8192, 8191)); break;
                 case 1: v = (k / period) & 1 ? 8191 : -8192; break;
-                case 2: v = 0; break;
+                case 2: v = k < 2000 ? 0 : static_cast<int>(rng.uniform(-32768, 32767)); break;
                 default: v = static_cast<int>(rng.uniform(-3, 3)); break;
             }
             pcm.push_back(static_cast<std::int16_t>(v));
@@ -224,6 +236,47 @@ TEST(G726, VectorPredictorEqualsScalar) {
     compare_predictors<1>(pcm);
     compare_predictors<2>(pcm);
     compare_predictors<3>(pcm);
+}
+
+// The lane encoder against the scalar coder from states of any content (the
+// step sizes and coefficients far outside what the recursion reaches).
+template <int R>
+void compare_from_state(const std::vector<std::int16_t>& pcm, Rng& rng) {
+    using zeps::ref::g726::Core;
+    Core a;
+    auto* bytes = reinterpret_cast<std::uint8_t*>(&a);
+    for (std::size_t k = 0; k < sizeof a; ++k) bytes[k] = static_cast<std::uint8_t>(rng.next());
+    a.rate = R;
+    if (rng.chance(2)) {  // step sizes below their floor: negative scaled levels
+        a.yu = static_cast<std::int16_t>(rng.uniform(0, 600));
+        a.yl = static_cast<std::int32_t>(rng.uniform(0, 40000));
+        if (rng.chance(2)) {  // and a zero estimate, so that D can be 0
+            for (auto& w : a.coef) w = 0;
+            for (auto& w : a.hist) w = 32;
+        }
+    }
+    Core b = a;
+    const int n = static_cast<int>(pcm.size());
+    std::vector<std::uint8_t> ca(pcm.size()), cb(pcm.size());
+    zeps::ref::g726::encode_samples<R, zeps::ref::g726::ScalarPredictor<zeps::ref::g726::leak(R)>>(a, pcm.data(),
+                                                                                                   ca.data(), n);
+    zeps::ref::g726::encode_samples_vector<R>(b, pcm.data(), cb.data(), n);
+    ASSERT_EQ(ca, cb) << R;
+    ASSERT_EQ(0, std::memcmp(&a, &b, sizeof a)) << R;
+}
+
+TEST(G726, VectorEncoderEqualsScalarFromAnyState) {
+    Rng rng(31);
+    std::vector<std::int16_t> pcm(200);
+    for (int t = 0; t < 400; ++t) {
+        const int amp = t % 3 == 0 ? 8192 : static_cast<int>(rng.uniform(1, 400));
+        for (auto& x : pcm) x = static_cast<std::int16_t>(rng.uniform(-amp, amp - 1));
+        if (t % 2) pcm[0] = 0;
+        compare_from_state<0>(pcm, rng);
+        compare_from_state<1>(pcm, rng);
+        compare_from_state<2>(pcm, rng);
+        compare_from_state<3>(pcm, rng);
+    }
 }
 
 #ifdef ZEPS_HAVE_SPANDSP
