@@ -56,18 +56,27 @@ inline void ph_disp(PhDispState& st, Word16 mode, Word16* x, Word16 cbGain, Word
         }
         const std::int16_t* ph_imp = mode == MR795 ? (impNr == 0 ? t::ph_imp_low_MR795 : t::ph_imp_mid_MR795)
                                                    : (impNr == 0 ? t::ph_imp_low : t::ph_imp_mid);
+        std::int32_t amp = 0;
+        for (int n = 0; n < nze; n++) amp += mag(inno_sav[ps_poss[n]]);
         for (int n = 0; n < nze; n++) {
             const int ppos = ps_poss[n];
+            const Word16 v = inno_sav[ppos];
+            if (amp <= MAX_16) {
+                // |mult(v, c)| <= |v|: no partial sum can leave 16 bits, plain adds.
+                for (int i = ppos; i < kLSubfr; i++) inno[i] = static_cast<Word16>(inno[i] + ((v * ph_imp[i - ppos]) >> 15));
+                for (int i = 0; i < ppos; i++) inno[i] = static_cast<Word16>(inno[i] + ((v * ph_imp[kLSubfr - ppos + i]) >> 15));
+                continue;
+            }
             int j = 0;
-            for (int i = ppos; i < kLSubfr; i++) inno[i] = add(inno[i], mult(inno_sav[ppos], ph_imp[j++]));
-            for (int i = 0; i < ppos; i++) inno[i] = add(inno[i], mult(inno_sav[ppos], ph_imp[j++]));
+            for (int i = ppos; i < kLSubfr; i++) inno[i] = add(inno[i], mult(v, ph_imp[j++]));
+            for (int i = 0; i < ppos; i++) inno[i] = add(inno[i], mult(v, ph_imp[j++]));
         }
     }
+    // L_mult(x, pitch_fac) saturates only at -32768 x -32768; each step as one clamp.
     for (int i = 0; i < kLSubfr; i++) {
-        Word32 L_temp = L_mult(x[i], pitch_fac);
-        L_temp = L_mac(L_temp, inno[i], cbGain);
-        L_temp = L_shl(L_temp, tmp_shift);
-        x[i] = round_fx(L_temp);
+        const Word32 p = saturate32(2 * std::int64_t{x[i]} * pitch_fac);
+        const Word32 s = saturate32(std::int64_t{p} + 2 * std::int64_t{inno[i]} * cbGain);
+        x[i] = round_fx(shl_sat32(s, tmp_shift));
     }
 }
 
@@ -239,7 +248,7 @@ inline bool agc_gain(const Word16* sig_in, const Word16* sig_out, int l_trm, Wor
 inline void agc2(const Word16* sig_in, Word16* sig_out, int l_trm) {
     Word16 g0;
     if (!agc_gain(sig_in, sig_out, l_trm, g0)) return;
-    for (int i = 0; i < l_trm; i++) sig_out[i] = extract_h(L_shl(L_mult(sig_out[i], g0), 3));
+    for (int i = 0; i < l_trm; i++) sig_out[i] = scale_q12(sig_out[i], g0);
 }
 
 /// The reference's chain of one Syn_filt output before scaling (yy[-10..-1]

@@ -103,13 +103,20 @@ inline void residu(const Word16* a, const Word16* x, Word16* y, int lg) {
 
 /// preemphasis: in place, x[n] - g x[n-1].
 inline void preemphasis(Word16& mem_pre, Word16* signal, Word16 g, int L) {
-    const Word16 temp = signal[L - 1];
-    for (int i = L - 1; i > 0; i--) signal[i] = sub(signal[i], mult(g, signal[i - 1]));
-    signal[0] = sub(signal[0], mult(g, mem_pre));
-    mem_pre = temp;
+    Word16 prev = mem_pre;
+    for (int i = 0; i < L; i++) {
+        const Word16 cur = signal[i];
+        signal[i] = sub(cur, mult(g, prev));
+        prev = cur;
+    }
+    mem_pre = prev;
 }
 
 /// agc: smoothed gain control (factor agc_fac) of sig_out to the energy of sig_in.
+/// For 0 <= agc_fac the gain recursion add(mult(gain, agc_fac), g0) cannot
+/// saturate (|mult(gain, agc_fac)| <= agc_fac, |g0| <= 32767 - agc_fac), so
+/// it runs on plain integers: the gains first (the serial part), then the
+/// samples scaled independently.
 inline void agc(Word16& past_gain, const Word16* sig_in, Word16* sig_out, Word16 agc_fac, int l_trm) {
     Word16 g0;
     if (!agc_gain(sig_in, sig_out, l_trm, g0)) {
@@ -118,12 +125,43 @@ inline void agc(Word16& past_gain, const Word16* sig_in, Word16* sig_out, Word16
     }
     g0 = mult(g0, sub(32767, agc_fac));
     Word16 gain = past_gain;
-    for (int i = 0; i < l_trm; i++) {
-        gain = mult(gain, agc_fac);
-        gain = add(gain, g0);
-        sig_out[i] = extract_h(L_shl(L_mult(sig_out[i], gain), 3));
+    if (agc_fac < 0) {
+        for (int i = 0; i < l_trm; i++) {
+            gain = add(mult(gain, agc_fac), g0);
+            sig_out[i] = scale_q12(sig_out[i], gain);
+        }
+        past_gain = gain;
+        return;
+    }
+    constexpr int kChunk = 40;
+    for (int at = 0; at < l_trm; at += kChunk) {
+        const int n = l_trm - at < kChunk ? l_trm - at : kChunk;
+        Word16 gains[kChunk];
+        std::int32_t g = gain;
+        for (int i = 0; i < n; i++) {
+            g = ((g * agc_fac) >> 15) + g0;
+            gains[i] = static_cast<Word16>(g);
+        }
+        gain = static_cast<Word16>(g);
+        for (int i = 0; i < n; i++) sig_out[at + i] = scale_q12(sig_out[at + i], gains[i]);
     }
     past_gain = gain;
+}
+
+/// The tilt correlation L_mac(... L_mult(h0, h1) ..., h20, h21) of the
+/// post-filter's impulse response, given energy2 = 2 sum h^2 (unclamped):
+/// 2 sum |h[i] h[i+1]| <= sum (h[i]^2 + h[i+1]^2) <= energy2, so while
+/// energy2 <= MAX_32 no term or partial sum can saturate and the chain is
+/// the plain sum; otherwise the reference's chain.
+inline Word32 lag1_correlation(const Word16* h, int n, std::int64_t energy2) {
+    if (energy2 <= MAX_32) {
+        std::int32_t s = 0;
+        for (int i = 0; i < n - 1; i++) s += h[i] * h[i + 1];
+        return 2 * s;
+    }
+    Word32 L_tmp = L_mult(h[0], h[1]);
+    for (int i = 1; i < n - 1; i++) L_tmp = L_mac(L_tmp, h[i], h[i + 1]);
+    return L_tmp;
 }
 
 /// Post_Filter: formant post-filter A(z/g3)/A(z/g4) with tilt compensation
@@ -144,10 +182,9 @@ inline void post_filter(PostFilterState& st, Word16 mode, Word16* syn, const Wor
         for (int i = 0; i < kMp1; i++) h[i] = Ap3[i];
         for (int i = kMp1; i < kLH; i++) h[i] = 0;
         syn_filt(Ap4, h, h, kLH, &h[kMp1], false);
-        const Word16 temp1 = extract_h(energy_sat(h, kLH));
-        Word32 L_tmp = L_mult(h[0], h[1]);
-        for (int i = 1; i < kLH - 1; i++) L_tmp = L_mac(L_tmp, h[i], h[i + 1]);
-        Word16 temp2 = extract_h(L_tmp);
+        const std::int64_t energy2 = 2 * sum_squares(h, kLH);
+        const Word16 temp1 = extract_h(energy2 > MAX_32 ? MAX_32 : static_cast<Word32>(energy2));
+        Word16 temp2 = extract_h(lag1_correlation(h, kLH, energy2));
         if (temp2 <= 0) temp2 = 0;
         else temp2 = div_s(mult(temp2, kMu), temp1);
         preemphasis(st.mem_pre, st.res2, temp2, kLSubfr);
@@ -159,8 +196,8 @@ inline void post_filter(PostFilterState& st, Word16 mode, Word16* syn, const Wor
 
 inline void post_process_reset(PostProcessState& st) { st = PostProcessState{0, 0, 0, 0, 0, 0}; }
 
-/// Post_Process: second-order high-pass at 60 Hz with the output doubled.
-inline void post_process(PostProcessState& st, Word16* signal, int lg) {
+/// Post_Process with the reference's operators (the baseline of post_process).
+inline void post_process_chain(PostProcessState& st, Word16* signal, int lg) {
     static constexpr Word16 b[3] = {7699, -15398, 7699};
     static constexpr Word16 a[3] = {8192, 15836, -7667};
     for (int i = 0; i < lg; i++) {
@@ -178,6 +215,46 @@ inline void post_process(PostProcessState& st, Word16* signal, int lg) {
         st.y2_lo = st.y1_lo;
         L_Extract(L_tmp, st.y1_hi, st.y1_lo);
     }
+}
+
+/// Mpy_32_16(hi, lo, n) of a coefficient n > -32768: neither product saturates.
+constexpr std::int64_t mpy_32_16_plain(Word16 hi, Word16 lo, Word16 n) {
+    return 2 * (std::int32_t{hi} * n) + 2 * ((std::int32_t{lo} * n) >> 15);
+}
+
+/// Post_Process: second-order high-pass at 60 Hz with the output doubled.
+/// For any state the two recursive products sum to r with |r| < 1.5404e9
+/// (2 32768 (15836 + 7667) + 2 (15836 + 7667)), so r plus the first input
+/// tap (|2 7699 x| <= 504.6e6) never saturates; the later taps, the shifts
+/// and the rounding can. While the sums stay well inside 32 bits the sample
+/// is 8 t rounded with no clamp (the recursion waits on two multiplies and
+/// two adds); otherwise each saturation as one clamp.
+inline void post_process(PostProcessState& st, Word16* signal, int lg) {
+    Word16 y1_hi = st.y1_hi, y1_lo = st.y1_lo, y2_hi = st.y2_hi, y2_lo = st.y2_lo, x0 = st.x0, x1 = st.x1;
+    constexpr std::int64_t kQuiet = (std::int64_t{1} << 28) - (1 << 12);  // |t| < kQuiet: 8 t + 2^15 within 32 bits
+    for (int i = 0; i < lg; i++) {
+        const Word16 x2 = x1;
+        x1 = x0;
+        x0 = signal[i];
+        const std::int64_t in01 = 2 * 7699 * std::int64_t{x0} - 2 * 15398 * std::int64_t{x1};
+        const std::int64_t in2 = 2 * 7699 * std::int64_t{x2};
+        const std::int64_t r = mpy_32_16_plain(y2_hi, y2_lo, -7667) + mpy_32_16_plain(y1_hi, y1_lo, 15836);
+        const std::int64_t p1 = r + in01, t = p1 + in2;
+        Word32 y;
+        if (p1 >= MIN_32 && p1 <= MAX_32 && t > -kQuiet && t < kQuiet) [[likely]] {
+            y = static_cast<Word32>(4 * t);
+            signal[i] = static_cast<Word16>((8 * t + 0x8000) >> 16);
+        } else {
+            y = shl_sat32(saturate32(std::int64_t{saturate32(p1)} + in2), 2);
+            const std::int64_t o = (2 * std::int64_t{y} + 0x8000) >> 16;
+            signal[i] = static_cast<Word16>(o > MAX_16 ? MAX_16 : (o < MIN_16 ? MIN_16 : o));
+        }
+        y2_hi = y1_hi;
+        y2_lo = y1_lo;
+        y1_hi = extract_h(y);
+        y1_lo = static_cast<Word16>((y >> 1) & 0x7fff);
+    }
+    st = PostProcessState{y2_hi, y2_lo, y1_hi, y1_lo, x0, x1};
 }
 
 }  // namespace amr_dec
