@@ -72,11 +72,13 @@ inline void ph_disp(PhDispState& st, Word16 mode, Word16* x, Word16 cbGain, Word
             for (int i = 0; i < ppos; i++) inno[i] = add(inno[i], mult(v, ph_imp[j++]));
         }
     }
-    // L_mult(x, pitch_fac) saturates only at -32768 x -32768; each step as one clamp.
+    // L_mult(x, pitch_fac) saturates only at -32768 x -32768; each step as
+    // one clamp, and round(L_shl(s, shift)) as (s << shift) rounded and clamped.
     for (int i = 0; i < kLSubfr; i++) {
         const Word32 p = saturate32(2 * std::int64_t{x[i]} * pitch_fac);
         const Word32 s = saturate32(std::int64_t{p} + 2 * std::int64_t{inno[i]} * cbGain);
-        x[i] = round_fx(shl_sat32(s, tmp_shift));
+        const std::int64_t o = ((std::int64_t{s} << tmp_shift) + 0x8000) >> 16;
+        x[i] = static_cast<Word16>(o > MAX_16 ? MAX_16 : (o < MIN_16 ? MIN_16 : o));
     }
 }
 

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "amr/dec_excitation.h"
+#include "amr/dec_lpc.h"
 #include "amr/dec_pitch.h"
 #include "amr/dec_post.h"
 
@@ -264,10 +265,15 @@ TEST(AmrDecBounds, PostProcessIsTheChain) {
 }
 
 TEST(AmrDecBounds, ShiftAndScaleAreTheOperators) {
-    const Word32 vals[] = {0, 1, -1, 0x0fffffff, 0x10000000, -0x10000000, -0x10000001, 0x3fffffff, 0x40000000,
+    const Word32 vals[] = {0, 1, -1, 0x7fff, 0x8000, -0x8000, -0x8001, 0x3fff7fff, 0x3fff8000, 0x0fffffff, 0x10000000, -0x10000000, -0x10000001, 0x3fffffff, 0x40000000,
                            MAX_32, MIN_32, 12345678, -87654321};
     for (Word32 v : vals)
-        for (int n = 0; n <= 31; n++) ASSERT_EQ(shl_sat32(v, n), L_shl(v, static_cast<Word16>(n))) << v << " " << n;
+        for (int n = 0; n <= 31; n++) {
+            ASSERT_EQ(shl_sat32(v, n), L_shl(v, static_cast<Word16>(n))) << v << " " << n;
+            // the rounded shift of the excitation sum (ph_disp)
+            const std::int64_t o = ((std::int64_t{v} << n) + 0x8000) >> 16;
+            ASSERT_EQ(static_cast<Word16>(std::clamp<std::int64_t>(o, MIN_16, MAX_16)), round_fx(L_shl(v, static_cast<Word16>(n)))) << v << " " << n;
+        }
     const Word16 s[] = {-32768, -32767, -4097, -4096, -1, 0, 1, 4095, 4096, 8191, 32767};
     for (Word16 x : s)
         for (Word16 y : s) ASSERT_EQ(scale_q12(x, y), extract_h(L_shl(L_mult(x, y), 3))) << x << " " << y;
@@ -315,6 +321,33 @@ TEST(AmrDecBounds, TiltCorrelationAndAgcAreTheChains) {
                 ASSERT_EQ(pf, pr) << amp << " " << trial << " " << fac;
             }
         }
+}
+
+}  // namespace
+
+namespace {
+
+TEST(AmrDecBounds, LspPolynomialIsTheChain) {
+    std::mt19937 g(9);
+    std::uniform_int_distribution<int> d16(-32768, 32767);
+    int fell_back = 0;
+    for (int k = 0; k < 20000; k++) {
+        Word16 lsp[kM];
+        for (Word16& v : lsp) v = static_cast<Word16>(d16(g));
+        if (k % 4 == 0) std::sort(lsp, lsp + kM, [](Word16 a, Word16 b) { return a > b; });  // as LSPs are
+        if (k % 7 == 0)
+            for (int i = 0; i < kM; i += 2) lsp[i] = static_cast<Word16>(k % 2 ? -32768 : 32767);
+        for (int odd = 0; odd < 2; odd++) {
+            Word32 plain[6], chain[6];
+            get_lsp_pol(lsp + odd, chain);
+            if (!get_lsp_pol_plain(lsp + odd, plain)) {
+                fell_back++;
+                continue;
+            }
+            for (int i = 0; i < 6; i++) ASSERT_EQ(plain[i], chain[i]) << k << " " << i;
+        }
+    }
+    EXPECT_GT(fell_back, 0);  // the saturating inputs were reached
 }
 
 }  // namespace
