@@ -138,10 +138,16 @@ inline void agc(Word16& past_gain, const Word16* sig_in, Word16* sig_out, Word16
         const int n = l_trm - at < kChunk ? l_trm - at : kChunk;
         Word16 gains[kChunk];
         std::int32_t g = gain;
-        for (int i = 0; i < n; i++) {
-            g = ((g * agc_fac) >> 15) + g0;
-            gains[i] = static_cast<Word16>(g);
+        int i = 0;
+        // The map g -> mult(g, agc_fac) + g0 is nondecreasing, so its iterates
+        // move monotonically to a fixed point; once one repeats, all the rest do.
+        for (; i < n; i++) {
+            const std::int32_t next = ((g * agc_fac) >> 15) + g0;
+            gains[i] = static_cast<Word16>(next);
+            if (next == g) break;
+            g = next;
         }
+        for (; i < n; i++) gains[i] = static_cast<Word16>(g);
         gain = static_cast<Word16>(g);
         for (int i = 0; i < n; i++) sig_out[at + i] = scale_q12(sig_out[at + i], gains[i]);
     }

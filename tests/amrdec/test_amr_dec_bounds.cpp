@@ -351,3 +351,33 @@ TEST(AmrDecBounds, LspPolynomialIsTheChain) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(AmrDecBounds, ExcitationMixIsTheChain) {
+    std::mt19937 g(10);
+    std::uniform_int_distribution<int> d16(-32768, 32767);
+    for (std::int32_t amp : kAmps)
+        for (int trial = 0; trial < 40; trial++) {
+            const V16 x0 = noise(g, 40, amp), inno = noise(g, 40, amp);
+            const Word16 gains[] = {static_cast<Word16>(d16(g)), 0, 1, 32767, -32767, -32768, 16384};
+            const Word16 pf = gains[trial % 7], cb = gains[(trial / 7) % 7];
+            for (int shift : {1, 2}) {
+                // the reference's operators on each sample
+                V16 ref = x0;
+                for (int i = 0; i < 40; i++)
+                    ref[i] = round_fx(L_shl(L_mac(L_mult(ref[i], pf), inno[i], cb), static_cast<Word16>(shift)));
+                V16 fast = x0, chain = x0;
+                excitation_mix(fast.data(), inno.data(), pf, cb, shift, 40);
+                excitation_mix_chain(chain.data(), inno.data(), pf, cb, shift, 40);
+                ASSERT_EQ(fast, ref) << amp << " " << pf << " " << cb << " " << shift;
+                ASSERT_EQ(chain, ref) << amp << " " << pf << " " << cb << " " << shift;
+                if (pf == MIN_16 || cb == MIN_16) continue;
+                V16 plain = x0;
+                excitation_mix_plain_scalar(plain.data(), inno.data(), pf, cb, shift, 37);  // a tail too
+                ASSERT_TRUE(std::equal(plain.begin(), plain.begin() + 37, ref.begin())) << amp << " " << pf << " " << cb;
+            }
+        }
+}
+
+}  // namespace
