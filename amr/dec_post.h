@@ -223,44 +223,47 @@ inline void post_process_chain(PostProcessState& st, Word16* signal, int lg) {
     }
 }
 
-/// Mpy_32_16(hi, lo, n) of a coefficient n > -32768: neither product saturates.
-constexpr std::int64_t mpy_32_16_plain(Word16 hi, Word16 lo, Word16 n) {
-    return 2 * (std::int32_t{hi} * n) + 2 * ((std::int32_t{lo} * n) >> 15);
-}
+/// Mpy_32_16(hi, lo, n) of a coefficient n > -32768 from the half value
+/// h = hi 2^15 + lo (any lo): 2 hi n + 2 mult(lo, n) = 2 ((h n) >> 15), as
+/// hi n 2^15 is a multiple of 2^15 and neither product saturates.
+constexpr std::int64_t mpy_32_16_half(std::int64_t h, Word16 n) { return 2 * ((h * n) >> 15); }
 
 /// Post_Process: second-order high-pass at 60 Hz with the output doubled.
 /// For any state the two recursive products sum to r with |r| < 1.5404e9
 /// (2 32768 (15836 + 7667) + 2 (15836 + 7667)), so r plus the first input
 /// tap (|2 7699 x| <= 504.6e6) never saturates; the later taps, the shifts
 /// and the rounding can. While the sums stay well inside 32 bits the sample
-/// is 8 t rounded with no clamp (the recursion waits on two multiplies and
-/// two adds); otherwise each saturation as one clamp.
+/// is 8 t rounded with no clamp; otherwise each saturation as one clamp.
+/// The outputs ride as half values y >> 1 (= hi 2^15 + lo of L_Extract), so
+/// the recursion waits on one multiply, a shift and an add a sample.
 inline void post_process(PostProcessState& st, Word16* signal, int lg) {
-    Word16 y1_hi = st.y1_hi, y1_lo = st.y1_lo, y2_hi = st.y2_hi, y2_lo = st.y2_lo, x0 = st.x0, x1 = st.x1;
     constexpr std::int64_t kQuiet = (std::int64_t{1} << 28) - (1 << 12);  // |t| < kQuiet: 8 t + 2^15 within 32 bits
+    std::int64_t h1 = std::int64_t{st.y1_hi} * 32768 + st.y1_lo, h2 = std::int64_t{st.y2_hi} * 32768 + st.y2_lo;
+    Word16 x0 = st.x0, x1 = st.x1;
     for (int i = 0; i < lg; i++) {
         const Word16 x2 = x1;
         x1 = x0;
         x0 = signal[i];
         const std::int64_t in01 = 2 * 7699 * std::int64_t{x0} - 2 * 15398 * std::int64_t{x1};
         const std::int64_t in2 = 2 * 7699 * std::int64_t{x2};
-        const std::int64_t r = mpy_32_16_plain(y2_hi, y2_lo, -7667) + mpy_32_16_plain(y1_hi, y1_lo, 15836);
-        const std::int64_t p1 = r + in01, t = p1 + in2;
-        Word32 y;
+        const std::int64_t older = mpy_32_16_half(h2, -7667) + in01 + in2;
+        const std::int64_t t = older + mpy_32_16_half(h1, 15836);
+        const std::int64_t p1 = t - in2;
+        h2 = h1;
         if (p1 >= MIN_32 && p1 <= MAX_32 && t > -kQuiet && t < kQuiet) [[likely]] {
-            y = static_cast<Word32>(4 * t);
+            h1 = 2 * t;
             signal[i] = static_cast<Word16>((8 * t + 0x8000) >> 16);
         } else {
-            y = shl_sat32(saturate32(std::int64_t{saturate32(p1)} + in2), 2);
+            const Word32 y = shl_sat32(saturate32(std::int64_t{saturate32(p1)} + in2), 2);
             const std::int64_t o = (2 * std::int64_t{y} + 0x8000) >> 16;
             signal[i] = static_cast<Word16>(o > MAX_16 ? MAX_16 : (o < MIN_16 ? MIN_16 : o));
+            h1 = y >> 1;
         }
-        y2_hi = y1_hi;
-        y2_lo = y1_lo;
-        y1_hi = extract_h(y);
-        y1_lo = static_cast<Word16>((y >> 1) & 0x7fff);
     }
-    st = PostProcessState{y2_hi, y2_lo, y1_hi, y1_lo, x0, x1};
+    // The older output of a one-sample call is the incoming pair as it was.
+    const Word16 y2_hi = lg == 1 ? st.y1_hi : static_cast<Word16>(h2 >> 15);
+    const Word16 y2_lo = lg == 1 ? st.y1_lo : static_cast<Word16>(h2 & 0x7fff);
+    st = PostProcessState{y2_hi, y2_lo, static_cast<Word16>(h1 >> 15), static_cast<Word16>(h1 & 0x7fff), x0, x1};
 }
 
 }  // namespace amr_dec
