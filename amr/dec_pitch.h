@@ -140,6 +140,8 @@ inline void pred_lt_3or6(Word16* exc, Word16 T0, Word16 frac, int L_subfr, Word1
     // Output j reads x0[j - 9 .. j + 10]; a block of eight from j reads
     // nothing it writes when x0 + j + 17 < exc + j.
     const bool blocks = x0 + 17 < exc;
+    // With lags past the window no output is read back, and m stays as it is.
+    const bool reads_back = last >= exc;
     for (int j = 0; j < L_subfr;) {
         const Word16* x = x0 + j - (kLInter10 - 1);
         if (!chain_exact(c_mag, m)) {
@@ -156,7 +158,7 @@ inline void pred_lt_3or6(Word16* exc, Word16 T0, Word16 frac, int L_subfr, Word1
 #if defined(__SSSE3__)
         if (blocks && j + 8 <= L_subfr) {
             pred_lt_lanes8(x, w, exc + j);
-            m = std::max(m, mag_max(exc + j, 8));
+            if (reads_back) m = std::max(m, mag_max(exc + j, 8));
             j += 8;
             continue;
         }

@@ -101,15 +101,36 @@ inline void residu(const Word16* a, const Word16* x, Word16* y, int lg) {
 #endif
 }
 
-/// preemphasis: in place, x[n] - g x[n-1].
+/// preemphasis with the basic operators, in place from the end (the baseline).
+inline void preemphasis_chain(Word16& mem_pre, Word16* signal, Word16 g, int L) {
+    const Word16 last = signal[L - 1];
+    for (int i = L - 1; i > 0; i--) signal[i] = sub(signal[i], mult(g, signal[i - 1]));
+    signal[0] = sub(signal[0], mult(g, mem_pre));
+    mem_pre = last;
+}
+
+/// preemphasis: in place, x[n] - g x[n-1]. With SSSE3 and g > -32768 in
+/// blocks of eight from the end (a block reads the sample before it, not
+/// yet rewritten): mult(g, x) = (g x) >> 15 from the high and low product
+/// halves, exact in 16 bits unless g = x = -32768, the difference as psubsw.
 inline void preemphasis(Word16& mem_pre, Word16* signal, Word16 g, int L) {
-    Word16 prev = mem_pre;
-    for (int i = 0; i < L; i++) {
-        const Word16 cur = signal[i];
-        signal[i] = sub(cur, mult(g, prev));
-        prev = cur;
+    int i = L;  // samples i .. L-1 done
+#if defined(__SSSE3__)
+    if (g != MIN_16) {
+        const Word16 last = signal[L - 1];
+        const __m128i gv = _mm_set1_epi16(g);
+        for (; i >= 9; i -= 8) {
+            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(signal + i - 8));
+            const __m128i p = _mm_loadu_si128(reinterpret_cast<const __m128i*>(signal + i - 9));
+            const __m128i m = _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(p, gv), 1), _mm_srli_epi16(_mm_mullo_epi16(p, gv), 15));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(signal + i - 8), _mm_subs_epi16(x, m));
+        }
+        preemphasis_chain(mem_pre, signal, g, i);
+        mem_pre = last;
+        return;
     }
-    mem_pre = prev;
+#endif
+    preemphasis_chain(mem_pre, signal, g, i);
 }
 
 /// agc: smoothed gain control (factor agc_fac) of sig_out to the energy of sig_in.

@@ -387,3 +387,25 @@ TEST(AmrDecBounds, ExcitationMixIsTheChain) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(AmrDecBounds, PreemphasisIsTheChain) {
+    std::mt19937 g(11);
+    std::uniform_int_distribution<int> d16(-32768, 32767);
+    for (std::int32_t amp : kAmps)
+        for (int L : {1, 8, 9, 16, 17, 40})
+            for (Word16 gain : {Word16{0}, Word16{1}, Word16{21299}, Word16{32767}, Word16{-1}, Word16{-32767}, Word16{-32768},
+                                static_cast<Word16>(d16(g))}) {
+                V16 fast = noise(g, L, amp);
+                if (amp == 32768) fast[0] = -32768;
+                V16 ref = fast;
+                Word16 mf = static_cast<Word16>(d16(g)), mr = mf;
+                preemphasis(mf, fast.data(), gain, L);
+                preemphasis_chain(mr, ref.data(), gain, L);
+                ASSERT_EQ(fast, ref) << amp << " " << L << " " << gain;
+                ASSERT_EQ(mf, mr);
+            }
+}
+
+}  // namespace
