@@ -238,10 +238,7 @@ inline void bgn_scd_reset(BgnScdState& st) {
 inline Word16 bgn_scd(BgnScdState& st, const Word16* ltpGainHist, const Word16* speech, Word16& voicedHangover) {
     constexpr int kHist = 60;
     constexpr Word16 kFrameEnergyLimit = 17578, kLowerNoiseLimit = 20, kUpperNoiseLimit = 1953;
-    Word32 s = 0;
-    for (int i = 0; i < kLFrame; i++) s = L_mac(s, speech[i], speech[i]);
-    s = L_shl(s, 2);
-    const Word16 currEnergy = extract_h(s);
+    const Word16 currEnergy = extract_h(shl_sat32(energy_sat(speech, kLFrame), 2));
     Word16 frameEnergyMin = 32767;
     for (Word16 v : st.frameEnergyHist)
         if (v < frameEnergyMin) frameEnergyMin = v;
