@@ -352,6 +352,15 @@ TEST(AmrDecBounds, LspPolynomialIsTheChain) {
             }
             for (int i = 0; i < 6; i++) ASSERT_EQ(plain[i], chain[i]) << k << " " << i;
         }
+        Word32 f1[6], f2[6], c1[6], c2[6];
+        get_lsp_pol(lsp, c1);
+        get_lsp_pol(lsp + 1, c2);
+        Word32 p1[6], p2[6];
+        const bool both = get_lsp_pol_plain(lsp, p1) && get_lsp_pol_plain(lsp + 1, p2);
+        ASSERT_EQ(get_lsp_pols_plain(lsp, f1, f2), both) << k;
+        if (both) {
+            for (int i = 0; i < 6; i++) ASSERT_TRUE(f1[i] == c1[i] && f2[i] == c2[i]) << k << " " << i;
+        }
     }
     EXPECT_GT(fell_back, 0);  // the saturating inputs were reached
 }
