@@ -164,6 +164,7 @@ inline void pred_lt_3or6(Word16* exc, Word16 T0, Word16 frac, int L_subfr, Word1
         }
 #endif
         (void)blocks;
+        (void)reads_back;
         exc[j] = pred_lt_plain(x, w);
         m = m > mag(exc[j]) ? m : mag(exc[j]);
         j++;
