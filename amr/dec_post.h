@@ -170,7 +170,7 @@ inline void agc(Word16& past_gain, const Word16* sig_in, Word16* sig_out, Word16
         }
         for (; i < n; i++) gains[i] = static_cast<Word16>(g);
         gain = static_cast<Word16>(g);
-        for (int i = 0; i < n; i++) sig_out[at + i] = scale_q12(sig_out[at + i], gains[i]);
+        for (int k = 0; k < n; k++) sig_out[at + k] = scale_q12(sig_out[at + k], gains[k]);
     }
     past_gain = gain;
 }

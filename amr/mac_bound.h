@@ -63,7 +63,7 @@ inline std::int64_t sum_squares_lanes(const Word16* x, int n, int shift) {
         const __m128i p = _mm_madd_epi16(v, v);
         acc = _mm_add_epi64(acc, _mm_add_epi64(_mm_unpacklo_epi32(p, zero), _mm_unpackhi_epi32(p, zero)));
     }
-    std::int64_t lanes[2];
+    std::int64_t lanes[2] = {0, 0};
     _mm_storeu_si128(reinterpret_cast<__m128i*>(lanes), acc);
     return lanes[0] + lanes[1] + sum_squares_scalar(x + i, n - i, shift);
 }
