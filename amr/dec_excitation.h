@@ -10,6 +10,10 @@
 #include "amr/mac_bound.h"
 #include "g729/codec_kernels.h"
 
+#if defined(__SSSE3__)
+#include <tmmintrin.h>
+#endif
+
 ZEPS_BEGIN_VARIANT
 namespace amr_dec {
 
@@ -19,6 +23,63 @@ inline void ph_disp_reset(PhDispState& st) {
     st.prevCbGain = 0;
     st.lockFull = 0;
     st.onset = 0;
+}
+
+/// The total excitation of ph_disp, round(L_shl(L_mac(L_mult(x, pitch_fac),
+/// inno, cbGain), shift)), with the basic operators' saturations as clamps:
+/// L_mult saturates only at -32768 x -32768, and the rounded shift is
+/// (s << shift) rounded and clamped to 16 bits.
+inline void excitation_mix_chain(Word16* x, const Word16* inno, Word16 pitch_fac, Word16 cbGain, int shift, int n) {
+    for (int i = 0; i < n; i++) {
+        const Word32 p = saturate32(2 * std::int64_t{x[i]} * pitch_fac);
+        const Word32 s = saturate32(std::int64_t{p} + 2 * std::int64_t{inno[i]} * cbGain);
+        const std::int64_t o = ((std::int64_t{s} << shift) + 0x8000) >> 16;
+        x[i] = static_cast<Word16>(o > MAX_16 ? MAX_16 : (o < MIN_16 ? MIN_16 : o));
+    }
+}
+
+/// With neither gain -32768 no product saturates and m = x pitch_fac +
+/// inno cbGain fits 32 bits (|m| < 2^31); a saturating sum or shift then
+/// saturates the output anyway, so the sample is (m + 2^(14-shift)) >>
+/// (15 - shift) clamped to 16 bits.
+inline void excitation_mix_plain_scalar(Word16* x, const Word16* inno, Word16 pitch_fac, Word16 cbGain, int shift, int n) {
+    for (int i = 0; i < n; i++) {
+        const std::int32_t m = x[i] * pitch_fac + inno[i] * cbGain;
+        const std::int32_t o = (m + (1 << (14 - shift))) >> (15 - shift);
+        x[i] = static_cast<Word16>(o > MAX_16 ? MAX_16 : (o < MIN_16 ? MIN_16 : o));
+    }
+}
+
+#if defined(__SSSE3__)
+/// excitation_mix_plain_scalar eight samples at a time: (x, inno) pairs by
+/// (pitch_fac, cbGain) in one pmaddwd, the clamp as packssdw.
+inline void excitation_mix_plain_lanes(Word16* x, const Word16* inno, Word16 pitch_fac, Word16 cbGain, int shift, int n) {
+    const __m128i g = _mm_set1_epi32(static_cast<int>(static_cast<std::uint32_t>(static_cast<std::uint16_t>(pitch_fac)) |
+                                                      (static_cast<std::uint32_t>(static_cast<std::uint16_t>(cbGain)) << 16)));
+    const __m128i half = _mm_set1_epi32(1 << (14 - shift)), sh = _mm_cvtsi32_si128(15 - shift);
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(inno + i));
+        const __m128i lo = _mm_sra_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(a, b), g), half), sh);
+        const __m128i hi = _mm_sra_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(a, b), g), half), sh);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(x + i), _mm_packs_epi32(lo, hi));
+    }
+    excitation_mix_plain_scalar(x + i, inno + i, pitch_fac, cbGain, shift, n - i);
+}
+#endif
+
+/// The total excitation (shift 1 or 2): plain unless a gain is -32768.
+inline void excitation_mix(Word16* x, const Word16* inno, Word16 pitch_fac, Word16 cbGain, int shift, int n) {
+    if (pitch_fac == MIN_16 || cbGain == MIN_16) {
+        excitation_mix_chain(x, inno, pitch_fac, cbGain, shift, n);
+        return;
+    }
+#if defined(__SSSE3__)
+    excitation_mix_plain_lanes(x, inno, pitch_fac, cbGain, shift, n);
+#else
+    excitation_mix_plain_scalar(x, inno, pitch_fac, cbGain, shift, n);
+#endif
 }
 
 /// ph_disp: adaptive anti-sparseness filtering of the innovation (not in
@@ -56,19 +117,23 @@ inline void ph_disp(PhDispState& st, Word16 mode, Word16* x, Word16 cbGain, Word
         }
         const std::int16_t* ph_imp = mode == MR795 ? (impNr == 0 ? t::ph_imp_low_MR795 : t::ph_imp_mid_MR795)
                                                    : (impNr == 0 ? t::ph_imp_low : t::ph_imp_mid);
+        std::int32_t amp = 0;
+        for (int n = 0; n < nze; n++) amp += mag(inno_sav[ps_poss[n]]);
         for (int n = 0; n < nze; n++) {
             const int ppos = ps_poss[n];
+            const Word16 v = inno_sav[ppos];
+            if (amp <= MAX_16) {
+                // |mult(v, c)| <= |v|: no partial sum can leave 16 bits, plain adds.
+                for (int i = ppos; i < kLSubfr; i++) inno[i] = static_cast<Word16>(inno[i] + ((v * ph_imp[i - ppos]) >> 15));
+                for (int i = 0; i < ppos; i++) inno[i] = static_cast<Word16>(inno[i] + ((v * ph_imp[kLSubfr - ppos + i]) >> 15));
+                continue;
+            }
             int j = 0;
-            for (int i = ppos; i < kLSubfr; i++) inno[i] = add(inno[i], mult(inno_sav[ppos], ph_imp[j++]));
-            for (int i = 0; i < ppos; i++) inno[i] = add(inno[i], mult(inno_sav[ppos], ph_imp[j++]));
+            for (int i = ppos; i < kLSubfr; i++) inno[i] = add(inno[i], mult(v, ph_imp[j++]));
+            for (int i = 0; i < ppos; i++) inno[i] = add(inno[i], mult(v, ph_imp[j++]));
         }
     }
-    for (int i = 0; i < kLSubfr; i++) {
-        Word32 L_temp = L_mult(x[i], pitch_fac);
-        L_temp = L_mac(L_temp, inno[i], cbGain);
-        L_temp = L_shl(L_temp, tmp_shift);
-        x[i] = round_fx(L_temp);
-    }
+    excitation_mix(x, inno, pitch_fac, cbGain, tmp_shift, kLSubfr);
 }
 
 /// Cb_gain_average: smoothed code gain in stationary background noise
@@ -173,10 +238,7 @@ inline void bgn_scd_reset(BgnScdState& st) {
 inline Word16 bgn_scd(BgnScdState& st, const Word16* ltpGainHist, const Word16* speech, Word16& voicedHangover) {
     constexpr int kHist = 60;
     constexpr Word16 kFrameEnergyLimit = 17578, kLowerNoiseLimit = 20, kUpperNoiseLimit = 1953;
-    Word32 s = 0;
-    for (int i = 0; i < kLFrame; i++) s = L_mac(s, speech[i], speech[i]);
-    s = L_shl(s, 2);
-    const Word16 currEnergy = extract_h(s);
+    const Word16 currEnergy = extract_h(shl_sat32(energy_sat(speech, kLFrame), 2));
     Word16 frameEnergyMin = 32767;
     for (Word16 v : st.frameEnergyHist)
         if (v < frameEnergyMin) frameEnergyMin = v;
@@ -239,7 +301,7 @@ inline bool agc_gain(const Word16* sig_in, const Word16* sig_out, int l_trm, Wor
 inline void agc2(const Word16* sig_in, Word16* sig_out, int l_trm) {
     Word16 g0;
     if (!agc_gain(sig_in, sig_out, l_trm, g0)) return;
-    for (int i = 0; i < l_trm; i++) sig_out[i] = extract_h(L_shl(L_mult(sig_out[i], g0), 3));
+    for (int i = 0; i < l_trm; i++) sig_out[i] = scale_q12(sig_out[i], g0);
 }
 
 /// The reference's chain of one Syn_filt output before scaling (yy[-10..-1]

@@ -7,6 +7,7 @@
 
 #include "amr/amr_dec_tables.h"
 #include "amr/dec_state.h"
+#include "amr/mac_bound.h"
 #include "common/fixed_math.h"
 
 ZEPS_BEGIN_VARIANT
@@ -47,8 +48,7 @@ inline void gc_pred(const GainPredState& st, Word16 mode, const Word16* code, Wo
     static constexpr Word16 pred[4] = {5571, 4751, 2785, 1556};
     static constexpr Word16 pred_MR122[4] = {44, 37, 22, 12};
     constexpr Word32 kMeanEnerMR122 = 783741;
-    Word32 ener_code = L_mac(0, code[0], code[0]);
-    for (int i = 1; i < kLSubfr; i++) ener_code = L_mac(ener_code, code[i], code[i]);
+    Word32 ener_code = energy_sat(code, kLSubfr);  // the L_mac chain of squares, clamped
     Word16 exp, frac;
     if (mode == MR122) {
         ener_code = L_mult(round_fx(ener_code), 26214);
@@ -61,14 +61,14 @@ inline void gc_pred(const GainPredState& st, Word16 mode, const Word16* code, Wo
         return;
     }
     const Word16 exp_code = norm_l(ener_code);
-    ener_code = L_shl(ener_code, exp_code);
+    ener_code = shl_sat32(ener_code, exp_code);
     Log2_norm(ener_code, exp_code, exp, frac);
     Word32 L_tmp = Mpy_32_16(exp, frac, -24660);
     if (mode == MR795) L_tmp = L_mac(L_tmp, 17062, 64);
     else if (mode == MR74) L_tmp = L_mac(L_tmp, 32588, 32);
     else if (mode == MR67) L_tmp = L_mac(L_tmp, 32268, 32);
     else L_tmp = L_mac(L_tmp, 16678, 64);  // MR102 and the rest
-    L_tmp = L_shl(L_tmp, 10);
+    L_tmp = shl_sat32(L_tmp, 10);
     for (int i = 0; i < 4; i++) L_tmp = L_mac(L_tmp, pred[i], st.past_qua_en[i]);
     const Word16 gcode0 = extract_h(L_tmp);
     L_tmp = L_mult(gcode0, mode == MR74 ? Word16{5439} : Word16{5443});

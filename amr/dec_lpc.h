@@ -124,11 +124,67 @@ inline void get_lsp_pol(const Word16* lsp, Word32* f) {
     }
 }
 
+/// True when v lies in the 32-bit range.
+constexpr bool in_word32(std::int64_t v) { return v >= MIN_32 && v <= MAX_32; }
+
+/// Get_lsp_pol on 64-bit integers. Mpy_32_16(hi, lo, l) is 2 hi l + 2 mult(lo, l)
+/// (lo in 0..32767) except at hi = l = -32768, where its L_mult saturates;
+/// there the doubled product exceeds 32 bits anyway. So each step is exact
+/// while its doubled product, its sum and its difference stay within 32
+/// bits. Returns false when one did not (the caller then runs get_lsp_pol).
+inline bool get_lsp_pol_plain(const Word16* lsp, Word32* f) {
+    std::int64_t g[6] = {std::int64_t{1} << 24, -1024 * std::int64_t{lsp[0]}, 0, 0, 0, 0};
+    bool ok = true;
+    for (int i = 2; i <= 5; i++) {
+        const std::int64_t l = lsp[2 * (i - 1)];
+        g[i] = g[i - 2];
+        for (int j = i; j > 1; j--) {
+            const Word32 v = static_cast<Word32>(g[j - 1]);
+            const std::int64_t hi = v >> 16, lo = (v >> 1) & 0x7fff;
+            const std::int64_t t0 = 4 * (hi * l) + 4 * ((lo * l) >> 15);
+            const std::int64_t sum = g[j] + g[j - 2];
+            g[j] = sum - t0;
+            ok = ok && in_word32(t0) && in_word32(sum) && in_word32(g[j]);
+        }
+        g[1] -= 1024 * l;
+    }
+    for (int i = 0; i < 6; i++) f[i] = static_cast<Word32>(g[i]);
+    return ok;
+}
+
+/// get_lsp_pol_plain of the even (f1) and odd (f2) LSPs side by side, so
+/// that the two recursions overlap; false when either left 32 bits.
+inline bool get_lsp_pols_plain(const Word16* lsp, Word32* f1, Word32* f2) {
+    std::int64_t g[2][6] = {{std::int64_t{1} << 24, -1024 * std::int64_t{lsp[0]}, 0, 0, 0, 0},
+                            {std::int64_t{1} << 24, -1024 * std::int64_t{lsp[1]}, 0, 0, 0, 0}};
+    bool ok = true;
+    for (int i = 2; i <= 5; i++) {
+        const std::int64_t l[2] = {lsp[2 * (i - 1)], lsp[2 * (i - 1) + 1]};
+        for (int p = 0; p < 2; p++) g[p][i] = g[p][i - 2];
+        for (int j = i; j > 1; j--)
+            for (int p = 0; p < 2; p++) {
+                // the half value of g (hi 2^15 + lo of L_Extract) times l, doubled twice
+                const std::int64_t t0 = 4 * (((g[p][j - 1] >> 1) * l[p]) >> 15);
+                const std::int64_t sum = g[p][j] + g[p][j - 2];
+                g[p][j] = sum - t0;
+                ok = ok && in_word32(t0) && in_word32(sum) && in_word32(g[p][j]);
+            }
+        for (int p = 0; p < 2; p++) g[p][1] -= 1024 * l[p];
+    }
+    for (int i = 0; i < 6; i++) {
+        f1[i] = static_cast<Word32>(g[0][i]);
+        f2[i] = static_cast<Word32>(g[1][i]);
+    }
+    return ok;
+}
+
 /// Lsp_Az: LSPs (Q15) to LP coefficients a[0..10] (Q12).
 inline void lsp_az(const Word16* lsp, Word16* a) {
     Word32 f1[6], f2[6];
-    get_lsp_pol(&lsp[0], f1);
-    get_lsp_pol(&lsp[1], f2);
+    if (!get_lsp_pols_plain(lsp, f1, f2)) {
+        get_lsp_pol(&lsp[0], f1);
+        get_lsp_pol(&lsp[1], f2);
+    }
     for (int i = 5; i > 0; i--) {
         f1[i] = L_add(f1[i], f1[i - 1]);
         f2[i] = L_sub(f2[i], f2[i - 1]);

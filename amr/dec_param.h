@@ -43,11 +43,14 @@ inline bool homing_frame_test(const Word16* bits, int mode, bool first_subframe_
     namespace t = zeps::amr_dec_tab;
     static const std::int16_t* const dhf[8] = {t::dhf_MR475, t::dhf_MR515, t::dhf_MR59,  t::dhf_MR67,
                                                t::dhf_MR74,  t::dhf_MR795, t::dhf_MR102, t::dhf_MR122};
-    Word16 prm[kMaxPrm];
-    bits2prm(mode, bits, prm);
+    // Each parameter read and compared in turn: the first that differs decides.
+    const std::int16_t* widths = bitno(mode);
     const int n = first_subframe_only ? kPrmNoFsf[mode] : kPrmNo[mode];
-    for (int i = 0; i < n; i++)
-        if (prm[i] != dhf[mode][i]) return false;
+    for (int i = 0; i < n; i++) {
+        Word16 v = 0;
+        for (int b = 0; b < widths[i]; b++) v = static_cast<Word16>((v << 1) | (*bits++ != 0 ? 1 : 0));
+        if (v != dhf[mode][i]) return false;
+    }
     return true;
 }
 

@@ -8,6 +8,12 @@
 #include "amr/dec_state.h"
 #include "amr/mac_bound.h"
 
+#include <algorithm>
+
+#if defined(__SSSE3__)
+#include <tmmintrin.h>
+#endif
+
 ZEPS_BEGIN_VARIANT
 namespace amr_dec {
 
@@ -75,6 +81,34 @@ inline void dec_lag6(Word16 index, Word16 pit_min, Word16 pit_max, Word16 subfr_
     }
 }
 
+/// One interpolated sample of Pred_lt_3or6 on the plain bound: x points at
+/// the first of the 20 samples, w holds the taps in their order; the
+/// reference's round(2 p) is (p + 2^14) >> 15, clamped only at the top.
+inline Word16 pred_lt_plain(const Word16* x, const std::int16_t* w) {
+    std::int32_t p = 0;
+    for (int k = 0; k < 20; k++) p += x[k] * w[k];
+    const std::int32_t r = (p + 0x4000) >> 15;
+    return static_cast<Word16>(r > MAX_16 ? MAX_16 : r);
+}
+
+#if defined(__SSSE3__)
+/// Eight samples of pred_lt_plain at once (outputs n = 0..7 from x + n):
+/// tap pair q multiplies (x[n + 2q], x[n + 2q + 1]) by (w[2q], w[2q + 1]) in
+/// one pmaddwd. Exact while the plain bound holds (no lane sum can wrap).
+inline void pred_lt_lanes8(const Word16* x, const std::int16_t* w, Word16* y) {
+    __m128i lo = _mm_set1_epi32(0x4000), hi = lo;
+    for (int q = 0; q < 10; q++) {
+        const __m128i wq = _mm_set1_epi32(static_cast<int>(static_cast<std::uint32_t>(static_cast<std::uint16_t>(w[2 * q])) |
+                                                           (static_cast<std::uint32_t>(static_cast<std::uint16_t>(w[2 * q + 1])) << 16)));
+        const __m128i x0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + 2 * q));
+        const __m128i x1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + 2 * q + 1));
+        lo = _mm_add_epi32(lo, _mm_madd_epi16(_mm_unpacklo_epi16(x0, x1), wq));
+        hi = _mm_add_epi32(hi, _mm_madd_epi16(_mm_unpackhi_epi16(x0, x1), wq));
+    }
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm_packs_epi32(_mm_srai_epi32(lo, 15), _mm_srai_epi32(hi, 15)));
+}
+#endif
+
 /// Pred_lt_3or6: the adaptive codebook vector at exc[0..L_subfr-1] by
 /// interpolating the past excitation exc[-T0 - 10 ..] with inter_6
 /// (every second tap for 1/3 resolution, flag3 != 0).
@@ -103,23 +137,37 @@ inline void pred_lt_3or6(Word16* exc, Word16 T0, Word16 frac, int L_subfr, Word1
     const Word16* first = x0 - (kLInter10 - 1);
     const Word16* last = x0 + L_subfr + kLInter10 - 1;
     std::int32_t m = mag_max(first, static_cast<int>((last < exc ? last + 1 : exc) - first));
-    for (int j = 0; j < L_subfr; j++) {
-        const Word16* x1 = x0++;
-        const Word16* x2 = x0;
-        Word32 s = 0;
-        if (chain_exact(c_mag, m)) {
-            const Word16* x = x1 - (kLInter10 - 1);
-            std::int32_t p = 0;
-            for (int k = 0; k < 2 * kLInter10; k++) p += x[k] * w[k];
-            s = 2 * p;
-        } else {
+    // Output j reads x0[j - 9 .. j + 10]; a block of eight from j reads
+    // nothing it writes when x0 + j + 17 < exc + j.
+    const bool blocks = x0 + 17 < exc;
+    // With lags past the window no output is read back, and m stays as it is.
+    const bool reads_back = last >= exc;
+    for (int j = 0; j < L_subfr;) {
+        const Word16* x = x0 + j - (kLInter10 - 1);
+        if (!chain_exact(c_mag, m)) {
+            Word32 s = 0;
             for (int i = 0, k = 0; i < kLInter10; i++, k += kUpSamp) {
-                s = L_mac(s, x1[-i], c1[k]);
-                s = L_mac(s, x2[i], c2[k]);
+                s = L_mac(s, x0[j - i], c1[k]);
+                s = L_mac(s, x0[j + 1 + i], c2[k]);
             }
+            exc[j] = round_fx(s);
+            m = m > mag(exc[j]) ? m : mag(exc[j]);
+            j++;
+            continue;
         }
-        exc[j] = round_fx(s);
+#if defined(__SSSE3__)
+        if (blocks && j + 8 <= L_subfr) {
+            pred_lt_lanes8(x, w, exc + j);
+            if (reads_back) m = std::max(m, mag_max(exc + j, 8));
+            j += 8;
+            continue;
+        }
+#endif
+        (void)blocks;
+        (void)reads_back;
+        exc[j] = pred_lt_plain(x, w);
         m = m > mag(exc[j]) ? m : mag(exc[j]);
+        j++;
     }
 }
 

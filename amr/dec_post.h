@@ -101,15 +101,43 @@ inline void residu(const Word16* a, const Word16* x, Word16* y, int lg) {
 #endif
 }
 
-/// preemphasis: in place, x[n] - g x[n-1].
-inline void preemphasis(Word16& mem_pre, Word16* signal, Word16 g, int L) {
-    const Word16 temp = signal[L - 1];
+/// preemphasis with the basic operators, in place from the end (the baseline).
+inline void preemphasis_chain(Word16& mem_pre, Word16* signal, Word16 g, int L) {
+    const Word16 last = signal[L - 1];
     for (int i = L - 1; i > 0; i--) signal[i] = sub(signal[i], mult(g, signal[i - 1]));
     signal[0] = sub(signal[0], mult(g, mem_pre));
-    mem_pre = temp;
+    mem_pre = last;
+}
+
+/// preemphasis: in place, x[n] - g x[n-1]. With SSSE3 and g > -32768 in
+/// blocks of eight from the end (a block reads the sample before it, not
+/// yet rewritten): mult(g, x) = (g x) >> 15 from the high and low product
+/// halves, exact in 16 bits unless g = x = -32768, the difference as psubsw.
+inline void preemphasis(Word16& mem_pre, Word16* signal, Word16 g, int L) {
+    int i = L;  // samples i .. L-1 done
+#if defined(__SSSE3__)
+    if (g != MIN_16) {
+        const Word16 last = signal[L - 1];
+        const __m128i gv = _mm_set1_epi16(g);
+        for (; i >= 9; i -= 8) {
+            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(signal + i - 8));
+            const __m128i p = _mm_loadu_si128(reinterpret_cast<const __m128i*>(signal + i - 9));
+            const __m128i m = _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(p, gv), 1), _mm_srli_epi16(_mm_mullo_epi16(p, gv), 15));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(signal + i - 8), _mm_subs_epi16(x, m));
+        }
+        preemphasis_chain(mem_pre, signal, g, i);
+        mem_pre = last;
+        return;
+    }
+#endif
+    preemphasis_chain(mem_pre, signal, g, i);
 }
 
 /// agc: smoothed gain control (factor agc_fac) of sig_out to the energy of sig_in.
+/// For 0 <= agc_fac the gain recursion add(mult(gain, agc_fac), g0) cannot
+/// saturate (|mult(gain, agc_fac)| <= agc_fac, |g0| <= 32767 - agc_fac), so
+/// it runs on plain integers: the gains first (the serial part), then the
+/// samples scaled independently.
 inline void agc(Word16& past_gain, const Word16* sig_in, Word16* sig_out, Word16 agc_fac, int l_trm) {
     Word16 g0;
     if (!agc_gain(sig_in, sig_out, l_trm, g0)) {
@@ -118,12 +146,49 @@ inline void agc(Word16& past_gain, const Word16* sig_in, Word16* sig_out, Word16
     }
     g0 = mult(g0, sub(32767, agc_fac));
     Word16 gain = past_gain;
-    for (int i = 0; i < l_trm; i++) {
-        gain = mult(gain, agc_fac);
-        gain = add(gain, g0);
-        sig_out[i] = extract_h(L_shl(L_mult(sig_out[i], gain), 3));
+    if (agc_fac < 0) {
+        for (int i = 0; i < l_trm; i++) {
+            gain = add(mult(gain, agc_fac), g0);
+            sig_out[i] = scale_q12(sig_out[i], gain);
+        }
+        past_gain = gain;
+        return;
+    }
+    constexpr int kChunk = 40;
+    for (int at = 0; at < l_trm; at += kChunk) {
+        const int n = l_trm - at < kChunk ? l_trm - at : kChunk;
+        Word16 gains[kChunk];
+        std::int32_t g = gain;
+        int i = 0;
+        // The map g -> mult(g, agc_fac) + g0 is nondecreasing, so its iterates
+        // move monotonically to a fixed point; once one repeats, all the rest do.
+        for (; i < n; i++) {
+            const std::int32_t next = ((g * agc_fac) >> 15) + g0;
+            gains[i] = static_cast<Word16>(next);
+            if (next == g) break;
+            g = next;
+        }
+        for (; i < n; i++) gains[i] = static_cast<Word16>(g);
+        gain = static_cast<Word16>(g);
+        for (int k = 0; k < n; k++) sig_out[at + k] = scale_q12(sig_out[at + k], gains[k]);
     }
     past_gain = gain;
+}
+
+/// The tilt correlation L_mac(... L_mult(h0, h1) ..., h20, h21) of the
+/// post-filter's impulse response, given energy2 = 2 sum h^2 (unclamped):
+/// 2 sum |h[i] h[i+1]| <= sum (h[i]^2 + h[i+1]^2) <= energy2, so while
+/// energy2 <= MAX_32 no term or partial sum can saturate and the chain is
+/// the plain sum; otherwise the reference's chain.
+inline Word32 lag1_correlation(const Word16* h, int n, std::int64_t energy2) {
+    if (energy2 <= MAX_32) {
+        std::int32_t s = 0;
+        for (int i = 0; i < n - 1; i++) s += h[i] * h[i + 1];
+        return 2 * s;
+    }
+    Word32 L_tmp = L_mult(h[0], h[1]);
+    for (int i = 1; i < n - 1; i++) L_tmp = L_mac(L_tmp, h[i], h[i + 1]);
+    return L_tmp;
 }
 
 /// Post_Filter: formant post-filter A(z/g3)/A(z/g4) with tilt compensation
@@ -144,10 +209,9 @@ inline void post_filter(PostFilterState& st, Word16 mode, Word16* syn, const Wor
         for (int i = 0; i < kMp1; i++) h[i] = Ap3[i];
         for (int i = kMp1; i < kLH; i++) h[i] = 0;
         syn_filt(Ap4, h, h, kLH, &h[kMp1], false);
-        const Word16 temp1 = extract_h(energy_sat(h, kLH));
-        Word32 L_tmp = L_mult(h[0], h[1]);
-        for (int i = 1; i < kLH - 1; i++) L_tmp = L_mac(L_tmp, h[i], h[i + 1]);
-        Word16 temp2 = extract_h(L_tmp);
+        const std::int64_t energy2 = 2 * sum_squares(h, kLH);
+        const Word16 temp1 = extract_h(energy2 > MAX_32 ? MAX_32 : static_cast<Word32>(energy2));
+        Word16 temp2 = extract_h(lag1_correlation(h, kLH, energy2));
         if (temp2 <= 0) temp2 = 0;
         else temp2 = div_s(mult(temp2, kMu), temp1);
         preemphasis(st.mem_pre, st.res2, temp2, kLSubfr);
@@ -159,8 +223,8 @@ inline void post_filter(PostFilterState& st, Word16 mode, Word16* syn, const Wor
 
 inline void post_process_reset(PostProcessState& st) { st = PostProcessState{0, 0, 0, 0, 0, 0}; }
 
-/// Post_Process: second-order high-pass at 60 Hz with the output doubled.
-inline void post_process(PostProcessState& st, Word16* signal, int lg) {
+/// Post_Process with the reference's operators (the baseline of post_process).
+inline void post_process_chain(PostProcessState& st, Word16* signal, int lg) {
     static constexpr Word16 b[3] = {7699, -15398, 7699};
     static constexpr Word16 a[3] = {8192, 15836, -7667};
     for (int i = 0; i < lg; i++) {
@@ -178,6 +242,49 @@ inline void post_process(PostProcessState& st, Word16* signal, int lg) {
         st.y2_lo = st.y1_lo;
         L_Extract(L_tmp, st.y1_hi, st.y1_lo);
     }
+}
+
+/// Mpy_32_16(hi, lo, n) of a coefficient n > -32768 from the half value
+/// h = hi 2^15 + lo (any lo): 2 hi n + 2 mult(lo, n) = 2 ((h n) >> 15), as
+/// hi n 2^15 is a multiple of 2^15 and neither product saturates.
+constexpr std::int64_t mpy_32_16_half(std::int64_t h, Word16 n) { return 2 * ((h * n) >> 15); }
+
+/// Post_Process: second-order high-pass at 60 Hz with the output doubled.
+/// For any state the two recursive products sum to r with |r| < 1.5404e9
+/// (2 32768 (15836 + 7667) + 2 (15836 + 7667)), so r plus the first input
+/// tap (|2 7699 x| <= 504.6e6) never saturates; the later taps, the shifts
+/// and the rounding can. While the sums stay well inside 32 bits the sample
+/// is 8 t rounded with no clamp; otherwise each saturation as one clamp.
+/// The outputs ride as half values y >> 1 (= hi 2^15 + lo of L_Extract), so
+/// the recursion waits on one multiply, a shift and an add a sample.
+inline void post_process(PostProcessState& st, Word16* signal, int lg) {
+    constexpr std::int64_t kQuiet = (std::int64_t{1} << 28) - (1 << 12);  // |t| < kQuiet: 8 t + 2^15 within 32 bits
+    std::int64_t h1 = std::int64_t{st.y1_hi} * 32768 + st.y1_lo, h2 = std::int64_t{st.y2_hi} * 32768 + st.y2_lo;
+    Word16 x0 = st.x0, x1 = st.x1;
+    for (int i = 0; i < lg; i++) {
+        const Word16 x2 = x1;
+        x1 = x0;
+        x0 = signal[i];
+        const std::int64_t in01 = 2 * 7699 * std::int64_t{x0} - 2 * 15398 * std::int64_t{x1};
+        const std::int64_t in2 = 2 * 7699 * std::int64_t{x2};
+        const std::int64_t older = mpy_32_16_half(h2, -7667) + in01 + in2;
+        const std::int64_t t = older + mpy_32_16_half(h1, 15836);
+        const std::int64_t p1 = t - in2;
+        h2 = h1;
+        if (p1 >= MIN_32 && p1 <= MAX_32 && t > -kQuiet && t < kQuiet) [[likely]] {
+            h1 = 2 * t;
+            signal[i] = static_cast<Word16>((8 * t + 0x8000) >> 16);
+        } else {
+            const Word32 y = shl_sat32(saturate32(std::int64_t{saturate32(p1)} + in2), 2);
+            const std::int64_t o = (2 * std::int64_t{y} + 0x8000) >> 16;
+            signal[i] = static_cast<Word16>(o > MAX_16 ? MAX_16 : (o < MIN_16 ? MIN_16 : o));
+            h1 = y >> 1;
+        }
+    }
+    // The older output of a one-sample call is the incoming pair as it was.
+    const Word16 y2_hi = lg == 1 ? st.y1_hi : static_cast<Word16>(h2 >> 15);
+    const Word16 y2_lo = lg == 1 ? st.y1_lo : static_cast<Word16>(h2 & 0x7fff);
+    st = PostProcessState{y2_hi, y2_lo, static_cast<Word16>(h1 >> 15), static_cast<Word16>(h1 & 0x7fff), x0, x1};
 }
 
 }  // namespace amr_dec

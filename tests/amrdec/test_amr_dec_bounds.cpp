@@ -8,11 +8,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <random>
 #include <vector>
 
 #include "amr/dec_excitation.h"
+#include "amr/dec_lpc.h"
 #include "amr/dec_pitch.h"
 #include "amr/dec_post.h"
 
@@ -79,14 +81,19 @@ TEST(AmrDecBounds, NormIsTheShiftLoop) {
 TEST(AmrDecBounds, EnergyIsTheClampedChain) {
     std::mt19937 g(1);
     for (std::int32_t amp : kAmps)
-        for (int n : {1, 22, 40, 160})
+        for (int n : {1, 7, 8, 22, 40, 160})
             for (int shift : {0, 2}) {
                 V16 x = noise(g, n, amp);
-                if (amp == 32768) x[0] = -32768;
+                if (amp == 32768) std::fill(x.begin(), x.begin() + std::min(n, 2), std::int16_t{-32768});  // one pmaddwd of two -32768
                 Word32 chain = L_mult(shr(x[0], static_cast<Word16>(shift)), shr(x[0], static_cast<Word16>(shift)));
                 for (int i = 1; i < n; i++)
                     chain = L_mac(chain, shr(x[i], static_cast<Word16>(shift)), shr(x[i], static_cast<Word16>(shift)));
                 EXPECT_EQ(energy_sat(x.data(), n, shift), chain) << amp << " " << n << " " << shift;
+                const std::int64_t plain = sum_squares_scalar(x.data(), n, shift);
+                EXPECT_EQ(std::min<std::int64_t>(2 * plain, MAX_32), chain) << amp << " " << n << " " << shift;
+#if defined(__SSSE3__)
+                EXPECT_EQ(sum_squares_lanes(x.data(), n, shift), plain) << amp << " " << n << " " << shift;
+#endif
             }
 }
 
@@ -220,7 +227,7 @@ void pred_lt_ref(Word16* exc, Word16 T0, Word16 frac, Word16 flag3) {
 TEST(AmrDecBounds, PitchInterpolationIsTheChain) {
     std::mt19937 g(4);
     for (std::int32_t amp : kAmps)
-        for (Word16 T0 = kPitMinMR122 - 1; T0 <= kPitMax + 1; T0 = static_cast<Word16>(T0 + 3))
+        for (Word16 T0 = kPitMinMR122 - 1; T0 <= kPitMax + 1; T0 = static_cast<Word16>(T0 + (T0 < 24 ? 1 : 3)))
             for (Word16 flag3 : {Word16{0}, Word16{1}})
                 for (Word16 frac = flag3 != 0 ? -1 : -2; frac <= (flag3 != 0 ? 1 : 3); frac++) {
                     V16 fast = noise(g, kExcHist + kLSubfr, amp);
@@ -230,6 +237,184 @@ TEST(AmrDecBounds, PitchInterpolationIsTheChain) {
                     pred_lt_ref(ref.data() + kExcHist, T0, frac, flag3);
                     ASSERT_EQ(fast, ref) << amp << " " << T0 << " " << frac << " " << flag3;
                 }
+}
+
+}  // namespace
+
+namespace {
+
+TEST(AmrDecBounds, PostProcessIsTheChain) {
+    std::mt19937 g(5);
+    std::uniform_int_distribution<int> d16(-32768, 32767), dlo(0, 32767);
+    for (std::int32_t amp : kAmps)
+        for (int trial = 0; trial < 40; trial++) {
+            // any state, including hi/lo pairs outside what the filter leaves behind
+            PostProcessState s0{};
+            Word16* f[6] = {&s0.y2_hi, &s0.y2_lo, &s0.y1_hi, &s0.y1_lo, &s0.x0, &s0.x1};
+            for (Word16* v : f) *v = static_cast<Word16>(trial % 4 == 0 ? d16(g) : (trial % 4 == 1 ? -32768 : dlo(g)));
+            V16 fast = noise(g, 160, amp);
+            if (trial % 3 == 0)
+                for (std::size_t i = 0; i < fast.size(); i += 2) fast[i] = static_cast<Word16>(i % 4 == 0 ? -32768 : 32767);
+            V16 ref = fast;
+            PostProcessState a = s0, b = s0;
+            // in calls of 1 .. 113 samples (a one-sample call passes its pair state on as it was)
+            for (int at = 0, k = 0; at < 160; k++) {
+                const int n = std::min(160 - at, trial % 2 ? 160 : std::array<int, 6>{1, 1, 2, 3, 40, 113}[k % 6]);
+                post_process(a, fast.data() + at, n);
+                post_process_chain(b, ref.data() + at, n);
+                at += n;
+            }
+            ASSERT_EQ(fast, ref) << amp << " " << trial;
+            ASSERT_EQ(std::vector<Word16>({a.y2_hi, a.y2_lo, a.y1_hi, a.y1_lo, a.x0, a.x1}),
+                      std::vector<Word16>({b.y2_hi, b.y2_lo, b.y1_hi, b.y1_lo, b.x0, b.x1})) << amp << " " << trial;
+        }
+}
+
+TEST(AmrDecBounds, ShiftAndScaleAreTheOperators) {
+    const Word32 vals[] = {0, 1, -1, 0x7fff, 0x8000, -0x8000, -0x8001, 0x3fff7fff, 0x3fff8000, 0x0fffffff, 0x10000000, -0x10000000, -0x10000001, 0x3fffffff, 0x40000000,
+                           MAX_32, MIN_32, 12345678, -87654321};
+    for (Word32 v : vals)
+        for (int n = 0; n <= 31; n++) {
+            ASSERT_EQ(shl_sat32(v, n), L_shl(v, static_cast<Word16>(n))) << v << " " << n;
+            // the rounded shift of the excitation sum (ph_disp)
+            const std::int64_t o = ((std::int64_t{v} << n) + 0x8000) >> 16;
+            ASSERT_EQ(static_cast<Word16>(std::clamp<std::int64_t>(o, MIN_16, MAX_16)), round_fx(L_shl(v, static_cast<Word16>(n)))) << v << " " << n;
+        }
+    const Word16 s[] = {-32768, -32767, -4097, -4096, -1, 0, 1, 4095, 4096, 8191, 32767};
+    for (Word16 x : s)
+        for (Word16 y : s) ASSERT_EQ(scale_q12(x, y), extract_h(L_shl(L_mult(x, y), 3))) << x << " " << y;
+    std::mt19937 g(6);
+    std::uniform_int_distribution<int> d16(-32768, 32767);
+    for (int k = 0; k < 100000; k++) {
+        const Word16 x = static_cast<Word16>(d16(g)), y = static_cast<Word16>(d16(g));
+        ASSERT_EQ(scale_q12(x, y), extract_h(L_shl(L_mult(x, y), 3))) << x << " " << y;
+    }
+}
+
+}  // namespace
+
+namespace {
+
+TEST(AmrDecBounds, TiltCorrelationAndAgcAreTheChains) {
+    std::mt19937 g(8);
+    for (std::int32_t amp : kAmps)
+        for (int trial = 0; trial < 30; trial++) {
+            V16 h = noise(g, 22, amp);
+            if (trial % 5 == 1) std::fill(h.begin() + 3, h.begin() + 5, std::int16_t{-32768});
+            if (trial % 5 == 2) std::fill(h.begin(), h.end(), static_cast<std::int16_t>(trial % 2 ? 32767 : -32768));
+            Word32 chain = L_mult(h[0], h[1]);
+            for (int i = 1; i < 21; i++) chain = L_mac(chain, h[i], h[i + 1]);
+            ASSERT_EQ(lag1_correlation(h.data(), 22, 2 * sum_squares_scalar(h.data(), 22, 0)), chain) << amp << " " << trial;
+
+            // agc against its loop with the basic operators, from any past gain
+            const V16 in = noise(g, 40, amp), out0 = noise(g, 40, std::max<std::int32_t>(1, amp / 2));
+            for (Word16 fac : {Word16{29491}, Word16{0}, Word16{32767}, Word16{-3}}) {
+                const Word16 past = static_cast<Word16>(trial % 3 == 0 ? -32768 : (trial % 3 == 1 ? 32767 : 4096));
+                V16 fast = out0, ref = out0;
+                Word16 pf = past, pr = past;
+                agc(pf, in.data(), fast.data(), fac, 40);
+                Word16 g0 = 0;
+                if (!agc_gain(in.data(), ref.data(), 40, g0)) {
+                    pr = 0;
+                } else {
+                    g0 = mult(g0, sub(32767, fac));
+                    for (int i = 0; i < 40; i++) {
+                        pr = add(mult(pr, fac), g0);
+                        ref[i] = extract_h(L_shl(L_mult(ref[i], pr), 3));
+                    }
+                }
+                ASSERT_EQ(fast, ref) << amp << " " << trial << " " << fac;
+                ASSERT_EQ(pf, pr) << amp << " " << trial << " " << fac;
+            }
+        }
+}
+
+}  // namespace
+
+namespace {
+
+TEST(AmrDecBounds, LspPolynomialIsTheChain) {
+    std::mt19937 g(9);
+    std::uniform_int_distribution<int> d16(-32768, 32767);
+    int fell_back = 0;
+    for (int k = 0; k < 20000; k++) {
+        Word16 lsp[kM];
+        for (Word16& v : lsp) v = static_cast<Word16>(d16(g));
+        if (k % 4 == 0) std::sort(lsp, lsp + kM, [](Word16 a, Word16 b) { return a > b; });  // as LSPs are
+        if (k % 7 == 0)
+            for (int i = 0; i < kM; i += 2) lsp[i] = static_cast<Word16>(k % 2 ? -32768 : 32767);
+        for (int odd = 0; odd < 2; odd++) {
+            Word32 plain[6], chain[6];
+            get_lsp_pol(lsp + odd, chain);
+            if (!get_lsp_pol_plain(lsp + odd, plain)) {
+                fell_back++;
+                continue;
+            }
+            for (int i = 0; i < 6; i++) ASSERT_EQ(plain[i], chain[i]) << k << " " << i;
+        }
+        Word32 f1[6], f2[6], c1[6], c2[6];
+        get_lsp_pol(lsp, c1);
+        get_lsp_pol(lsp + 1, c2);
+        Word32 p1[6], p2[6];
+        const bool both = get_lsp_pol_plain(lsp, p1) && get_lsp_pol_plain(lsp + 1, p2);
+        ASSERT_EQ(get_lsp_pols_plain(lsp, f1, f2), both) << k;
+        if (both) {
+            for (int i = 0; i < 6; i++) ASSERT_TRUE(f1[i] == c1[i] && f2[i] == c2[i]) << k << " " << i;
+        }
+    }
+    EXPECT_GT(fell_back, 0);  // the saturating inputs were reached
+}
+
+}  // namespace
+
+namespace {
+
+TEST(AmrDecBounds, ExcitationMixIsTheChain) {
+    std::mt19937 g(10);
+    std::uniform_int_distribution<int> d16(-32768, 32767);
+    for (std::int32_t amp : kAmps)
+        for (int trial = 0; trial < 40; trial++) {
+            const V16 x0 = noise(g, 40, amp), inno = noise(g, 40, amp);
+            const Word16 gains[] = {static_cast<Word16>(d16(g)), 0, 1, 32767, -32767, -32768, 16384};
+            const Word16 pf = gains[trial % 7], cb = gains[(trial / 7) % 7];
+            for (int shift : {1, 2}) {
+                // the reference's operators on each sample
+                V16 ref = x0;
+                for (int i = 0; i < 40; i++)
+                    ref[i] = round_fx(L_shl(L_mac(L_mult(ref[i], pf), inno[i], cb), static_cast<Word16>(shift)));
+                V16 fast = x0, chain = x0;
+                excitation_mix(fast.data(), inno.data(), pf, cb, shift, 40);
+                excitation_mix_chain(chain.data(), inno.data(), pf, cb, shift, 40);
+                ASSERT_EQ(fast, ref) << amp << " " << pf << " " << cb << " " << shift;
+                ASSERT_EQ(chain, ref) << amp << " " << pf << " " << cb << " " << shift;
+                if (pf == MIN_16 || cb == MIN_16) continue;
+                V16 plain = x0;
+                excitation_mix_plain_scalar(plain.data(), inno.data(), pf, cb, shift, 37);  // a tail too
+                ASSERT_TRUE(std::equal(plain.begin(), plain.begin() + 37, ref.begin())) << amp << " " << pf << " " << cb;
+            }
+        }
+}
+
+}  // namespace
+
+namespace {
+
+TEST(AmrDecBounds, PreemphasisIsTheChain) {
+    std::mt19937 g(11);
+    std::uniform_int_distribution<int> d16(-32768, 32767);
+    for (std::int32_t amp : kAmps)
+        for (int L : {1, 8, 9, 16, 17, 40})
+            for (Word16 gain : {Word16{0}, Word16{1}, Word16{21299}, Word16{32767}, Word16{-1}, Word16{-32767}, Word16{-32768},
+                                static_cast<Word16>(d16(g))}) {
+                V16 fast = noise(g, L, amp);
+                if (amp == 32768) fast[0] = -32768;
+                V16 ref = fast;
+                Word16 mf = static_cast<Word16>(d16(g)), mr = mf;
+                preemphasis(mf, fast.data(), gain, L);
+                preemphasis_chain(mr, ref.data(), gain, L);
+                ASSERT_EQ(fast, ref) << amp << " " << L << " " << gain;
+                ASSERT_EQ(mf, mr);
+            }
 }
 
 }  // namespace

@@ -329,6 +329,23 @@ private:
         check(zepsAdaptiveCodebookDecode_GSMAMR_16s(old_exc_, t0, frac, rate));
     }
 
+    /// exc = round(L_shl(L_mac(L_mult(exc, pitch_fac), code, gain_code), shift)). With
+    /// neither gain -32768 no product saturates and m = exc pitch_fac + code gain_code
+    /// fits 32 bits; a saturating sum or shift saturates the output anyway, so
+    /// each sample is m rounded at bit 15 - shift and clamped.
+    static void total_excitation(Zep16s* exc, const Zep16s* code, Zep16s pitch_fac, Zep16s gain_code, int shift) {
+        if (pitch_fac == -32768 || gain_code == -32768) {
+            for (int i = 0; i < kSubfr; i++)
+                exc[i] = round16(L_shl(L_mac(L_mult(exc[i], pitch_fac), code[i], gain_code), shift));
+            return;
+        }
+        const std::int32_t half = std::int32_t{1} << (14 - shift);
+        for (int i = 0; i < kSubfr; i++) {
+            const std::int32_t m = exc[i] * pitch_fac + code[i] * gain_code;
+            exc[i] = static_cast<Zep16s>(std::clamp((m + half) >> (15 - shift), -32768, 32767));
+        }
+    }
+
     void subframe(int mode, int sf, bool relative, Zep16s even, Zep16s bfi, Zep16s pdfi, const Zep16s* prev_lsf,
                   Zep16s*& parm, Zep16s& index_mr475, Zep16s& t0, const Zep16s* az, Zep16s* synth) {
         const std::int32_t rate = kRate[mode];
@@ -403,10 +420,8 @@ private:
         const Zep16s pitch_fac = mode == 7 ? static_cast<Zep16s>(gain_pit >> 1) : gain_pit;
         const int shift = mode == 7 ? 2 : 1;
         Zep16s exc_enh[kSubfr];
-        for (int i = 0; i < kSubfr; i++) {
-            exc_enh[i] = exc[i];
-            exc[i] = round16(L_shl(L_mac(L_mult(exc[i], pitch_fac), code[i], gain_code), shift));
-        }
+        std::copy(exc, exc + kSubfr, exc_enh);
+        total_excitation(exc, code, pitch_fac, gain_code, shift);
         const bool lock = low_rate(mode) && voiced_hangover_ > 3 && in_background_noise_ != 0 && bfi != 0;
         check(zepsPhaseDispersion_GSMAMR_16s(ph_disp_, exc_enh, code, gain_code_mix, gain_pit, pitch_fac, shift, rate,
                                              lock ? 1 : 0));
