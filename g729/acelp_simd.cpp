@@ -27,6 +27,24 @@ void g729_pair_pulse_a_scalar(Word16 ps1, Word32 alp1, const Word16* dn8, const 
     g729c::pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
 }
 
+void g729_first_pair_a(Word16 ps1, Word16 r0, const Word16* dn8, const Word16* t, const Word16* d, Word16* ps,
+                       Word16* ps_sq, Word16* alp) {
+    g729c::first_pair_a(ps1, r0, dn8, t, d, ps, ps_sq, alp);
+}
+
+void g729_first_pair_a_scalar(Word16 ps1, Word16 r0, const Word16* dn8, const Word16* t, const Word16* d, Word16* ps,
+                              Word16* ps_sq, Word16* alp) {
+    g729c::first_pair_a_scalar(ps1, r0, dn8, t, d, ps, ps_sq, alp);
+}
+
+void g729_add_pulse_response(Word16* y, const Word16* hz, int at, bool positive) {
+    g729c::add_pulse_response(y, hz, at, positive);
+}
+
+void g729_add_pulse_response_scalar(Word16* y, const Word16* h, int at, bool positive) {
+    g729c::add_pulse_response_scalar(y, h, at, positive);
+}
+
 bool g729_any_better8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
     return g729c::any_better8(sq8, alp8, sq, alp);
 }

@@ -59,16 +59,39 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
         fold(rr.i2i4(), 2, 4);
     }
 
-    // dn at the positions of tracks 1 and 2, for the eight-wide last pulse.
-    Word16 dn1[kNbPos], dn2[kNbPos], tmp_vect[kNbPos];
-    for (int k = 0; k < kNbPos; ++k) {
-        dn1[k] = dn[1 + kStep * k];
-        dn2[k] = dn[2 + kStep * k];
+    // dn at the positions of each track, for the eight-wide candidates, and
+    // the largest magnitude of each row of the blocks the last pair reads.
+    Word16 dnt[kStep][kNbPos], tmp_vect[kNbPos];
+    for (int t = 0; t < kStep; ++t)
+        for (int k = 0; k < kNbPos; ++k) dnt[t][k] = dn[t + kStep * k];
+    const Word16* dn1 = dnt[1];
+    const Word16* dn2 = dnt[2];
+    std::int32_t max01[kNbPos], max12[kNbPos];
+    for (int r = 0; r < kNbPos; ++r) {
+        max01[r] = max_abs8(rr.i0i1() + kNbPos * r);
+        max12[r] = max_abs8(rr.i1i2() + kNbPos * r);
     }
-    auto last_pair = [&](Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* row, std::int32_t tmax, int i2,
-                         int first, Word16& sq, Word16& alp, Word16& ix, Word16& iy) {
+    // The first pair: pulse i0 with each position of a track (dn8, cross
+    // correlations t, diagonal d), the best kept in position order.
+    auto first_pair = [&](Word16 i0, Word16 r0, const Word16* dn8, const Word16* t, const Word16* d, int first,
+                          Word16& sq, Word16& alp, Word16& ps, Word16& ix, Word16& iy) {
+        Word16 ps8[kNbPos], sq8[kNbPos], alp8[kNbPos];
+        first_pair_a(dn[i0], r0, dn8, t, d, ps8, sq8, alp8);
+        // sq >= -1 and every sq8[k] is a square: the lane test applies.
+        if (!any_better8(sq8, alp8, sq, alp)) return;
+        for (int k = 0; k < kNbPos; ++k)
+            if (better(sq8[k], alp8[k], sq, alp)) {
+                sq = sq8[k];
+                ps = ps8[k];
+                alp = alp8[k];
+                ix = i0;
+                iy = static_cast<Word16>(first + kStep * k);
+            }
+    };
+    auto last_pair = [&](Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* row, std::int32_t rmax,
+                         std::int32_t tmax, int i2, int first, Word16& sq, Word16& alp, Word16& ix, Word16& iy) {
         Word16 sq8[kNbPos], alp8[kNbPos];
-        pair_pulse_a(ps1, alp1, dn8, row, tmp_vect, max_abs8(row), tmax, sq8, alp8);
+        pair_pulse_a(ps1, alp1, dn8, row, tmp_vect, rmax, tmax, sq8, alp8);
         // sq >= -1 and every sq8[k] is a square: the lane test applies.
         if (!any_better8(sq8, alp8, sq, alp)) return;
         for (int k = 0; k < kNbPos; ++k)
@@ -97,24 +120,8 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
                 }
             prev_i0 = i0;
             const Word16 j = mult(i0, 6554);
-            const Word16 ps1 = dn[i0];
-            const Word32 alp1 = L_mult(rr.i2i2()[j], k1_4);
-            const Word16* p0 = ptr_rri2i3_i4 + shl(j, 3);
-            const Word16* p1 = ptr_rri3i3_i4;
-            for (int i1 = track; i1 < kSubfr; i1 += kStep) {
-                const Word16 ps2 = add(ps1, dn[i1]);
-                Word32 alp2 = L_mac(alp1, *p0++, k1_2);
-                alp2 = L_mac(alp2, *p1++, k1_4);
-                const Word16 sq2 = mult(ps2, ps2);
-                const Word16 alp_16 = round_fx(alp2);
-                if (better(sq2, alp_16, sq, alp)) {
-                    sq = sq2;
-                    ps = ps2;
-                    alp = alp_16;
-                    ix = i0;
-                    iy = static_cast<Word16>(i1);
-                }
-            }
+            first_pair(i0, rr.i2i2()[j], dnt[track], ptr_rri2i3_i4 + shl(j, 3), ptr_rri3i3_i4, track, sq, alp, ps,
+                       ix, iy);
         }
         Word16 i0b = ix, i1b = iy;
         Word16 ps0 = ps;
@@ -137,12 +144,12 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             p2 = rr.i0i0();
             const Word16* p3c = rr.i0i1();
             const std::int32_t tmax = max_abs8(tmp_vect);
-            for (int i2 = 0; i2 < kSubfr; i2 += kStep) {
+            for (int i2 = 0, r = 0; i2 < kSubfr; i2 += kStep, ++r) {
                 const Word16 ps1 = add(ps0, dn[i2]);
                 Word32 alp1 = L_mac(alp0, *p0, k1_8); p0 += kNbPos;
                 alp1 = L_mac(alp1, *p1, k1_8); p1 += kNbPos;
                 alp1 = L_mac(alp1, *p2++, k1_16);
-                last_pair(ps1, alp1, dn1, p3c, tmax, i2, 1, sq, alp, ix, iy);
+                last_pair(ps1, alp1, dn1, p3c, max01[r], tmax, i2, 1, sq, alp, ix, iy);
                 p3c += kNbPos;
             }
         }
@@ -168,24 +175,9 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
                 }
             prev_i0 = i0;
             const Word16 j = mult(i0, 6554);
-            const Word16 ps1 = dn[i0];
-            const Word32 alp1 = L_mult(ptr_rri3i3_i4[j], k1_4);
-            const Word16* p0 = ptr_rri0i3_i4 + j;
-            const Word16* p1 = rr.i0i0();
-            for (int i1 = 0; i1 < kSubfr; i1 += kStep) {
-                const Word16 ps2 = add(ps1, dn[i1]);
-                Word32 alp2 = L_mac(alp1, *p0, k1_2); p0 += kNbPos;
-                alp2 = L_mac(alp2, *p1++, k1_4);
-                const Word16 sq2 = mult(ps2, ps2);
-                const Word16 alp_16 = round_fx(alp2);
-                if (better(sq2, alp_16, sq, alp)) {
-                    sq = sq2;
-                    ps = ps2;
-                    alp = alp_16;
-                    ix = i0;
-                    iy = static_cast<Word16>(i1);
-                }
-            }
+            Word16 col[kNbPos];  // column j of the track-0 / track-3|4 block
+            for (int k = 0; k < kNbPos; ++k) col[k] = ptr_rri0i3_i4[j + kNbPos * k];
+            first_pair(i0, ptr_rri3i3_i4[j], dnt[0], col, rr.i0i0(), 0, sq, alp, ps, ix, iy);
         }
         i0b = ix;
         i1b = iy;
@@ -211,12 +203,12 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             p2 = rr.i1i1();
             const Word16* p3c = rr.i1i2();
             const std::int32_t tmax = max_abs8(tmp_vect);
-            for (int i2 = 1; i2 < kSubfr; i2 += kStep) {
+            for (int i2 = 1, r = 0; i2 < kSubfr; i2 += kStep, ++r) {
                 const Word16 ps1 = add(ps0, dn[i2]);
                 Word32 alp1 = L_mac(alp0, *p0, k1_8); p0 += kNbPos;
                 alp1 = L_mac(alp1, *p1++, k1_8);
                 alp1 = L_mac(alp1, *p2++, k1_16);
-                last_pair(ps1, alp1, dn2, p3c, tmax, i2, 2, sq, alp, ix, iy);
+                last_pair(ps1, alp1, dn2, p3c, max12[r], tmax, i2, 2, sq, alp, ix, iy);
                 p3c += kNbPos;
             }
         }
@@ -240,12 +232,13 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
     cod[ip1] = shr(s1, 2);
     cod[ip2] = shr(s2, 2);
     cod[ip3] = shr(s3, 2);
-    for (int i = 0; i < ip0; ++i) y[i] = 0;
-    for (int i = ip0, j = 0; i < kSubfr; ++i, ++j) y[i] = s0 > 0 ? h[j] : negate(h[j]);
-    const Word16 ips[3] = {ip1, ip2, ip3};
-    const Word16 sgs[3] = {s1, s2, s3};
-    for (int k = 0; k < 3; ++k)
-        for (int i = ips[k], j = 0; i < kSubfr; ++i, ++j) y[i] = sgs[k] > 0 ? add(y[i], h[j]) : sub(y[i], h[j]);
+    // y = +-h at ip0 (sub(0, h) is negate(h)), then the other three pulses.
+    Word16 hz[2 * kSubfr] = {};
+    std::memcpy(hz + kSubfr, h, kSubfr * sizeof(Word16));
+    std::memset(y, 0, kSubfr * sizeof(Word16));
+    const Word16 ips[4] = {ip0, ip1, ip2, ip3};
+    const Word16 sgs[4] = {s0, s1, s2, s3};
+    for (int k = 0; k < 4; ++k) add_pulse_response(y, hz, ips[k], sgs[k] > 0);
     sign = static_cast<Word16>((s0 > 0 ? 1 : 0) + (s1 > 0 ? 2 : 0) + (s2 > 0 ? 4 : 0) + (s3 > 0 ? 8 : 0));
     const Word16 q0 = mult(ip0, 6554), q1 = mult(ip1, 6554), q2 = mult(ip2, 6554), q = mult(ip3, 6554);
     const Word16 j = sub(ip3, add(add(q, shl(q, 2)), 3));

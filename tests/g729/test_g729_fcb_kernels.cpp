@@ -25,6 +25,12 @@
                                   const std::int16_t*, std::int16_t*, std::int16_t*);                        \
     void g729_cor_h_chains(const std::int16_t* h, std::int16_t* rr, bool plain);                             \
     void g729_cor_h_lanes(const std::int16_t* h, std::int16_t* rr);                                          \
+    void g729_first_pair_a(std::int16_t, std::int16_t, const std::int16_t*, const std::int16_t*,              \
+                           const std::int16_t*, std::int16_t*, std::int16_t*, std::int16_t*);                \
+    void g729_first_pair_a_scalar(std::int16_t, std::int16_t, const std::int16_t*, const std::int16_t*,       \
+                                  const std::int16_t*, std::int16_t*, std::int16_t*, std::int16_t*);         \
+    void g729_add_pulse_response(std::int16_t* y, const std::int16_t* hz, int at, bool positive);            \
+    void g729_add_pulse_response_scalar(std::int16_t* y, const std::int16_t* h, int at, bool positive);      \
     bool g729_any_better8(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);            \
     bool g729_any_better8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);     \
     void g729_mult8(std::int16_t* row, const std::int16_t* g);                                               \
@@ -149,6 +155,61 @@ TEST(G729FcbKernels, FourthPulseVectorEqualsScalar) {
 TEST(G729FcbKernels, AnnexAPairVectorEqualsScalar) {
     pair_agrees(zeps::u8::g729_pair_pulse_a, zeps::u8::g729_pair_pulse_a_scalar);
     pair_agrees(zeps::n8::g729_pair_pulse_a, zeps::n8::g729_pair_pulse_a_scalar);
+}
+
+/// The first pair over the whole input range (every value exact in lanes).
+template <class Fast, class Slow>
+void first_pair_agrees(Fast fast, Slow slow) {
+    Rng rng(47);
+    for (int rep = 0; rep < 20000; ++rep) {
+        const int mode = rep % 3;
+        const V16 dn = eight(rng, mode), t = eight(rng, mode), d = eight(rng, mode);
+        const std::int16_t ps = mode == 1 ? static_cast<std::int16_t>(rng.uniform(0, 1) ? 32767 : -32768) : rng.s16();
+        const std::int16_t r0 = mode == 1 ? static_cast<std::int16_t>(rng.uniform(0, 1) ? 32767 : -32768) : rng.s16();
+        V16 p1(8), s1(8), a1(8), p2(8), s2(8), a2(8);
+        fast(ps, r0, dn.data(), t.data(), d.data(), p1.data(), s1.data(), a1.data());
+        slow(ps, r0, dn.data(), t.data(), d.data(), p2.data(), s2.data(), a2.data());
+        ASSERT_EQ(p1, p2) << "rep " << rep;
+        ASSERT_EQ(s1, s2) << "rep " << rep;
+        ASSERT_EQ(a1, a2) << "rep " << rep;
+    }
+    // All extremes together: alp2 at -2^31 and 2^31 - 2^16, round_fx's edge.
+    for (std::int16_t x : {static_cast<std::int16_t>(-32768), static_cast<std::int16_t>(32767)}) {
+        const V16 e(8, x);
+        V16 p1(8), s1(8), a1(8), p2(8), s2(8), a2(8);
+        fast(x, x, e.data(), e.data(), e.data(), p1.data(), s1.data(), a1.data());
+        slow(x, x, e.data(), e.data(), e.data(), p2.data(), s2.data(), a2.data());
+        ASSERT_EQ(a1, a2);
+        ASSERT_EQ(s1, s2);
+    }
+}
+
+TEST(G729FcbKernels, AnnexAFirstPairVectorEqualsScalar) {
+    first_pair_agrees(zeps::u8::g729_first_pair_a, zeps::u8::g729_first_pair_a_scalar);
+    first_pair_agrees(zeps::n8::g729_first_pair_a, zeps::n8::g729_first_pair_a_scalar);
+}
+
+/// Four pulses' responses summed with saturation (extreme h included).
+template <class Fast, class Slow>
+void pulse_response_agrees(Fast fast, Slow slow) {
+    Rng rng(53);
+    for (int rep = 0; rep < 5000; ++rep) {
+        V16 hz(80, 0);
+        for (int i = 40; i < 80; ++i) hz[static_cast<std::size_t>(i)] = eight(rng, rep % 3)[0];
+        V16 a(40, 0), b(40, 0);
+        for (int k = 0; k < 4; ++k) {
+            const int at = static_cast<int>(rng.uniform(0, 39));
+            const bool positive = rng.uniform(0, 1) != 0;
+            fast(a.data(), hz.data(), at, positive);
+            slow(b.data(), hz.data() + 40, at, positive);
+            ASSERT_EQ(a, b) << "rep " << rep;
+        }
+    }
+}
+
+TEST(G729FcbKernels, FilteredCodewordVectorEqualsScalar) {
+    pulse_response_agrees(zeps::u8::g729_add_pulse_response, zeps::u8::g729_add_pulse_response_scalar);
+    pulse_response_agrees(zeps::n8::g729_add_pulse_response, zeps::n8::g729_add_pulse_response_scalar);
 }
 
 /// The candidate test over eight squares against a best so far from -1 up,
