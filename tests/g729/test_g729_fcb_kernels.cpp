@@ -31,6 +31,10 @@
                                   const std::int16_t*, std::int16_t*, std::int16_t*, std::int16_t*);         \
     void g729_add_pulse_response(std::int16_t* y, const std::int16_t* hz, int at, bool positive);            \
     void g729_add_pulse_response_scalar(std::int16_t* y, const std::int16_t* h, int at, bool positive);      \
+    void g729_gain_dist8(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t, std::int16_t,  \
+                         const std::int16_t*, const std::int16_t*, bool, std::int32_t*);                     \
+    void g729_gain_dist8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t,         \
+                                std::int16_t, const std::int16_t*, const std::int16_t*, bool, std::int32_t*); \
     bool g729_any_better8(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);            \
     bool g729_any_better8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);     \
     void g729_mult8(std::int16_t* row, const std::int16_t* g);                                               \
@@ -210,6 +214,35 @@ void pulse_response_agrees(Fast fast, Slow slow) {
 TEST(G729FcbKernels, FilteredCodewordVectorEqualsScalar) {
     pulse_response_agrees(zeps::u8::g729_add_pulse_response, zeps::u8::g729_add_pulse_response_scalar);
     pulse_response_agrees(zeps::n8::g729_add_pulse_response, zeps::n8::g729_add_pulse_response_scalar);
+}
+
+/// The gain search's distances: coefficients and gains over their whole
+/// range (L_add chains that saturate either way, taming on and off, hi at
+/// -32768 and lo outside L_Extract's range taking the scalar way).
+template <class Fast, class Slow>
+void gain_dist_agrees(Fast fast, Slow slow) {
+    Rng rng(59);
+    int saturated = 0;
+    for (int rep = 0; rep < 20000; ++rep) {
+        const int mode = rep % 3;
+        V16 chi = eight(rng, mode), clo = eight(rng, 0);
+        for (auto& x : clo) x = static_cast<std::int16_t>(rep % 97 ? (x < 0 ? -x : x) * 10 : x);
+        if (rep % 89 == 0) chi[static_cast<std::size_t>(rep % 5)] = -32768;
+        const V16 p2 = eight(rng, mode), c2 = eight(rng, mode);
+        const std::int16_t g0 = rng.s16(), p1 = rng.s16(), c1 = rng.s16();
+        const bool tame = rep % 2 != 0;
+        std::vector<std::int32_t> a(8), b(8);
+        fast(chi.data(), clo.data(), g0, p1, c1, p2.data(), c2.data(), tame, a.data());
+        slow(chi.data(), clo.data(), g0, p1, c1, p2.data(), c2.data(), tame, b.data());
+        ASSERT_EQ(a, b) << "rep " << rep;
+        for (auto x : b) saturated += x == INT32_MIN || (x == INT32_MAX && !tame);
+    }
+    EXPECT_GT(saturated, 100);
+}
+
+TEST(G729FcbKernels, GainSearchDistancesVectorEqualsScalar) {
+    gain_dist_agrees(zeps::u8::g729_gain_dist8, zeps::u8::g729_gain_dist8_scalar);
+    gain_dist_agrees(zeps::n8::g729_gain_dist8, zeps::n8::g729_gain_dist8_scalar);
 }
 
 /// The candidate test over eight squares against a best so far from -1 up,
