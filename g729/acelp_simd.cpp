@@ -57,6 +57,14 @@ void g729_gain_dist8_scalar(const Word16* chi, const Word16* clo, Word16 gcode0,
     g729c::gain_dist8_scalar(chi, clo, gcode0, p1, c1, p2, c2, tame, d);
 }
 
+unsigned g729_better_mask8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+    return g729c::better_mask8(sq8, alp8, sq, alp);
+}
+
+unsigned g729_better_mask8_scalar(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+    return g729c::better_mask8_scalar(sq8, alp8, sq, alp);
+}
+
 bool g729_any_better8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
     return g729c::any_better8(sq8, alp8, sq, alp);
 }

@@ -195,6 +195,23 @@ inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word1
 #endif
 }
 
+/// better_mask8 in lanes, under any_better8's conditions (and for the same
+/// reason exact).
+inline unsigned better_mask8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+#if defined(__SSSE3__)
+    const __m128i s = fcb_load8(sq8), a = fcb_load8(alp8);
+    const __m128i w = _mm_set1_epi32(static_cast<int>((std::uint32_t{static_cast<std::uint16_t>(-sq)} << 16) |
+                                                      static_cast<std::uint16_t>(alp)));
+    const __m128i z = _mm_setzero_si128();
+    const __m128i lo = _mm_cmpgt_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(s, a), w), z);
+    const __m128i hi = _mm_cmpgt_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(s, a), w), z);
+    return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(lo)) |
+                                 (_mm_movemask_ps(_mm_castsi128_ps(hi)) << 4));
+#else
+    return better_mask8_scalar(sq8, alp8, sq, alp);
+#endif
+}
+
 /// The filtered codeword, one pulse at a time: y[i] = add(y[i], h[i - at])
 /// (sub() for a negative pulse) for i >= at, over 40 samples.
 inline void add_pulse_response_scalar(Word16* y, const Word16* h, int at, bool positive) {
@@ -229,6 +246,14 @@ inline bool any_better8_scalar(const Word16* sq8, const Word16* alp8, Word16 sq,
     for (int k = 0; k < 8; ++k)
         if (fcb_better(sq8[k], alp8[k], sq, alp)) return true;
     return false;
+}
+
+/// Bit k set when candidate k passes fcb_better against (sq, alp).
+inline unsigned better_mask8_scalar(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+    unsigned m = 0;
+    for (int k = 0; k < 8; ++k)
+        if (fcb_better(sq8[k], alp8[k], sq, alp)) m |= 1u << k;
+    return m;
 }
 
 /// any_better8 in lanes, for sq8[k] >= 0 (squares from mult) and sq >= -1

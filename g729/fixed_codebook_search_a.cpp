@@ -6,6 +6,7 @@
 // two track-3/4 choices, each starting from the two largest correlations of
 // one track. Impulse response Q12, target Q0, codeword Q13, filtered
 // codeword Q12.
+#include <bit>
 #include <cstring>
 
 #include "common/args.h"
@@ -20,6 +21,16 @@ using namespace g729c;
 
 /// The best of the candidates so far: keep (sq2, alp2) when sq2/alp2 > sq/alp.
 inline bool better(Word16 sq2, Word16 alp2, Word16 sq, Word16 alp) { return fcb_better(sq2, alp2, sq, alp); }
+
+/// The first of the candidates from..7 that improves on (sq, alp), 8 when
+/// none does. The reference's choice keeps the best so far over the
+/// candidates in order; it changes only at such a first improvement, so
+/// stepping from one to the next makes the same choice. sq >= -1 and every
+/// sq8[k] is a square: the lane test applies.
+inline int next_better(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp, int from) {
+    const unsigned m = better_mask8(sq8, alp8, sq, alp) >> from;
+    return m == 0 ? kNbPos : from + std::countr_zero(m);
+}
 
 /// D4i40_17_fast: the four pulse positions and signs; returns the 13-bit
 /// position code, writes the codeword, its filtered form and the sign code.
@@ -77,30 +88,24 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
                           Word16& sq, Word16& alp, Word16& ps, Word16& ix, Word16& iy) {
         Word16 ps8[kNbPos], sq8[kNbPos], alp8[kNbPos];
         first_pair_a(dn[i0], r0, dn8, t, d, ps8, sq8, alp8);
-        // sq >= -1 and every sq8[k] is a square: the lane test applies.
-        if (!any_better8(sq8, alp8, sq, alp)) return;
-        for (int k = 0; k < kNbPos; ++k)
-            if (better(sq8[k], alp8[k], sq, alp)) {
-                sq = sq8[k];
-                ps = ps8[k];
-                alp = alp8[k];
-                ix = i0;
-                iy = static_cast<Word16>(first + kStep * k);
-            }
+        for (int k = next_better(sq8, alp8, sq, alp, 0); k < kNbPos; k = next_better(sq8, alp8, sq, alp, k + 1)) {
+            sq = sq8[k];
+            ps = ps8[k];
+            alp = alp8[k];
+            ix = i0;
+            iy = static_cast<Word16>(first + kStep * k);
+        }
     };
     auto last_pair = [&](Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* row, std::int32_t rmax,
                          std::int32_t tmax, int i2, int first, Word16& sq, Word16& alp, Word16& ix, Word16& iy) {
         Word16 sq8[kNbPos], alp8[kNbPos];
         pair_pulse_a(ps1, alp1, dn8, row, tmp_vect, rmax, tmax, sq8, alp8);
-        // sq >= -1 and every sq8[k] is a square: the lane test applies.
-        if (!any_better8(sq8, alp8, sq, alp)) return;
-        for (int k = 0; k < kNbPos; ++k)
-            if (better(sq8[k], alp8[k], sq, alp)) {
-                sq = sq8[k];
-                alp = alp8[k];
-                ix = static_cast<Word16>(i2);
-                iy = static_cast<Word16>(first + kStep * k);
-            }
+        for (int k = next_better(sq8, alp8, sq, alp, 0); k < kNbPos; k = next_better(sq8, alp8, sq, alp, k + 1)) {
+            sq = sq8[k];
+            alp = alp8[k];
+            ix = static_cast<Word16>(i2);
+            iy = static_cast<Word16>(first + kStep * k);
+        }
     };
     Word16 psk = -1, alpk = 1;
     Word16* ptr_rri0i3_i4 = rr.i0i3();

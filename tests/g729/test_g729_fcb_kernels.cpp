@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "tests/variant_check.h"
@@ -35,6 +36,8 @@
                          const std::int16_t*, const std::int16_t*, bool, std::int32_t*);                     \
     void g729_gain_dist8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t,         \
                                 std::int16_t, const std::int16_t*, const std::int16_t*, bool, std::int32_t*); \
+    unsigned g729_better_mask8(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);       \
+    unsigned g729_better_mask8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t); \
     bool g729_any_better8(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);            \
     bool g729_any_better8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);     \
     void g729_mult8(std::int16_t* row, const std::int16_t* g);                                               \
@@ -273,6 +276,20 @@ void better_agrees(Fast fast, Slow slow) {
 TEST(G729FcbKernels, AnnexACandidateTestVectorEqualsScalar) {
     better_agrees(zeps::u8::g729_any_better8, zeps::u8::g729_any_better8_scalar);
     better_agrees(zeps::n8::g729_any_better8, zeps::n8::g729_any_better8_scalar);
+    // The candidate masks, lane by lane.
+    using Mask = unsigned (*)(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);
+    const std::pair<Mask, Mask> masks[] = {{zeps::u8::g729_better_mask8, zeps::u8::g729_better_mask8_scalar},
+                                           {zeps::n8::g729_better_mask8, zeps::n8::g729_better_mask8_scalar}};
+    for (const auto& [fast, slow] : masks) {
+        const auto check = [f = fast, s = slow](const std::int16_t* s8, const std::int16_t* a8, std::int16_t sq,
+                                               std::int16_t a) {
+            const unsigned m = f(s8, a8, sq, a);
+            EXPECT_EQ(m, s(s8, a8, sq, a));
+            return m != 0;
+        };
+        better_agrees(check, [s = slow](const std::int16_t* s8, const std::int16_t* a8, std::int16_t sq,
+                                       std::int16_t a) { return s(s8, a8, sq, a) != 0; });
+    }
 }
 
 template <class Fast, class Slow>
