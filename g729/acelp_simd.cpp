@@ -65,6 +65,9 @@ unsigned g729_better_mask8_scalar(const Word16* sq8, const Word16* alp8, Word16 
     return g729c::better_mask8_scalar(sq8, alp8, sq, alp);
 }
 
+void g729_target_signs(Word16* d, Word16* sign, Word16* inv) { g729c::target_signs(d, sign, inv); }
+void g729_target_signs_scalar(Word16* d, Word16* sign, Word16* inv) { g729c::target_signs_scalar(d, sign, inv); }
+
 bool g729_any_better8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
     return g729c::any_better8(sq8, alp8, sq, alp);
 }

@@ -212,6 +212,38 @@ inline unsigned better_mask8(const Word16* sq8, const Word16* alp8, Word16 sq, W
 #endif
 }
 
+/// The signs of the backward-filtered target over 40 samples: sign[i] =
+/// MAX_16 where d[i] >= 0, else MIN_16 (inv the opposite), and d[i] made
+/// non-negative by negate() (saturating: -32768 becomes 32767).
+inline void target_signs_scalar(Word16* d, Word16* sign, Word16* inv) {
+    for (int i = 0; i < 40; ++i) {
+        if (d[i] >= 0) {
+            sign[i] = MAX_16;
+            inv[i] = MIN_16;
+        } else {
+            sign[i] = MIN_16;
+            inv[i] = MAX_16;
+            d[i] = negate(d[i]);
+        }
+    }
+}
+
+/// target_signs in lanes: negate() is the saturating subtraction from 0.
+inline void target_signs(Word16* d, Word16* sign, Word16* inv) {
+#if defined(__SSSE3__)
+    const __m128i z = _mm_setzero_si128(), mx = _mm_set1_epi16(MAX_16);
+    for (int i = 0; i < 40; i += 8) {
+        const __m128i v = fcb_load8(d + i);
+        const __m128i neg = _mm_cmpgt_epi16(z, v);  // all ones where d < 0
+        fcb_store8(sign + i, _mm_xor_si128(mx, neg));  // MAX_16 ^ -1 = MIN_16
+        fcb_store8(inv + i, _mm_xor_si128(mx, _mm_xor_si128(neg, _mm_set1_epi16(-1))));
+        fcb_store8(d + i, _mm_or_si128(_mm_andnot_si128(neg, v), _mm_and_si128(neg, _mm_subs_epi16(z, v))));
+    }
+#else
+    target_signs_scalar(d, sign, inv);
+#endif
+}
+
 /// The filtered codeword, one pulse at a time: y[i] = add(y[i], h[i - at])
 /// (sub() for a negative pulse) for i >= at, over 40 samples.
 inline void add_pulse_response_scalar(Word16* y, const Word16* h, int at, bool positive) {

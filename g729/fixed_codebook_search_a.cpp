@@ -22,6 +22,36 @@ using namespace g729c;
 /// The best of the candidates so far: keep (sq2, alp2) when sq2/alp2 > sq/alp.
 inline bool better(Word16 sq2, Word16 alp2, Word16 sq, Word16 alp) { return fcb_better(sq2, alp2, sq, alp); }
 
+/// The energy of a pulse pair with the third pulse's correlations,
+/// L_mac(L_mac(L_mac(alp0, a, 1/8), b, 1/8), c, 1/16) for alp0 = L_mult(alp,
+/// 1/4): |alp0| <= 2^29, the terms are below 2^28, 2^28 and 2^27, so no step
+/// saturates and the plain sum is the chain.
+constexpr Word32 pair_energy3(Word32 alp0, Word16 a, Word16 b, Word16 c) {
+    return alp0 + 8192 * (Word32{a} + b) + 4096 * Word32{c};
+}
+
+/// round_fx(L_mac(L_mac(L_mult(a, 1/4), b, 1/4), c, 1/8)): the sum lies
+/// within +-(2^30 + 2^28), so neither the chain nor the rounding saturates.
+constexpr Word16 third_row(Word16 a, Word16 b, Word16 c) {
+    return static_cast<Word16>((16384 * (Word32{a} + b) + 8192 * Word32{c} + 32768) >> 16);
+}
+
+/// Both against the reference's operators at every corner of their ranges.
+constexpr bool plain_sums_hold() {
+    constexpr Word16 ends[2] = {MIN_16, MAX_16};
+    for (Word16 alp : ends)
+        for (Word16 a : ends)
+            for (Word16 b : ends)
+                for (Word16 c : ends) {
+                    const Word32 alp0 = L_mult(alp, k1_4);
+                    if (pair_energy3(alp0, a, b, c) != L_mac(L_mac(L_mac(alp0, a, k1_8), b, k1_8), c, k1_16))
+                        return false;
+                    if (third_row(a, b, c) != round_fx(L_mac(L_mac(L_mult(a, k1_4), b, k1_4), c, k1_8))) return false;
+                }
+    return true;
+}
+static_assert(plain_sums_hold());
+
 /// The first of the candidates from..7 that improves on (sq, alp), 8 when
 /// none does. The reference's choice keeps the best so far over the
 /// candidates in order; it changes only at such a first improvement, so
@@ -36,16 +66,7 @@ inline int next_better(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 
 /// position code, writes the codeword, its filtered form and the sign code.
 Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y, Word16& sign) {
     Word16 sign_dn[kSubfr], sign_dn_inv[kSubfr];
-    for (int i = 0; i < kSubfr; ++i) {
-        if (dn[i] >= 0) {
-            sign_dn[i] = MAX_16;
-            sign_dn_inv[i] = MIN_16;
-        } else {
-            sign_dn[i] = MIN_16;
-            sign_dn_inv[i] = MAX_16;
-            dn[i] = negate(dn[i]);
-        }
-    }
+    target_signs(dn, sign_dn, sign_dn_inv);
     // Signs into the cross blocks: row i of block (a, b) times the signs of
     // track b (or their opposites when position i of track a is negative).
     {
@@ -139,10 +160,9 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             const Word16* p2 = rr.i1i1();
             Word16* p3 = tmp_vect;
             for (int i3 = 1; i3 < kSubfr; i3 += kStep) {
-                Word32 s = L_mult(*p0, k1_4); p0 += kNbPos;
-                s = L_mac(s, *p1, k1_4); p1 += kNbPos;
-                s = L_mac(s, *p2++, k1_8);
-                *p3++ = round_fx(s);
+                *p3++ = third_row(*p0, *p1, *p2++);
+                p0 += kNbPos;
+                p1 += kNbPos;
             }
             p0 = rr.i0i2() + mult(i0b, 6554);
             p1 = ptr_rri0i3_i4 + mult(i1b, 6554);
@@ -151,9 +171,9 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             const std::int32_t tmax = max_abs8(tmp_vect);
             for (int i2 = 0, r = 0; i2 < kSubfr; i2 += kStep, ++r) {
                 const Word16 ps1 = add(ps0, dn[i2]);
-                Word32 alp1 = L_mac(alp0, *p0, k1_8); p0 += kNbPos;
-                alp1 = L_mac(alp1, *p1, k1_8); p1 += kNbPos;
-                alp1 = L_mac(alp1, *p2++, k1_16);
+                const Word32 alp1 = pair_energy3(alp0, *p0, *p1, *p2++);
+                p0 += kNbPos;
+                p1 += kNbPos;
                 last_pair(ps1, alp1, dn1, p3c, max01[r], tmax, i2, 1, sq, alp, ix, iy);
                 p3c += kNbPos;
             }
@@ -197,12 +217,7 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             const Word16* col = ptr_rri2i3_i4 + mult(i0b, 6554);
             const Word16* p1 = rr.i0i2() + i1_offset;
             const Word16* p2 = rr.i2i2();
-            for (int k = 0; k < kNbPos; ++k) {
-                Word32 s = L_mult(col[k * kNbPos], k1_4);
-                s = L_mac(s, *p1++, k1_4);
-                s = L_mac(s, *p2++, k1_8);
-                tmp_vect[k] = round_fx(s);
-            }
+            for (int k = 0; k < kNbPos; ++k) tmp_vect[k] = third_row(col[k * kNbPos], *p1++, *p2++);
             const Word16* p0 = ptr_rri1i3_i4 + mult(i0b, 6554);
             p1 = rr.i0i1() + i1_offset;
             p2 = rr.i1i1();
@@ -210,9 +225,8 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             const std::int32_t tmax = max_abs8(tmp_vect);
             for (int i2 = 1, r = 0; i2 < kSubfr; i2 += kStep, ++r) {
                 const Word16 ps1 = add(ps0, dn[i2]);
-                Word32 alp1 = L_mac(alp0, *p0, k1_8); p0 += kNbPos;
-                alp1 = L_mac(alp1, *p1++, k1_8);
-                alp1 = L_mac(alp1, *p2++, k1_16);
+                const Word32 alp1 = pair_energy3(alp0, *p0, *p1++, *p2++);
+                p0 += kNbPos;
                 last_pair(ps1, alp1, dn2, p3c, max12[r], tmax, i2, 2, sq, alp, ix, iy);
                 p3c += kNbPos;
             }

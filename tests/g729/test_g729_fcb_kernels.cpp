@@ -38,6 +38,8 @@
                                 std::int16_t, const std::int16_t*, const std::int16_t*, bool, std::int32_t*); \
     unsigned g729_better_mask8(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);       \
     unsigned g729_better_mask8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t); \
+    void g729_target_signs(std::int16_t* d, std::int16_t* sign, std::int16_t* inv);                           \
+    void g729_target_signs_scalar(std::int16_t* d, std::int16_t* sign, std::int16_t* inv);                    \
     bool g729_any_better8(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);            \
     bool g729_any_better8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);     \
     void g729_mult8(std::int16_t* row, const std::int16_t* g);                                               \
@@ -194,6 +196,31 @@ void first_pair_agrees(Fast fast, Slow slow) {
 TEST(G729FcbKernels, AnnexAFirstPairVectorEqualsScalar) {
     first_pair_agrees(zeps::u8::g729_first_pair_a, zeps::u8::g729_first_pair_a_scalar);
     first_pair_agrees(zeps::n8::g729_first_pair_a, zeps::n8::g729_first_pair_a_scalar);
+}
+
+/// The target's signs, -32768, -1, 0 and 32767 included.
+template <class Fast, class Slow>
+void signs_agree(Fast fast, Slow slow) {
+    Rng rng(61);
+    for (int rep = 0; rep < 3000; ++rep) {
+        V16 d(40);
+        for (auto& x : d) {
+            const int pick = static_cast<int>(rng.uniform(0, 5));
+            x = pick == 0 ? static_cast<std::int16_t>(-32768) : pick == 1 ? static_cast<std::int16_t>(-1)
+                : pick == 2 ? static_cast<std::int16_t>(0) : pick == 3 ? static_cast<std::int16_t>(32767) : rng.s16();
+        }
+        V16 d2 = d, s1(40), i1(40), s2(40), i2(40);
+        fast(d.data(), s1.data(), i1.data());
+        slow(d2.data(), s2.data(), i2.data());
+        ASSERT_EQ(d, d2) << "rep " << rep;
+        ASSERT_EQ(s1, s2) << "rep " << rep;
+        ASSERT_EQ(i1, i2) << "rep " << rep;
+    }
+}
+
+TEST(G729FcbKernels, AnnexATargetSignsVectorEqualsScalar) {
+    signs_agree(zeps::u8::g729_target_signs, zeps::u8::g729_target_signs_scalar);
+    signs_agree(zeps::n8::g729_target_signs, zeps::n8::g729_target_signs_scalar);
 }
 
 /// Four pulses' responses summed with saturation (extreme h included).
