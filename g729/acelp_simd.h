@@ -195,23 +195,6 @@ inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word1
 #endif
 }
 
-/// better_mask8 in lanes, under any_better8's conditions (and for the same
-/// reason exact).
-inline unsigned better_mask8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
-#if defined(__SSSE3__)
-    const __m128i s = fcb_load8(sq8), a = fcb_load8(alp8);
-    const __m128i w = _mm_set1_epi32(static_cast<int>((std::uint32_t{static_cast<std::uint16_t>(-sq)} << 16) |
-                                                      static_cast<std::uint16_t>(alp)));
-    const __m128i z = _mm_setzero_si128();
-    const __m128i lo = _mm_cmpgt_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(s, a), w), z);
-    const __m128i hi = _mm_cmpgt_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(s, a), w), z);
-    return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(lo)) |
-                                 (_mm_movemask_ps(_mm_castsi128_ps(hi)) << 4));
-#else
-    return better_mask8_scalar(sq8, alp8, sq, alp);
-#endif
-}
-
 /// The signs of the backward-filtered target over 40 samples: sign[i] =
 /// MAX_16 where d[i] >= 0, else MIN_16 (inv the opposite), and d[i] made
 /// non-negative by negate() (saturating: -32768 becomes 32767).
@@ -306,6 +289,23 @@ inline bool any_better8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16
     return _mm_movemask_epi8(_mm_or_si128(_mm_cmpgt_epi32(lo, z), _mm_cmpgt_epi32(hi, z))) != 0;
 #else
     return any_better8_scalar(sq8, alp8, sq, alp);
+#endif
+}
+
+/// better_mask8 in lanes, under any_better8's conditions (and for the same
+/// reason exact).
+inline unsigned better_mask8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+#if defined(__SSSE3__)
+    const __m128i s = fcb_load8(sq8), a = fcb_load8(alp8);
+    const __m128i w = _mm_set1_epi32(static_cast<int>((std::uint32_t{static_cast<std::uint16_t>(-sq)} << 16) |
+                                                      static_cast<std::uint16_t>(alp)));
+    const __m128i z = _mm_setzero_si128();
+    const __m128i lo = _mm_cmpgt_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(s, a), w), z);
+    const __m128i hi = _mm_cmpgt_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(s, a), w), z);
+    return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(lo)) |
+                                 (_mm_movemask_ps(_mm_castsi128_ps(hi)) << 4));
+#else
+    return better_mask8_scalar(sq8, alp8, sq, alp);
 #endif
 }
 
