@@ -69,16 +69,16 @@ inline void cor_h_chains(const Word16* h, RR& rr);
 /// at a time in lanes where SSSE3 is available, g729/cor_h_lanes.h).
 inline void cor_h(const Word16* H, RR& rr) {
     Word16 h[kSubfr];
-    Word32 cor = 0;
-    for (int i = 0; i < kSubfr; ++i) cor = L_mac(cor, H[i], H[i]);
+    // The L_mac(H[i], H[i]) chain from 0: non-negative terms, so the exact
+    // sum clamped at MAX_32 (code_energy).
+    const Word32 cor = code_energy(H);
     if (extract_h(cor) > 32000) {
         for (int i = 0; i < kSubfr; ++i) h[i] = shr(H[i], 1);
     } else {
         const Word16 k = shr(norm_l(cor), 1);
         for (int i = 0; i < kSubfr; ++i) h[i] = shl(H[i], k);
     }
-    std::int64_t e = 0;
-    for (int i = 0; i < kSubfr; ++i) e += Word32{h[i]} * h[i];
+    const std::int64_t e = g729p::energy64(h, kSubfr);
     if (2 * e <= MAX_32) {
 #if defined(__SSSE3__)
         cor_h_chains_lanes(h, rr.v);

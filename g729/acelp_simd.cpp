@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Out-of-line entries to the G.729 fixed-codebook kernels (g729/acelp_simd.h,
-// g729/acelp_kernels.h), vector and scalar forms, for the tests that hold
+// g729/acelp_kernels.h) and the gain search's distances (g729/gain_lanes.h),
+// vector and scalar forms, for the tests that hold
 // them against each other. Not exported from the library.
 #include "g729/acelp_kernels.h"
 #include "g729/acelp_simd.h"
+#include "g729/gain_lanes.h"
 
 ZEPS_BEGIN_VARIANT
 
@@ -26,6 +28,45 @@ void g729_pair_pulse_a_scalar(Word16 ps1, Word32 alp1, const Word16* dn8, const 
                               Word16* ps_sq, Word16* alp) {
     g729c::pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
 }
+
+void g729_first_pair_a(Word16 ps1, Word16 r0, const Word16* dn8, const Word16* t, const Word16* d, Word16* ps,
+                       Word16* ps_sq, Word16* alp) {
+    g729c::first_pair_a(ps1, r0, dn8, t, d, ps, ps_sq, alp);
+}
+
+void g729_first_pair_a_scalar(Word16 ps1, Word16 r0, const Word16* dn8, const Word16* t, const Word16* d, Word16* ps,
+                              Word16* ps_sq, Word16* alp) {
+    g729c::first_pair_a_scalar(ps1, r0, dn8, t, d, ps, ps_sq, alp);
+}
+
+void g729_add_pulse_response(Word16* y, const Word16* hz, int at, bool positive) {
+    g729c::add_pulse_response(y, hz, at, positive);
+}
+
+void g729_add_pulse_response_scalar(Word16* y, const Word16* h, int at, bool positive) {
+    g729c::add_pulse_response_scalar(y, h, at, positive);
+}
+
+void g729_gain_dist8(const Word16* chi, const Word16* clo, Word16 gcode0, Word16 p1, Word16 c1, const Word16* p2,
+                     const Word16* c2, bool tame, Word32* d) {
+    g729c::gain_dist8(chi, clo, gcode0, p1, c1, p2, c2, tame, d);
+}
+
+void g729_gain_dist8_scalar(const Word16* chi, const Word16* clo, Word16 gcode0, Word16 p1, Word16 c1,
+                            const Word16* p2, const Word16* c2, bool tame, Word32* d) {
+    g729c::gain_dist8_scalar(chi, clo, gcode0, p1, c1, p2, c2, tame, d);
+}
+
+unsigned g729_better_mask8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+    return g729c::better_mask8(sq8, alp8, sq, alp);
+}
+
+unsigned g729_better_mask8_scalar(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+    return g729c::better_mask8_scalar(sq8, alp8, sq, alp);
+}
+
+void g729_target_signs(Word16* d, Word16* sign, Word16* inv) { g729c::target_signs(d, sign, inv); }
+void g729_target_signs_scalar(Word16* d, Word16* sign, Word16* inv) { g729c::target_signs_scalar(d, sign, inv); }
 
 bool g729_any_better8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
     return g729c::any_better8(sq8, alp8, sq, alp);

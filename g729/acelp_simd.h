@@ -16,6 +16,7 @@
 //   vector form runs only while |alp1| + 2^13 max|r| + 2^15 max|t| <= MAX_32;
 //   round_fx(alp2) is (alp2 >> 16) + bit 15 of alp2, packed with saturation
 //   (0x8000 only arises from alp2 >= 0x7fff8000, where round_fx saturates).
+// - Annex A, first pulse pair: exact for every input (see first_pair_a).
 // - the candidate test: see any_better8.
 #pragma once
 
@@ -122,6 +123,43 @@ inline void pair_pulse_a_scalar(Word16 ps1, Word32 alp1, const Word16* dn8, cons
     }
 }
 
+/// Annex A, first pulse pair of D4i40_17_fast at the eight positions of one
+/// track, the first pulse's correlation r0 = rr[i0][i0]: ps[k] = add(ps1,
+/// dn8[k]), ps_sq[k] = mult(ps[k], ps[k]) and alp[k] = round_fx(L_mac(L_mac(
+/// L_mult(r0, 1/4), t[k], 1/2), d[k], 1/4)).
+inline void first_pair_a_scalar(Word16 ps1, Word16 r0, const Word16* dn8, const Word16* t, const Word16* d,
+                                Word16* ps, Word16* ps_sq, Word16* alp) {
+    const Word32 alp1 = L_mult(r0, 8192);
+    for (int k = 0; k < 8; ++k) {
+        ps[k] = add(ps1, dn8[k]);
+        Word32 alp2 = L_mac(alp1, t[k], 16384);
+        alp2 = L_mac(alp2, d[k], 8192);
+        ps_sq[k] = mult(ps[k], ps[k]);
+        alp[k] = round_fx(alp2);
+    }
+}
+
+/// first_pair_a in lanes, exact for every input: alp2 = 2^14 (r0 + 2 t + d)
+/// lies in [-2^31, 2^31 - 2^16], so no L_mac saturates and neither does
+/// round_fx's L_add of 2^15; round_fx(alp2) is then (r0 + 2 t + d + 2) >> 2,
+/// one pmaddwd of the pairs (t, d) by (2, 1) and a shift in 32-bit lanes.
+inline void first_pair_a(Word16 ps1, Word16 r0, const Word16* dn8, const Word16* t, const Word16* d, Word16* ps,
+                         Word16* ps_sq, Word16* alp) {
+#if defined(__SSSE3__)
+    const __m128i p = _mm_adds_epi16(_mm_set1_epi16(ps1), fcb_load8(dn8));
+    fcb_store8(ps, p);
+    fcb_store8(ps_sq, square_q15(p));
+    const __m128i tv = fcb_load8(t), dv = fcb_load8(d);
+    const __m128i w = _mm_set1_epi32(0x00010002);  // (t, d) . (2, 1)
+    const __m128i base = _mm_set1_epi32(std::int32_t{r0} + 2);
+    const __m128i lo = _mm_srai_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(tv, dv), w), base), 2);
+    const __m128i hi = _mm_srai_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(tv, dv), w), base), 2);
+    fcb_store8(alp, _mm_packs_epi32(lo, hi));
+#else
+    first_pair_a_scalar(ps1, r0, dn8, t, d, ps, ps_sq, alp);
+#endif
+}
+
 /// The largest magnitude of eight values (as a 32-bit count).
 inline std::int32_t max_abs8(const Word16* v) {
     std::int32_t m = 0;
@@ -157,6 +195,59 @@ inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word1
 #endif
 }
 
+/// The signs of the backward-filtered target over 40 samples: sign[i] =
+/// MAX_16 where d[i] >= 0, else MIN_16 (inv the opposite), and d[i] made
+/// non-negative by negate() (saturating: -32768 becomes 32767).
+inline void target_signs_scalar(Word16* d, Word16* sign, Word16* inv) {
+    for (int i = 0; i < 40; ++i) {
+        if (d[i] >= 0) {
+            sign[i] = MAX_16;
+            inv[i] = MIN_16;
+        } else {
+            sign[i] = MIN_16;
+            inv[i] = MAX_16;
+            d[i] = negate(d[i]);
+        }
+    }
+}
+
+/// target_signs in lanes: negate() is the saturating subtraction from 0.
+inline void target_signs(Word16* d, Word16* sign, Word16* inv) {
+#if defined(__SSSE3__)
+    const __m128i z = _mm_setzero_si128(), mx = _mm_set1_epi16(MAX_16);
+    for (int i = 0; i < 40; i += 8) {
+        const __m128i v = fcb_load8(d + i);
+        const __m128i neg = _mm_cmpgt_epi16(z, v);  // all ones where d < 0
+        fcb_store8(sign + i, _mm_xor_si128(mx, neg));  // MAX_16 ^ -1 = MIN_16
+        fcb_store8(inv + i, _mm_xor_si128(mx, _mm_xor_si128(neg, _mm_set1_epi16(-1))));
+        fcb_store8(d + i, _mm_or_si128(_mm_andnot_si128(neg, v), _mm_and_si128(neg, _mm_subs_epi16(z, v))));
+    }
+#else
+    target_signs_scalar(d, sign, inv);
+#endif
+}
+
+/// The filtered codeword, one pulse at a time: y[i] = add(y[i], h[i - at])
+/// (sub() for a negative pulse) for i >= at, over 40 samples.
+inline void add_pulse_response_scalar(Word16* y, const Word16* h, int at, bool positive) {
+    for (int i = at, j = 0; i < 40; ++i, ++j) y[i] = positive ? add(y[i], h[j]) : sub(y[i], h[j]);
+}
+
+/// add_pulse_response in lanes over h padded with 40 leading zeros (hz[40 +
+/// i] = h[i]): the saturating add or subtract of zero leaves y[i < at] as it
+/// is, so the lanes run over all 40 samples.
+inline void add_pulse_response(Word16* y, const Word16* hz, int at, bool positive) {
+#if defined(__SSSE3__)
+    const Word16* hs = hz + 40 - at;
+    for (int i = 0; i < 40; i += 8) {
+        const __m128i v = fcb_load8(y + i), g = fcb_load8(hs + i);
+        fcb_store8(y + i, positive ? _mm_adds_epi16(v, g) : _mm_subs_epi16(v, g));
+    }
+#else
+    add_pulse_response_scalar(y, hz + 40, at, positive);
+#endif
+}
+
 /// The reference's candidate test of the searches, L_msu(L_mult(alp, sq2),
 /// sq, alp2) > 0: true when (sq2, alp2) improves on (sq, alp).
 inline bool fcb_better(Word16 sq2, Word16 alp2, Word16 sq, Word16 alp) {
@@ -170,6 +261,14 @@ inline bool any_better8_scalar(const Word16* sq8, const Word16* alp8, Word16 sq,
     for (int k = 0; k < 8; ++k)
         if (fcb_better(sq8[k], alp8[k], sq, alp)) return true;
     return false;
+}
+
+/// Bit k set when candidate k passes fcb_better against (sq, alp).
+inline unsigned better_mask8_scalar(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+    unsigned m = 0;
+    for (int k = 0; k < 8; ++k)
+        if (fcb_better(sq8[k], alp8[k], sq, alp)) m |= 1u << k;
+    return m;
 }
 
 /// any_better8 in lanes, for sq8[k] >= 0 (squares from mult) and sq >= -1
@@ -190,6 +289,23 @@ inline bool any_better8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16
     return _mm_movemask_epi8(_mm_or_si128(_mm_cmpgt_epi32(lo, z), _mm_cmpgt_epi32(hi, z))) != 0;
 #else
     return any_better8_scalar(sq8, alp8, sq, alp);
+#endif
+}
+
+/// better_mask8 in lanes, under any_better8's conditions (and for the same
+/// reason exact).
+inline unsigned better_mask8(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp) {
+#if defined(__SSSE3__)
+    const __m128i s = fcb_load8(sq8), a = fcb_load8(alp8);
+    const __m128i w = _mm_set1_epi32(static_cast<int>((std::uint32_t{static_cast<std::uint16_t>(-sq)} << 16) |
+                                                      static_cast<std::uint16_t>(alp)));
+    const __m128i z = _mm_setzero_si128();
+    const __m128i lo = _mm_cmpgt_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(s, a), w), z);
+    const __m128i hi = _mm_cmpgt_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(s, a), w), z);
+    return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(lo)) |
+                                 (_mm_movemask_ps(_mm_castsi128_ps(hi)) << 4));
+#else
+    return better_mask8_scalar(sq8, alp8, sq, alp);
 #endif
 }
 

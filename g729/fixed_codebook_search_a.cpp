@@ -6,6 +6,7 @@
 // two track-3/4 choices, each starting from the two largest correlations of
 // one track. Impulse response Q12, target Q0, codeword Q13, filtered
 // codeword Q12.
+#include <bit>
 #include <cstring>
 
 #include "common/args.h"
@@ -21,20 +22,51 @@ using namespace g729c;
 /// The best of the candidates so far: keep (sq2, alp2) when sq2/alp2 > sq/alp.
 inline bool better(Word16 sq2, Word16 alp2, Word16 sq, Word16 alp) { return fcb_better(sq2, alp2, sq, alp); }
 
+/// The energy of a pulse pair with the third pulse's correlations,
+/// L_mac(L_mac(L_mac(alp0, a, 1/8), b, 1/8), c, 1/16) for alp0 = L_mult(alp,
+/// 1/4): |alp0| <= 2^29, the terms are below 2^28, 2^28 and 2^27, so no step
+/// saturates and the plain sum is the chain.
+constexpr Word32 pair_energy3(Word32 alp0, Word16 a, Word16 b, Word16 c) {
+    return alp0 + 8192 * (Word32{a} + b) + 4096 * Word32{c};
+}
+
+/// round_fx(L_mac(L_mac(L_mult(a, 1/4), b, 1/4), c, 1/8)): the sum lies
+/// within +-(2^30 + 2^28), so neither the chain nor the rounding saturates.
+constexpr Word16 third_row(Word16 a, Word16 b, Word16 c) {
+    return static_cast<Word16>((16384 * (Word32{a} + b) + 8192 * Word32{c} + 32768) >> 16);
+}
+
+/// Both against the reference's operators at every corner of their ranges.
+constexpr bool plain_sums_hold() {
+    constexpr Word16 ends[2] = {MIN_16, MAX_16};
+    for (Word16 alp : ends)
+        for (Word16 a : ends)
+            for (Word16 b : ends)
+                for (Word16 c : ends) {
+                    const Word32 alp0 = L_mult(alp, k1_4);
+                    if (pair_energy3(alp0, a, b, c) != L_mac(L_mac(L_mac(alp0, a, k1_8), b, k1_8), c, k1_16))
+                        return false;
+                    if (third_row(a, b, c) != round_fx(L_mac(L_mac(L_mult(a, k1_4), b, k1_4), c, k1_8))) return false;
+                }
+    return true;
+}
+static_assert(plain_sums_hold());
+
+/// The first of the candidates from..7 that improves on (sq, alp), 8 when
+/// none does. The reference's choice keeps the best so far over the
+/// candidates in order; it changes only at such a first improvement, so
+/// stepping from one to the next makes the same choice. sq >= -1 and every
+/// sq8[k] is a square: the lane test applies.
+inline int next_better(const Word16* sq8, const Word16* alp8, Word16 sq, Word16 alp, int from) {
+    const unsigned m = better_mask8(sq8, alp8, sq, alp) >> from;
+    return m == 0 ? kNbPos : from + std::countr_zero(m);
+}
+
 /// D4i40_17_fast: the four pulse positions and signs; returns the 13-bit
 /// position code, writes the codeword, its filtered form and the sign code.
 Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y, Word16& sign) {
     Word16 sign_dn[kSubfr], sign_dn_inv[kSubfr];
-    for (int i = 0; i < kSubfr; ++i) {
-        if (dn[i] >= 0) {
-            sign_dn[i] = MAX_16;
-            sign_dn_inv[i] = MIN_16;
-        } else {
-            sign_dn[i] = MIN_16;
-            sign_dn_inv[i] = MAX_16;
-            dn[i] = negate(dn[i]);
-        }
-    }
+    target_signs(dn, sign_dn, sign_dn_inv);
     // Signs into the cross blocks: row i of block (a, b) times the signs of
     // track b (or their opposites when position i of track a is negative).
     {
@@ -59,25 +91,42 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
         fold(rr.i2i4(), 2, 4);
     }
 
-    // dn at the positions of tracks 1 and 2, for the eight-wide last pulse.
-    Word16 dn1[kNbPos], dn2[kNbPos], tmp_vect[kNbPos];
-    for (int k = 0; k < kNbPos; ++k) {
-        dn1[k] = dn[1 + kStep * k];
-        dn2[k] = dn[2 + kStep * k];
+    // dn at the positions of each track, for the eight-wide candidates, and
+    // the largest magnitude of each row of the blocks the last pair reads.
+    Word16 dnt[kStep][kNbPos], tmp_vect[kNbPos];
+    for (int t = 0; t < kStep; ++t)
+        for (int k = 0; k < kNbPos; ++k) dnt[t][k] = dn[t + kStep * k];
+    const Word16* dn1 = dnt[1];
+    const Word16* dn2 = dnt[2];
+    std::int32_t max01[kNbPos], max12[kNbPos];
+    for (int r = 0; r < kNbPos; ++r) {
+        max01[r] = max_abs8(rr.i0i1() + kNbPos * r);
+        max12[r] = max_abs8(rr.i1i2() + kNbPos * r);
     }
-    auto last_pair = [&](Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* row, std::int32_t tmax, int i2,
-                         int first, Word16& sq, Word16& alp, Word16& ix, Word16& iy) {
+    // The first pair: pulse i0 with each position of a track (dn8, cross
+    // correlations t, diagonal d), the best kept in position order.
+    auto first_pair = [&](Word16 i0, Word16 r0, const Word16* dn8, const Word16* t, const Word16* d, int first,
+                          Word16& sq, Word16& alp, Word16& ps, Word16& ix, Word16& iy) {
+        Word16 ps8[kNbPos], sq8[kNbPos], alp8[kNbPos];
+        first_pair_a(dn[i0], r0, dn8, t, d, ps8, sq8, alp8);
+        for (int k = next_better(sq8, alp8, sq, alp, 0); k < kNbPos; k = next_better(sq8, alp8, sq, alp, k + 1)) {
+            sq = sq8[k];
+            ps = ps8[k];
+            alp = alp8[k];
+            ix = i0;
+            iy = static_cast<Word16>(first + kStep * k);
+        }
+    };
+    auto last_pair = [&](Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* row, std::int32_t rmax,
+                         std::int32_t tmax, int i2, int first, Word16& sq, Word16& alp, Word16& ix, Word16& iy) {
         Word16 sq8[kNbPos], alp8[kNbPos];
-        pair_pulse_a(ps1, alp1, dn8, row, tmp_vect, max_abs8(row), tmax, sq8, alp8);
-        // sq >= -1 and every sq8[k] is a square: the lane test applies.
-        if (!any_better8(sq8, alp8, sq, alp)) return;
-        for (int k = 0; k < kNbPos; ++k)
-            if (better(sq8[k], alp8[k], sq, alp)) {
-                sq = sq8[k];
-                alp = alp8[k];
-                ix = static_cast<Word16>(i2);
-                iy = static_cast<Word16>(first + kStep * k);
-            }
+        pair_pulse_a(ps1, alp1, dn8, row, tmp_vect, rmax, tmax, sq8, alp8);
+        for (int k = next_better(sq8, alp8, sq, alp, 0); k < kNbPos; k = next_better(sq8, alp8, sq, alp, k + 1)) {
+            sq = sq8[k];
+            alp = alp8[k];
+            ix = static_cast<Word16>(i2);
+            iy = static_cast<Word16>(first + kStep * k);
+        }
     };
     Word16 psk = -1, alpk = 1;
     Word16* ptr_rri0i3_i4 = rr.i0i3();
@@ -97,24 +146,8 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
                 }
             prev_i0 = i0;
             const Word16 j = mult(i0, 6554);
-            const Word16 ps1 = dn[i0];
-            const Word32 alp1 = L_mult(rr.i2i2()[j], k1_4);
-            const Word16* p0 = ptr_rri2i3_i4 + shl(j, 3);
-            const Word16* p1 = ptr_rri3i3_i4;
-            for (int i1 = track; i1 < kSubfr; i1 += kStep) {
-                const Word16 ps2 = add(ps1, dn[i1]);
-                Word32 alp2 = L_mac(alp1, *p0++, k1_2);
-                alp2 = L_mac(alp2, *p1++, k1_4);
-                const Word16 sq2 = mult(ps2, ps2);
-                const Word16 alp_16 = round_fx(alp2);
-                if (better(sq2, alp_16, sq, alp)) {
-                    sq = sq2;
-                    ps = ps2;
-                    alp = alp_16;
-                    ix = i0;
-                    iy = static_cast<Word16>(i1);
-                }
-            }
+            first_pair(i0, rr.i2i2()[j], dnt[track], ptr_rri2i3_i4 + shl(j, 3), ptr_rri3i3_i4, track, sq, alp, ps,
+                       ix, iy);
         }
         Word16 i0b = ix, i1b = iy;
         Word16 ps0 = ps;
@@ -127,22 +160,21 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             const Word16* p2 = rr.i1i1();
             Word16* p3 = tmp_vect;
             for (int i3 = 1; i3 < kSubfr; i3 += kStep) {
-                Word32 s = L_mult(*p0, k1_4); p0 += kNbPos;
-                s = L_mac(s, *p1, k1_4); p1 += kNbPos;
-                s = L_mac(s, *p2++, k1_8);
-                *p3++ = round_fx(s);
+                *p3++ = third_row(*p0, *p1, *p2++);
+                p0 += kNbPos;
+                p1 += kNbPos;
             }
             p0 = rr.i0i2() + mult(i0b, 6554);
             p1 = ptr_rri0i3_i4 + mult(i1b, 6554);
             p2 = rr.i0i0();
             const Word16* p3c = rr.i0i1();
             const std::int32_t tmax = max_abs8(tmp_vect);
-            for (int i2 = 0; i2 < kSubfr; i2 += kStep) {
+            for (int i2 = 0, r = 0; i2 < kSubfr; i2 += kStep, ++r) {
                 const Word16 ps1 = add(ps0, dn[i2]);
-                Word32 alp1 = L_mac(alp0, *p0, k1_8); p0 += kNbPos;
-                alp1 = L_mac(alp1, *p1, k1_8); p1 += kNbPos;
-                alp1 = L_mac(alp1, *p2++, k1_16);
-                last_pair(ps1, alp1, dn1, p3c, tmax, i2, 1, sq, alp, ix, iy);
+                const Word32 alp1 = pair_energy3(alp0, *p0, *p1, *p2++);
+                p0 += kNbPos;
+                p1 += kNbPos;
+                last_pair(ps1, alp1, dn1, p3c, max01[r], tmax, i2, 1, sq, alp, ix, iy);
                 p3c += kNbPos;
             }
         }
@@ -168,24 +200,9 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
                 }
             prev_i0 = i0;
             const Word16 j = mult(i0, 6554);
-            const Word16 ps1 = dn[i0];
-            const Word32 alp1 = L_mult(ptr_rri3i3_i4[j], k1_4);
-            const Word16* p0 = ptr_rri0i3_i4 + j;
-            const Word16* p1 = rr.i0i0();
-            for (int i1 = 0; i1 < kSubfr; i1 += kStep) {
-                const Word16 ps2 = add(ps1, dn[i1]);
-                Word32 alp2 = L_mac(alp1, *p0, k1_2); p0 += kNbPos;
-                alp2 = L_mac(alp2, *p1++, k1_4);
-                const Word16 sq2 = mult(ps2, ps2);
-                const Word16 alp_16 = round_fx(alp2);
-                if (better(sq2, alp_16, sq, alp)) {
-                    sq = sq2;
-                    ps = ps2;
-                    alp = alp_16;
-                    ix = i0;
-                    iy = static_cast<Word16>(i1);
-                }
-            }
+            Word16 col[kNbPos];  // column j of the track-0 / track-3|4 block
+            for (int k = 0; k < kNbPos; ++k) col[k] = ptr_rri0i3_i4[j + kNbPos * k];
+            first_pair(i0, ptr_rri3i3_i4[j], dnt[0], col, rr.i0i0(), 0, sq, alp, ps, ix, iy);
         }
         i0b = ix;
         i1b = iy;
@@ -200,23 +217,17 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             const Word16* col = ptr_rri2i3_i4 + mult(i0b, 6554);
             const Word16* p1 = rr.i0i2() + i1_offset;
             const Word16* p2 = rr.i2i2();
-            for (int k = 0; k < kNbPos; ++k) {
-                Word32 s = L_mult(col[k * kNbPos], k1_4);
-                s = L_mac(s, *p1++, k1_4);
-                s = L_mac(s, *p2++, k1_8);
-                tmp_vect[k] = round_fx(s);
-            }
+            for (int k = 0; k < kNbPos; ++k) tmp_vect[k] = third_row(col[k * kNbPos], *p1++, *p2++);
             const Word16* p0 = ptr_rri1i3_i4 + mult(i0b, 6554);
             p1 = rr.i0i1() + i1_offset;
             p2 = rr.i1i1();
             const Word16* p3c = rr.i1i2();
             const std::int32_t tmax = max_abs8(tmp_vect);
-            for (int i2 = 1; i2 < kSubfr; i2 += kStep) {
+            for (int i2 = 1, r = 0; i2 < kSubfr; i2 += kStep, ++r) {
                 const Word16 ps1 = add(ps0, dn[i2]);
-                Word32 alp1 = L_mac(alp0, *p0, k1_8); p0 += kNbPos;
-                alp1 = L_mac(alp1, *p1++, k1_8);
-                alp1 = L_mac(alp1, *p2++, k1_16);
-                last_pair(ps1, alp1, dn2, p3c, tmax, i2, 2, sq, alp, ix, iy);
+                const Word32 alp1 = pair_energy3(alp0, *p0, *p1++, *p2++);
+                p0 += kNbPos;
+                last_pair(ps1, alp1, dn2, p3c, max12[r], tmax, i2, 2, sq, alp, ix, iy);
                 p3c += kNbPos;
             }
         }
@@ -240,12 +251,13 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
     cod[ip1] = shr(s1, 2);
     cod[ip2] = shr(s2, 2);
     cod[ip3] = shr(s3, 2);
-    for (int i = 0; i < ip0; ++i) y[i] = 0;
-    for (int i = ip0, j = 0; i < kSubfr; ++i, ++j) y[i] = s0 > 0 ? h[j] : negate(h[j]);
-    const Word16 ips[3] = {ip1, ip2, ip3};
-    const Word16 sgs[3] = {s1, s2, s3};
-    for (int k = 0; k < 3; ++k)
-        for (int i = ips[k], j = 0; i < kSubfr; ++i, ++j) y[i] = sgs[k] > 0 ? add(y[i], h[j]) : sub(y[i], h[j]);
+    // y = +-h at ip0 (sub(0, h) is negate(h)), then the other three pulses.
+    Word16 hz[2 * kSubfr] = {};
+    std::memcpy(hz + kSubfr, h, kSubfr * sizeof(Word16));
+    std::memset(y, 0, kSubfr * sizeof(Word16));
+    const Word16 ips[4] = {ip0, ip1, ip2, ip3};
+    const Word16 sgs[4] = {s0, s1, s2, s3};
+    for (int k = 0; k < 4; ++k) add_pulse_response(y, hz, ips[k], sgs[k] > 0);
     sign = static_cast<Word16>((s0 > 0 ? 1 : 0) + (s1 > 0 ? 2 : 0) + (s2 > 0 ? 4 : 0) + (s3 > 0 ? 8 : 0));
     const Word16 q0 = mult(ip0, 6554), q1 = mult(ip1, 6554), q2 = mult(ip2, 6554), q = mult(ip3, 6554);
     const Word16 j = sub(ip3, add(add(q, shl(q, 2)), 3));

@@ -14,6 +14,7 @@
 #include "g729/codec_kernels.h"
 #include "g729/fast_ops.h"
 #include "g729/gain_kernels.h"
+#include "g729/gain_lanes.h"
 
 ZEPS_BEGIN_VARIANT
 namespace g729c {
@@ -123,25 +124,48 @@ inline Word16 qua_gain(const GainBook& book, const Word16* code, const Word16* g
 
     Word32 L_dist_min = MAX_32;
     Word16 index1 = cand1, index2 = cand2;
-    for (int i = 0; i < book.ncan1; ++i)
-        for (int j = 0; j < book.ncan2; ++j) {
-            const Word16 g_pitch = add(book.gbk1[cand1 + i][0], book.gbk2[cand2 + j][0]);
-            if (tameflag == 1 && g_pitch >= kGp0999) continue;
-            const Word16 g_code = mult(gcode0, extract_l(correction(book, cand1 + i, cand2 + j)));
-            const Word16 g2_pitch = mult(g_pitch, g_pitch);
-            const Word16 g2_code = mult(g_code, g_code);
-            const Word16 g_pit_cod = mult(g_code, g_pitch);
-            Word32 d = Mpy_32_16_fast(c[0].hi, c[0].lo, g2_pitch);
-            d = L_add(d, Mpy_32_16_fast(c[1].hi, c[1].lo, g_pitch));
-            d = L_add(d, Mpy_32_16_fast(c[2].hi, c[2].lo, g2_code));
-            d = L_add(d, Mpy_32_16_fast(c[3].hi, c[3].lo, g_code));
-            d = L_add(d, Mpy_32_16_fast(c[4].hi, c[4].lo, g_pit_cod));
-            if (L_sub(d, L_dist_min) < 0) {
-                L_dist_min = d;
-                index1 = static_cast<Word16>(cand1 + i);
-                index2 = static_cast<Word16>(cand2 + j);
-            }
+    if (book.ncan2 == 8) {
+        // Eight second-stage rows at a time, the choice in the same order.
+        Word16 chi[5], clo[5], p2[8], c2[8];
+        for (int k = 0; k < 5; ++k) {
+            chi[k] = c[k].hi;
+            clo[k] = c[k].lo;
         }
+        for (int j = 0; j < 8; ++j) {
+            p2[j] = book.gbk2[cand2 + j][0];
+            c2[j] = book.gbk2[cand2 + j][1];
+        }
+        for (int i = 0; i < book.ncan1; ++i) {
+            Word32 d[8];
+            gain_dist8(chi, clo, gcode0, book.gbk1[cand1 + i][0], book.gbk1[cand1 + i][1], p2, c2, tameflag == 1, d);
+            for (int j = 0; j < 8; ++j)
+                if (d[j] < L_dist_min) {  // L_sub(d, L_dist_min) < 0: saturation keeps the sign
+                    L_dist_min = d[j];
+                    index1 = static_cast<Word16>(cand1 + i);
+                    index2 = static_cast<Word16>(cand2 + j);
+                }
+        }
+    } else {
+        for (int i = 0; i < book.ncan1; ++i)
+            for (int j = 0; j < book.ncan2; ++j) {
+                const Word16 g_pitch = add(book.gbk1[cand1 + i][0], book.gbk2[cand2 + j][0]);
+                if (tameflag == 1 && g_pitch >= kGp0999) continue;
+                const Word16 g_code = mult(gcode0, extract_l(correction(book, cand1 + i, cand2 + j)));
+                const Word16 g2_pitch = mult(g_pitch, g_pitch);
+                const Word16 g2_code = mult(g_code, g_code);
+                const Word16 g_pit_cod = mult(g_code, g_pitch);
+                Word32 d = Mpy_32_16_fast(c[0].hi, c[0].lo, g2_pitch);
+                d = L_add(d, Mpy_32_16_fast(c[1].hi, c[1].lo, g_pitch));
+                d = L_add(d, Mpy_32_16_fast(c[2].hi, c[2].lo, g2_code));
+                d = L_add(d, Mpy_32_16_fast(c[3].hi, c[3].lo, g_code));
+                d = L_add(d, Mpy_32_16_fast(c[4].hi, c[4].lo, g_pit_cod));
+                if (L_sub(d, L_dist_min) < 0) {
+                    L_dist_min = d;
+                    index1 = static_cast<Word16>(cand1 + i);
+                    index2 = static_cast<Word16>(cand2 + j);
+                }
+            }
+    }
     gain_pit = add(book.gbk1[index1][0], book.gbk2[index2][0]);
     const Word32 L_acc = L_mult(extract_l(correction(book, index1, index2)), gcode0);
     gain_cod = extract_h(L_shl(L_acc, add(negate(exp_gcode0), code_sft)));

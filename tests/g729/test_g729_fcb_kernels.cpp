@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "tests/variant_check.h"
@@ -25,6 +26,20 @@
                                   const std::int16_t*, std::int16_t*, std::int16_t*);                        \
     void g729_cor_h_chains(const std::int16_t* h, std::int16_t* rr, bool plain);                             \
     void g729_cor_h_lanes(const std::int16_t* h, std::int16_t* rr);                                          \
+    void g729_first_pair_a(std::int16_t, std::int16_t, const std::int16_t*, const std::int16_t*,              \
+                           const std::int16_t*, std::int16_t*, std::int16_t*, std::int16_t*);                \
+    void g729_first_pair_a_scalar(std::int16_t, std::int16_t, const std::int16_t*, const std::int16_t*,       \
+                                  const std::int16_t*, std::int16_t*, std::int16_t*, std::int16_t*);         \
+    void g729_add_pulse_response(std::int16_t* y, const std::int16_t* hz, int at, bool positive);            \
+    void g729_add_pulse_response_scalar(std::int16_t* y, const std::int16_t* h, int at, bool positive);      \
+    void g729_gain_dist8(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t, std::int16_t,  \
+                         const std::int16_t*, const std::int16_t*, bool, std::int32_t*);                     \
+    void g729_gain_dist8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t,         \
+                                std::int16_t, const std::int16_t*, const std::int16_t*, bool, std::int32_t*); \
+    unsigned g729_better_mask8(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);       \
+    unsigned g729_better_mask8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t); \
+    void g729_target_signs(std::int16_t* d, std::int16_t* sign, std::int16_t* inv);                           \
+    void g729_target_signs_scalar(std::int16_t* d, std::int16_t* sign, std::int16_t* inv);                    \
     bool g729_any_better8(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);            \
     bool g729_any_better8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);     \
     void g729_mult8(std::int16_t* row, const std::int16_t* g);                                               \
@@ -151,6 +166,115 @@ TEST(G729FcbKernels, AnnexAPairVectorEqualsScalar) {
     pair_agrees(zeps::n8::g729_pair_pulse_a, zeps::n8::g729_pair_pulse_a_scalar);
 }
 
+/// The first pair over the whole input range (every value exact in lanes).
+template <class Fast, class Slow>
+void first_pair_agrees(Fast fast, Slow slow) {
+    Rng rng(47);
+    for (int rep = 0; rep < 20000; ++rep) {
+        const int mode = rep % 3;
+        const V16 dn = eight(rng, mode), t = eight(rng, mode), d = eight(rng, mode);
+        const std::int16_t ps = mode == 1 ? static_cast<std::int16_t>(rng.uniform(0, 1) ? 32767 : -32768) : rng.s16();
+        const std::int16_t r0 = mode == 1 ? static_cast<std::int16_t>(rng.uniform(0, 1) ? 32767 : -32768) : rng.s16();
+        V16 p1(8), s1(8), a1(8), p2(8), s2(8), a2(8);
+        fast(ps, r0, dn.data(), t.data(), d.data(), p1.data(), s1.data(), a1.data());
+        slow(ps, r0, dn.data(), t.data(), d.data(), p2.data(), s2.data(), a2.data());
+        ASSERT_EQ(p1, p2) << "rep " << rep;
+        ASSERT_EQ(s1, s2) << "rep " << rep;
+        ASSERT_EQ(a1, a2) << "rep " << rep;
+    }
+    // All extremes together: alp2 at -2^31 and 2^31 - 2^16, round_fx's edge.
+    for (std::int16_t x : {static_cast<std::int16_t>(-32768), static_cast<std::int16_t>(32767)}) {
+        const V16 e(8, x);
+        V16 p1(8), s1(8), a1(8), p2(8), s2(8), a2(8);
+        fast(x, x, e.data(), e.data(), e.data(), p1.data(), s1.data(), a1.data());
+        slow(x, x, e.data(), e.data(), e.data(), p2.data(), s2.data(), a2.data());
+        ASSERT_EQ(a1, a2);
+        ASSERT_EQ(s1, s2);
+    }
+}
+
+TEST(G729FcbKernels, AnnexAFirstPairVectorEqualsScalar) {
+    first_pair_agrees(zeps::u8::g729_first_pair_a, zeps::u8::g729_first_pair_a_scalar);
+    first_pair_agrees(zeps::n8::g729_first_pair_a, zeps::n8::g729_first_pair_a_scalar);
+}
+
+/// The target's signs, -32768, -1, 0 and 32767 included.
+template <class Fast, class Slow>
+void signs_agree(Fast fast, Slow slow) {
+    Rng rng(61);
+    for (int rep = 0; rep < 3000; ++rep) {
+        V16 d(40);
+        for (auto& x : d) {
+            const int pick = static_cast<int>(rng.uniform(0, 5));
+            x = pick == 0 ? static_cast<std::int16_t>(-32768) : pick == 1 ? static_cast<std::int16_t>(-1)
+                : pick == 2 ? static_cast<std::int16_t>(0) : pick == 3 ? static_cast<std::int16_t>(32767) : rng.s16();
+        }
+        V16 d2 = d, s1(40), i1(40), s2(40), i2(40);
+        fast(d.data(), s1.data(), i1.data());
+        slow(d2.data(), s2.data(), i2.data());
+        ASSERT_EQ(d, d2) << "rep " << rep;
+        ASSERT_EQ(s1, s2) << "rep " << rep;
+        ASSERT_EQ(i1, i2) << "rep " << rep;
+    }
+}
+
+TEST(G729FcbKernels, AnnexATargetSignsVectorEqualsScalar) {
+    signs_agree(zeps::u8::g729_target_signs, zeps::u8::g729_target_signs_scalar);
+    signs_agree(zeps::n8::g729_target_signs, zeps::n8::g729_target_signs_scalar);
+}
+
+/// Four pulses' responses summed with saturation (extreme h included).
+template <class Fast, class Slow>
+void pulse_response_agrees(Fast fast, Slow slow) {
+    Rng rng(53);
+    for (int rep = 0; rep < 5000; ++rep) {
+        V16 hz(80, 0);
+        for (int i = 40; i < 80; ++i) hz[static_cast<std::size_t>(i)] = eight(rng, rep % 3)[0];
+        V16 a(40, 0), b(40, 0);
+        for (int k = 0; k < 4; ++k) {
+            const int at = static_cast<int>(rng.uniform(0, 39));
+            const bool positive = rng.uniform(0, 1) != 0;
+            fast(a.data(), hz.data(), at, positive);
+            slow(b.data(), hz.data() + 40, at, positive);
+            ASSERT_EQ(a, b) << "rep " << rep;
+        }
+    }
+}
+
+TEST(G729FcbKernels, FilteredCodewordVectorEqualsScalar) {
+    pulse_response_agrees(zeps::u8::g729_add_pulse_response, zeps::u8::g729_add_pulse_response_scalar);
+    pulse_response_agrees(zeps::n8::g729_add_pulse_response, zeps::n8::g729_add_pulse_response_scalar);
+}
+
+/// The gain search's distances: coefficients and gains over their whole
+/// range (L_add chains that saturate either way, taming on and off, hi at
+/// -32768 and lo outside L_Extract's range taking the scalar way).
+template <class Fast, class Slow>
+void gain_dist_agrees(Fast fast, Slow slow) {
+    Rng rng(59);
+    int saturated = 0;
+    for (int rep = 0; rep < 20000; ++rep) {
+        const int mode = rep % 3;
+        V16 chi = eight(rng, mode), clo = eight(rng, 0);
+        for (auto& x : clo) x = static_cast<std::int16_t>(rep % 97 ? (x < 0 ? -x : x) * 10 : x);
+        if (rep % 89 == 0) chi[static_cast<std::size_t>(rep % 5)] = -32768;
+        const V16 p2 = eight(rng, mode), c2 = eight(rng, mode);
+        const std::int16_t g0 = rng.s16(), p1 = rng.s16(), c1 = rng.s16();
+        const bool tame = rep % 2 != 0;
+        std::vector<std::int32_t> a(8), b(8);
+        fast(chi.data(), clo.data(), g0, p1, c1, p2.data(), c2.data(), tame, a.data());
+        slow(chi.data(), clo.data(), g0, p1, c1, p2.data(), c2.data(), tame, b.data());
+        ASSERT_EQ(a, b) << "rep " << rep;
+        for (auto x : b) saturated += x == INT32_MIN || (x == INT32_MAX && !tame);
+    }
+    EXPECT_GT(saturated, 100);
+}
+
+TEST(G729FcbKernels, GainSearchDistancesVectorEqualsScalar) {
+    gain_dist_agrees(zeps::u8::g729_gain_dist8, zeps::u8::g729_gain_dist8_scalar);
+    gain_dist_agrees(zeps::n8::g729_gain_dist8, zeps::n8::g729_gain_dist8_scalar);
+}
+
 /// The candidate test over eight squares against a best so far from -1 up,
 /// near ties included (equal ratios must not pass).
 template <class Fast, class Slow>
@@ -179,6 +303,20 @@ void better_agrees(Fast fast, Slow slow) {
 TEST(G729FcbKernels, AnnexACandidateTestVectorEqualsScalar) {
     better_agrees(zeps::u8::g729_any_better8, zeps::u8::g729_any_better8_scalar);
     better_agrees(zeps::n8::g729_any_better8, zeps::n8::g729_any_better8_scalar);
+    // The candidate masks, lane by lane.
+    using Mask = unsigned (*)(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);
+    const std::pair<Mask, Mask> masks[] = {{zeps::u8::g729_better_mask8, zeps::u8::g729_better_mask8_scalar},
+                                           {zeps::n8::g729_better_mask8, zeps::n8::g729_better_mask8_scalar}};
+    for (const auto& [fast, slow] : masks) {
+        const auto check = [f = fast, s = slow](const std::int16_t* s8, const std::int16_t* a8, std::int16_t sq,
+                                               std::int16_t a) {
+            const unsigned m = f(s8, a8, sq, a);
+            EXPECT_EQ(m, s(s8, a8, sq, a));
+            return m != 0;
+        };
+        better_agrees(check, [s = slow](const std::int16_t* s8, const std::int16_t* a8, std::int16_t sq,
+                                       std::int16_t a) { return s(s8, a8, sq, a) != 0; });
+    }
 }
 
 template <class Fast, class Slow>
