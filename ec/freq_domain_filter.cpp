@@ -28,13 +28,10 @@
 #include <cstdint>
 #include <cstring>
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 #include "common/args.h"
 #include "common/exports.h"
 #include "common/rfft.h"
+#include "ec/fdaf_kernels.h"
 #include "ec/subband_state.h"
 
 ZEPS_BEGIN_VARIANT
@@ -105,84 +102,6 @@ T* at(FdafHeader* h, std::int64_t off) {
     return reinterpret_cast<T*>(reinterpret_cast<Zep8u*>(h) + off);
 }
 
-/// Y = sum_p X_p W_p and T = sum_p X_p V_p over interleaved spectra of C
-/// floats (C a multiple of 4; the padding after the n bins is zero), and the
-/// far-end power per bin S[k] = sum_p xr^2 + sum_p xi^2. Both forms keep two
-/// sums per bin, a = sum (xr wr, xr wi) and b = sum (xi wi, xi wr), and give
-/// Y = (a0 - b0, a1 + b1): the same bits.
-void accumulate(const float* X, const float* W, const float* V, float* Y, float* T, float* S, int P, int C) {
-    const std::size_t c = static_cast<std::size_t>(C);
-#if defined(__SSE2__)
-    const __m128 neg = _mm_castsi128_ps(_mm_set_epi32(0, INT32_MIN, 0, INT32_MIN));
-    for (std::size_t k = 0; k < c; k += 4) {
-        __m128 a = _mm_setzero_ps(), b = a, av = a, bv = a, q = a;
-        for (std::size_t p = 0, o = k; p < static_cast<std::size_t>(P); ++p, o += c) {
-            const __m128 x = _mm_load_ps(X + o), w = _mm_load_ps(W + o), v = _mm_load_ps(V + o);
-            q = _mm_add_ps(q, _mm_mul_ps(x, x));
-            const __m128 xr = _mm_shuffle_ps(x, x, _MM_SHUFFLE(2, 2, 0, 0));
-            const __m128 xi = _mm_shuffle_ps(x, x, _MM_SHUFFLE(3, 3, 1, 1));
-            a = _mm_add_ps(a, _mm_mul_ps(xr, w));
-            b = _mm_add_ps(b, _mm_mul_ps(xi, _mm_shuffle_ps(w, w, _MM_SHUFFLE(2, 3, 0, 1))));
-            av = _mm_add_ps(av, _mm_mul_ps(xr, v));
-            bv = _mm_add_ps(bv, _mm_mul_ps(xi, _mm_shuffle_ps(v, v, _MM_SHUFFLE(2, 3, 0, 1))));
-        }
-        _mm_store_ps(Y + k, _mm_add_ps(a, _mm_xor_ps(b, neg)));
-        _mm_store_ps(T + k, _mm_add_ps(av, _mm_xor_ps(bv, neg)));
-        alignas(16) float qs[4];
-        _mm_store_ps(qs, q);
-        S[k / 2] = qs[0] + qs[1];
-        S[k / 2 + 1] = qs[2] + qs[3];
-    }
-#else
-    for (std::size_t k = 0; k < c; k += 2) {
-        float a0 = 0, a1 = 0, b0 = 0, b1 = 0, c0 = 0, c1 = 0, d0 = 0, d1 = 0, q0 = 0, q1 = 0;
-        for (std::size_t p = 0, o = k; p < static_cast<std::size_t>(P); ++p, o += c) {
-            q0 += X[o] * X[o];
-            q1 += X[o + 1] * X[o + 1];
-            a0 += X[o] * W[o];
-            a1 += X[o] * W[o + 1];
-            b0 += X[o + 1] * W[o + 1];
-            b1 += X[o + 1] * W[o];
-            c0 += X[o] * V[o];
-            c1 += X[o] * V[o + 1];
-            d0 += X[o + 1] * V[o + 1];
-            d1 += X[o + 1] * V[o];
-        }
-        Y[k] = a0 + (-b0);
-        Y[k + 1] = a1 + b1;
-        T[k] = c0 + (-d0);
-        T[k + 1] = c1 + d1;
-        S[k / 2] = q0 + q1;
-    }
-#endif
-}
-
-/// W_p += r_p G conj(X_p) over interleaved spectra (C floats, C a multiple
-/// of 4): re += (Gr xr + Gi xi) r, im += (Gi xr + (-(Gr xi))) r in both forms.
-void add_gradient(const float* X, const float* G, const float* r, float* W, int P, int C) {
-    const std::size_t c = static_cast<std::size_t>(C);
-#if defined(__SSE2__)
-    const __m128 neg = _mm_castsi128_ps(_mm_set_epi32(INT32_MIN, 0, INT32_MIN, 0));
-    for (std::size_t k = 0; k < c; k += 4) {
-        const __m128 g = _mm_load_ps(G + k);
-        const __m128 gr = _mm_xor_ps(_mm_shuffle_ps(g, g, _MM_SHUFFLE(2, 2, 0, 0)), neg);  // (Gr, -Gr)
-        const __m128 gi = _mm_shuffle_ps(g, g, _MM_SHUFFLE(3, 3, 1, 1));
-        for (std::size_t p = 0, o = k; p < static_cast<std::size_t>(P); ++p, o += c) {
-            const __m128 x = _mm_load_ps(X + o);
-            const __m128 xs = _mm_shuffle_ps(x, x, _MM_SHUFFLE(2, 3, 0, 1));
-            const __m128 u = _mm_add_ps(_mm_mul_ps(gr, x), _mm_mul_ps(gi, xs));
-            _mm_store_ps(W + o, _mm_add_ps(_mm_load_ps(W + o), _mm_mul_ps(u, _mm_set1_ps(r[p]))));
-        }
-    }
-#else
-    for (std::size_t k = 0; k < c; k += 2)
-        for (std::size_t p = 0, o = k; p < static_cast<std::size_t>(P); ++p, o += c) {
-            W[o] += (G[k] * X[o] + G[k + 1] * X[o + 1]) * r[p];
-            W[o + 1] += ((-G[k]) * X[o + 1] + G[k + 1] * X[o]) * r[p];
-        }
-#endif
-}
-
 /// e = d - (the last B samples of the inverse transform of Y).
 void residual(const float* Y, const float* pNear, float* e, float* t, const RfftDesc32f* d, Zep8u* work, int B) {
     rfft_inv_32f(Y, t, d, work);
@@ -247,7 +166,7 @@ ZepStatus zepsFreqDomainFilter_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Z
     float* e = at<float>(h, l.e);
     float* ev = at<float>(h, l.ev);
     float* Y = at<float>(h, l.Y);
-    accumulate(X, at<float>(h, l.W), at<float>(h, l.V), Y, T, S, P, C);
+    fdaf_accumulate_32f(X, at<float>(h, l.W), at<float>(h, l.V), Y, T, S, P, C);
     residual(Y, pNear, e, t, d, work, B);
     residual(T, pNear, ev, t, d, work, B);
     std::memcpy(pErr, e, sizeof(float) * std::size_t(B));
@@ -297,29 +216,9 @@ void partition_steps(const float* W, float prop, float* r, int P, int C) {
         std::fill(r, r + P, 1.0f);
         return;
     }
-    const std::size_t c = static_cast<std::size_t>(C);
+    fdaf_norms_32f(W, r, P, C);
     float top = 0.0f;
-    for (int p = 0; p < P; ++p) {
-        const float* w = W + static_cast<std::size_t>(p) * c;
-#if defined(__SSE2__)
-        __m128 q = _mm_setzero_ps();
-        for (std::size_t k = 0; k < c; k += 4) q = _mm_add_ps(q, _mm_mul_ps(_mm_load_ps(w + k), _mm_load_ps(w + k)));
-        alignas(16) float qs[4];
-        _mm_store_ps(qs, q);
-        const float e = (qs[0] + qs[1]) + (qs[2] + qs[3]);
-#else
-        float q0 = 0, q1 = 0, q2 = 0, q3 = 0;
-        for (std::size_t k = 0; k < c; k += 4) {
-            q0 += w[k] * w[k];
-            q1 += w[k + 1] * w[k + 1];
-            q2 += w[k + 2] * w[k + 2];
-            q3 += w[k + 3] * w[k + 3];
-        }
-        const float e = (q0 + q1) + (q2 + q3);
-#endif
-        r[p] = std::sqrt(std::isfinite(e) ? e : 0.0f);
-        top = std::max(top, r[p]);
-    }
+    for (int p = 0; p < P; ++p) top = std::max(top, r[p]);
     const float eps = 1e-3f * top + 1e-6f;
     float sum = 0.0f;
     for (int p = 0; p < P; ++p) sum += r[p] + eps;
@@ -333,31 +232,7 @@ void shares(FdafHeader* h, const FdafLayout& l, float* r) {
     const int P = h->partitions;
     partition_steps(at<float>(h, l.W), h->prop, r, P, l.C);
     if (h->prop == 0.0f) return;
-    const float* X = at<float>(h, l.X);
-    float* S = at<float>(h, l.S);
-    const std::size_t c = static_cast<std::size_t>(l.C);
-#if defined(__SSE2__)
-    for (std::size_t k = 0; k < c; k += 4) {
-        __m128 q = _mm_setzero_ps();
-        for (std::size_t p = 0, o = k; p < static_cast<std::size_t>(P); ++p, o += c) {
-            const __m128 x = _mm_load_ps(X + o);
-            q = _mm_add_ps(q, _mm_mul_ps(_mm_set1_ps(r[p]), _mm_mul_ps(x, x)));
-        }
-        alignas(16) float qs[4];
-        _mm_store_ps(qs, q);
-        S[k / 2] = qs[0] + qs[1];
-        S[k / 2 + 1] = qs[2] + qs[3];
-    }
-#else
-    for (std::size_t k = 0; k < c; k += 2) {
-        float q0 = 0.0f, q1 = 0.0f;
-        for (std::size_t p = 0, o = k; p < static_cast<std::size_t>(P); ++p, o += c) {
-            q0 += r[p] * (X[o] * X[o]);
-            q1 += r[p] * (X[o + 1] * X[o + 1]);
-        }
-        S[k / 2] = q0 + q1;
-    }
-#endif
+    fdaf_weighted_power_32f(at<float>(h, l.X), r, at<float>(h, l.S), P, l.C);
 }
 
 /// W_p += r_p G conj(X_p) for every partition (G the scaled error spectrum), then
@@ -365,7 +240,7 @@ void shares(FdafHeader* h, const FdafLayout& l, float* r) {
 void apply_gradient(FdafHeader* h, const FdafLayout& l, const float* G, const float* r) {
     const int P = h->partitions, C = l.C;
     float* W = at<float>(h, l.W);
-    add_gradient(at<float>(h, l.X), G, r, W, P, C);
+    fdaf_add_gradient_32f(at<float>(h, l.X), G, r, W, P, C);
     const auto* d = at<RfftDesc32f>(h, l.desc);
     float* t = at<float>(h, l.t);
     Zep8u* work = at<Zep8u>(h, l.work);
