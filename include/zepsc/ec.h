@@ -433,14 +433,14 @@ ZEPSAPI ZepStatus zepsFreqDomainCoefUpdate_EC_32f(int action, Zep32f step, Zep32
  * an echo-path change. Measured on the G.168 Annex D paths with the
  * proportionate share 0.5: initial step 1.5 overshoots (20 dB reached
  * 0.3 s later on D3, D4, D6 than with 0.75 or 1.0; 2.5 diverges), 0.5 is
- * slower; the mean share 0.5 once adapted gives 0.4-0.9 dB more steady
+ * slower; the mean share 0.5 once adapted gives 0.2-0.7 dB more steady
  * state than 0.1 (0.7: no more), while 0.1 during the initial steps keeps
  * convergence fast (0.5 throughout: D4 20 dB 0.34 s later).
  */
 ZEPSAPI ZepStatus zepsFreqDomainLeakUpdate_EC_32f(int action, Zep32f step, Zep32f delta, Zep8u* pState);
 
 /**
- * @brief Proportionate step share of the frequency-domain filter's partitions.
+ * Proportionate step share of the frequency-domain filter's partitions.
  *
  * Sets how the update (zepsFreqDomainCoefUpdate_EC_32f and
  * zepsFreqDomainLeakUpdate_EC_32f) shares its step between the P partitions:
