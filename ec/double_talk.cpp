@@ -47,7 +47,7 @@ float ring_max(const float* r, int n) {
         m4a = _mm_max_ps(m4a, _mm_loadu_ps(r + i));
         m4b = _mm_max_ps(m4b, _mm_loadu_ps(r + i + 4));
     }
-    alignas(16) float q[4];
+    alignas(16) float q[4] = {};
     _mm_store_ps(q, _mm_max_ps(m4a, m4b));
     m = std::max(std::max(q[0], q[1]), std::max(q[2], q[3]));
 #endif

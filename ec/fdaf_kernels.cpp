@@ -92,7 +92,7 @@ inline __m128 dup_im(__m128 x) { return _mm_shuffle_ps(x, x, _MM_SHUFFLE(3, 3, 1
 inline __m128 swap_pairs(__m128 x) { return _mm_shuffle_ps(x, x, _MM_SHUFFLE(2, 3, 0, 1)); }
 /// Bins k/2 and k/2 + 1 of S from the lanes (l0 + l1, l2 + l3).
 inline void store_pair_sums(__m128 q, float* S, std::size_t k) {
-    alignas(16) float qs[4];
+    alignas(16) float qs[4] = {};
     _mm_store_ps(qs, q);
     S[k / 2] = qs[0] + qs[1];
     S[k / 2 + 1] = qs[2] + qs[3];
@@ -151,7 +151,7 @@ void fdaf_norms_32f(const float* W, float* n, int P, int C) {
         const float* w = W + static_cast<std::size_t>(p) * c;
         __m128 q = _mm_setzero_ps();
         for (std::size_t k = 0; k < c; k += 4) q = _mm_add_ps(q, _mm_mul_ps(_mm_load_ps(w + k), _mm_load_ps(w + k)));
-        alignas(16) float qs[4];
+        alignas(16) float qs[4] = {};
         _mm_store_ps(qs, q);
         const float e = (qs[0] + qs[1]) + (qs[2] + qs[3]);
         n[p] = std::sqrt(std::isfinite(e) ? e : 0.0f);

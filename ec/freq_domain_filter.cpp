@@ -270,7 +270,7 @@ ZepStatus zepsFreqDomainCoefUpdate_EC_32f(int action, Zep32f step, Zep32f delta,
     const int n = l.B + 1;
     float* E = error_spectrum(h, l);
     float* g = at<float>(h, l.t);  // the time block is free until the constraint
-    float r[kMaxPartitions];
+    float r[kMaxPartitions] = {};
     shares(h, l, r);
     normaliser(at<float>(h, l.S), delta, g, n);
     for (int k = 0; k < n; ++k) {
@@ -351,7 +351,7 @@ ZepStatus zepsFreqDomainLeakUpdate_EC_32f(int action, Zep32f step, Zep32f delta,
     float *mu = at<float>(h, l.M), *g = at<float>(h, l.t);
     leak_steps(h, l, E, mu, g);
     if (step == 0.0f) return zepStsNoErr;
-    float r[kMaxPartitions];
+    float r[kMaxPartitions] = {};
     shares(h, l, r);
     normaliser(at<float>(h, l.S), delta, g, n, h->adapted ? kAdaptedMeanShare : kMeanShare);
     if (h->adapted == 0) {

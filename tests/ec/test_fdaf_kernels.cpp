@@ -64,7 +64,7 @@ TEST(FdafKernels, SseEqualsScalarBitForBit) {
                 fill(W.p(), P, C, bins, 2.0f, g);
                 fill(V.p(), P, C, bins, 2.0f, g);
                 fill(G.p(), 1, C, bins, 1.0e-3f, g);
-                float r[9];
+                float r[9] = {};
                 for (int p = 0; p < P; ++p) r[p] = 0.5f + g.next(0.5f) + 0.5f;
                 acc(X.p(), W.p(), V.p(), Y.p(), T.p(), S.p(), P, C);
                 accS(X.p(), W.p(), V.p(), Y2.p(), T2.p(), S2.p(), P, C);
@@ -77,7 +77,7 @@ TEST(FdafKernels, SseEqualsScalarBitForBit) {
                 grad(X.p(), G.p(), r, W.p(), P, C);
                 gradS(X.p(), G.p(), r, W2.p(), P, C);
                 EXPECT_TRUE(same(W.p(), W2.p(), static_cast<int>(n))) << "gradient, order " << order;
-                float a[9], b[9];
+                float a[9] = {}, b[9] = {};
                 norms(W.p(), a, P, C);
                 normsS(W.p(), b, P, C);
                 EXPECT_TRUE(same(a, b, P)) << "norms, order " << order;
