@@ -6,9 +6,13 @@
 // detector assumes an echo return loss of at least 6 dB (ITU-T G.168).
 // Variable-size state: header, then a ring of tailLen |x| values; placed at
 // the first 16-byte boundary of the caller's block, pointing into itself.
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "common/args.h"
 #include "common/exports.h"
@@ -33,9 +37,21 @@ bool state_ok(const GeigelState* s) {
            s->hangover >= 0 && s->count >= 0 && points_at(s->pRing, reinterpret_cast<const Zep8u*>(s), kHeader);
 }
 
+/// The largest ring value (the ring holds no NaN: magnitudes >= 0).
 float ring_max(const float* r, int n) {
+    int i = 0;
     float m = 0.0f;
-    for (int i = 0; i < n; ++i) m = std::fmax(m, r[i]);
+#if defined(__SSE2__)
+    __m128 m4a = _mm_setzero_ps(), m4b = _mm_setzero_ps();
+    for (; i + 8 <= n; i += 8) {
+        m4a = _mm_max_ps(m4a, _mm_loadu_ps(r + i));
+        m4b = _mm_max_ps(m4b, _mm_loadu_ps(r + i + 4));
+    }
+    alignas(16) float q[4] = {};
+    _mm_store_ps(q, _mm_max_ps(m4a, m4b));
+    m = std::max(std::max(q[0], q[1]), std::max(q[2], q[3]));
+#endif
+    for (; i < n; ++i) m = r[i] > m ? r[i] : m;
     return m;
 }
 
@@ -76,10 +92,10 @@ ZepStatus zepsDoubleTalk_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Zep32s*
     bool any = false;
     for (int n = 0; n < len; ++n) {
         const float a = std::fabs(pFar[n]);
-        const float leaving = r[s->pos];
-        r[s->pos] = std::isnan(a) ? 0.0f : a;
+        const float leaving = r[s->pos], entering = std::isnan(a) ? 0.0f : a;
+        r[s->pos] = entering;
         if (++s->pos == s->tailLen) s->pos = 0;
-        if (r[(s->pos + s->tailLen - 1) % s->tailLen] >= s->maxAbs) s->maxAbs = r[(s->pos + s->tailLen - 1) % s->tailLen];
+        if (entering >= s->maxAbs) s->maxAbs = entering;
         else if (leaving >= s->maxAbs) s->maxAbs = ring_max(r, s->tailLen);
         if (std::fabs(pNear[n]) >= s->threshold * s->maxAbs && std::fabs(pNear[n]) > 0.0f) s->count = s->hangover + 1;
         if (s->count > 0) {

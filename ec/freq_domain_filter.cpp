@@ -31,6 +31,7 @@
 #include "common/args.h"
 #include "common/exports.h"
 #include "common/rfft.h"
+#include "ec/fdaf_kernels.h"
 #include "ec/subband_state.h"
 
 ZEPS_BEGIN_VARIANT
@@ -45,6 +46,7 @@ struct FdafHeader {
     std::int32_t magic, order, partitions, turn;
     float pey, pyy, adapt;  // leakage update: smoothed error-echo and echo fluctuations, initial steps so far
     std::int32_t adapted;   // 1 once the initial steps are done
+    float prop;             // proportionate share of the partition steps, 0..1 (0: equal steps)
 };
 static_assert(sizeof(FdafHeader) <= kHeader);
 
@@ -88,7 +90,7 @@ bool config_ok(int order, int partitions) {
 FdafHeader* checked(Zep8u* pState) {
     auto* h = align16<FdafHeader>(pState);
     if (h->magic != kMagic || !config_ok(h->order, h->partitions) || !in_range(h->turn, 0, kMaxPartitions) ||
-        !in_range(h->adapted, 0, 1))
+        !in_range(h->adapted, 0, 1) || !(h->prop >= 0.0f && h->prop <= 1.0f))
         return nullptr;
     const auto* d = reinterpret_cast<const RfftDesc32f*>(reinterpret_cast<Zep8u*>(h) + kHeader);
     if (d->order != h->order) return nullptr;
@@ -98,19 +100,6 @@ FdafHeader* checked(Zep8u* pState) {
 template <class T>
 T* at(FdafHeader* h, std::int64_t off) {
     return reinterpret_cast<T*>(reinterpret_cast<Zep8u*>(h) + off);
-}
-
-/// Y = sum_p X_p W_p over interleaved spectra of C floats (n complex bins).
-void accumulate(const float* X, const float* W, float* Y, int P, int C, int n) {
-    std::fill(Y, Y + C, 0.0f);
-    for (int p = 0; p < P; ++p) {
-        const float* x = X + std::size_t(p) * std::size_t(C);
-        const float* w = W + std::size_t(p) * std::size_t(C);
-        for (int k = 0; k < 2 * n; k += 2) {
-            Y[k] += x[k] * w[k] - x[k + 1] * w[k + 1];
-            Y[k + 1] += x[k] * w[k + 1] + x[k + 1] * w[k];
-        }
-    }
 }
 
 /// e = d - (the last B samples of the inverse transform of Y).
@@ -150,13 +139,22 @@ ZepStatus zepsFreqDomainFilterInit_EC_32f(Zep8u* pState, int order, int numParti
     return zepStsNoErr;
 }
 
+ZepStatus zepsFreqDomainFilterSetProp_EC_32f(Zep32f prop, Zep8u* pState) {
+    if (any_null(pState)) return zepStsNullPtrErr;
+    FdafHeader* h = checked(pState);
+    if (h == nullptr) return zepStsBadArgErr;
+    if (!(prop >= 0.0f && prop <= 1.0f)) return zepStsRangeErr;
+    h->prop = prop;
+    return zepStsNoErr;
+}
+
 ZepStatus zepsFreqDomainFilter_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Zep32f* pErr, Zep32f* pErrSaved,
                                       Zep8u* pState) {
     if (any_null(pFar, pNear, pErr, pErrSaved, pState)) return zepStsNullPtrErr;
     FdafHeader* h = checked(pState);
     if (h == nullptr) return zepStsBadArgErr;
     const FdafLayout l = layout(h->order, h->partitions);
-    const int P = h->partitions, B = l.B, C = l.C, n = B + 1;
+    const int P = h->partitions, B = l.B, C = l.C;
     const auto* d = at<RfftDesc32f>(h, l.desc);
     float *x = at<float>(h, l.x), *X = at<float>(h, l.X), *S = at<float>(h, l.S), *t = at<float>(h, l.t);
     float* T = at<float>(h, l.T);
@@ -165,17 +163,11 @@ ZepStatus zepsFreqDomainFilter_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Z
     std::memcpy(x + B, pFar, sizeof(float) * std::size_t(B));
     std::memmove(X + C, X, sizeof(float) * std::size_t(P - 1) * std::size_t(C));
     rfft_fwd_32f(x, X, d, work);
-    std::fill(S, S + C, 0.0f);
-    for (int p = 0; p < P; ++p) {
-        const float* xp = X + std::size_t(p) * std::size_t(C);
-        for (int k = 0; k < n; ++k) S[k] += xp[2 * k] * xp[2 * k] + xp[2 * k + 1] * xp[2 * k + 1];
-    }
     float* e = at<float>(h, l.e);
     float* ev = at<float>(h, l.ev);
     float* Y = at<float>(h, l.Y);
-    accumulate(X, at<float>(h, l.W), Y, P, C, n);
+    fdaf_accumulate_32f(X, at<float>(h, l.W), at<float>(h, l.V), Y, T, S, P, C);
     residual(Y, pNear, e, t, d, work, B);
-    accumulate(X, at<float>(h, l.V), T, P, C, n);
     residual(T, pNear, ev, t, d, work, B);
     std::memcpy(pErr, e, sizeof(float) * std::size_t(B));
     std::memcpy(pErrSaved, ev, sizeof(float) * std::size_t(B));
@@ -207,27 +199,48 @@ float* error_spectrum(FdafHeader* h, const FdafLayout& l) {
 }
 
 /// g[k] = 1 / (0.9 S[k] + 0.1 mean(S) + delta), the per-bin normaliser, into g.
-void normaliser(const float* S, float delta, float* g, int n) {
+void normaliser(const float* S, float delta, float* g, int n, float share = kMeanShare) {
     float mean = 0.0f;
     for (int k = 0; k < n; ++k) mean += S[k];
-    mean *= kMeanShare / static_cast<float>(n);
-    for (int k = 0; k < n; ++k) g[k] = 1.0f / ((1.0f - kMeanShare) * S[k] + mean + delta);
+    mean *= share / static_cast<float>(n);
+    for (int k = 0; k < n; ++k) g[k] = 1.0f / ((1.0f - share) * S[k] + mean + delta);
 }
 
-/// W_p += G conj(X_p) for every partition (G the scaled error spectrum), then
-/// the gradient constraint on partition 0 and one further partition in turn.
-void apply_gradient(FdafHeader* h, const FdafLayout& l, const float* G) {
-    const int P = h->partitions, C = l.C, n = l.B + 1;
-    const float* X = at<float>(h, l.X);
-    float* W = at<float>(h, l.W);
-    for (int p = 0; p < P; ++p) {
-        const float* xp = X + std::size_t(p) * std::size_t(C);
-        float* wp = W + std::size_t(p) * std::size_t(C);
-        for (int k = 0; k < 2 * n; k += 2) {  // W += G conj(X)
-            wp[k] += G[k] * xp[k] + G[k + 1] * xp[k + 1];
-            wp[k + 1] += G[k + 1] * xp[k] - G[k] * xp[k + 1];
-        }
+/// Step share of each partition into r (P floats, mean 1): with prop = 0
+/// all 1; else r_p = (1 - prop) + prop P (|W_p| + eps) / sum_q (|W_q| + eps),
+/// |W_p| the norm of partition p's spectrum (proportionate NLMS, the
+/// partitions holding the echo path adapting faster), eps 1e-3 of the
+/// largest norm plus 1e-6.
+void partition_steps(const float* W, float prop, float* r, int P, int C) {
+    if (prop == 0.0f) {
+        std::fill(r, r + P, 1.0f);
+        return;
     }
+    fdaf_norms_32f(W, r, P, C);
+    float top = 0.0f;
+    for (int p = 0; p < P; ++p) top = std::max(top, r[p]);
+    const float eps = 1e-3f * top + 1e-6f;
+    float sum = 0.0f;
+    for (int p = 0; p < P; ++p) sum += r[p] + eps;
+    for (int p = 0; p < P; ++p) r[p] = (1.0f - prop) + prop * static_cast<float>(P) * (r[p] + eps) / sum;
+}
+
+/// The partitions' step shares into r and, with a proportionate share, the
+/// far-end power S[k] replaced by sum_p r_p |X_p[k]|^2 (the proportionate
+/// update's normaliser; S is computed again by the next filter call).
+void shares(FdafHeader* h, const FdafLayout& l, float* r) {
+    const int P = h->partitions;
+    partition_steps(at<float>(h, l.W), h->prop, r, P, l.C);
+    if (h->prop == 0.0f) return;
+    fdaf_weighted_power_32f(at<float>(h, l.X), r, at<float>(h, l.S), P, l.C);
+}
+
+/// W_p += r_p G conj(X_p) for every partition (G the scaled error spectrum), then
+/// the gradient constraint on partition 0 and one further partition in turn.
+void apply_gradient(FdafHeader* h, const FdafLayout& l, const float* G, const float* r) {
+    const int P = h->partitions, C = l.C;
+    float* W = at<float>(h, l.W);
+    fdaf_add_gradient_32f(at<float>(h, l.X), G, r, W, P, C);
     const auto* d = at<RfftDesc32f>(h, l.desc);
     float* t = at<float>(h, l.t);
     Zep8u* work = at<Zep8u>(h, l.work);
@@ -257,12 +270,14 @@ ZepStatus zepsFreqDomainCoefUpdate_EC_32f(int action, Zep32f step, Zep32f delta,
     const int n = l.B + 1;
     float* E = error_spectrum(h, l);
     float* g = at<float>(h, l.t);  // the time block is free until the constraint
+    float r[kMaxPartitions] = {};
+    shares(h, l, r);
     normaliser(at<float>(h, l.S), delta, g, n);
     for (int k = 0; k < n; ++k) {
         E[2 * k] *= step * g[k];
         E[2 * k + 1] *= step * g[k];
     }
-    apply_gradient(h, l, E);
+    apply_gradient(h, l, E, r);
     return zepStsNoErr;
 }
 
@@ -272,8 +287,9 @@ constexpr float kSpecAverage = 2.0f / 8000.0f;  // per sample of the block: bin-
 constexpr float kLeakRate = 2.0f / 8000.0f, kLeakRateMax = 0.5f / 8000.0f;  // leakage smoothing per sample
 constexpr float kMinLeak = 0.005f;
 constexpr float kLeakGain = 4.0f;      // residual-echo share -> step (the normaliser spans all partitions)
-constexpr float kInitialStep = 1.5f;   // step multiplier before the filter has adapted
+constexpr float kInitialStep = 0.75f;  // step multiplier before the filter has adapted
 constexpr float kAdaptedAfter = 3.0f;  // adapted once the initial steps sum to this many per partition
+constexpr float kAdaptedMeanShare = 0.5f;  // the normaliser's mean share once adapted
 
 /// Per-bin step multipliers from the leakage estimate into mu (n floats):
 /// the error power Rf = |E|^2 and the echo estimate's power Yf = |Y|^2 of
@@ -335,7 +351,9 @@ ZepStatus zepsFreqDomainLeakUpdate_EC_32f(int action, Zep32f step, Zep32f delta,
     float *mu = at<float>(h, l.M), *g = at<float>(h, l.t);
     leak_steps(h, l, E, mu, g);
     if (step == 0.0f) return zepStsNoErr;
-    normaliser(at<float>(h, l.S), delta, g, n);
+    float r[kMaxPartitions] = {};
+    shares(h, l, r);
+    normaliser(at<float>(h, l.S), delta, g, n, h->adapted ? kAdaptedMeanShare : kMeanShare);
     if (h->adapted == 0) {
         std::fill(mu, mu + n, kInitialStep);
         h->adapt += step;
@@ -348,7 +366,7 @@ ZepStatus zepsFreqDomainLeakUpdate_EC_32f(int action, Zep32f step, Zep32f delta,
         E[2 * k] *= gk;
         E[2 * k + 1] *= gk;
     }
-    apply_gradient(h, l, E);
+    apply_gradient(h, l, E, r);
     return zepStsNoErr;
 }
 

@@ -49,6 +49,7 @@ struct EcConfig {
     float fdafStep = 1.0f;     // its step at the controller's step 1.0
     bool fdafLeak = true;      // its step per bin from the leakage estimate (else the plain normalised step)
     float fdafDtThreshold = 1.0f;  // with the leakage step: the Geigel threshold at least this
+    float fdafProp = 0.5f;     // its proportionate share of the partition steps
     int controlMode = 1;       // frame controller: 1 variable step, 0 fixed step 1.0
 };
 
@@ -80,6 +81,7 @@ public:
             ok(ZEPSC_EC_LIB zepsFreqDomainFilterGetSize_EC_32f(cfg.fdafOrder, segments_, &s));
             fdaf_.emplace_back(s);
             ok(ZEPSC_EC_LIB zepsFreqDomainFilterInit_EC_32f(fdaf_.back().get(), cfg.fdafOrder, segments_));
+            ok(ZEPSC_EC_LIB zepsFreqDomainFilterSetProp_EC_32f(cfg.fdafProp, fdaf_.back().get()));
             fsavedOut_.assign(static_cast<std::size_t>(frame_), 0.0f);
         } else if (cfg.subband) {
             const bool wide = cfg.rate == 16000;
@@ -273,7 +275,8 @@ private:
         if (cfg_.fdafLeak) {
             // Back to the initial steps while the controller's ERLE is low
             // (start, echo-path change); the guard's action takes precedence.
-            const bool restart = ((flags & ZEP_EC_FLAG_PATHCHANGE) != 0 || step >= 1.0f) && guardAction_ == ZEP_EC_GUARD_KEEP;
+            const bool low = cfg_.controlMode == 0 ? (flags & ZEP_EC_FLAG_CONVERGED) == 0 : step >= 1.0f;
+            const bool restart = ((flags & ZEP_EC_FLAG_PATHCHANGE) != 0 || low) && guardAction_ == ZEP_EC_GUARD_KEEP;
             ok(ZEPSC_EC_LIB zepsFreqDomainLeakUpdate_EC_32f(restart ? ZEP_EC_FDAF_RESTART : guardAction_,
                                                              step * cfg_.fdafStep, delta, fdaf_[0].get()));
         } else {

@@ -1,5 +1,6 @@
 /* SPDX-License-Identifier: BSD-3-Clause */
-// Test access to the internal real FFT and the filter-bank kernels of both
+// Test access to the internal real FFT, the filter-bank kernels and the
+// frequency-domain filter's kernels of both
 // processor builds (zeps::u8::..., zeps::n8::...).
 #pragma once
 
@@ -13,11 +14,13 @@ namespace zeps {
 namespace u8 {
 #include "common/rfft_decl.inc"
 #include "ec/subband_kernels_decl.inc"
+#include "ec/fdaf_kernels_decl.inc"
 }  // namespace u8
 #if defined(__x86_64__)  // elsewhere n8 names the one generic build, u8
 namespace n8 {
 #include "common/rfft_decl.inc"
 #include "ec/subband_kernels_decl.inc"
+#include "ec/fdaf_kernels_decl.inc"
 }  // namespace n8
 #endif
 }  // namespace zeps

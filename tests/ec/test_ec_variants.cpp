@@ -361,11 +361,18 @@ std::unique_ptr<Pair> fd_states(Rng& rng, int order, int parts) {
 
 /// Blocks of a random echo path (an exponentially decaying FIR) with noise
 /// through filter and update on both builds, random guard actions and steps;
-/// the leakage update (with its restart action) when `leak`.
-void fd_run(Rng& rng, bool leak = false) {
+/// the leakage update (with its restart action) when `leak`; a random
+/// proportionate share (0 included, and refused values) when `prop`.
+void fd_run(Rng& rng, bool leak = false, bool prop = false) {
     const int order = static_cast<int>(rng.uniform(2, 8)), parts = static_cast<int>(rng.uniform(1, 9));
     const int B = 1 << (order - 1);
     auto st = fd_states(rng, order, parts);
+    if (prop) {
+        const float share = rng.chance(4) ? (rng.chance(2) ? 1.5f : 0.0f) : static_cast<float>(rng.uniform(0, 100)) / 100.0f;
+        ASSERT_EQ(zeps::u8::zepsFreqDomainFilterSetProp_EC_32f(share, st->a.p),
+                  zeps::n8::zepsFreqDomainFilterSetProp_EC_32f(share, st->b.p));
+        ASSERT_TRUE(same_state(st->a, st->b));
+    }
     std::vector<float> h(static_cast<std::size_t>(B * parts));
     for (std::size_t i = 0; i < h.size(); ++i) h[i] = rng.f32(0.5f) * std::exp(-0.05f * static_cast<float>(i));
     std::vector<float> hist(h.size() + static_cast<std::size_t>(B), 0.0f);
@@ -403,3 +410,4 @@ ZEPS_VARIANT_CHECK(zepsFreqDomainFilterInit_EC_32f) { fd_states(rng, shape(rng, 
 ZEPS_VARIANT_CHECK(zepsFreqDomainFilter_EC_32f) { fd_run(rng); }
 ZEPS_VARIANT_CHECK(zepsFreqDomainCoefUpdate_EC_32f) { fd_run(rng); }
 ZEPS_VARIANT_CHECK(zepsFreqDomainLeakUpdate_EC_32f) { fd_run(rng, true); }
+ZEPS_VARIANT_CHECK(zepsFreqDomainFilterSetProp_EC_32f) { fd_run(rng, rng.chance(2), true); }
