@@ -8,7 +8,7 @@
 // fixed-codebook vectors Q13, past quantised energies Q10, code gains Q1,
 // pitch gains Q14.
 //
-// With SSSE3 the synthesis filter runs blocks of ten samples with the eight
+// With SSSE3 the synthesis filter runs blocks of ten samples with the seven
 // oldest products in one pmaddwd while the plain-sum bound holds (the scalar
 // form, syn_filt_scalar, is kept and held equal by the tests).
 #pragma once
@@ -168,44 +168,52 @@ inline bool syn_filt_scalar(const Word16* a, const Word16* x, Word16* y, int lg,
 }
 
 #if defined(__SSSE3__)
-/// The state of the lane form: y[i-3..i-10] in the eight lanes of w (lane k
-/// holds y[i-3-k]), y[i-1] and y[i-2] in scalars.
+/// The state of the lane form: y[i-4..i-10] in lanes 0..6 of w (lane k
+/// holds y[i-4-k]; lane 7 meets a zero coefficient), y[i-1..i-3] in
+/// scalars. Three scalar taps leave the lane path (insert, pmaddwd,
+/// horizontal sum) four samples to deliver its part, so the recursion
+/// waits only on the newest product.
 struct SynLanes {
     __m128i w;
-    std::int64_t y1, y2;
+    std::int64_t y1, y2, y3;
 };
 
 /// The lane state before sample i from prev = y[i-10..i-1] (oldest first).
 inline SynLanes syn_lanes_from(const Word16* prev) {
-    const __m128i rev = _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1);
+    const __m128i rev = _mm_setr_epi8(12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1, -128, -128);
     const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(prev));
-    return {_mm_shuffle_epi8(v, rev), prev[kOrder - 1], prev[kOrder - 2]};
+    return {_mm_shuffle_epi8(v, rev), prev[kOrder - 1], prev[kOrder - 2], prev[kOrder - 3]};
 }
 
-/// Sample K of a block on the plain sum: c0 x - sum_{j>=3} c_j y[i-j] (one
-/// pmaddwd over the lanes) - c2 y[i-2] - c1 y[i-1], the newest product last
-/// so that the recursion waits on one multiply and three adds a sample.
-/// Then L_shl(2 acc, 3) and round as the reference saturates them. Returns
-/// |output|. The products and sums are exact whenever the block's values
-/// keep the plain bound (checked by the caller, which discards the block
-/// otherwise; a wrapped lane sum is then only discarded).
+/// a[4..10] in lanes 0..6, lane 7 zero.
+inline __m128i syn_lane_coefficients(const Word16* a) {
+    return _mm_srli_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(a + 3)), 2);
+}
+
+/// Sample K of a block on the plain sum: c0 x + 0x800 - sum_{j>=4} c_j
+/// y[i-j] (one pmaddwd over the lanes) - c3 y[i-3] - c2 y[i-2] - c1 y[i-1],
+/// the newest product last; then round(L_shl(2 acc, 3)) =
+/// (acc + 0x800) >> 12 unless L_shl or the rounding saturates (acc outside
+/// [-2^27, 0x07fff7ff]), so the recursion waits on one multiply, a
+/// subtraction and a shift a sample. Returns |output|. The products and
+/// sums are exact whenever the block's values keep the plain bound
+/// (checked by the caller, which discards the block otherwise; a wrapped
+/// lane sum is then only discarded).
 template <int K>
-[[gnu::always_inline]] inline std::int64_t syn_step_lanes(const std::int64_t* c, __m128i cv, const Word16* x, Word16* out, SynLanes& s,
-                                   bool& ovf) {
+[[gnu::always_inline]] inline std::int64_t syn_step_lanes(const std::int64_t* c, __m128i cv, const Word16* x,
+                                                          Word16* out, SynLanes& s, bool& ovf) {
     __m128i m = _mm_madd_epi16(s.w, cv);
     m = _mm_add_epi32(m, _mm_shuffle_epi32(m, 0x4e));
     m = _mm_add_epi32(m, _mm_shuffle_epi32(m, 0xb1));
-    const std::int64_t acc = c[0] * x[K] - _mm_cvtsi128_si32(m) - c[2] * s.y2 - c[1] * s.y1;
-    std::int64_t o;
-    // 2 acc outside [-2^28, 2^28): L_shl saturates; 16 acc + 0x8000 above
-    // MAX_32: the rounding saturates.
-    if (acc < -0x08000000 || acc > 0x07fff7ff) [[unlikely]] {
+    const std::int64_t older = c[0] * x[K] + 0x800 - _mm_cvtsi128_si32(m) - c[3] * s.y3 - c[2] * s.y2;
+    const std::int64_t t = older - c[1] * s.y1;  // acc + 0x800
+    std::int64_t o = t >> 12;
+    if (t < -0x07fff800 || t > 0x07ffffff) [[unlikely]] {
         ovf = true;
-        o = acc > 0 ? MAX_16 : MIN_16;
-    } else {
-        o = (acc * 16 + 0x8000) >> 16;
+        o = t > 0 ? MAX_16 : MIN_16;
     }
-    s.w = _mm_insert_epi16(_mm_slli_si128(s.w, 2), static_cast<int>(s.y2), 0);
+    s.w = _mm_insert_epi16(_mm_slli_si128(s.w, 2), static_cast<int>(s.y3), 0);
+    s.y3 = s.y2;
     s.y2 = s.y1;
     s.y1 = o;
     out[K] = static_cast<Word16>(o);
@@ -231,8 +239,8 @@ template <bool kTrack, std::size_t... K>
 template <bool kTrack>
 inline int syn_blocks_lanes(const Word16* a, SynBound& b, const Word16* x, Word16* y, int lg, Word16* prev,
                             bool& ovf) {
-    const std::int64_t c[3] = {a[0], a[1], a[2]};
-    const __m128i cv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a + 3));
+    const std::int64_t c[4] = {a[0], a[1], a[2], a[3]};
+    const __m128i cv = syn_lane_coefficients(a);
     SynLanes s = syn_lanes_from(prev);
     int i = 0;
     for (; i + kOrder <= lg; i += kOrder) {
