@@ -15,6 +15,7 @@
 
 #include "amr/dec_excitation.h"
 #include "amr/dec_lpc.h"
+#include "amr/dec_param.h"
 #include "amr/dec_pitch.h"
 #include "amr/dec_post.h"
 
@@ -418,3 +419,21 @@ TEST(AmrDecBounds, PreemphasisIsTheChain) {
 }
 
 }  // namespace
+
+TEST(AmrDecBounds, PackedBitsToParamIsTheSerialForm) {
+    std::mt19937 g(7);
+    std::uniform_int_distribution<int> pick(0, 3);
+    for (int mode = 0; mode <= MRDTX; mode++)
+        for (int trial = 0; trial < 200; trial++) {
+            // Words 0 and 1 mostly, some other nonzero values (read as 1), some frames all zero or all one.
+            V16 bits(kSerialBits);
+            for (auto& b : bits) {
+                const int c = pick(g);
+                b = static_cast<std::int16_t>(trial == 0 ? 0 : trial == 1 ? 1 : c < 2 ? c : c == 2 ? -32768 : 0x100);
+            }
+            std::array<Word16, kMaxPrm> fast{}, ref{};
+            bits2prm(mode, bits.data(), fast.data());
+            bits2prm_serial(mode, bits.data(), ref.data());
+            ASSERT_EQ(fast, ref) << "mode " << mode << " trial " << trial;
+        }
+}

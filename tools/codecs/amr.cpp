@@ -542,7 +542,13 @@ private:
         if (!in.read_exact(packed, static_cast<std::size_t>(kBytes[ft]), "frame"))
             throw CodecError("truncated frame at byte " + std::to_string(at) + ": the ToC byte has no frame bits");
         const std::uint8_t* sort = kSort[ft];
-        for (int k = 0; k < kBits[ft]; k++) serial_[sort[k]] = static_cast<Zep16s>((packed[k >> 3] >> (7 - (k & 7))) & 1);
+        const int nbits = kBits[ft];
+        int k = 0;
+        for (; k + 8 <= nbits; k += 8) {  // a whole byte at a time, MSB first
+            const unsigned byte = packed[k >> 3];
+            for (int b = 0; b < 8; b++) serial_[sort[k + b]] = static_cast<Zep16s>((byte >> (7 - b)) & 1);
+        }
+        for (; k < nbits; k++) serial_[sort[k]] = static_cast<Zep16s>((packed[k >> 3] >> (7 - (k & 7))) & 1);
         if (ft == 8) {
             const std::uint8_t last = packed[4];  // bits 32..39: 3 SID bits, STI, mode indication
             const bool sti = (last & 0x10) != 0;
