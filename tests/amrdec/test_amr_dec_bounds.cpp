@@ -437,3 +437,16 @@ TEST(AmrDecBounds, PackedBitsToParamIsTheSerialForm) {
             ASSERT_EQ(fast, ref) << "mode " << mode << " trial " << trial;
         }
 }
+
+TEST(AmrDecBounds, MagnitudeMaxIsTheScalarForm) {
+    std::mt19937 g(11);
+    const std::int16_t peaks[] = {0, 1, -1, 32767, -32767, -32768};
+    for (int n = 0; n <= 60; n++)
+        for (std::int32_t amp : kAmps)
+            for (int at = 0; at < n; at += 3)
+                for (std::int16_t peak : peaks) {
+                    V16 x = noise(g, n + 1, amp);
+                    x[static_cast<std::size_t>(at)] = peak;
+                    ASSERT_EQ(mag_max(x.data(), n), mag_max_scalar(x.data(), n)) << n << " " << amp << " " << at;
+                }
+}
