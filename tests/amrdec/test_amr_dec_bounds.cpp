@@ -450,3 +450,19 @@ TEST(AmrDecBounds, MagnitudeMaxIsTheScalarForm) {
                     ASSERT_EQ(mag_max(x.data(), n), mag_max_scalar(x.data(), n)) << n << " " << amp << " " << at;
                 }
 }
+
+TEST(AmrDecBounds, LsfDeviationIsTheChain) {
+    std::mt19937 g(13);
+    std::uniform_int_distribution<int> any(-32768, 32767), pos(1, 32767);
+    const std::int16_t edges[] = {-32768, -32767, -16385, -16384, -1, 0, 1, 2, 3, 8191, 8192, 16383, 16384, 32766, 32767};
+    auto check = [](std::int16_t lsp, std::int16_t aver) {
+        ASSERT_EQ(lsf_deviation(lsp, aver), lsf_deviation_chain(lsp, aver)) << lsp << " " << aver;
+    };
+    for (std::int16_t lsp : edges)
+        for (std::int16_t aver : edges) check(lsp, aver);
+    for (int k = 0; k < 200000; k++) {
+        const auto aver = static_cast<std::int16_t>(k % 4 == 0 ? (1 << (k / 4 % 15)) + (k / 64 % 3) - 1 : pos(g));
+        const int near = aver + (any(g) >> (k % 16));
+        check(static_cast<std::int16_t>(k % 2 == 0 ? std::clamp(near, -32768, 32767) : any(g)), aver);
+    }
+}
