@@ -136,6 +136,32 @@ inline void ph_disp(PhDispState& st, Word16 mode, Word16* x, Word16 cbGain, Word
     excitation_mix(x, inno, pitch_fac, cbGain, tmp_shift, kLSubfr);
 }
 
+/// One term of Cb_gain_average's LSF deviation, |aver - lsp| / aver in Q13,
+/// with the reference's operators (the baseline of lsf_deviation).
+inline Word16 lsf_deviation_chain(Word16 lsp, Word16 aver) {
+    Word16 tmp1 = abs_s(sub(aver, lsp));
+    const Word16 shift1 = sub(norm_s(tmp1), 1);
+    tmp1 = shl(tmp1, shift1);
+    const Word16 shift2 = norm_s(aver);
+    const Word16 tmp2 = shl(aver, shift2);
+    const Word16 q = div_s(tmp1, tmp2);
+    const Word16 shift = sub(add(2, shift1), shift2);
+    return shift >= 0 ? shr(q, shift) : shl(q, negate(shift));
+}
+
+/// lsf_deviation_chain as one division: the normalised numerator d 2^s1 (d >> 1
+/// when d >= 16384, s1 = -1) is below the normalised aver 2^s2, so div_s is
+/// floor(num 2^15 / den), and a right shift by 2 + s1 - s2 >= 0 of it is
+/// floor(d 2^13 / aver) (floor((d >> 1) 2^14 / aver) when s1 = -1). A left
+/// shift (2 + s1 < s2) keeps the reference's operators.
+inline Word16 lsf_deviation(Word16 lsp, Word16 aver) {
+    const Word16 d = abs_s(sub(aver, lsp));
+    const int s1 = norm_s(d) - 1;
+    if (aver <= 0 || 2 + s1 < norm_s(aver)) return lsf_deviation_chain(lsp, aver);
+    const std::int32_t num = s1 < 0 ? (std::int32_t{d} >> 1) << 14 : std::int32_t{d} << 13;
+    return static_cast<Word16>(num / aver);
+}
+
 /// Cb_gain_average: smoothed code gain in stationary background noise
 /// (MR475 .. MR67 and MR102; the caller keeps gain_code for the others).
 inline Word16 cb_gain_average(CbGainAverageState& st, Word16 mode, Word16 gain_code, const Word16* lsp,
@@ -147,14 +173,7 @@ inline Word16 cb_gain_average(CbGainAverageState& st, Word16 mode, Word16 gain_c
     st.cbGainHistory[kHist - 1] = gain_code;
     Word16 diff = 0;
     for (int i = 0; i < kM; i++) {
-        Word16 tmp1 = abs_s(sub(lspAver[i], lsp[i]));
-        const Word16 shift1 = sub(norm_s(tmp1), 1);
-        tmp1 = shl(tmp1, shift1);
-        const Word16 shift2 = norm_s(lspAver[i]);
-        const Word16 tmp2 = shl(lspAver[i], shift2);
-        Word16 q = div_s(tmp1, tmp2);
-        const Word16 shift = sub(add(2, shift1), shift2);
-        q = shift >= 0 ? shr(q, shift) : shl(q, negate(shift));
+        const Word16 q = lsf_deviation(lsp[i], lspAver[i]);
         diff = i == 0 ? q : add(diff, q);
     }
     if (diff > 5325) st.hangVar = add(st.hangVar, 1);

@@ -29,11 +29,39 @@ inline std::int32_t mag_sum(const Word16* a, int n) {
     return s;
 }
 
-/// max |x[0..n-1]| (0 for n <= 0).
-inline std::int32_t mag_max(const Word16* x, int n) {
+/// max |x[0..n-1]| (0 for n <= 0), one sample at a time (the baseline of mag_max).
+inline std::int32_t mag_max_scalar(const Word16* x, int n) {
     std::int32_t m = 0;
     for (int i = 0; i < n; i++) m = m > mag(x[i]) ? m : mag(x[i]);
     return m;
+}
+
+#if defined(__SSSE3__)
+/// mag_max eight samples at a time (n >= 8): pabsw leaves -32768 as 0x8000,
+/// which is 32768 read unsigned; flipping the top bit turns the unsigned
+/// order into pmaxsw's signed one. The last block may overlap the one before.
+inline std::int32_t mag_max_lanes(const Word16* x, int n) {
+    const __m128i top = _mm_set1_epi16(MIN_16);
+    __m128i m = top;  // 0 biased
+    auto take = [&](int i) {
+        const __m128i v = _mm_abs_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i)));
+        m = _mm_max_epi16(m, _mm_xor_si128(v, top));
+    };
+    for (int i = 0; i + 8 <= n; i += 8) take(i);
+    if (n % 8 != 0) take(n - 8);
+    m = _mm_max_epi16(m, _mm_shuffle_epi32(m, 0x4E));
+    m = _mm_max_epi16(m, _mm_shuffle_epi32(m, 0xB1));
+    m = _mm_max_epi16(m, _mm_shufflelo_epi16(m, 0xB1));
+    return static_cast<std::uint16_t>(_mm_cvtsi128_si32(m) ^ 0x8000);
+}
+#endif
+
+/// max |x[0..n-1]| (0 for n <= 0).
+inline std::int32_t mag_max(const Word16* x, int n) {
+#if defined(__SSSE3__)
+    if (n >= 8) return mag_max_lanes(x, n);
+#endif
+    return mag_max_scalar(x, n);
 }
 
 /// True when 2 * weight * m cannot exceed MAX_32: a chain whose terms have

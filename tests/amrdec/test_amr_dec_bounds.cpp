@@ -15,6 +15,7 @@
 
 #include "amr/dec_excitation.h"
 #include "amr/dec_lpc.h"
+#include "amr/dec_param.h"
 #include "amr/dec_pitch.h"
 #include "amr/dec_post.h"
 
@@ -418,3 +419,50 @@ TEST(AmrDecBounds, PreemphasisIsTheChain) {
 }
 
 }  // namespace
+
+TEST(AmrDecBounds, PackedBitsToParamIsTheSerialForm) {
+    std::mt19937 g(7);
+    std::uniform_int_distribution<int> pick(0, 3);
+    for (int mode = 0; mode <= MRDTX; mode++)
+        for (int trial = 0; trial < 200; trial++) {
+            // Words 0 and 1 mostly, some other nonzero values (read as 1), some frames all zero or all one.
+            V16 bits(kSerialBits);
+            for (auto& b : bits) {
+                const int c = pick(g);
+                b = static_cast<std::int16_t>(trial == 0 ? 0 : trial == 1 ? 1 : c < 2 ? c : c == 2 ? -32768 : 0x100);
+            }
+            std::array<Word16, kMaxPrm> fast{}, ref{};
+            bits2prm(mode, bits.data(), fast.data());
+            bits2prm_serial(mode, bits.data(), ref.data());
+            ASSERT_EQ(fast, ref) << "mode " << mode << " trial " << trial;
+        }
+}
+
+TEST(AmrDecBounds, MagnitudeMaxIsTheScalarForm) {
+    std::mt19937 g(11);
+    const std::int16_t peaks[] = {0, 1, -1, 32767, -32767, -32768};
+    for (int n = 0; n <= 60; n++)
+        for (std::int32_t amp : kAmps)
+            for (int at = 0; at < n; at += 3)
+                for (std::int16_t peak : peaks) {
+                    V16 x = noise(g, n + 1, amp);
+                    x[static_cast<std::size_t>(at)] = peak;
+                    ASSERT_EQ(mag_max(x.data(), n), mag_max_scalar(x.data(), n)) << n << " " << amp << " " << at;
+                }
+}
+
+TEST(AmrDecBounds, LsfDeviationIsTheChain) {
+    std::mt19937 g(13);
+    std::uniform_int_distribution<int> any(-32768, 32767), pos(1, 32767);
+    const std::int16_t edges[] = {-32768, -32767, -16385, -16384, -1, 0, 1, 2, 3, 8191, 8192, 16383, 16384, 32766, 32767};
+    auto check = [](std::int16_t lsp, std::int16_t aver) {
+        ASSERT_EQ(lsf_deviation(lsp, aver), lsf_deviation_chain(lsp, aver)) << lsp << " " << aver;
+    };
+    for (std::int16_t lsp : edges)
+        for (std::int16_t aver : edges) check(lsp, aver);
+    for (int k = 0; k < 200000; k++) {
+        const auto aver = static_cast<std::int16_t>(k % 4 == 0 ? (1 << (k / 4 % 15)) + (k / 64 % 3) - 1 : pos(g));
+        const int near = aver + (any(g) >> (k % 16));
+        check(static_cast<std::int16_t>(k % 2 == 0 ? std::clamp(near, -32768, 32767) : any(g)), aver);
+    }
+}

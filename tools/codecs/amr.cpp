@@ -346,6 +346,20 @@ private:
         }
     }
 
+    /// excp = round(L_mult(mult(exc, pit_sharp), gain_pit) >> down) for pit_sharp > 0. Then
+    /// |mult(exc, pit_sharp)| <= 32767, so unless gain_pit is -32768 the doubled product
+    /// stays below 2^31 - 2^15 in magnitude: no saturation anywhere, plain integers.
+    static void sharpened_excitation(const Zep16s* exc, Zep16s* excp, Zep16s pit_sharp, Zep16s gain_pit, int down) {
+        if (gain_pit == -32768) {
+            for (int i = 0; i < kSubfr; i++) excp[i] = round16(L_mult(mult(exc[i], pit_sharp), gain_pit) >> down);
+            return;
+        }
+        for (int i = 0; i < kSubfr; i++) {
+            const std::int32_t m = (exc[i] * pit_sharp) >> 15;
+            excp[i] = static_cast<Zep16s>(((2 * m * gain_pit >> down) + 0x8000) >> 16);
+        }
+    }
+
     void subframe(int mode, int sf, bool relative, Zep16s even, Zep16s bfi, Zep16s pdfi, const Zep16s* prev_lsf,
                   Zep16s*& parm, Zep16s& index_mr475, Zep16s& t0, const Zep16s* az, Zep16s* synth) {
         const std::int32_t rate = kRate[mode];
@@ -396,12 +410,7 @@ private:
         if (mode != 0 || even == 0) sharp_ = gain_pit > kSharpMax ? kSharpMax : gain_pit;
         pit_sharp = shl1(pit_sharp);
         Zep16s excp[kSubfr];
-        if (pit_sharp > 16384)
-            for (int i = 0; i < kSubfr; i++) {
-                Zep32s t = L_mult(mult(exc[i], pit_sharp), gain_pit);
-                if (mode == 7) t >>= 1;
-                excp[i] = round16(t);
-            }
+        if (pit_sharp > 16384) sharpened_excitation(exc, excp, pit_sharp, gain_pit, mode == 7 ? 1 : 0);
         if (bfi == 0) {
             std::copy(ltp_gain_hist_ + 1, ltp_gain_hist_ + 9, ltp_gain_hist_);
             ltp_gain_hist_[8] = gain_pit;
@@ -542,7 +551,13 @@ private:
         if (!in.read_exact(packed, static_cast<std::size_t>(kBytes[ft]), "frame"))
             throw CodecError("truncated frame at byte " + std::to_string(at) + ": the ToC byte has no frame bits");
         const std::uint8_t* sort = kSort[ft];
-        for (int k = 0; k < kBits[ft]; k++) serial_[sort[k]] = static_cast<Zep16s>((packed[k >> 3] >> (7 - (k & 7))) & 1);
+        const int nbits = kBits[ft];
+        int k = 0;
+        for (; k + 8 <= nbits; k += 8) {  // a whole byte at a time, MSB first
+            const unsigned byte = packed[k >> 3];
+            for (int b = 0; b < 8; b++) serial_[sort[k + b]] = static_cast<Zep16s>((byte >> (7 - b)) & 1);
+        }
+        for (; k < nbits; k++) serial_[sort[k]] = static_cast<Zep16s>((packed[k >> 3] >> (7 - (k & 7))) & 1);
         if (ft == 8) {
             const std::uint8_t last = packed[4];  // bits 32..39: 3 SID bits, STI, mode indication
             const bool sti = (last & 0x10) != 0;
