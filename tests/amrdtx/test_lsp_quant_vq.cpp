@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <vector>
 
 #include "amr/amr_dtx_tables.h"
 #include "amr/lsp_quant_lsf.h"
@@ -39,6 +40,14 @@ void expect_same_choice(const Book& b, zeps::test::Rng& rng, int trials) {
         const int ref = vq_search_ref<N>(r, b.dico, wf, b.size, b.stride, b.signed_rows);
         ASSERT_EQ(vq_search<N>(r, b.dico, wf, b.size, b.stride, b.signed_rows, true), ref) << "trial " << t;
         ASSERT_EQ(vq_search<N>(r, b.dico, wf, b.size, b.stride, b.signed_rows, false), ref) << "trial " << t;
+        if (t % 8 == 0) {  // every row's score, either sign
+            std::vector<std::uint32_t> fast(static_cast<std::size_t>(b.size * b.stride)), plain(fast.size());
+            for (int sign = 1; sign >= -1; sign -= 2) {
+                vq_scores<N>(r, b.dico, wf, b.size * b.stride, sign, fast.data());
+                vq_scores_scalar<N>(r, b.dico, wf, b.size * b.stride, sign, plain.data());
+                ASSERT_EQ(fast, plain) << "trial " << t << " sign " << sign;
+            }
+        }
     }
 }
 
