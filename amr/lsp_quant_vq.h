@@ -17,6 +17,7 @@
 #include <tmmintrin.h>
 #endif
 
+#include <bit>
 #include <cstdint>
 
 #include "common/basic_op.h"
@@ -71,6 +72,71 @@ inline int vq_first_min(const std::uint32_t* s, int n) {
     }
     return best;
 }
+
+#if defined(__SSSE3__)
+/// The running minimum m (biased by 2^31 so that the signed compare orders
+/// unsigned scores) lowered by the scores s[0 .. n - n % 4).
+inline __m128i vq_min4(const std::uint32_t* s, int n, __m128i m) {
+    const __m128i bias = _mm_set1_epi32(static_cast<int>(0x80000000u));
+    for (int i = 0; i + 4 <= n; i += 4) {
+        const __m128i v = _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i)), bias);
+        const __m128i gt = _mm_cmpgt_epi32(m, v);
+        m = _mm_or_si128(_mm_and_si128(gt, v), _mm_andnot_si128(gt, m));
+    }
+    return m;
+}
+
+/// The smallest of the scores below 2^30 (2^30 when none): vq_min4's lanes and the tail.
+inline std::uint32_t vq_min(const std::uint32_t* s, int n, __m128i m) {
+    alignas(16) std::uint32_t l[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(l), _mm_xor_si128(m, _mm_set1_epi32(static_cast<int>(0x80000000u))));
+    std::uint32_t v = 0x40000000u;
+    for (const std::uint32_t x : l) v = x < v ? x : v;
+    for (int i = n - n % 4; i < n; i++) v = s[i] < v ? s[i] : v;
+    return v;
+}
+
+/// Lanes of s[i..i+3] equal to v, one bit each.
+inline int vq_equal4(const std::uint32_t* s, int i, std::uint32_t v) {
+    const __m128i e = _mm_cmpeq_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i)),
+                                      _mm_set1_epi32(static_cast<int>(v)));
+    return _mm_movemask_ps(_mm_castsi128_ps(e));
+}
+
+/// vq_first_min in two passes: the minimum in lanes, then its first position.
+inline int vq_first_min_lanes(const std::uint32_t* s, int n) {
+    const std::uint32_t v = vq_min(s, n, vq_min4(s, n, _mm_set1_epi32(static_cast<int>(0x40000000u ^ 0x80000000u))));
+    if (v >= 0x40000000u) return 0;
+    int i = 0;
+    for (; i + 4 <= n; i += 4)
+        if (const int m = vq_equal4(s, i, v)) return i + std::countr_zero(static_cast<unsigned>(m));
+    for (; i < n; i++)
+        if (s[i] == v) return i;
+    return 0;
+}
+
+/// vq_first_min over the candidates pos[0], neg[0], pos[1], neg[1], ...
+/// without interleaving them: 2 i for pos[i], 2 i + 1 for neg[i].
+inline int vq_first_min_pairs_lanes(const std::uint32_t* pos, const std::uint32_t* neg, int n) {
+    const __m128i start = _mm_set1_epi32(static_cast<int>(0x40000000u ^ 0x80000000u));
+    const std::uint32_t vp = vq_min(pos, n, vq_min4(pos, n, start)), vn = vq_min(neg, n, vq_min4(neg, n, start));
+    const std::uint32_t v = vp < vn ? vp : vn;
+    if (v >= 0x40000000u) return 0;
+    int i = 0;
+    for (; i + 4 <= n; i += 4) {
+        const int mp = vq_equal4(pos, i, v), mn = vq_equal4(neg, i, v);
+        if ((mp | mn) != 0) {
+            const int j = i + std::countr_zero(static_cast<unsigned>(mp | mn));
+            return pos[j] == v ? 2 * j : 2 * j + 1;
+        }
+    }
+    for (; i < n; i++) {
+        if (pos[i] == v) return 2 * i;
+        if (neg[i] == v) return 2 * i + 1;
+    }
+    return 0;
+}
+#endif
 
 /// Scores of `count` consecutive N-wide rows, plain scalar code.
 template <int N>
@@ -172,6 +238,19 @@ inline int vq_search(const Word16* r, const Word16* dico, const Word16* wf, int 
     constexpr int kMaxRows = 512;
     std::uint32_t s[2 * kMaxRows];
     const auto scores = simd ? vq_scores<N> : vq_scores_scalar<N>;
+#if defined(__SSSE3__)
+    if (simd) {
+        if (signed_rows) {
+            std::uint32_t s_neg[kMaxRows];
+            vq_scores<N>(r, dico, wf, size, +1, s);
+            vq_scores<N>(r, dico, wf, size, -1, s_neg);
+            return vq_first_min_pairs_lanes(s, s_neg, size);
+        }
+        vq_scores<N>(r, dico, wf, size * stride, +1, s);
+        for (int i = 1; i < size && stride > 1; i++) s[i] = s[i * stride];
+        return vq_first_min_lanes(s, size);
+    }
+#endif
     if (signed_rows) {
         std::uint32_t s_neg[kMaxRows];
         scores(r, dico, wf, size, +1, s + size);
