@@ -88,7 +88,7 @@ inline __m128i vq_min4(const std::uint32_t* s, int n, __m128i m) {
 
 /// The smallest of the scores below 2^30 (2^30 when none): vq_min4's lanes and the tail.
 inline std::uint32_t vq_min(const std::uint32_t* s, int n, __m128i m) {
-    alignas(16) std::uint32_t l[4];
+    alignas(16) std::uint32_t l[4] = {};
     _mm_store_si128(reinterpret_cast<__m128i*>(l), _mm_xor_si128(m, _mm_set1_epi32(static_cast<int>(0x80000000u))));
     std::uint32_t v = 0x40000000u;
     for (const std::uint32_t x : l) v = x < v ? x : v;
@@ -158,7 +158,7 @@ inline __m128i vq_temp8(__m128i r, __m128i w, __m128i x, int sign) {
 /// pshufb control taking, for lane j, value k of 3-wide row j of eight
 /// rows held in three registers, where it lies in register m (zero elsewhere).
 inline __m128i column3_mask(int k, int m) {
-    alignas(16) std::int8_t b[16];
+    alignas(16) std::int8_t b[16] = {};
     for (int j = 0; j < 8; j++) {
         const int e = 3 * j + k;
         const bool in = e / 8 == m;

@@ -66,7 +66,7 @@ inline void doubled_lag_dots(const Word16* sig, int n, int lag_max, int lag_min,
             a3 = _mm_add_epi32(a3, _mm_madd_epi16(x, _mm_loadu_si128(reinterpret_cast<const __m128i*>(y + 3))));
         }
         // lanes: the sums of lags t, t-1, t-2, t-3
-        alignas(16) std::int32_t s[4];
+        alignas(16) std::int32_t s[4] = {};
         _mm_store_si128(reinterpret_cast<__m128i*>(s), _mm_hadd_epi32(_mm_hadd_epi32(a0, a1), _mm_hadd_epi32(a2, a3)));
         for (; i < n; ++i)
             for (int k = 0; k < 4; ++k) s[k] += std::int32_t{sig[i]} * sig[i - t + k];
