@@ -17,6 +17,7 @@
 #include <tmmintrin.h>
 #endif
 
+#include <bit>
 #include <cstdint>
 
 #include "common/basic_op.h"
@@ -72,6 +73,71 @@ inline int vq_first_min(const std::uint32_t* s, int n) {
     return best;
 }
 
+#if defined(__SSSE3__)
+/// The running minimum m (biased by 2^31 so that the signed compare orders
+/// unsigned scores) lowered by the scores s[0 .. n - n % 4).
+inline __m128i vq_min4(const std::uint32_t* s, int n, __m128i m) {
+    const __m128i bias = _mm_set1_epi32(static_cast<int>(0x80000000u));
+    for (int i = 0; i + 4 <= n; i += 4) {
+        const __m128i v = _mm_xor_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i)), bias);
+        const __m128i gt = _mm_cmpgt_epi32(m, v);
+        m = _mm_or_si128(_mm_and_si128(gt, v), _mm_andnot_si128(gt, m));
+    }
+    return m;
+}
+
+/// The smallest of the scores below 2^30 (2^30 when none): vq_min4's lanes and the tail.
+inline std::uint32_t vq_min(const std::uint32_t* s, int n, __m128i m) {
+    alignas(16) std::uint32_t l[4] = {};
+    _mm_store_si128(reinterpret_cast<__m128i*>(l), _mm_xor_si128(m, _mm_set1_epi32(static_cast<int>(0x80000000u))));
+    std::uint32_t v = 0x40000000u;
+    for (const std::uint32_t x : l) v = x < v ? x : v;
+    for (int i = n - n % 4; i < n; i++) v = s[i] < v ? s[i] : v;
+    return v;
+}
+
+/// Lanes of s[i..i+3] equal to v, one bit each.
+inline int vq_equal4(const std::uint32_t* s, int i, std::uint32_t v) {
+    const __m128i e = _mm_cmpeq_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i)),
+                                      _mm_set1_epi32(static_cast<int>(v)));
+    return _mm_movemask_ps(_mm_castsi128_ps(e));
+}
+
+/// vq_first_min in two passes: the minimum in lanes, then its first position.
+inline int vq_first_min_lanes(const std::uint32_t* s, int n) {
+    const std::uint32_t v = vq_min(s, n, vq_min4(s, n, _mm_set1_epi32(static_cast<int>(0x40000000u ^ 0x80000000u))));
+    if (v >= 0x40000000u) return 0;
+    int i = 0;
+    for (; i + 4 <= n; i += 4)
+        if (const int m = vq_equal4(s, i, v)) return i + std::countr_zero(static_cast<unsigned>(m));
+    for (; i < n; i++)
+        if (s[i] == v) return i;
+    return 0;
+}
+
+/// vq_first_min over the candidates pos[0], neg[0], pos[1], neg[1], ...
+/// without interleaving them: 2 i for pos[i], 2 i + 1 for neg[i].
+inline int vq_first_min_pairs_lanes(const std::uint32_t* pos, const std::uint32_t* neg, int n) {
+    const __m128i start = _mm_set1_epi32(static_cast<int>(0x40000000u ^ 0x80000000u));
+    const std::uint32_t vp = vq_min(pos, n, vq_min4(pos, n, start)), vn = vq_min(neg, n, vq_min4(neg, n, start));
+    const std::uint32_t v = vp < vn ? vp : vn;
+    if (v >= 0x40000000u) return 0;
+    int i = 0;
+    for (; i + 4 <= n; i += 4) {
+        const int mp = vq_equal4(pos, i, v), mn = vq_equal4(neg, i, v);
+        if ((mp | mn) != 0) {
+            const int j = i + std::countr_zero(static_cast<unsigned>(mp | mn));
+            return pos[j] == v ? 2 * j : 2 * j + 1;
+        }
+    }
+    for (; i < n; i++) {
+        if (pos[i] == v) return 2 * i;
+        if (neg[i] == v) return 2 * i + 1;
+    }
+    return 0;
+}
+#endif
+
 /// Scores of `count` consecutive N-wide rows, plain scalar code.
 template <int N>
 inline void vq_scores_scalar(const Word16* r, const Word16* rows, const Word16* wf, int count, int sign,
@@ -89,9 +155,24 @@ inline __m128i vq_temp8(__m128i r, __m128i w, __m128i x, int sign) {
     return _mm_or_si128(_mm_slli_epi16(hi, 1), _mm_srli_epi16(lo, 15));
 }
 
+/// pshufb control taking, for lane j, value k of 3-wide row j of eight
+/// rows held in three registers, where it lies in register m (zero elsewhere).
+inline __m128i column3_mask(int k, int m) {
+    alignas(16) std::int8_t b[16] = {};
+    for (int j = 0; j < 8; j++) {
+        const int e = 3 * j + k;
+        const bool in = e / 8 == m;
+        b[2 * j] = static_cast<std::int8_t>(in ? 2 * (e % 8) : -128);
+        b[2 * j + 1] = static_cast<std::int8_t>(in ? 2 * (e % 8) + 1 : -128);
+    }
+    return _mm_load_si128(reinterpret_cast<const __m128i*>(b));
+}
+
 /// Scores of `count` consecutive rows, SSSE3: 4-wide rows two to a
 /// register (pmaddwd pairs the squares, phaddd completes each row), 3-wide
-/// rows eight to three registers; the rest in scalar code. Same results as
+/// rows eight to three registers split into their columns (the sum of the
+/// three squares is below 2^32, so pmaddwd's wrap of 2 * 32768^2 is the
+/// unsigned value); the rest in scalar code. Same results as
 /// vq_scores_scalar for weights above -32768.
 template <int N>
 inline void vq_scores(const Word16* r, const Word16* rows, const Word16* wf, int count, int sign, std::uint32_t* s) {
@@ -108,29 +189,32 @@ inline void vq_scores(const Word16* r, const Word16* rows, const Word16* wf, int
             _mm_storeu_si128(reinterpret_cast<__m128i*>(s + i), sums);
         }
     } else {
-        __m128i rr[3], ww[3];
+        // Eight rows are three registers; pshufb splits them into the rows'
+        // first, second and third values (cols[k] lane j = rows[3 j + k]).
+        __m128i mask[3][3], rk[3], wk[3];
         for (int k = 0; k < 3; k++) {
-            Word16 rv[8], wv[8];
-            for (int l = 0; l < 8; l++) {
-                rv[l] = r[(8 * k + l) % 3];
-                wv[l] = wf[(8 * k + l) % 3];
-            }
-            rr[k] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(rv));
-            ww[k] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(wv));
+            rk[k] = _mm_set1_epi16(r[k]);
+            wk[k] = _mm_set1_epi16(wf[k]);
+            for (int m = 0; m < 3; m++) mask[k][m] = column3_mask(k, m);
         }
         const __m128i zero = _mm_setzero_si128();
         for (; i + 8 <= count; i += 8) {
-            alignas(16) std::uint32_t sq[24];
+            const auto* p = reinterpret_cast<const __m128i*>(rows + 3 * i);
+            const __m128i v[3] = {_mm_loadu_si128(p), _mm_loadu_si128(p + 1), _mm_loadu_si128(p + 2)};
+            __m128i t[3];
             for (int k = 0; k < 3; k++) {
-                const auto* p = reinterpret_cast<const __m128i*>(rows + 3 * i) + k;
-                const __m128i t = vq_temp8(rr[k], ww[k], _mm_loadu_si128(p), sign);
-                const __m128i t_lo = _mm_unpacklo_epi16(t, zero), t_hi = _mm_unpackhi_epi16(t, zero);
-                // (t, 0) pairs: pmaddwd gives t * t per 32-bit lane (t's sign
-                // is kept because the zero half does not contribute).
-                _mm_store_si128(reinterpret_cast<__m128i*>(sq + 8 * k), _mm_madd_epi16(t_lo, t_lo));
-                _mm_store_si128(reinterpret_cast<__m128i*>(sq + 8 * k + 4), _mm_madd_epi16(t_hi, t_hi));
+                const __m128i col = _mm_or_si128(
+                    _mm_or_si128(_mm_shuffle_epi8(v[0], mask[k][0]), _mm_shuffle_epi8(v[1], mask[k][1])),
+                    _mm_shuffle_epi8(v[2], mask[k][2]));
+                t[k] = vq_temp8(rk[k], wk[k], col, sign);
             }
-            for (int j = 0; j < 8; j++) s[i + j] = sq[3 * j] + sq[3 * j + 1] + sq[3 * j + 2];
+            // t0^2 + t1^2 by one pmaddwd (modulo 2^32, as the unsigned sum), t2^2 with a zero partner
+            const __m128i lo = _mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(t[0], t[1]), _mm_unpacklo_epi16(t[0], t[1])),
+                                             _mm_madd_epi16(_mm_unpacklo_epi16(t[2], zero), _mm_unpacklo_epi16(t[2], zero)));
+            const __m128i hi = _mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(t[0], t[1]), _mm_unpackhi_epi16(t[0], t[1])),
+                                             _mm_madd_epi16(_mm_unpackhi_epi16(t[2], zero), _mm_unpackhi_epi16(t[2], zero)));
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(s + i), lo);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(s + i + 4), hi);
         }
     }
     vq_scores_scalar<N>(r, rows + N * i, wf, count - i, sign, s + i);
@@ -154,6 +238,19 @@ inline int vq_search(const Word16* r, const Word16* dico, const Word16* wf, int 
     constexpr int kMaxRows = 512;
     std::uint32_t s[2 * kMaxRows];
     const auto scores = simd ? vq_scores<N> : vq_scores_scalar<N>;
+#if defined(__SSSE3__)
+    if (simd) {
+        if (signed_rows) {
+            std::uint32_t s_neg[kMaxRows];
+            vq_scores<N>(r, dico, wf, size, +1, s);
+            vq_scores<N>(r, dico, wf, size, -1, s_neg);
+            return vq_first_min_pairs_lanes(s, s_neg, size);
+        }
+        vq_scores<N>(r, dico, wf, size * stride, +1, s);
+        for (int i = 1; i < size && stride > 1; i++) s[i] = s[i * stride];
+        return vq_first_min_lanes(s, size);
+    }
+#endif
     if (signed_rows) {
         std::uint32_t s_neg[kMaxRows];
         scores(r, dico, wf, size, +1, s + size);

@@ -12,6 +12,7 @@
 #include <cstdint>
 
 #include "amr/amr_vad_tables.h"
+#include "amr/ol_corr_lanes.h"
 #include "amr/pitch_ol.h"
 #include "common/fixed_math.h"
 
@@ -98,7 +99,11 @@ void scale_signal(const Word16* signal, int L_frame, Scaled& s) {
 
 /// corr[t] = <sig[n], sig[n-t]> for t = lag_min..lag_max (comp_corr).
 void comp_corr(const Scaled& s, int L_frame, int lag_max, int lag_min, Word32* corr) {
-    for (int t = lag_max; t >= lag_min; --t) corr[t] = mac_sum(s.sig, s.sig - t, L_frame, s.exact);
+    if (s.exact) {
+        doubled_lag_dots(s.sig, L_frame, lag_max, lag_min, corr);
+        return;
+    }
+    for (int t = lag_max; t >= lag_min; --t) corr[t] = mac_sum(s.sig, s.sig - t, L_frame, false);
 }
 
 /// Largest high-pass filtered correlation, normalised by the high-pass

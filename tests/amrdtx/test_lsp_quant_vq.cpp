@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <vector>
 
 #include "amr/amr_dtx_tables.h"
 #include "amr/lsp_quant_lsf.h"
@@ -39,6 +40,14 @@ void expect_same_choice(const Book& b, zeps::test::Rng& rng, int trials) {
         const int ref = vq_search_ref<N>(r, b.dico, wf, b.size, b.stride, b.signed_rows);
         ASSERT_EQ(vq_search<N>(r, b.dico, wf, b.size, b.stride, b.signed_rows, true), ref) << "trial " << t;
         ASSERT_EQ(vq_search<N>(r, b.dico, wf, b.size, b.stride, b.signed_rows, false), ref) << "trial " << t;
+        if (t % 8 == 0) {  // every row's score, either sign
+            std::vector<std::uint32_t> fast(static_cast<std::size_t>(b.size * b.stride)), plain(fast.size());
+            for (int sign = 1; sign >= -1; sign -= 2) {
+                vq_scores<N>(r, b.dico, wf, b.size * b.stride, sign, fast.data());
+                vq_scores_scalar<N>(r, b.dico, wf, b.size * b.stride, sign, plain.data());
+                ASSERT_EQ(fast, plain) << "trial " << t << " sign " << sign;
+            }
+        }
     }
 }
 
@@ -56,6 +65,27 @@ TEST(AmrLspQuantVq, FastSearchesChooseTheReferenceRow) {
     for (const auto& b : books3) expect_same_choice<3>(b, rng, 400);
     for (const auto& b : books4) expect_same_choice<4>(b, rng, 400);
 }
+
+#if defined(__SSSE3__)
+TEST(AmrLspQuantVq, LaneMinimaKeepTheFirstSmallestScore) {
+    // Few distinct values (ties everywhere), values at and around the 2^30
+    // start, scores above 2^31 (the biased compare), every tail length.
+    zeps::test::Rng rng(0x30);
+    const std::uint32_t kVals[] = {0, 1, 7, 0x3fffffffu, 0x40000000u, 0x40000001u, 0x80000000u, 0xffffffffu};
+    for (int t = 0; t < 3000; t++) {
+        const int n = static_cast<int>(rng.uniform(1, 70));
+        std::vector<std::uint32_t> pos(static_cast<std::size_t>(n)), neg(pos.size()), both;
+        for (std::size_t i = 0; i < pos.size(); i++) {
+            pos[i] = kVals[rng.uniform(t % 2 ? 3 : 0, 7)];
+            neg[i] = kVals[rng.uniform(t % 2 ? 3 : 0, 7)];
+            both.push_back(pos[i]);
+            both.push_back(neg[i]);
+        }
+        ASSERT_EQ(vq_first_min_lanes(pos.data(), n), vq_first_min(pos.data(), n)) << "trial " << t;
+        ASSERT_EQ(vq_first_min_pairs_lanes(pos.data(), neg.data(), n), vq_first_min(both.data(), 2 * n)) << "trial " << t;
+    }
+}
+#endif
 
 TEST(AmrLspQuantVq, LsfToLspStaysInsideTheCosineTable) {
     // 16384 (4 kHz) gives the reference's table[64]; beyond it and below 0

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // The GSM-AMR encoder's bounded fast paths (Norm_Corr, Convolve, G_pitch, gain energies,
-// Autocorr, Az_lsp, the MR475, MR795 and Qua_gain searches) against their reference loops,
+// Autocorr, Az_lsp, the open-loop lag correlations, the MR475, MR795 and Qua_gain searches) against their reference loops,
 // on inputs on both sides of the bounds that select them: silence, speech
 // levels, full-scale and -32768 runs, polynomials too large for the
 // vectorised Chebyshev series, gain coefficients that could saturate.
@@ -12,6 +12,7 @@
 #include "amr/amr_dec_tables.h"
 #include "amr/amr_enc_tables.h"
 #include "amr/enc_gain.h"
+#include "amr/ol_corr_lanes.h"
 #include "tests/variant_check.h"
 
 // The G.729 Chebyshev kernels that Az_lsp shares are compiled in the
@@ -267,3 +268,22 @@ TEST(AmrEncKernels, Mr795CodeSearchEqualsReferenceLoop) {
 }
 
 }  // namespace
+
+TEST(AmrEncKernels, OpenLoopLagCorrelationsEqualPlainSums) {
+    Rng rng(143);
+    for (int round = 0; round < 600; ++round) {
+        const int n = rng.chance(2) ? 160 : 80 + static_cast<int>(rng.uniform(-7, 7));  // frames and odd tails
+        // amplitudes up to the bound the search proves (energy below 2^30)
+        const int lvl = static_cast<int>(rng.uniform(0, 1)) != 0 ? 32767 / 16 : static_cast<int>(rng.uniform(0, 2500));
+        V16 v(143 + 160);
+        for (auto& x : v) x = static_cast<std::int16_t>(rng.uniform(-lvl, lvl));
+        std::int64_t e = 0;
+        for (int i = -143; i < n; ++i) e += std::int32_t{v[143 + i]} * v[143 + i];
+        if (e >= (std::int64_t{1} << 30)) continue;
+        const int lag_min = static_cast<int>(rng.uniform(17, 40)), lag_max = static_cast<int>(rng.uniform(lag_min, 143));
+        std::vector<Word32> a(144, 7), b(144, 7);
+        zeps::ref::amr::doubled_lag_dots(v.data() + 143, n, lag_max, lag_min, a.data());
+        zeps::ref::amr::doubled_lag_dots_scalar(v.data() + 143, n, lag_max, lag_min, b.data());
+        ASSERT_EQ(a, b) << "round " << round;
+    }
+}
