@@ -8,7 +8,7 @@
 #include "amr/dec_gain.h"
 #include "amr/dec_state.h"
 #include "amr/mac_bound.h"
-#include "g729/codec_kernels.h"
+#include "common/syn_filt10.h"
 
 #if defined(__SSSE3__)
 #include <tmmintrin.h>
@@ -339,7 +339,7 @@ inline Word32 syn_filt_chain(const Word16* a, Word16 x, const Word16* yy, Flag& 
 /// eight oldest products in one pmaddwd), the saturating chain otherwise.
 /// y may be x, and mem may lie inside y (read before anything is written).
 inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, Word16* mem, bool update) {
-    const bool ovf = g729c::syn_filt(a, x, y, lg, mem);
+    const bool ovf = syn10::syn_filt(a, x, y, lg, mem);
     if (update)
         for (int i = 0; i < kM; i++) mem[i] = y[lg - kM + i];
     return ovf;

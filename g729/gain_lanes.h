@@ -32,13 +32,13 @@ namespace g729c {
 inline void gain_dist8_scalar(const Word16* chi, const Word16* clo, Word16 gcode0, Word16 p1, Word16 c1,
                               const Word16* p2, const Word16* c2, bool tame, Word32* d) {
     for (int j = 0; j < 8; ++j) {
-        const Word16 g_pitch = add(p1, p2[j]);
-        if (tame && g_pitch >= 16383) {
+        const Word16 gp = add(p1, p2[j]);
+        if (tame && gp >= 16383) {
             d[j] = MAX_32;
             continue;
         }
-        const Word16 g_code = mult(gcode0, extract_l(L_shr(L_add(c1, c2[j]), 1)));
-        const Word16 n[5] = {mult(g_pitch, g_pitch), g_pitch, mult(g_code, g_code), g_code, mult(g_code, g_pitch)};
+        const Word16 gc = mult(gcode0, extract_l(L_shr(L_add(c1, c2[j]), 1)));
+        const Word16 n[5] = {mult(gp, gp), gp, mult(gc, gc), gc, mult(gc, gp)};
         Word32 s = Mpy_32_16(chi[0], clo[0], n[0]);
         for (int k = 1; k < 5; ++k) s = L_add(s, Mpy_32_16(chi[k], clo[k], n[k]));
         d[j] = s;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Out-of-line entries to the two forms of the G.729 synthesis filter
 // (ITU-T G.729 4.1.6, Syn_filt) and of the innovation energy of the gain
-// predictor (3.9.1, Gain_predict), both in g729/codec_kernels.h, for the
-// tests that hold them against each other. Not exported from the library.
+// predictor (3.9.1, Gain_predict), from common/syn_filt10.h and
+// g729/codec_kernels.h, for the tests that hold them against each other. Not exported from the library.
 #include "g729/codec_kernels.h"
 
 ZEPS_BEGIN_VARIANT
