@@ -222,6 +222,26 @@ inline int qua_gain_search(const std::int16_t* table_gain, int table_len, const 
     return qua_gain_search_scalar(table_gain, table_len, gcode0, coeff, coeff_lo, gp_limit);
 }
 
+/// The exponents of the five error terms of the joint gain searches (g_p^2,
+/// g_p, g_c^2, g_c, g_p g_c) from the correlations' exponents and the code
+/// gain's exponent exp_code.
+inline void gain_term_exponents(const Word16* exp_coeff, Word16 exp_code, Word16* exp_max) {
+    exp_max[0] = sub(exp_coeff[0], 13);
+    exp_max[1] = sub(exp_coeff[1], 14);
+    exp_max[2] = add(exp_coeff[2], add(15, shl(exp_code, 1)));
+    exp_max[3] = add(exp_coeff[3], exp_code);
+    exp_max[4] = add(exp_coeff[4], add(1, exp_code));
+}
+
+/// The five terms brought to the largest exponent plus one, split into
+/// L_Extract halves.
+inline void normalise_gain_terms(const Word16* frac_coeff, const Word16* exp_max, Word16* coeff, Word16* coeff_lo) {
+    Word16 e_max = exp_max[0];
+    for (int i = 1; i < 5; i++) e_max = std::max(e_max, exp_max[i]);
+    e_max = add(e_max, 1);
+    for (int i = 0; i < 5; i++) L_Extract(L_shr(L_deposit_h(frac_coeff[i]), sub(e_max, exp_max[i])), coeff[i], coeff_lo[i]);
+}
+
 /// Qua_gain: joint pitch/code gain VQ of 5.15, 5.9, 6.7, 7.4 and 10.2 kbit/s.
 inline Word16 qua_gain(Word16 mode, Word16 exp_gcode0, Word16 frac_gcode0, const Word16* frac_coeff,
                        const Word16* exp_coeff, Word16 gp_limit, Word16& gain_pit, Word16& gain_cod,
@@ -233,15 +253,8 @@ inline Word16 qua_gain(Word16 mode, Word16 exp_gcode0, Word16 frac_gcode0, const
     const Word16 gcode0 = extract_l(Pow2(14, frac_gcode0));
     const Word16 exp_code = sub(exp_gcode0, 11);
     Word16 exp_max[5], coeff[5], coeff_lo[5];
-    exp_max[0] = sub(exp_coeff[0], 13);
-    exp_max[1] = sub(exp_coeff[1], 14);
-    exp_max[2] = add(exp_coeff[2], add(15, shl(exp_code, 1)));
-    exp_max[3] = add(exp_coeff[3], exp_code);
-    exp_max[4] = add(exp_coeff[4], add(1, exp_code));
-    Word16 e_max = exp_max[0];
-    for (int i = 1; i < 5; i++) e_max = std::max(e_max, exp_max[i]);
-    e_max = add(e_max, 1);
-    for (int i = 0; i < 5; i++) L_Extract(L_shr(L_deposit_h(frac_coeff[i]), sub(e_max, exp_max[i])), coeff[i], coeff_lo[i]);
+    gain_term_exponents(exp_coeff, exp_code, exp_max);
+    normalise_gain_terms(frac_coeff, exp_max, coeff, coeff_lo);
     const int index = qua_gain_search(table_gain, table_len, high ? kHighRatesColumnMax : kLowRatesColumnMax, gcode0,
                                       coeff, coeff_lo, gp_limit);
     const std::int16_t* p = &table_gain[4 * index];
@@ -425,15 +438,8 @@ inline void mr795_gain_code_quant3(Word16 exp_gcode0, Word16 gcode0, const Word1
     using zeps::amr_dec_tab::qua_gain_code;
     const Word16 exp_code = sub(exp_gcode0, 10);
     Word16 exp_max[5], coeff[5], coeff_lo[5];
-    exp_max[0] = sub(exp_coeff[0], 13);
-    exp_max[1] = sub(exp_coeff[1], 14);
-    exp_max[2] = add(exp_coeff[2], add(15, shl(exp_code, 1)));
-    exp_max[3] = add(exp_coeff[3], exp_code);
-    exp_max[4] = add(exp_coeff[4], add(exp_code, 1));
-    Word16 e_max = exp_max[0];
-    for (int i = 1; i < 5; i++) e_max = std::max(e_max, exp_max[i]);
-    e_max = add(e_max, 1);
-    for (int i = 0; i < 5; i++) L_Extract(L_shr(L_deposit_h(frac_coeff[i]), sub(e_max, exp_max[i])), coeff[i], coeff_lo[i]);
+    gain_term_exponents(exp_coeff, exp_code, exp_max);
+    normalise_gain_terms(frac_coeff, exp_max, coeff, coeff_lo);
     const int best = mr795_code_search(coeff, coeff_lo, gcode0, g_pitch_cand);
     const int cod_ind = best & 31, pit_ind = best >> 5;
     const std::int16_t* p = &qua_gain_code[3 * cod_ind];
@@ -679,19 +685,9 @@ inline Word16 mr475_gain_quant(GainQuantState& st, const Word16* sf1_code, Word1
     const Word16 sf0_gcode0 = extract_l(Pow2(14, st.sf0_frac_gcode0));
     Word16 sf1_gcode0 = extract_l(Pow2(14, sf1_frac_gcode0));
     Word16 exp_max[10], coeff[10], coeff_lo[10];
-    Word16 exp = sub(st.sf0_exp_gcode0, 11);
-    exp_max[0] = sub(st.sf0_exp_coeff[0], 13);
-    exp_max[1] = sub(st.sf0_exp_coeff[1], 14);
-    exp_max[2] = add(st.sf0_exp_coeff[2], add(15, shl(exp, 1)));
-    exp_max[3] = add(st.sf0_exp_coeff[3], exp);
-    exp_max[4] = add(st.sf0_exp_coeff[4], add(1, exp));
-    exp = sub(sf1_exp_gcode0, 11);
-    exp_max[5] = sub(sf1_exp_coeff[0], 13);
-    exp_max[6] = sub(sf1_exp_coeff[1], 14);
-    exp_max[7] = add(sf1_exp_coeff[2], add(15, shl(exp, 1)));
-    exp_max[8] = add(sf1_exp_coeff[3], exp);
-    exp_max[9] = add(sf1_exp_coeff[4], add(1, exp));
-    exp = static_cast<Word16>(st.sf0_exp_target_en - sf1_exp_target_en);
+    gain_term_exponents(st.sf0_exp_coeff, sub(st.sf0_exp_gcode0, 11), exp_max);
+    gain_term_exponents(sf1_exp_coeff, sub(sf1_exp_gcode0, 11), exp_max + 5);
+    Word16 exp = static_cast<Word16>(st.sf0_exp_target_en - sf1_exp_target_en);
     if (exp > 0) sf1_frac_target_en = shr(sf1_frac_target_en, exp);
     else sf0_frac_target_en = shl(sf0_frac_target_en, exp);
     exp = 0;
