@@ -44,6 +44,27 @@ struct PostFilterAState {
 };
 static_assert(sizeof(PostFilterAState) == 616);
 
+/// The correlations of scal with scal delayed by t0_min .. t0_min + 6 (the
+/// reference's L_mac chains from 0); plain when the caller's bound proves
+/// the chains exact, then the seven in lanes, four delays a pass (the
+/// eighth lane repeats the last delay: nothing before scal - t0_min - 6 is
+/// read).
+void candidate_correlations(const Word16* scal, int t0_min, bool plain, Word32* corr) {
+#if defined(__SSSE3__)
+    if (plain) {
+        const Word16* d = scal - t0_min;
+        alignas(16) std::int32_t c[8];
+        _mm_store_si128(reinterpret_cast<__m128i*>(c), g729p::dot4_lanes(scal, d, d - 1, d - 2, d - 3, kSubfr));
+        _mm_store_si128(reinterpret_cast<__m128i*>(c + 4), g729p::dot4_lanes(scal, d - 4, d - 5, d - 6, d - 6, kSubfr));
+        for (int k = 0; k < 7; ++k) corr[k] = 2 * c[k];
+        return;
+    }
+#endif
+    for (int k = 0; k < 7; ++k)
+        corr[k] = plain ? 2 * g729p::dot_lanes(scal, scal - t0_min - k, kSubfr)
+                        : mac_sum(0, scal, scal - t0_min - k, kSubfr, false);
+}
+
 /// pit_pst_filt: res and scal point at the current subframe of buffers
 /// holding kPitMax past samples.
 void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word16 t0_max, Word16* out) {
@@ -59,11 +80,12 @@ void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word
     auto dot = [plain](Word32 init, const Word16* a, const Word16* b) {
         return plain ? init + 2 * g729p::dot_lanes(a, b, kSubfr) : mac_sum(init, a, b, kSubfr, false);
     };
-    for (Word16 i = t0_min; i <= t0_max; ++i) {
-        const Word32 corr = dot(0, scal, scal - i);
-        if (L_sub(corr, cor_max) > 0) {
-            cor_max = corr;
-            t0 = i;
+    Word32 corr[7];  // t0_max = t0_min + 6
+    candidate_correlations(scal, t0_min, plain, corr);
+    for (int k = 0; k < 7; ++k) {
+        if (L_sub(corr[k], cor_max) > 0) {
+            cor_max = corr[k];
+            t0 = static_cast<Word16>(t0_min + k);
         }
     }
     const Word32 ener = dot(1, scal - t0, scal - t0);
@@ -140,11 +162,22 @@ void preemphasis(Word16* x, Word16 g, Word16& mem) {
 /// The L_mac chain of (x >> 2)^2 over a subframe: its terms are
 /// non-negative, so the chain is the exact doubled sum clamped at MAX_32.
 inline Word32 quarter_energy(const Word16* x) {
-    std::int64_t e = 0;  // at most 40 * 8192^2
+    std::int64_t e = 0;  // at most 40 * 8192^2 < 2^32
+#if defined(__SSSE3__)
+    __m128i acc = _mm_setzero_si128();  // each lane at most 10 * 8192^2
+    for (int i = 0; i < kSubfr; i += 8) {
+        const __m128i v = _mm_srai_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i)), 2);
+        acc = _mm_add_epi32(acc, _mm_madd_epi16(v, v));
+    }
+    alignas(16) std::uint32_t lanes[4];
+    _mm_store_si128(reinterpret_cast<__m128i*>(lanes), acc);
+    e = std::int64_t{lanes[0]} + lanes[1] + lanes[2] + lanes[3];
+#else
     for (int i = 0; i < kSubfr; ++i) {
         const std::int32_t v = x[i] >> 2;
         e += v * v;
     }
+#endif
     const std::int64_t d = 2 * e;
     return d > MAX_32 ? MAX_32 : static_cast<Word32>(d);
 }
