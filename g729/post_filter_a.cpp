@@ -13,6 +13,7 @@
 #include "common/args.h"
 #include "common/exports.h"
 #include "g729/codec_kernels.h"
+#include "g729/fast_ops.h"
 #include "g729/pitch_simd.h"
 #include "g729/post_filter_simd.h"
 
@@ -95,9 +96,10 @@ void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word
     if (ener > temp) temp = ener;
     if (ener0 > temp) temp = ener0;
     const Word16 j = norm_l(temp);
-    Word16 cmax = round_fx(L_shl(cor_max, j));
-    Word16 en = round_fx(L_shl(ener, j));
-    const Word16 en0 = round_fx(L_shl(ener0, j));
+    // j normalises the largest of the three: none of the shifts saturates.
+    Word16 cmax = round_fx(L_shl_fast(cor_max, j));
+    Word16 en = round_fx(L_shl_fast(ener, j));
+    const Word16 en0 = round_fx(L_shl_fast(ener0, j));
     temp = L_mult(cmax, cmax);
     temp = L_sub(temp, L_shr(L_mult(en, en0), 1));
     if (temp < 0) {  // prediction gain below 3 dB: no long-term filtering
@@ -203,20 +205,20 @@ void agc(const Word16* in, Word16* out, Word16& past_gain) {
         return;
     }
     Word16 exp = sub(norm_l(s), 1);
-    const Word16 gain_out = round_fx(L_shl(s, exp));
+    const Word16 gain_out = round_fx(exp < 0 ? L_shr(s, 1) : L_shl_fast(s, exp));
     s = quarter_energy(in);
     Word16 g0;
     if (s == 0) {
         g0 = 0;
     } else {
         const Word16 i = norm_l(s);
-        const Word16 gain_in = round_fx(L_shl(s, i));
+        const Word16 gain_in = round_fx(L_shl_fast(s, i));
         exp = sub(exp, i);
         s = L_deposit_l(div_s(gain_out, gain_in));
-        s = L_shl(s, 7);
-        s = L_shr(s, exp);
+        s = L_shl_fast(s, 7);
+        s = exp < 0 ? L_shl_fast(s, -exp) : L_shr(s, exp);
         s = Inv_sqrt(s);
-        g0 = mult(round_fx(L_shl(s, 9)), kAgcFac1);
+        g0 = mult(round_fx(L_shl_fast(s, 9)), kAgcFac1);
     }
     // The gain recursion does not depend on the samples: run it first, then
     // scale eight samples a step.
