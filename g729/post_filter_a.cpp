@@ -221,15 +221,17 @@ void agc(const Word16* in, Word16* out, Word16& past_gain) {
         g0 = mult(round_fx(L_shl_fast(s, 9)), kAgcFac1);
     }
     // The gain recursion does not depend on the samples: run it first, then
-    // scale eight samples a step.
+    // scale eight samples a step. |mult(gain, AGC_FAC)| <= 29491 and
+    // |g0| <= 32767 - 29491: add and mult are plain (one multiply, shift
+    // and add a step).
     Word16 gains[kSubfr];
-    Word16 gain = past_gain;
+    std::int32_t g = past_gain;
     for (int i = 0; i < kSubfr; ++i) {
-        gain = add(mult(gain, kAgcFac), g0);
-        gains[i] = gain;
+        g = ((g * kAgcFac) >> 15) + g0;
+        gains[i] = static_cast<Word16>(g);
     }
     g729f::agc_scale(out, gains, kSubfr);
-    past_gain = gain;
+    past_gain = static_cast<Word16>(g);
 }
 
 }  // namespace

@@ -91,13 +91,15 @@ void filter_fast(Zep16s* x, int len, HighPassState& st) {
     for (int i = 0; i < len; ++i) {
         const std::int64_t xn = x[i];
         const std::int64_t in = xn * b0 + xm1 * b1 + xm2 * b2;
-        const std::int64_t t = memory_term_half(h1, a1) + (memory_term_half(h2, a2) + in);
+        // 2 t with the newest product added last: h1 waits on one
+        // multiply, a shift and an add.
+        const std::int64_t t2 = 2 * (memory_term_half(h2, a2) + in) + 4 * ((h1 * a1) >> 15);
         h2 = h1;
-        if (t > -kQuiet && t < kQuiet) [[likely]] {
-            h1 = 2 * t;
-            x[i] = static_cast<Word16>((8 * t + 0x8000) >> 16);
+        if (t2 > -2 * kQuiet && t2 < 2 * kQuiet) [[likely]] {
+            h1 = t2;
+            x[i] = static_cast<Word16>((4 * t2 + 0x8000) >> 16);
         } else {
-            const std::int64_t in2 = xm2 * b2;
+            const std::int64_t t = t2 >> 1, in2 = xm2 * b2;
             const Word32 y = L_shl_fast(saturate32(std::int64_t{saturate32(t - in2)} + in2), 2);
             const std::int64_t o = (2 * std::int64_t{y} + 0x8000) >> 16;
             x[i] = static_cast<Word16>(o > MAX_16 ? MAX_16 : (o < MIN_16 ? MIN_16 : o));
