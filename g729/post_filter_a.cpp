@@ -54,7 +54,7 @@ void candidate_correlations(const Word16* scal, int t0_min, bool plain, Word32* 
 #if defined(__SSSE3__)
     if (plain) {
         const Word16* d = scal - t0_min;
-        alignas(16) std::int32_t c[8];
+        alignas(16) std::int32_t c[8] = {};
         _mm_store_si128(reinterpret_cast<__m128i*>(c), g729p::dot4_lanes(scal, d, d - 1, d - 2, d - 3, kSubfr));
         _mm_store_si128(reinterpret_cast<__m128i*>(c + 4), g729p::dot4_lanes(scal, d - 4, d - 5, d - 6, d - 6, kSubfr));
         for (int k = 0; k < 7; ++k) corr[k] = 2 * c[k];
@@ -81,7 +81,7 @@ void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word
     auto dot = [plain](Word32 init, const Word16* a, const Word16* b) {
         return plain ? init + 2 * g729p::dot_lanes(a, b, kSubfr) : mac_sum(init, a, b, kSubfr, false);
     };
-    Word32 corr[7];  // t0_max = t0_min + 6
+    Word32 corr[7] = {};  // t0_max = t0_min + 6
     candidate_correlations(scal, t0_min, plain, corr);
     for (int k = 0; k < 7; ++k) {
         if (L_sub(corr[k], cor_max) > 0) {
@@ -171,7 +171,7 @@ inline Word32 quarter_energy(const Word16* x) {
         const __m128i v = _mm_srai_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i)), 2);
         acc = _mm_add_epi32(acc, _mm_madd_epi16(v, v));
     }
-    alignas(16) std::uint32_t lanes[4];
+    alignas(16) std::uint32_t lanes[4] = {};
     _mm_store_si128(reinterpret_cast<__m128i*>(lanes), acc);
     e = std::int64_t{lanes[0]} + lanes[1] + lanes[2] + lanes[3];
 #else
