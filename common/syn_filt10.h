@@ -149,11 +149,13 @@ inline bool syn_filt_scalar(const Word16* a, const Word16* x, Word16* y, int lg,
 }
 
 #if defined(__SSSE3__)
-/// The state of the lane form: y[i-4..i-10] in lanes 0..6 of w (lane k
-/// holds y[i-4-k]; lane 7 meets a zero coefficient), y[i-1..i-3] in
-/// scalars. Three scalar taps leave the lane path (insert, pmaddwd,
-/// horizontal sum) four samples to deliver its part, so the recursion
-/// waits only on the newest product.
+/// The state of the lane form before an even sample i: y[i-3..i-10] in
+/// lanes 0..7 of w (lane k holds y[i-3-k]), y[i-1..i-3] in scalars. The
+/// samples go in pairs: the seven oldest products of both (taps 4..10) come
+/// from w alone, one pmaddwd each and one shared horizontal sum; three
+/// scalar taps leave the lane path (insert, pmaddwd, horizontal sum) three
+/// samples to deliver its part, so the recursion waits only on the newest
+/// product.
 struct SynLanes {
     __m128i w;
     std::int64_t y1, y2, y3;
@@ -161,39 +163,35 @@ struct SynLanes {
 
 /// The lane state before sample i from prev = y[i-10..i-1] (oldest first).
 inline SynLanes syn_lanes_from(const Word16* prev) {
-    const __m128i rev = _mm_setr_epi8(12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1, -128, -128);
+    const __m128i rev = _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1);
     const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(prev));
     return {_mm_shuffle_epi8(v, rev), prev[kOrder - 1], prev[kOrder - 2], prev[kOrder - 3]};
 }
 
-/// a[4..10] in lanes 0..6, lane 7 zero.
+/// a[4..10] in lanes 0..6, lane 7 zero: the odd sample's coefficients
+/// (lane k meets y[(i+1)-4-k]).
 inline __m128i syn_lane_coefficients(const Word16* a) {
     return _mm_srli_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(a + 3)), 2);
 }
 
-/// Sample K of a block on the plain sum: c0 x + 0x800 - sum_{j>=4} c_j
-/// y[i-j] (one pmaddwd over the lanes) - c3 y[i-3] - c2 y[i-2] - c1 y[i-1],
-/// the newest product last; then round(L_shl(2 acc, 3)) =
-/// (acc + 0x800) >> 12 unless L_shl or the rounding saturates (acc outside
-/// [-2^27, 0x07fff7ff]), so the recursion waits on one multiply, a
-/// subtraction and a shift a sample. Returns |output|. The products and
-/// sums are exact whenever the block's values keep the plain bound
-/// (checked by the caller, which discards the block otherwise; a wrapped
-/// lane sum is then only discarded).
+/// One sample on the plain sum given lanes = sum_{j>=4} c_j y[i-j]:
+/// c0 x + 0x800 - lanes - c3 y[i-3] - c2 y[i-2] - c1 y[i-1], the newest
+/// product last; then round(L_shl(2 acc, 3)) = (acc + 0x800) >> 12 unless
+/// L_shl or the rounding saturates (acc outside [-2^27, 0x07fff7ff]), so
+/// the recursion waits on one multiply, a subtraction and a shift a sample.
+/// Returns |output|. The products and sums are exact whenever the block's
+/// values keep the plain bound (checked by the caller, which discards the
+/// block otherwise; a wrapped lane sum is then only discarded).
 template <int K>
-[[gnu::always_inline]] inline std::int64_t syn_step_lanes(const std::int64_t* c, __m128i cv, const Word16* x,
-                                                          Word16* out, SynLanes& s, bool& ovf) {
-    __m128i m = _mm_madd_epi16(s.w, cv);
-    m = _mm_add_epi32(m, _mm_shuffle_epi32(m, 0x4e));
-    m = _mm_add_epi32(m, _mm_shuffle_epi32(m, 0xb1));
-    const std::int64_t older = c[0] * x[K] + 0x800 - _mm_cvtsi128_si32(m) - c[3] * s.y3 - c[2] * s.y2;
+[[gnu::always_inline]] inline std::int64_t syn_out_lanes(const std::int64_t* c, std::int32_t lanes, const Word16* x,
+                                                         Word16* out, SynLanes& s, bool& ovf) {
+    const std::int64_t older = c[0] * x[K] + 0x800 - lanes - c[3] * s.y3 - c[2] * s.y2;
     const std::int64_t t = older - c[1] * s.y1;  // acc + 0x800
     std::int64_t o = t >> 12;
     if (t < -0x07fff800 || t > 0x07ffffff) [[unlikely]] {
         ovf = true;
         o = t > 0 ? MAX_16 : MIN_16;
     }
-    s.w = _mm_insert_epi16(_mm_slli_si128(s.w, 2), static_cast<int>(s.y3), 0);
     s.y3 = s.y2;
     s.y2 = s.y1;
     s.y1 = o;
@@ -201,15 +199,32 @@ template <int K>
     return o < 0 ? -o : o;
 }
 
-/// Ten samples on the plain sum; returns the largest |output| when kTrack.
-template <bool kTrack, std::size_t... K>
-[[gnu::always_inline]] inline std::int64_t syn_block10_lanes(const std::int64_t* c, __m128i cv, const Word16* x, Word16* out, SynLanes& s,
-                                      bool& ovf, std::index_sequence<K...>) {
+/// Samples K and K+1 (K even): both lane sums from w (the even sample's
+/// coefficients are the odd one's moved up a lane, lane 0 meeting zero),
+/// then the two outputs; w moves on two lanes.
+template <int K>
+[[gnu::always_inline]] inline std::int64_t syn_pair_lanes(const std::int64_t* c, __m128i cv_odd, __m128i cv_even,
+                                                          const Word16* x, Word16* out, SynLanes& s, bool& ovf) {
+    __m128i h = _mm_hadd_epi32(_mm_madd_epi16(s.w, cv_even), _mm_madd_epi16(s.w, cv_odd));
+    h = _mm_add_epi32(h, _mm_shuffle_epi32(h, 0xb1));
+    const std::int32_t even = _mm_cvtsi128_si32(h), odd = _mm_cvtsi128_si32(_mm_srli_si128(h, 8));
+    const std::int64_t y1 = s.y1, y2 = s.y2;
+    const std::int64_t m0 = syn_out_lanes<K>(c, even, x, out, s, ovf);
+    const std::int64_t m1 = syn_out_lanes<K + 1>(c, odd, x, out, s, ovf);
+    s.w = _mm_insert_epi16(_mm_insert_epi16(_mm_slli_si128(s.w, 4), static_cast<int>(y1), 0), static_cast<int>(y2), 1);
+    return std::max(m0, m1);
+}
+
+/// Ten samples (five pairs) on the plain sum; returns the largest |output| when kTrack.
+template <bool kTrack, std::size_t... P>
+[[gnu::always_inline]] inline std::int64_t syn_block10_lanes(const std::int64_t* c, __m128i cv_odd, __m128i cv_even,
+                                                             const Word16* x, Word16* out, SynLanes& s, bool& ovf,
+                                                             std::index_sequence<P...>) {
     std::int64_t m = 0;
     if constexpr (kTrack)
-        ((m = std::max(m, syn_step_lanes<static_cast<int>(K)>(c, cv, x, out, s, ovf))), ...);
+        ((m = std::max(m, syn_pair_lanes<2 * static_cast<int>(P)>(c, cv_odd, cv_even, x, out, s, ovf))), ...);
     else
-        (syn_step_lanes<static_cast<int>(K)>(c, cv, x, out, s, ovf), ...);
+        (syn_pair_lanes<2 * static_cast<int>(P)>(c, cv_odd, cv_even, x, out, s, ovf), ...);
     return m;
 }
 
@@ -221,7 +236,7 @@ template <bool kTrack>
 inline int syn_blocks_lanes(const Word16* a, SynBound& b, const Word16* x, Word16* y, int lg, Word16* prev,
                             bool& ovf) {
     const std::int64_t c[4] = {a[0], a[1], a[2], a[3]};
-    const __m128i cv = syn_lane_coefficients(a);
+    const __m128i cv = syn_lane_coefficients(a), cv_even = _mm_slli_si128(cv, 2);
     SynLanes s = syn_lanes_from(prev);
     int i = 0;
     for (; i + kOrder <= lg; i += kOrder) {
@@ -234,7 +249,7 @@ inline int syn_blocks_lanes(const Word16* a, SynBound& b, const Word16* x, Word1
         Word16 out[kOrder];
         bool block_ovf = false;
         const std::int64_t m =
-            syn_block10_lanes<kTrack>(c, cv, x + i, out, s, block_ovf, std::make_index_sequence<kOrder>{});
+            syn_block10_lanes<kTrack>(c, cv, cv_even, x + i, out, s, block_ovf, std::make_index_sequence<kOrder / 2>{});
         if constexpr (kTrack) {
             if (m > b.limit) break;
             b.peak = std::max(b.peak, std::max(m, xm));

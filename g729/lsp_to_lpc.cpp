@@ -2,6 +2,8 @@
 // G.729 LSP to LP conversion (3.2.6, Lsp_Az and Get_lsp_pol): the two
 // symmetric polynomials are expanded in Q24 (double precision products),
 // combined and rounded to Q12. LSP Q15 in, LP Q12 out.
+#include <cstdint>
+
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
@@ -9,8 +11,9 @@
 ZEPS_BEGIN_VARIANT
 namespace {
 
-/// Coefficients f[0..5] (Q24) of the polynomial of lsp[0], lsp[2], ... lsp[8].
-void get_lsp_pol(const Word16* lsp, Word32* f) {
+/// Coefficients f[0..5] (Q24) of the polynomial of lsp[0], lsp[2], ... lsp[8],
+/// with the reference's saturating operators.
+void get_lsp_pol_chain(const Word16* lsp, Word32* f) {
     f[0] = L_mult(4096, 2048);
     f[1] = L_msu(0, lsp[0], 512);
     for (int i = 2; i <= 5; ++i) {
@@ -26,13 +29,43 @@ void get_lsp_pol(const Word16* lsp, Word32* f) {
     }
 }
 
-}  // namespace
+/// get_lsp_pol on plain integers. For l > -32768, Mpy_32_16(L_Extract(f),
+/// l) = 2 (((f >> 1) l) >> 15) exactly (the operator's own sums cannot
+/// saturate), so t0 = 4 (((f >> 1) l) >> 15). While |t0| and the new f[j]
+/// stay below 2^30, f[j] + f[j-2] lies below 2^31 too and no operator of
+/// the chain saturates; f[1] (at most 5 1024 32768 in magnitude) never
+/// does. Returns false when a value left that range (f then undefined).
+bool get_lsp_pol_plain(const Word16* lsp, Word32* f) {
+    constexpr std::int64_t kB = (std::int64_t{1} << 30) - 1;
+    std::int64_t g[6] = {std::int64_t{1} << 24, -1024 * std::int64_t{lsp[0]}, 0, 0, 0, 0};
+    bool out = false;
+    for (int i = 2; i <= 5; ++i) {
+        const std::int64_t l = lsp[2 * (i - 1)];
+        g[i] = g[i - 2];
+        for (int j = i; j > 1; --j) {
+            const std::int64_t t0 = 4 * (((g[j - 1] >> 1) * l) >> 15);
+            g[j] = g[j] + g[j - 2] - t0;
+            out |= static_cast<std::uint64_t>(t0 + kB) > static_cast<std::uint64_t>(2 * kB);
+            out |= static_cast<std::uint64_t>(g[j] + kB) > static_cast<std::uint64_t>(2 * kB);
+        }
+        g[1] -= 1024 * l;
+    }
+    for (int k = 0; k < 6; ++k) f[k] = static_cast<Word32>(g[k]);
+    return !out;
+}
 
-ZepStatus zepsLSPToLPC_G729_16s(const Zep16s* pLSP, Zep16s* pLPC) {
-    if (any_null(pLSP, pLPC)) return zepStsNullPtrErr;
+/// get_lsp_pol: the plain form when it stays in range, else the chain.
+void get_lsp_pol(const Word16* lsp, Word32* f) {
+    const bool plain_ok = lsp[2] > MIN_16 && lsp[4] > MIN_16 && lsp[6] > MIN_16 && lsp[8] > MIN_16;
+    if (!plain_ok || !get_lsp_pol_plain(lsp, f)) get_lsp_pol_chain(lsp, f);
+}
+
+/// Lsp_Az on the given polynomial routine.
+template <class Pol>
+void lsp_to_lpc(const Zep16s* pLSP, Zep16s* pLPC, Pol pol) {
     Word32 f1[6], f2[6];
-    get_lsp_pol(pLSP, f1);
-    get_lsp_pol(pLSP + 1, f2);
+    pol(pLSP, f1);
+    pol(pLSP + 1, f2);
     for (int i = 5; i > 0; --i) {
         f1[i] = L_add(f1[i], f1[i - 1]);
         f2[i] = L_sub(f2[i], f2[i - 1]);
@@ -42,7 +75,18 @@ ZepStatus zepsLSPToLPC_G729_16s(const Zep16s* pLSP, Zep16s* pLPC) {
         pLPC[i] = extract_l(L_shr_r(L_add(f1[i], f2[i]), 13));
         pLPC[j] = extract_l(L_shr_r(L_sub(f1[i], f2[i]), 13));
     }
+}
+
+}  // namespace
+
+ZepStatus zepsLSPToLPC_G729_16s(const Zep16s* pLSP, Zep16s* pLPC) {
+    if (any_null(pLSP, pLPC)) return zepStsNullPtrErr;
+    lsp_to_lpc(pLSP, pLPC, get_lsp_pol);
     return zepStsNoErr;
 }
+
+/// The conversion on the saturating chain alone, for the test holding the
+/// plain form equal to it (not exported from the library).
+void g729_lsp_to_lpc_chain(const Zep16s* pLSP, Zep16s* pLPC) { lsp_to_lpc(pLSP, pLPC, get_lsp_pol_chain); }
 
 ZEPS_END_VARIANT

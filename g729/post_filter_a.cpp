@@ -13,6 +13,7 @@
 #include "common/args.h"
 #include "common/exports.h"
 #include "g729/codec_kernels.h"
+#include "g729/fast_ops.h"
 #include "g729/pitch_simd.h"
 #include "g729/post_filter_simd.h"
 
@@ -44,6 +45,27 @@ struct PostFilterAState {
 };
 static_assert(sizeof(PostFilterAState) == 616);
 
+/// The correlations of scal with scal delayed by t0_min .. t0_min + 6 (the
+/// reference's L_mac chains from 0); plain when the caller's bound proves
+/// the chains exact, then the seven in lanes, four delays a pass (the
+/// eighth lane repeats the last delay: nothing before scal - t0_min - 6 is
+/// read).
+void candidate_correlations(const Word16* scal, int t0_min, bool plain, Word32* corr) {
+#if defined(__SSSE3__)
+    if (plain) {
+        const Word16* d = scal - t0_min;
+        alignas(16) std::int32_t c[8] = {};
+        _mm_store_si128(reinterpret_cast<__m128i*>(c), g729p::dot4_lanes(scal, d, d - 1, d - 2, d - 3, kSubfr));
+        _mm_store_si128(reinterpret_cast<__m128i*>(c + 4), g729p::dot4_lanes(scal, d - 4, d - 5, d - 6, d - 6, kSubfr));
+        for (int k = 0; k < 7; ++k) corr[k] = 2 * c[k];
+        return;
+    }
+#endif
+    for (int k = 0; k < 7; ++k)
+        corr[k] = plain ? 2 * g729p::dot_lanes(scal, scal - t0_min - k, kSubfr)
+                        : mac_sum(0, scal, scal - t0_min - k, kSubfr, false);
+}
+
 /// pit_pst_filt: res and scal point at the current subframe of buffers
 /// holding kPitMax past samples.
 void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word16 t0_max, Word16* out) {
@@ -59,11 +81,12 @@ void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word
     auto dot = [plain](Word32 init, const Word16* a, const Word16* b) {
         return plain ? init + 2 * g729p::dot_lanes(a, b, kSubfr) : mac_sum(init, a, b, kSubfr, false);
     };
-    for (Word16 i = t0_min; i <= t0_max; ++i) {
-        const Word32 corr = dot(0, scal, scal - i);
-        if (L_sub(corr, cor_max) > 0) {
-            cor_max = corr;
-            t0 = i;
+    Word32 corr[7] = {};  // t0_max = t0_min + 6
+    candidate_correlations(scal, t0_min, plain, corr);
+    for (int k = 0; k < 7; ++k) {
+        if (L_sub(corr[k], cor_max) > 0) {
+            cor_max = corr[k];
+            t0 = static_cast<Word16>(t0_min + k);
         }
     }
     const Word32 ener = dot(1, scal - t0, scal - t0);
@@ -73,9 +96,10 @@ void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word
     if (ener > temp) temp = ener;
     if (ener0 > temp) temp = ener0;
     const Word16 j = norm_l(temp);
-    Word16 cmax = round_fx(L_shl(cor_max, j));
-    Word16 en = round_fx(L_shl(ener, j));
-    const Word16 en0 = round_fx(L_shl(ener0, j));
+    // j normalises the largest of the three: none of the shifts saturates.
+    Word16 cmax = round_fx(L_shl_fast(cor_max, j));
+    Word16 en = round_fx(L_shl_fast(ener, j));
+    const Word16 en0 = round_fx(L_shl_fast(ener0, j));
     temp = L_mult(cmax, cmax);
     temp = L_sub(temp, L_shr(L_mult(en, en0), 1));
     if (temp < 0) {  // prediction gain below 3 dB: no long-term filtering
@@ -140,11 +164,22 @@ void preemphasis(Word16* x, Word16 g, Word16& mem) {
 /// The L_mac chain of (x >> 2)^2 over a subframe: its terms are
 /// non-negative, so the chain is the exact doubled sum clamped at MAX_32.
 inline Word32 quarter_energy(const Word16* x) {
-    std::int64_t e = 0;  // at most 40 * 8192^2
+    std::int64_t e = 0;  // at most 40 * 8192^2 < 2^32
+#if defined(__SSSE3__)
+    __m128i acc = _mm_setzero_si128();  // each lane at most 10 * 8192^2
+    for (int i = 0; i < kSubfr; i += 8) {
+        const __m128i v = _mm_srai_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i)), 2);
+        acc = _mm_add_epi32(acc, _mm_madd_epi16(v, v));
+    }
+    alignas(16) std::uint32_t lanes[4] = {};
+    _mm_store_si128(reinterpret_cast<__m128i*>(lanes), acc);
+    e = std::int64_t{lanes[0]} + lanes[1] + lanes[2] + lanes[3];
+#else
     for (int i = 0; i < kSubfr; ++i) {
         const std::int32_t v = x[i] >> 2;
         e += v * v;
     }
+#endif
     const std::int64_t d = 2 * e;
     return d > MAX_32 ? MAX_32 : static_cast<Word32>(d);
 }
@@ -170,31 +205,33 @@ void agc(const Word16* in, Word16* out, Word16& past_gain) {
         return;
     }
     Word16 exp = sub(norm_l(s), 1);
-    const Word16 gain_out = round_fx(L_shl(s, exp));
+    const Word16 gain_out = round_fx(exp < 0 ? L_shr(s, 1) : L_shl_fast(s, exp));
     s = quarter_energy(in);
     Word16 g0;
     if (s == 0) {
         g0 = 0;
     } else {
         const Word16 i = norm_l(s);
-        const Word16 gain_in = round_fx(L_shl(s, i));
+        const Word16 gain_in = round_fx(L_shl_fast(s, i));
         exp = sub(exp, i);
         s = L_deposit_l(div_s(gain_out, gain_in));
-        s = L_shl(s, 7);
-        s = L_shr(s, exp);
+        s = L_shl_fast(s, 7);
+        s = exp < 0 ? L_shl_fast(s, -exp) : L_shr(s, exp);
         s = Inv_sqrt(s);
-        g0 = mult(round_fx(L_shl(s, 9)), kAgcFac1);
+        g0 = mult(round_fx(L_shl_fast(s, 9)), kAgcFac1);
     }
     // The gain recursion does not depend on the samples: run it first, then
-    // scale eight samples a step.
+    // scale eight samples a step. |mult(gain, AGC_FAC)| <= 29491 and
+    // |g0| <= 32767 - 29491: add and mult are plain (one multiply, shift
+    // and add a step).
     Word16 gains[kSubfr];
-    Word16 gain = past_gain;
+    std::int32_t g = past_gain;
     for (int i = 0; i < kSubfr; ++i) {
-        gain = add(mult(gain, kAgcFac), g0);
-        gains[i] = gain;
+        g = ((g * kAgcFac) >> 15) + g0;
+        gains[i] = static_cast<Word16>(g);
     }
     g729f::agc_scale(out, gains, kSubfr);
-    past_gain = gain;
+    past_gain = static_cast<Word16>(g);
 }
 
 }  // namespace

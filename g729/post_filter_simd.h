@@ -87,17 +87,26 @@ inline void agc_scale_scalar(Word16* out, const Word16* gain, int n) {
 
 /// Residu with plain sums: y[i] = round(L_shl(2 sum a[j] x[i-j], 3)),
 /// x[-10..-1] read; valid when 2 sum|a| max|x| <= MAX_32 (every partial sum
-/// exact). n a multiple of 8.
+/// exact, and so is any sum of the products in any order). n a multiple of
+/// 8. In lanes: tap pair p < 5 multiplies (x[i-2p], x[i-2p-1]) by
+/// (a[2p], a[2p+1]) in one pmaddwd, the last (x[i-10], x[i-9]) by (a[10], 0)
+/// so that nothing before x[-10] is read; the rounding as psrad and the
+/// 16-bit clamp as packssdw.
 #if defined(__SSSE3__)
 inline void residu_plain(const Word16* a, const Word16* x, Word16* y, int n) {
+    __m128i ap[6];
+    for (int p = 0; p < 6; ++p) {
+        const Word16 odd = p < 5 ? a[2 * p + 1] : Word16{0};
+        ap[p] = _mm_unpacklo_epi16(_mm_set1_epi16(a[2 * p]), _mm_set1_epi16(odd));
+    }
     const __m128i rnd = _mm_set1_epi32(2048);
     for (int i = 0; i < n; i += 8) {
         __m128i slo = rnd, shi = rnd;
-        for (int j = 0; j <= 10; ++j) {
-            __m128i lo, hi;
-            mul32(_mm_set1_epi16(a[j]), ld8(x + i - j), lo, hi);
-            slo = _mm_add_epi32(slo, lo);
-            shi = _mm_add_epi32(shi, hi);
+        for (int p = 0; p < 6; ++p) {
+            const __m128i x0 = ld8(x + i - 2 * p);
+            const __m128i x1 = ld8(x + i - (p < 5 ? 2 * p + 1 : 9));
+            slo = _mm_add_epi32(slo, _mm_madd_epi16(_mm_unpacklo_epi16(x0, x1), ap[p]));
+            shi = _mm_add_epi32(shi, _mm_madd_epi16(_mm_unpackhi_epi16(x0, x1), ap[p]));
         }
         st8(y + i, _mm_packs_epi32(_mm_srai_epi32(slo, 12), _mm_srai_epi32(shi, 12)));
     }

@@ -4,7 +4,6 @@
 // and rounded, on the state of zepsHighPassFilterInit_G729. The filter
 // memory is the unshifted Q15 accumulator, as in zepsHighPassFilter_G729_16s_ISfs
 // with scaleFactor 13; only the output differs (round(2 acc) for round(acc)).
-#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -56,57 +55,64 @@ inline Word32 accumulate(Word32 y1, Word32 y2, Word16 xn, Word16 xm1, Word16 xm2
     return L_shl(t, 2);
 }
 
-/// Whether no partial sum of any sample of the call can leave the 32-bit
-/// range, from the coefficients and the largest input magnitude xmax (the
-/// two input memories included). Each output memory is a Word32, so
-/// |Mpy_32_16(L_Extract(y), a)| <= 2^16 |a| (and so are its own L_mult and
-/// L_mac), and |L_mult(x, b)| <= 2 xmax |b|: when the sum of those bounds
-/// fits, every partial sum in any order is its plain value. With the
-/// 100 Hz filter's coefficients this holds for xmax up to 9858.
-inline bool sums_fit(const Word16* c, std::int64_t xmax) {
+/// Whether the first two partial sums of every sample are exact for any
+/// state and input: the memory terms |Mpy_32_16(L_Extract(y), a)| <=
+/// 2 32768 |a| + 2 |a| each (hi in [-32768, 32767], 0 <= lo < 32768), plus
+/// |L_mult(x, b0)| <= 65536 |b0|, within 31 bits (the 100 Hz filter's
+/// coefficients give 1.5404e9 + 504.6e6 < 2^31); only the two later taps,
+/// the shifts and the rounding can then saturate. b1 and b2 above -32768
+/// keep their L_mult products plain, and 2^28 + 65536 |b2| <= MAX_32 lets a
+/// whole sum within +-2^28 prove the sum before the last tap exact too.
+inline bool first_sums_fit(const Word16* c) {
     const std::int64_t a = std::abs(std::int64_t{c[4]}) + std::abs(std::int64_t{c[5]});
-    const std::int64_t b = std::abs(std::int64_t{c[0]}) + std::abs(std::int64_t{c[1]}) + std::abs(std::int64_t{c[2]});
-    return 65536 * a + 2 * xmax * b <= MAX_32;
+    return 65538 * a + 65536 * std::abs(std::int64_t{c[0]}) <= MAX_32 && c[1] > MIN_16 && c[2] > MIN_16 &&
+           (std::int64_t{1} << 28) + 65536 * std::abs(std::int64_t{c[2]}) <= MAX_32;
 }
 
-/// The filter under sums_fit: Mpy_32_16(L_Extract(y), a) is
-/// 2 (((y >> 1) a) >> 15) and the chain the plain sum; only the L_shl by 2
-/// clamps (a branch off the sample-to-sample dependency chain). The
-/// recursion runs on h = y >> 1, the half the memory terms read: unclamped,
-/// y = 4 t and h = 2 t, so the next h is one multiply, a shift and an add
-/// after the last (4 ((h a1) >> 15) + 2 rest).
-void filter_plain(Zep16s* x, int len, HighPassState& st) {
+/// Mpy_32_16(hi, lo, n) of the half value h = y >> 1 = hi 2^15 + lo: for
+/// n > -32768, 2 hi n + 2 mult(lo, n) = 2 ((h n) >> 15) (hi n 2^15 is a
+/// multiple of 2^15, and neither product saturates).
+inline std::int64_t memory_term_half(std::int64_t h, std::int64_t n) { return 2 * ((h * n) >> 15); }
+
+/// The filter under first_sums_fit, one range check a sample: while the
+/// whole sum t lies within +-(2^28 - 2^12) no partial sum saturates, nor do
+/// L_shl by 2, the doubling and the rounding, and the sample is
+/// (8 t + 2^15) >> 16; otherwise each saturation is applied as one clamp.
+/// The recursion runs on h = y >> 1 (unclamped, y = 4 t and h = 2 t), so
+/// the next h is one multiply, a shift and an add after the last. y is a
+/// multiple of 4 unless clamped, so y = 2 h except y = MAX_32 (h odd).
+void filter_fast(Zep16s* x, int len, HighPassState& st) {
+    constexpr std::int64_t kQuiet = (std::int64_t{1} << 28) - (1 << 12);
     const std::int64_t b0 = 2 * st.coef[0], b1 = 2 * st.coef[1], b2 = 2 * st.coef[2];
     const std::int64_t a1 = st.coef[4], a2 = st.coef[5];
-    Word16 xm1 = st.x1, xm2 = st.x2;
-    Word32 y1 = st.y1, y2 = st.y2;
-    std::int64_t h1 = y1 >> 1, h2 = y2 >> 1;
+    std::int64_t xm1 = st.x1, xm2 = st.x2;
+    std::int64_t h1 = st.y1 >> 1, h2 = st.y2 >> 1;
+    const Word32 y1_in = st.y1;
     for (int i = 0; i < len; ++i) {
-        const Word16 xn = x[i];
-        const std::int64_t rest = 2 * ((h2 * a2) >> 15) + xn * b0 + xm1 * b1 + xm2 * b2;
-        const std::int64_t q = (h1 * a1) >> 15;
-        const std::int64_t t = 2 * q + rest;  // the accumulator before L_shl by 2
-        Word32 acc;
-        std::int64_t h;
-        if (__builtin_expect(t >= -0x20000000 && t < 0x20000000, 1)) {
-            acc = static_cast<Word32>(4 * t);
-            h = 4 * q + 2 * rest;
-        } else {
-            acc = t > 0 ? MAX_32 : MIN_32;
-            h = acc >> 1;
-        }
-        x[i] = round_fx(L_shl_fast(acc, 1));
+        const std::int64_t xn = x[i];
+        const std::int64_t in = xn * b0 + xm1 * b1 + xm2 * b2;
+        // 2 t with the newest product added last: h1 waits on one
+        // multiply, a shift and an add.
+        const std::int64_t t2 = 2 * (memory_term_half(h2, a2) + in) + 4 * ((h1 * a1) >> 15);
         h2 = h1;
-        h1 = h;
-        y2 = y1;
-        y1 = acc;
+        if (t2 > -2 * kQuiet && t2 < 2 * kQuiet) [[likely]] {
+            h1 = t2;
+            x[i] = static_cast<Word16>((4 * t2 + 0x8000) >> 16);
+        } else {
+            const std::int64_t t = t2 >> 1, in2 = xm2 * b2;
+            const Word32 y = L_shl_fast(saturate32(std::int64_t{saturate32(t - in2)} + in2), 2);
+            const std::int64_t o = (2 * std::int64_t{y} + 0x8000) >> 16;
+            x[i] = static_cast<Word16>(o > MAX_16 ? MAX_16 : (o < MIN_16 ? MIN_16 : o));
+            h1 = y >> 1;
+        }
         xm2 = xm1;
         xm1 = xn;
     }
-    st.y1 = y1;
-    st.y2 = y2;
-    st.x1 = xm1;
-    st.x2 = xm2;
+    auto full = [](std::int64_t h) { return h & 1 ? MAX_32 : static_cast<Word32>(2 * h); };
+    st.y2 = len == 1 ? y1_in : full(h2);
+    st.y1 = full(h1);
+    st.x1 = static_cast<Word16>(xm1);
+    st.x2 = static_cast<Word16>(xm2);
 }
 
 /// The filter for any input: each partial sum range-checked (accumulate).
@@ -129,17 +135,15 @@ ZepStatus zepsPostProcess_G729_16s_I(Zep16s* pSrcDst, int len, Zep8u* pState) {
     if (len < 1) return zepStsSizeErr;
     HighPassState st;
     std::memcpy(&st, pState, sizeof st);
-    std::int64_t xmax = std::max(std::abs(std::int64_t{st.x1}), std::abs(std::int64_t{st.x2}));
-    for (int i = 0; i < len; ++i) xmax = std::max(xmax, std::abs(std::int64_t{pSrcDst[i]}));
-    if (sums_fit(st.coef, xmax))
-        filter_plain(pSrcDst, len, st);
+    if (first_sums_fit(st.coef))
+        filter_fast(pSrcDst, len, st);
     else
         filter_checked(pSrcDst, len, st);
     std::memcpy(pState, &st, sizeof st);
     return zepStsNoErr;
 }
 
-/// The range-checked form alone, for the test holding the plain form equal
+/// The range-checked form alone, for the test holding the fast form equal
 /// to it (not exported from the library).
 void g729_post_process_checked(Zep16s* x, int len, Zep8u* pState) {
     HighPassState st;

@@ -6,6 +6,8 @@
 // whole streams are in tests/codecs/test_g729.cpp.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <vector>
@@ -13,9 +15,16 @@
 #include "tests/g729/g729_stage_util.h"
 
 // The post-processing's range-checked form alone (g729/post_process.cpp).
-namespace zeps::u8 { void g729_post_process_checked(std::int16_t*, int, std::uint8_t*); }
+// The LSP to LP conversion on the saturating chain alone (g729/lsp_to_lpc.cpp).
+namespace zeps::u8 {
+void g729_post_process_checked(std::int16_t*, int, std::uint8_t*);
+void g729_lsp_to_lpc_chain(const std::int16_t*, std::int16_t*);
+}  // namespace zeps::u8
 #if defined(__x86_64__)  // elsewhere n8 names the one generic build, u8
-namespace zeps::n8 { void g729_post_process_checked(std::int16_t*, int, std::uint8_t*); }
+namespace zeps::n8 {
+void g729_post_process_checked(std::int16_t*, int, std::uint8_t*);
+void g729_lsp_to_lpc_chain(const std::int16_t*, std::int16_t*);
+}  // namespace zeps::n8
 #endif
 
 namespace {
@@ -375,22 +384,25 @@ ZEPS_VARIANT_CHECK(zepsPostProcess_G729_16s_I) {
 }
 
 
-/// The post-processing's plain form (inputs within its bound, any memories)
-/// against the range-checked form, both builds: outputs and states equal.
+/// The post-processing's fast form (any inputs and memories: quiet samples,
+/// inputs near full scale that drive the later taps, the shifts and the
+/// rounding into saturation) against the range-checked form, both builds:
+/// outputs and states equal.
 template <class Export, class Checked>
-void post_process_plain_agrees(Export exported, Checked checked) {
+void post_process_fast_agrees(Export exported, Checked checked) {
     zeps::test::Rng rng(53);
     const Zep16s c[6] = {7699, -15398, 7699, 8192, 15836, -7667};
     for (int rep = 0; rep < 4000; ++rep) {
         std::vector<Zep8u> a(24), b;
         u8::zepsHighPassFilterInit_G729(c, a.data());
-        const int lim = rep % 4 == 0 ? 9858 : static_cast<int>(rng.uniform(0, 9858));
+        const int lims[4] = {9858, 32767, static_cast<int>(rng.uniform(0, 9858)), static_cast<int>(rng.uniform(0, 32767))};
+        const int lim = lims[rep % 4];
         V16 mem = small16(rng, 2, lim);
         const std::int32_t y[2] = {rep % 8 == 1 ? INT32_MAX : rng.s32(), rep % 8 == 2 ? INT32_MIN : rng.s32()};
         std::memcpy(a.data(), y, sizeof y);
         std::memcpy(a.data() + 8, mem.data(), 4);
         b = a;
-        V16 x = small16(rng, 80, lim), z = x;
+        V16 x = lim == 32767 ? rand16(rng, 80) : small16(rng, 80, lim), z = x;
         const int len = static_cast<int>(rng.uniform(1, 80));
         ASSERT_EQ(exported(x.data(), len, a.data()), zepStsNoErr);
         checked(z.data(), len, b.data());
@@ -399,9 +411,47 @@ void post_process_plain_agrees(Export exported, Checked checked) {
     }
 }
 
-TEST(G729CodecStages, PostProcessPlainFormEqualsCheckedForm) {
-    post_process_plain_agrees(u8::zepsPostProcess_G729_16s_I, u8::g729_post_process_checked);
-    post_process_plain_agrees(n8::zepsPostProcess_G729_16s_I, n8::g729_post_process_checked);
+TEST(G729CodecStages, PostProcessFastFormEqualsCheckedForm) {
+    post_process_fast_agrees(u8::zepsPostProcess_G729_16s_I, u8::g729_post_process_checked);
+    post_process_fast_agrees(n8::zepsPostProcess_G729_16s_I, n8::g729_post_process_checked);
+}
+
+/// The LSP to LP conversion's plain polynomial expansion against the
+/// saturating chain, both builds: ordered cosines (speech), any samples,
+/// and constant or alternating extremes that drive the chain into
+/// saturation (and -32768, which the plain form leaves to the chain).
+template <class Export, class Chain>
+void lsp_to_lpc_plain_agrees(Export exported, Chain chain) {
+    zeps::test::Rng rng(729);
+    for (int rep = 0; rep < 6000; ++rep) {
+        V16 lsp(10);
+        const int kind = rep % 4;
+        if (kind == 0) {  // ordered cosines of random frequencies
+            std::vector<double> w(10);
+            for (auto& v : w) v = rng.uniform(1, 32000) * (3.14159265358979 / 32768.0);
+            std::sort(w.begin(), w.end());
+            for (int i = 0; i < 10; ++i) lsp[i] = static_cast<Zep16s>(std::lround(32767.0 * std::cos(w[i])));
+        } else if (kind == 1) {
+            lsp = rand16(rng, 10);
+        } else {
+            const Zep16s ends[4] = {32767, -32767, -32768, static_cast<Zep16s>(rng.uniform(-32768, 32767))};
+            for (int i = 0; i < 10; ++i) {
+                const Zep16s v = ends[(rep / 4 + (kind == 3 ? i : 0)) % 4];
+                lsp[i] = rng.uniform(0, 3) == 0 ? static_cast<Zep16s>(rng.uniform(-32768, 32767)) : v;
+            }
+        }
+        V16 a(11, 0x5a5a), b(11, 0x5a5a);
+        ASSERT_EQ(exported(lsp.data(), a.data()), zepStsNoErr);
+        chain(lsp.data(), b.data());
+        ASSERT_EQ(a, b) << "rep " << rep;
+    }
+}
+
+TEST(G729CodecStages, LspToLpcPlainFormEqualsChain) {
+    lsp_to_lpc_plain_agrees(u8::zepsLSPToLPC_G729_16s, u8::g729_lsp_to_lpc_chain);
+#if defined(__x86_64__)
+    lsp_to_lpc_plain_agrees(n8::zepsLSPToLPC_G729_16s, n8::g729_lsp_to_lpc_chain);
+#endif
 }
 
 }  // namespace
