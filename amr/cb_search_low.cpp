@@ -25,8 +25,17 @@ struct Best {
     Word16 sq = -1, alp = 1, ps = 0;
     int ix;
     explicit Best(int first) : ix(first) {}
-    /// The track's 8 candidates in position order (first, first + 5, ...).
+    /// The track's 8 candidates in position order (first, first + 5, ...),
+    /// chosen from the start values (-1, 1).
     void choose(const Candidates& c, int first) {
+        const int w = first_greatest_ratio(c);
+        if (w >= 0) {
+            sq = c.sq[w];
+            ps = c.ps[w];
+            alp = c.alp[w];
+            ix = first + 5 * w;
+            return;
+        }
         for (int k = 0; k < 8; k++) {
             if (improves(c.sq[k], c.alp[k], sq, alp)) {
                 sq = c.sq[k];

@@ -173,6 +173,66 @@ TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
     }
 }
 
+// The lane choice among 8 candidates against the reference's sequential
+// loop from (-1, 1): equal ratios in many places (small values, multiples),
+// the extremes 1 and 32767, and energy terms <= 0 (where it must decline).
+TEST(AmrCbSearch, LaneChoiceEqualsSequentialChoice) {
+    namespace k = zeps::ref::amr_cb;
+    zeps::test::Rng rng(67);
+    auto sequential = [](const k::Candidates& c) {
+        using namespace zeps::ref;
+        std::int16_t sq = -1, alp = 1;
+        int ix = -1;
+        for (int i = 0; i < 8; i++)
+            if (L_msu(L_mult(alp, c.sq[i]), sq, c.alp[i]) > 0) {
+                sq = c.sq[i];
+                alp = c.alp[i];
+                ix = i;
+            }
+        return ix;
+    };
+    const std::int16_t small[] = {0, 1, 2, 3, 4, 6, 8, 12};
+    int taken = 0;
+    for (int round = 0; round < 200000; ++round) {
+        k::Candidates c{};
+        const int kind = static_cast<int>(rng.uniform(0, 4));
+        const auto unit_sq = static_cast<std::int16_t>(rng.uniform(1, 40)), unit_alp = static_cast<std::int16_t>(rng.uniform(1, 40));
+        for (int i = 0; i < 8; i++) {
+            switch (kind) {
+                case 0:  // small values: many equal ratios
+                    c.sq[i] = small[rng.uniform(0, 7)];
+                    c.alp[i] = static_cast<std::int16_t>(small[rng.uniform(1, 7)]);
+                    break;
+                case 1: {  // multiples of one ratio, up to full scale
+                    const auto m = static_cast<std::int16_t>(rng.uniform(1, 800));
+                    c.sq[i] = static_cast<std::int16_t>(unit_sq * m);
+                    c.alp[i] = static_cast<std::int16_t>(unit_alp * m);
+                    break;
+                }
+                case 2:  // extremes
+                    c.sq[i] = rng.chance(2) ? 32767 : static_cast<std::int16_t>(rng.uniform(0, 1));
+                    c.alp[i] = rng.chance(2) ? 32767 : 1;
+                    break;
+                default:  // anything a search can produce, energy terms <= 0 included
+                    c.sq[i] = static_cast<std::int16_t>(rng.uniform(0, 32767));
+                    c.alp[i] = rng.chance(16) ? static_cast<std::int16_t>(rng.uniform(-32768, 0)) : static_cast<std::int16_t>(rng.uniform(1, 32767));
+            }
+            c.ps[i] = rng.s16();
+        }
+        bool positive = true;
+        for (int i = 0; i < 8; i++) positive = positive && c.alp[i] > 0;
+        const int w = k::first_greatest_ratio(c);
+        if (w < 0) {
+            ASSERT_FALSE(positive) << "round " << round;
+            continue;
+        }
+        ASSERT_TRUE(positive) << "round " << round;
+        ASSERT_EQ(w, sequential(c)) << "round " << round;
+        taken++;
+    }
+    EXPECT_GT(taken, 100000);
+}
+
 TEST(AmrCbSearch, CriterionEqualsReferenceForm) {
     namespace k = zeps::ref::amr_cb;
     zeps::test::Rng rng(475);
