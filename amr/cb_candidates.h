@@ -75,7 +75,16 @@ inline __m128i gather8(Strided s, int k0, int count) {
         const __m128i lane = _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7);
         return _mm_and_si128(v, _mm_cmpgt_epi16(_mm_set1_epi16(static_cast<short>(count - k0)), lane));
     }
-    if (count - k0 >= 8) return _mm_setr_epi16(p[0], p[d], p[2 * d], p[3 * d], p[4 * d], p[5 * d], p[6 * d], p[7 * d]);
+    if (count - k0 >= 8) {  // one pinsrw from memory per value
+        __m128i v = _mm_cvtsi32_si128(p[0]);
+        v = _mm_insert_epi16(v, p[d], 1);
+        v = _mm_insert_epi16(v, p[2 * d], 2);
+        v = _mm_insert_epi16(v, p[3 * d], 3);
+        v = _mm_insert_epi16(v, p[4 * d], 4);
+        v = _mm_insert_epi16(v, p[5 * d], 5);
+        v = _mm_insert_epi16(v, p[6 * d], 6);
+        return _mm_insert_epi16(v, p[7 * d], 7);
+    }
     __m128i v = _mm_setzero_si128();
     switch (count - k0) {  // the tail of a 10-position track: 2 values
         default: v = _mm_insert_epi16(v, p[d], 1); [[fallthrough]];

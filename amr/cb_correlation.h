@@ -54,7 +54,7 @@ inline Word32 shl_sat(Word32 v, int n) {
 /// shift saturates exactly when the exact product leaves 32 bits.
 inline Word32 shift_sat(Word32 v, int n) { return n >= 0 ? shl_sat(v, n) : L_shr(v, static_cast<Word16>(-n)); }
 
-inline std::int64_t energy(const Word16* v) {
+inline std::int64_t energy_scalar(const Word16* v) {
     std::int64_t e = 0;
     for (int i = 0; i < kLCode; i++) e += std::int32_t{v[i]} * v[i];
     return e;
@@ -62,6 +62,26 @@ inline std::int64_t energy(const Word16* v) {
 
 #if defined(__SSSE3__)
 inline __m128i load8(const Word16* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+#endif
+
+/// Sum of the 40 squares: pmaddwd pairs (at most 2^31, so exact read as
+/// unsigned) summed in 64-bit lanes.
+inline std::int64_t energy(const Word16* v) {
+#if defined(__SSSE3__)
+    const __m128i zero = _mm_setzero_si128();
+    __m128i acc = zero;
+    for (int i = 0; i < kLCode; i += 8) {
+        const __m128i p = _mm_madd_epi16(load8(v + i), load8(v + i));
+        acc = _mm_add_epi64(acc, _mm_add_epi64(_mm_unpacklo_epi32(p, zero), _mm_unpackhi_epi32(p, zero)));
+    }
+    acc = _mm_add_epi64(acc, _mm_unpackhi_epi64(acc, acc));
+    return _mm_cvtsi128_si64(acc);
+#else
+    return energy_scalar(v);
+#endif
+}
+
+#if defined(__SSSE3__)
 
 inline std::int32_t hsum32(__m128i v) {
     v = _mm_add_epi32(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(1, 0, 3, 2)));
@@ -107,7 +127,7 @@ inline void cor_h_x2(const Word16* h, const Word16* x, Word16* dn, Word16 sf, in
 
 /// The impulse response scaled for maximum precision (cor_h): h/2 when its
 /// energy saturates, else h * 0.99 / sqrt(energy).
-inline void scale_response(const Word16* h, Word16* h2) {
+inline void scale_response_scalar(const Word16* h, Word16* h2) {
     Word32 s = 2;
     for (int i = 0; i < kLCode; i++) s = L_mac(s, h[i], h[i]);
     if (sub(extract_h(s), 32767) == 0) {
@@ -120,10 +140,39 @@ inline void scale_response(const Word16* h, Word16* h2) {
     }
 }
 
+/// scale_response_scalar without its chains. The energy chain
+/// L_mac(2, h, h) only adds terms >= 0, so it is min(2 + 2 sum h^2, MAX_32)
+/// (the one saturating L_mult, 2^31 - 1, saturates the sum as well). With
+/// k >= 0 (a 0.99 fraction of a positive value) L_mult(h, k) = 2 h k is
+/// exact, and round(L_shl(2 h k, 9)) is (h k + 32) >> 6 clamped to 16 bits:
+/// the shift saturates exactly when that quotient leaves 16 bits, and the
+/// rounding add only where it is 32768.
+inline void scale_response(const Word16* h, Word16* h2) {
+#if defined(__SSSE3__)
+    const std::int64_t e = 2 + 2 * energy(h);
+    const Word32 s = e > MAX_32 ? MAX_32 : static_cast<Word32>(e);
+    if (extract_h(s) == 32767) {
+        for (int i = 0; i < kLCode; i++) h2[i] = shr(h[i], 1);
+        return;
+    }
+    const Word16 k = mult(extract_h(L_shl(Inv_sqrt(L_shr(s, 1)), 7)), 32440);  // 0.99 k
+    const __m128i kv = _mm_set1_epi16(k), bias = _mm_set1_epi32(32);
+    for (int i = 0; i < kLCode; i += 8) {
+        const __m128i v = load8(h + i);
+        const __m128i pl = _mm_mullo_epi16(v, kv), ph = _mm_mulhi_epi16(v, kv);
+        const __m128i lo = _mm_srai_epi32(_mm_add_epi32(_mm_unpacklo_epi16(pl, ph), bias), 6);
+        const __m128i hi = _mm_srai_epi32(_mm_add_epi32(_mm_unpackhi_epi16(pl, ph), bias), 6);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(h2 + i), _mm_packs_epi32(lo, hi));
+    }
+#else
+    scale_response_scalar(h, h2);
+#endif
+}
+
 /// cor_h as the reference writes it.
 inline void cor_h_scalar(const Word16* h, const Word16* sign, CorrMatrix& rr) {
     Word16 h2[kLCode];
-    scale_response(h, h2);
+    scale_response_scalar(h, h2);
     Word32 s = 0;
     for (int k = 0, i = kLCode - 1; k < kLCode; k++, i--) {
         s = L_mac(s, h2[k], h2[k]);

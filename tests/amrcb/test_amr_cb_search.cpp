@@ -87,6 +87,18 @@ TEST(AmrCbSearch, VectorCorrelationsEqualReferenceLoops) {
         const V16 x = levelled(rng, 40);
         V16 sign(40);
         for (auto& s : sign) s = rng.chance(2) ? 32767 : -32767;
+        // the scaling of cor_h also on sparse responses (one to three values:
+        // small energies, where the inverse square root saturates) and full scale
+        V16 hs(40, 0);
+        for (int n = static_cast<int>(rng.uniform(1, 3)); n > 0; n--) hs[rng.uniform(0, 39)] = rng.s16();
+        if (rng.chance(50)) hs.assign(40, rng.chance(2) ? -32768 : 32767);
+        for (const V16* v : {&h, &hs}) {
+            V16 sa(40), sb(40);
+            k::scale_response(v->data(), sa.data());
+            k::scale_response_scalar(v->data(), sb.data());
+            ASSERT_EQ(sa, sb) << "scaled response round " << round;
+            ASSERT_EQ(k::energy(v->data()), k::energy_scalar(v->data())) << "energy round " << round;
+        }
         k::CorrMatrix a, b;
         k::cor_h(h.data(), sign.data(), a);
         k::cor_h_scalar(h.data(), sign.data(), b);
