@@ -198,12 +198,10 @@ inline __m128i mult8(__m128i a, __m128i b) {
     return _mm_or_si128(_mm_slli_epi16(hi, 1), _mm_srli_epi16(lo, 15));
 }
 
-/// round() of 8 doubled sums held undoubled in two 32-bit vectors (no saturation possible).
-inline __m128i round8(__m128i lo, __m128i hi) {
-    const __m128i half = _mm_set1_epi32(0x8000);
-    lo = _mm_srai_epi32(_mm_add_epi32(_mm_slli_epi32(lo, 1), half), 16);
-    hi = _mm_srai_epi32(_mm_add_epi32(_mm_slli_epi32(hi, 1), half), 16);
-    return _mm_packs_epi32(lo, hi);
+/// round() of 8 doubled sums S held undoubled with a bias, S + 2^14, in two
+/// 32-bit vectors (no saturation possible): (2 S + 2^15) >> 16 = (S + 2^14) >> 15.
+inline __m128i round8_biased(__m128i lo, __m128i hi) {
+    return _mm_packs_epi32(_mm_srai_epi32(lo, 15), _mm_srai_epi32(hi, 15));
 }
 
 /// t[r][c] = a[c][r] for an 8x8 block of 16-bit values.
@@ -253,7 +251,12 @@ inline void mirror_lower(CorrMatrix& rr) {
 
 /// cor_h. Diagonal lag d of the reference, P_d[n] = sum_{m<=n} h2[m] h2[m+d],
 /// lands in row j = 39 - n at column j - d: for a block of 8 lags the
-/// running sums at step n are one reversed contiguous store into row j.
+/// running sums at step n are one reversed contiguous store into row j,
+/// signed there by mult(., mult(sign[i], sign[j])) in lanes (no -32768 *
+/// -32768 for mult8: the searches' signs are +-32767, and a rounded sum is
+/// above -32768 as 2 |sum| <= MAX_32 - 2^15). Lanes of lags beyond the row
+/// fall on columns below 0, the last ones of row j - 1, above its diagonal,
+/// which mirror_lower rewrites.
 inline void cor_h(const Word16* h, const Word16* sign, CorrMatrix& rr) {
 #if defined(__SSSE3__)
     alignas(16) Word16 h2[kLCode + 8 * 6] = {};
@@ -262,16 +265,18 @@ inline void cor_h(const Word16* h, const Word16* sign, CorrMatrix& rr) {
         cor_h_scalar(h, sign, rr);
         return;
     }
-    // Rows of the unsigned matrix's lower triangle, 40 columns of room on the left
-    // for the lanes of lags beyond the row (never read).
-    alignas(16) Word16 low[kLCode][kLCode + 48];
-    constexpr int kOff = 48;
-    __m128i acc[5][2];
-    for (auto& a : acc) a[0] = a[1] = _mm_setzero_si128();
+    // rr[j][j] in the matrix read as one run of 40 x 40 values (columns below 0 of row j are row j - 1's last)
+    Word16* const flat = &rr[0][0];
+    const auto row_end = [flat](int j) { return flat + (kLCode + 1) * j; };
+    alignas(16) Word16 sp[8 + kLCode] = {};  // sign[] with 8 zeros before it
+    for (int i = 0; i < kLCode; i++) sp[8 + i] = sign[i];
+    __m128i acc[5][2];  // running sums of 8 lags each, biased for round8_biased
+    for (auto& a : acc) a[0] = a[1] = _mm_set1_epi32(0x4000);
     const __m128i rev = _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1);
     for (int n = 0; n < kLCode; n++) {
         const int j = kLCode - 1 - n;
         const __m128i hn = _mm_set1_epi16(h2[n]);
+        const __m128i sj = _mm_set1_epi16(sign[j]);
         const int blocks = j / 8 + 1;  // lags 0..j
         for (int b = 0; b < blocks; b++) {
             const __m128i v = load8(h2 + n + 8 * b);
@@ -279,18 +284,18 @@ inline void cor_h(const Word16* h, const Word16* sign, CorrMatrix& rr) {
             acc[b][0] = _mm_add_epi32(acc[b][0], _mm_unpacklo_epi16(plo, phi));
             acc[b][1] = _mm_add_epi32(acc[b][1], _mm_unpackhi_epi16(plo, phi));
             // lanes: lag 8b + l at column j - 8b - l; reversed, columns j - 8b - 7 .. j - 8b
-            const __m128i r = _mm_shuffle_epi8(round8(acc[b][0], acc[b][1]), rev);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(&low[j][kOff + j - 8 * b - 7]), r);
+            const __m128i r = _mm_shuffle_epi8(round8_biased(acc[b][0], acc[b][1]), rev);
+            const __m128i v_signed = mult8(r, mult8(load8(sp + 8 + j - 8 * b - 7), sj));
+            if (b > 0) {
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(row_end(j) - 8 * b - 7), v_signed);
+            } else if (j > 0) {  // the diagonal (lane 7) unsigned
+                const __m128i diag = _mm_setr_epi16(0, 0, 0, 0, 0, 0, 0, -1);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(row_end(j) - 7),
+                                 _mm_or_si128(_mm_and_si128(diag, r), _mm_andnot_si128(diag, v_signed)));
+            } else {
+                rr[0][0] = static_cast<Word16>(_mm_extract_epi16(r, 7));  // no row before row 0
+            }
         }
-    }
-    const __m128i sj_all[5] = {load8(sign), load8(sign + 8), load8(sign + 16), load8(sign + 24), load8(sign + 32)};
-    for (int j = 0; j < kLCode; j++) {
-        const __m128i sj = _mm_set1_epi16(sign[j]);
-        for (int b = 0; b * 8 < j; b++) {
-            const __m128i v = mult8(load8(&low[j][kOff + 8 * b]), mult8(sj_all[b], sj));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(&rr[j][8 * b]), v);
-        }
-        rr[j][j] = low[j][kOff + j];
     }
     mirror_lower(rr);
 #else
