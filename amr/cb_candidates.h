@@ -13,7 +13,7 @@
 // needs no input bound; where the start value and the shifts bound every
 // partial sum inside 32 bits, plain adds replace the emulated saturating
 // ones. The plain form is the baseline it is tested against.
-// The choice among a track's 8 candidates is the reference's sequential one,
+// The choice among a track's candidates is the reference's sequential one,
 // found in lanes where every candidate's energy term is positive
 // (first_greatest_ratio).
 #pragma once
@@ -266,26 +266,30 @@ inline bool any_improves(const Candidates& c, int count, Word16 sq, Word16 alp) 
 #endif
 }
 
-/// The position among 8 candidates that a sequential choice from the start
-/// (sq, alp) = (-1, 1) ends on (each candidate taken when improves() it over
-/// the best so far), or -1 where some alp <= 0 (then the caller runs the
-/// sequential loop). With every alp positive the choice is the first
-/// position of the greatest ratio sq / alp: candidate 0 always replaces the
-/// start (sq0 >= 0 > -alp0), and from then on improves(sq1, alp1, sq, alp),
-/// alp sq1 > sq alp1, is sq1 / alp1 > sq / alp exactly (both denominators
-/// positive), a strict test that keeps the earlier of two equal ratios.
-/// Lanes find it by a tournament whose every match sets a run of positions
-/// against the run right after it (pairs, then pairs of pairs, ...), the
-/// later run winning only on a strictly greater ratio, compared as one
-/// pmaddwd of (sq_r, alp_r) with (alp_l, -sq_l): sq_r alp_l - alp_r sq_l,
-/// exact in 32 bits (both products below 2^30). The winner's position is
-/// the first holding its (sq, alp): an earlier one would have its ratio.
-inline int first_greatest_ratio(const Candidates& c) {
+/// The position among count (8 or 10) candidates that a sequential choice
+/// from the start (sq, alp) = (-1, 1) ends on (each candidate taken when
+/// improves() it over the best so far), or -1 where some alp <= 0 (then the
+/// caller runs the sequential loop). With every alp positive the choice is
+/// the first position of the greatest ratio sq / alp: candidate 0 always
+/// replaces the start (sq0 >= 0 > -alp0), and from then on
+/// improves(sq1, alp1, sq, alp), alp sq1 > sq alp1, is sq1 / alp1 > sq / alp
+/// exactly (both denominators positive), a strict test that keeps the
+/// earlier of two equal ratios. Lanes find it among the first 8 by a
+/// tournament whose every match sets a run of positions against the run
+/// right after it (pairs, then pairs of pairs, ...), the later run winning
+/// only on a strictly greater ratio, compared as one pmaddwd of (sq_r, alp_r)
+/// with (alp_l, -sq_l): sq_r alp_l - alp_r sq_l, exact in 32 bits (both
+/// products below 2^30). The winner's position is the first holding its
+/// (sq, alp): an earlier one would have its ratio. Positions 8 and 9 follow
+/// one at a time, as the sequential loop takes them.
+inline int first_greatest_ratio(const Candidates& c, int count = 8) {
 #if defined(__SSSE3__)
     const __m128i s = _mm_load_si128(reinterpret_cast<const __m128i*>(c.sq));
     const __m128i a = _mm_load_si128(reinterpret_cast<const __m128i*>(c.alp));
     const __m128i zero = _mm_setzero_si128();
     if (_mm_movemask_epi8(_mm_cmpgt_epi16(a, zero)) != 0xffff) return -1;
+    for (int k = 8; k < count; k++)
+        if (c.alp[k] <= 0) return -1;
     // even positions in the low half, odd ones in the high half
     const __m128i split = _mm_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, 2, 3, 6, 7, 10, 11, 14, 15);
     const __m128i se = _mm_shuffle_epi8(s, split), ae = _mm_shuffle_epi8(a, split);
@@ -304,9 +308,13 @@ inline int first_greatest_ratio(const Candidates& c) {
     w = _mm_shuffle_epi32(w, 0);
     const __m128i eq = _mm_packs_epi32(_mm_cmpeq_epi32(_mm_unpacklo_epi16(s, a), w),
                                        _mm_cmpeq_epi32(_mm_unpackhi_epi16(s, a), w));
-    return __builtin_ctz(static_cast<unsigned>(_mm_movemask_epi8(eq))) / 2;
+    int best = __builtin_ctz(static_cast<unsigned>(_mm_movemask_epi8(eq))) / 2;
+    for (int k = 8; k < count; k++)
+        if (improves(c.sq[k], c.alp[k], c.sq[best], c.alp[best])) best = k;
+    return best;
 #else
     (void)c;
+    (void)count;
     return -1;
 #endif
 }

@@ -72,7 +72,7 @@ TrackWithFixedTerm track_with_diagonal(const Word16* dn, const CorrMatrix& rr, i
 
 /// Best second pulse after i0 on the track starting at start (t1 its
 /// track_with_diagonal of shift 14).
-Best second_pulse(const Word16* dn, const CorrMatrix& rr, const TrackWithFixedTerm& t1, int i0, int start) {
+[[gnu::always_inline]] inline Best second_pulse(const Word16* dn, const CorrMatrix& rr, const TrackWithFixedTerm& t1, int i0, int start) {
     Candidates c;
     t1.evaluate(dn[i0], L_mult(rr[i0][i0], k1_4), {row(rr, i0, start), 15}, c);  // 1/4 diagonal, 1/2 row
     Best b(start);

@@ -185,17 +185,18 @@ TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
     }
 }
 
-// The lane choice among 8 candidates against the reference's sequential
-// loop from (-1, 1): equal ratios in many places (small values, multiples),
-// the extremes 1 and 32767, and energy terms <= 0 (where it must decline).
+// The lane choice among 8 or 10 candidates against the reference's
+// sequential loop, from (-1, 1) and, where some candidate improves on it,
+// from a running best: equal ratios in many places (small values,
+// multiples), the extremes 1 and 32767, and energy terms <= 0 (where it
+// must decline).
 TEST(AmrCbSearch, LaneChoiceEqualsSequentialChoice) {
     namespace k = zeps::ref::amr_cb;
     zeps::test::Rng rng(67);
-    auto sequential = [](const k::Candidates& c) {
+    auto sequential = [](const k::Candidates& c, int count, std::int16_t sq, std::int16_t alp) {
         using namespace zeps::ref;
-        std::int16_t sq = -1, alp = 1;
         int ix = -1;
-        for (int i = 0; i < 8; i++)
+        for (int i = 0; i < count; i++)
             if (L_msu(L_mult(alp, c.sq[i]), sq, c.alp[i]) > 0) {
                 sq = c.sq[i];
                 alp = c.alp[i];
@@ -204,12 +205,13 @@ TEST(AmrCbSearch, LaneChoiceEqualsSequentialChoice) {
         return ix;
     };
     const std::int16_t small[] = {0, 1, 2, 3, 4, 6, 8, 12};
-    int taken = 0;
+    int taken = 0, from_best = 0;
     for (int round = 0; round < 200000; ++round) {
         k::Candidates c{};
+        const int count = rng.chance(3) ? 10 : 8;
         const int kind = static_cast<int>(rng.uniform(0, 4));
         const auto unit_sq = static_cast<std::int16_t>(rng.uniform(1, 40)), unit_alp = static_cast<std::int16_t>(rng.uniform(1, 40));
-        for (int i = 0; i < 8; i++) {
+        for (int i = 0; i < 16; i++) {
             switch (kind) {
                 case 0:  // small values: many equal ratios
                     c.sq[i] = small[rng.uniform(0, 7)];
@@ -232,17 +234,25 @@ TEST(AmrCbSearch, LaneChoiceEqualsSequentialChoice) {
             c.ps[i] = rng.s16();
         }
         bool positive = true;
-        for (int i = 0; i < 8; i++) positive = positive && c.alp[i] > 0;
-        const int w = k::first_greatest_ratio(c);
+        for (int i = 0; i < count; i++) positive = positive && c.alp[i] > 0;
+        const int w = k::first_greatest_ratio(c, count);
         if (w < 0) {
             ASSERT_FALSE(positive) << "round " << round;
             continue;
         }
         ASSERT_TRUE(positive) << "round " << round;
-        ASSERT_EQ(w, sequential(c)) << "round " << round;
+        ASSERT_EQ(w, sequential(c, count, -1, 1)) << "round " << round;
         taken++;
+        // a running best (a candidate's values or any positive energy) that some candidate improves on
+        const int pick = static_cast<int>(rng.uniform(0, count - 1));
+        const std::int16_t bsq = rng.chance(2) ? c.sq[pick] : static_cast<std::int16_t>(rng.uniform(-1, 32767));
+        const std::int16_t balp = rng.chance(2) ? c.alp[pick] : static_cast<std::int16_t>(rng.uniform(1, 32767));
+        if (!k::any_improves(c, count, bsq, balp)) continue;
+        ASSERT_EQ(w, sequential(c, count, bsq, balp)) << "round " << round;
+        from_best++;
     }
     EXPECT_GT(taken, 100000);
+    EXPECT_GT(from_best, 20000);
 }
 
 TEST(AmrCbSearch, CriterionEqualsReferenceForm) {
