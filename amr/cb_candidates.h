@@ -13,7 +13,9 @@
 // needs no input bound; where the start value and the shifts bound every
 // partial sum inside 32 bits, plain adds replace the emulated saturating
 // ones. The plain form is the baseline it is tested against.
-// The choice among the candidates stays sequential, as the reference's.
+// The choice among a track's candidates is the reference's sequential one,
+// found in lanes where every candidate's energy term is positive
+// (first_greatest_ratio).
 #pragma once
 
 #if defined(__SSSE3__)
@@ -73,7 +75,16 @@ inline __m128i gather8(Strided s, int k0, int count) {
         const __m128i lane = _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7);
         return _mm_and_si128(v, _mm_cmpgt_epi16(_mm_set1_epi16(static_cast<short>(count - k0)), lane));
     }
-    if (count - k0 >= 8) return _mm_setr_epi16(p[0], p[d], p[2 * d], p[3 * d], p[4 * d], p[5 * d], p[6 * d], p[7 * d]);
+    if (count - k0 >= 8) {  // one pinsrw from memory per value
+        __m128i v = _mm_cvtsi32_si128(p[0]);
+        v = _mm_insert_epi16(v, p[d], 1);
+        v = _mm_insert_epi16(v, p[2 * d], 2);
+        v = _mm_insert_epi16(v, p[3 * d], 3);
+        v = _mm_insert_epi16(v, p[4 * d], 4);
+        v = _mm_insert_epi16(v, p[5 * d], 5);
+        v = _mm_insert_epi16(v, p[6 * d], 6);
+        return _mm_insert_epi16(v, p[7 * d], 7);
+    }
     __m128i v = _mm_setzero_si128();
     switch (count - k0) {  // the tail of a 10-position track: 2 values
         default: v = _mm_insert_epi16(v, p[d], 1); [[fallthrough]];
@@ -252,6 +263,59 @@ inline bool any_improves(const Candidates& c, int count, Word16 sq, Word16 alp) 
     return false;
 #else
     return any_improves_scalar(c, count, sq, alp);
+#endif
+}
+
+/// The position among count (8 or 10) candidates that a sequential choice
+/// from the start (sq, alp) = (-1, 1) ends on (each candidate taken when
+/// improves() it over the best so far), or -1 where some alp <= 0 (then the
+/// caller runs the sequential loop). With every alp positive the choice is
+/// the first position of the greatest ratio sq / alp: candidate 0 always
+/// replaces the start (sq0 >= 0 > -alp0), and from then on
+/// improves(sq1, alp1, sq, alp), alp sq1 > sq alp1, is sq1 / alp1 > sq / alp
+/// exactly (both denominators positive), a strict test that keeps the
+/// earlier of two equal ratios. Lanes find it among the first 8 by a
+/// tournament whose every match sets a run of positions against the run
+/// right after it (pairs, then pairs of pairs, ...), the later run winning
+/// only on a strictly greater ratio, compared as one pmaddwd of (sq_r, alp_r)
+/// with (alp_l, -sq_l): sq_r alp_l - alp_r sq_l, exact in 32 bits (both
+/// products below 2^30). The winner's position is the first holding its
+/// (sq, alp): an earlier one would have its ratio. Positions 8 and 9 follow
+/// one at a time, as the sequential loop takes them.
+inline int first_greatest_ratio(const Candidates& c, int count = 8) {
+#if defined(__SSSE3__)
+    const __m128i s = _mm_load_si128(reinterpret_cast<const __m128i*>(c.sq));
+    const __m128i a = _mm_load_si128(reinterpret_cast<const __m128i*>(c.alp));
+    const __m128i zero = _mm_setzero_si128();
+    if (_mm_movemask_epi8(_mm_cmpgt_epi16(a, zero)) != 0xffff) return -1;
+    for (int k = 8; k < count; k++)
+        if (c.alp[k] <= 0) return -1;
+    // even positions in the low half, odd ones in the high half
+    const __m128i split = _mm_setr_epi8(0, 1, 4, 5, 8, 9, 12, 13, 2, 3, 6, 7, 10, 11, 14, 15);
+    const __m128i se = _mm_shuffle_epi8(s, split), ae = _mm_shuffle_epi8(a, split);
+    // (alp, -sq) of a lane holding (sq, alp)
+    const __m128i swap = _mm_setr_epi8(2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13);
+    const __m128i negate_high = _mm_setr_epi16(1, -1, 1, -1, 1, -1, 1, -1);
+    const auto flipped = [&](__m128i x) { return _mm_sign_epi16(_mm_shuffle_epi8(x, swap), negate_high); };
+    const auto match = [&](__m128i l, __m128i r) {
+        const __m128i later = _mm_cmpgt_epi32(_mm_madd_epi16(r, flipped(l)), zero);
+        return _mm_or_si128(_mm_and_si128(later, r), _mm_andnot_si128(later, l));
+    };
+    // lanes (sq, alp) of positions 0 2 4 6 against 1 3 5 7, then 01 against 23 and 45 against 67, then 0123 against 4567
+    __m128i w = match(_mm_unpacklo_epi16(se, ae), _mm_unpackhi_epi16(se, ae));
+    w = match(w, _mm_shuffle_epi32(w, _MM_SHUFFLE(3, 3, 1, 1)));
+    w = match(w, _mm_shuffle_epi32(w, _MM_SHUFFLE(2, 2, 2, 2)));
+    w = _mm_shuffle_epi32(w, 0);
+    const __m128i eq = _mm_packs_epi32(_mm_cmpeq_epi32(_mm_unpacklo_epi16(s, a), w),
+                                       _mm_cmpeq_epi32(_mm_unpackhi_epi16(s, a), w));
+    int best = __builtin_ctz(static_cast<unsigned>(_mm_movemask_epi8(eq))) / 2;
+    for (int k = 8; k < count; k++)
+        if (improves(c.sq[k], c.alp[k], c.sq[best], c.alp[best])) best = k;
+    return best;
+#else
+    (void)c;
+    (void)count;
+    return -1;
 #endif
 }
 

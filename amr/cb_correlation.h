@@ -54,7 +54,7 @@ inline Word32 shl_sat(Word32 v, int n) {
 /// shift saturates exactly when the exact product leaves 32 bits.
 inline Word32 shift_sat(Word32 v, int n) { return n >= 0 ? shl_sat(v, n) : L_shr(v, static_cast<Word16>(-n)); }
 
-inline std::int64_t energy(const Word16* v) {
+inline std::int64_t energy_scalar(const Word16* v) {
     std::int64_t e = 0;
     for (int i = 0; i < kLCode; i++) e += std::int32_t{v[i]} * v[i];
     return e;
@@ -62,6 +62,26 @@ inline std::int64_t energy(const Word16* v) {
 
 #if defined(__SSSE3__)
 inline __m128i load8(const Word16* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+#endif
+
+/// Sum of the 40 squares: pmaddwd pairs (at most 2^31, so exact read as
+/// unsigned) summed in 64-bit lanes.
+inline std::int64_t energy(const Word16* v) {
+#if defined(__SSSE3__)
+    const __m128i zero = _mm_setzero_si128();
+    __m128i acc = zero;
+    for (int i = 0; i < kLCode; i += 8) {
+        const __m128i p = _mm_madd_epi16(load8(v + i), load8(v + i));
+        acc = _mm_add_epi64(acc, _mm_add_epi64(_mm_unpacklo_epi32(p, zero), _mm_unpackhi_epi32(p, zero)));
+    }
+    acc = _mm_add_epi64(acc, _mm_unpackhi_epi64(acc, acc));
+    return _mm_cvtsi128_si64(acc);
+#else
+    return energy_scalar(v);
+#endif
+}
+
+#if defined(__SSSE3__)
 
 inline std::int32_t hsum32(__m128i v) {
     v = _mm_add_epi32(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(1, 0, 3, 2)));
@@ -107,7 +127,7 @@ inline void cor_h_x2(const Word16* h, const Word16* x, Word16* dn, Word16 sf, in
 
 /// The impulse response scaled for maximum precision (cor_h): h/2 when its
 /// energy saturates, else h * 0.99 / sqrt(energy).
-inline void scale_response(const Word16* h, Word16* h2) {
+inline void scale_response_scalar(const Word16* h, Word16* h2) {
     Word32 s = 2;
     for (int i = 0; i < kLCode; i++) s = L_mac(s, h[i], h[i]);
     if (sub(extract_h(s), 32767) == 0) {
@@ -120,10 +140,39 @@ inline void scale_response(const Word16* h, Word16* h2) {
     }
 }
 
+/// scale_response_scalar without its chains. The energy chain
+/// L_mac(2, h, h) only adds terms >= 0, so it is min(2 + 2 sum h^2, MAX_32)
+/// (the one saturating L_mult, 2^31 - 1, saturates the sum as well). With
+/// k >= 0 (a 0.99 fraction of a positive value) L_mult(h, k) = 2 h k is
+/// exact, and round(L_shl(2 h k, 9)) is (h k + 32) >> 6 clamped to 16 bits:
+/// the shift saturates exactly when that quotient leaves 16 bits, and the
+/// rounding add only where it is 32768.
+inline void scale_response(const Word16* h, Word16* h2) {
+#if defined(__SSSE3__)
+    const std::int64_t e = 2 + 2 * energy(h);
+    const Word32 s = e > MAX_32 ? MAX_32 : static_cast<Word32>(e);
+    if (extract_h(s) == 32767) {
+        for (int i = 0; i < kLCode; i++) h2[i] = shr(h[i], 1);
+        return;
+    }
+    const Word16 k = mult(extract_h(L_shl(Inv_sqrt(L_shr(s, 1)), 7)), 32440);  // 0.99 k
+    const __m128i kv = _mm_set1_epi16(k), bias = _mm_set1_epi32(32);
+    for (int i = 0; i < kLCode; i += 8) {
+        const __m128i v = load8(h + i);
+        const __m128i pl = _mm_mullo_epi16(v, kv), ph = _mm_mulhi_epi16(v, kv);
+        const __m128i lo = _mm_srai_epi32(_mm_add_epi32(_mm_unpacklo_epi16(pl, ph), bias), 6);
+        const __m128i hi = _mm_srai_epi32(_mm_add_epi32(_mm_unpackhi_epi16(pl, ph), bias), 6);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(h2 + i), _mm_packs_epi32(lo, hi));
+    }
+#else
+    scale_response_scalar(h, h2);
+#endif
+}
+
 /// cor_h as the reference writes it.
 inline void cor_h_scalar(const Word16* h, const Word16* sign, CorrMatrix& rr) {
     Word16 h2[kLCode];
-    scale_response(h, h2);
+    scale_response_scalar(h, h2);
     Word32 s = 0;
     for (int k = 0, i = kLCode - 1; k < kLCode; k++, i--) {
         s = L_mac(s, h2[k], h2[k]);
@@ -149,12 +198,10 @@ inline __m128i mult8(__m128i a, __m128i b) {
     return _mm_or_si128(_mm_slli_epi16(hi, 1), _mm_srli_epi16(lo, 15));
 }
 
-/// round() of 8 doubled sums held undoubled in two 32-bit vectors (no saturation possible).
-inline __m128i round8(__m128i lo, __m128i hi) {
-    const __m128i half = _mm_set1_epi32(0x8000);
-    lo = _mm_srai_epi32(_mm_add_epi32(_mm_slli_epi32(lo, 1), half), 16);
-    hi = _mm_srai_epi32(_mm_add_epi32(_mm_slli_epi32(hi, 1), half), 16);
-    return _mm_packs_epi32(lo, hi);
+/// round() of 8 doubled sums S held undoubled with a bias, S + 2^14, in two
+/// 32-bit vectors (no saturation possible): (2 S + 2^15) >> 16 = (S + 2^14) >> 15.
+inline __m128i round8_biased(__m128i lo, __m128i hi) {
+    return _mm_packs_epi32(_mm_srai_epi32(lo, 15), _mm_srai_epi32(hi, 15));
 }
 
 /// t[r][c] = a[c][r] for an 8x8 block of 16-bit values.
@@ -204,7 +251,12 @@ inline void mirror_lower(CorrMatrix& rr) {
 
 /// cor_h. Diagonal lag d of the reference, P_d[n] = sum_{m<=n} h2[m] h2[m+d],
 /// lands in row j = 39 - n at column j - d: for a block of 8 lags the
-/// running sums at step n are one reversed contiguous store into row j.
+/// running sums at step n are one reversed contiguous store into row j,
+/// signed there by mult(., mult(sign[i], sign[j])) in lanes (no -32768 *
+/// -32768 for mult8: the searches' signs are +-32767, and a rounded sum is
+/// above -32768 as 2 |sum| <= MAX_32 - 2^15). Lanes of lags beyond the row
+/// fall on columns below 0, the last ones of row j - 1, above its diagonal,
+/// which mirror_lower rewrites.
 inline void cor_h(const Word16* h, const Word16* sign, CorrMatrix& rr) {
 #if defined(__SSSE3__)
     alignas(16) Word16 h2[kLCode + 8 * 6] = {};
@@ -213,16 +265,18 @@ inline void cor_h(const Word16* h, const Word16* sign, CorrMatrix& rr) {
         cor_h_scalar(h, sign, rr);
         return;
     }
-    // Rows of the unsigned matrix's lower triangle, 40 columns of room on the left
-    // for the lanes of lags beyond the row (never read).
-    alignas(16) Word16 low[kLCode][kLCode + 48];
-    constexpr int kOff = 48;
-    __m128i acc[5][2];
-    for (auto& a : acc) a[0] = a[1] = _mm_setzero_si128();
+    // rr[j][j] in the matrix read as one run of 40 x 40 values (columns below 0 of row j are row j - 1's last)
+    Word16* const flat = &rr[0][0];
+    const auto row_end = [flat](int j) { return flat + (kLCode + 1) * j; };
+    alignas(16) Word16 sp[8 + kLCode] = {};  // sign[] with 8 zeros before it
+    for (int i = 0; i < kLCode; i++) sp[8 + i] = sign[i];
+    __m128i acc[5][2];  // running sums of 8 lags each, biased for round8_biased
+    for (auto& a : acc) a[0] = a[1] = _mm_set1_epi32(0x4000);
     const __m128i rev = _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1);
     for (int n = 0; n < kLCode; n++) {
         const int j = kLCode - 1 - n;
         const __m128i hn = _mm_set1_epi16(h2[n]);
+        const __m128i sj = _mm_set1_epi16(sign[j]);
         const int blocks = j / 8 + 1;  // lags 0..j
         for (int b = 0; b < blocks; b++) {
             const __m128i v = load8(h2 + n + 8 * b);
@@ -230,18 +284,18 @@ inline void cor_h(const Word16* h, const Word16* sign, CorrMatrix& rr) {
             acc[b][0] = _mm_add_epi32(acc[b][0], _mm_unpacklo_epi16(plo, phi));
             acc[b][1] = _mm_add_epi32(acc[b][1], _mm_unpackhi_epi16(plo, phi));
             // lanes: lag 8b + l at column j - 8b - l; reversed, columns j - 8b - 7 .. j - 8b
-            const __m128i r = _mm_shuffle_epi8(round8(acc[b][0], acc[b][1]), rev);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(&low[j][kOff + j - 8 * b - 7]), r);
+            const __m128i r = _mm_shuffle_epi8(round8_biased(acc[b][0], acc[b][1]), rev);
+            const __m128i v_signed = mult8(r, mult8(load8(sp + 8 + j - 8 * b - 7), sj));
+            if (b > 0) {
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(row_end(j) - 8 * b - 7), v_signed);
+            } else if (j > 0) {  // the diagonal (lane 7) unsigned
+                const __m128i diag = _mm_setr_epi16(0, 0, 0, 0, 0, 0, 0, -1);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(row_end(j) - 7),
+                                 _mm_or_si128(_mm_and_si128(diag, r), _mm_andnot_si128(diag, v_signed)));
+            } else {
+                rr[0][0] = static_cast<Word16>(_mm_extract_epi16(r, 7));  // no row before row 0
+            }
         }
-    }
-    const __m128i sj_all[5] = {load8(sign), load8(sign + 8), load8(sign + 16), load8(sign + 24), load8(sign + 32)};
-    for (int j = 0; j < kLCode; j++) {
-        const __m128i sj = _mm_set1_epi16(sign[j]);
-        for (int b = 0; b * 8 < j; b++) {
-            const __m128i v = mult8(load8(&low[j][kOff + 8 * b]), mult8(sj_all[b], sj));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(&rr[j][8 * b]), v);
-        }
-        rr[j][j] = low[j][kOff + j];
     }
     mirror_lower(rr);
 #else

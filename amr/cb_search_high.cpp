@@ -52,6 +52,18 @@ PairLevel search_pair(const TrackMatrix& tm, const Word16* fixed, int nfixed, Wo
         Candidates c;
         second.evaluate(first.ps[ka], first.alp[ka], {tm.track(i2, tb), pair_cross}, c);
         if (!any_improves(c, count, best.sq, best.alp)) continue;  // the best stays as it is
+        // Some candidate's ratio sq / alp exceeds the best's (an exact reading
+        // where every alp is positive), so the loop below ends on the first
+        // candidate of the greatest ratio.
+        const int w = best.alp > 0 ? first_greatest_ratio(c, count) : -1;
+        if (w >= 0) {
+            best.sq = c.sq[w];
+            best.ps = c.ps[w];
+            best.alp = c.alp[w];
+            best.ia = i2;
+            best.ib = tb + step * w;
+            continue;
+        }
         for (int k = 0; k < count; k++) {
             if (improves(c.sq[k], c.alp[k], best.sq, best.alp)) {
                 best.sq = c.sq[k];

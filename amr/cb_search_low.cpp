@@ -25,8 +25,17 @@ struct Best {
     Word16 sq = -1, alp = 1, ps = 0;
     int ix;
     explicit Best(int first) : ix(first) {}
-    /// The track's 8 candidates in position order (first, first + 5, ...).
+    /// The track's 8 candidates in position order (first, first + 5, ...),
+    /// chosen from the start values (-1, 1).
     void choose(const Candidates& c, int first) {
+        const int w = first_greatest_ratio(c);
+        if (w >= 0) {
+            sq = c.sq[w];
+            ps = c.ps[w];
+            alp = c.alp[w];
+            ix = first + 5 * w;
+            return;
+        }
         for (int k = 0; k < 8; k++) {
             if (improves(c.sq[k], c.alp[k], sq, alp)) {
                 sq = c.sq[k];
@@ -63,7 +72,7 @@ TrackWithFixedTerm track_with_diagonal(const Word16* dn, const CorrMatrix& rr, i
 
 /// Best second pulse after i0 on the track starting at start (t1 its
 /// track_with_diagonal of shift 14).
-Best second_pulse(const Word16* dn, const CorrMatrix& rr, const TrackWithFixedTerm& t1, int i0, int start) {
+[[gnu::always_inline]] inline Best second_pulse(const Word16* dn, const CorrMatrix& rr, const TrackWithFixedTerm& t1, int i0, int start) {
     Candidates c;
     t1.evaluate(dn[i0], L_mult(rr[i0][i0], k1_4), {row(rr, i0, start), 15}, c);  // 1/4 diagonal, 1/2 row
     Best b(start);

@@ -87,6 +87,18 @@ TEST(AmrCbSearch, VectorCorrelationsEqualReferenceLoops) {
         const V16 x = levelled(rng, 40);
         V16 sign(40);
         for (auto& s : sign) s = rng.chance(2) ? 32767 : -32767;
+        // the scaling of cor_h also on sparse responses (one to three values:
+        // small energies, where the inverse square root saturates) and full scale
+        V16 hs(40, 0);
+        for (int n = static_cast<int>(rng.uniform(1, 3)); n > 0; n--) hs[rng.uniform(0, 39)] = rng.s16();
+        if (rng.chance(50)) hs.assign(40, rng.chance(2) ? -32768 : 32767);
+        for (const V16* v : {&h, &hs}) {
+            V16 sa(40), sb(40);
+            k::scale_response(v->data(), sa.data());
+            k::scale_response_scalar(v->data(), sb.data());
+            ASSERT_EQ(sa, sb) << "scaled response round " << round;
+            ASSERT_EQ(k::energy(v->data()), k::energy_scalar(v->data())) << "energy round " << round;
+        }
         k::CorrMatrix a, b;
         k::cor_h(h.data(), sign.data(), a);
         k::cor_h_scalar(h.data(), sign.data(), b);
@@ -171,6 +183,76 @@ TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
         for (int i = 0; i < count; i++)
             ASSERT_TRUE(a.ps[i] == b.ps[i] && a.sq[i] == b.sq[i] && a.alp[i] == b.alp[i]) << "rest round " << round;
     }
+}
+
+// The lane choice among 8 or 10 candidates against the reference's
+// sequential loop, from (-1, 1) and, where some candidate improves on it,
+// from a running best: equal ratios in many places (small values,
+// multiples), the extremes 1 and 32767, and energy terms <= 0 (where it
+// must decline).
+TEST(AmrCbSearch, LaneChoiceEqualsSequentialChoice) {
+    namespace k = zeps::ref::amr_cb;
+    zeps::test::Rng rng(67);
+    auto sequential = [](const k::Candidates& c, int count, std::int16_t sq, std::int16_t alp) {
+        using namespace zeps::ref;
+        int ix = -1;
+        for (int i = 0; i < count; i++)
+            if (L_msu(L_mult(alp, c.sq[i]), sq, c.alp[i]) > 0) {
+                sq = c.sq[i];
+                alp = c.alp[i];
+                ix = i;
+            }
+        return ix;
+    };
+    const std::int16_t small[] = {0, 1, 2, 3, 4, 6, 8, 12};
+    int taken = 0, from_best = 0;
+    for (int round = 0; round < 200000; ++round) {
+        k::Candidates c{};
+        const int count = rng.chance(3) ? 10 : 8;
+        const int kind = static_cast<int>(rng.uniform(0, 4));
+        const auto unit_sq = static_cast<std::int16_t>(rng.uniform(1, 40)), unit_alp = static_cast<std::int16_t>(rng.uniform(1, 40));
+        for (int i = 0; i < 16; i++) {
+            switch (kind) {
+                case 0:  // small values: many equal ratios
+                    c.sq[i] = small[rng.uniform(0, 7)];
+                    c.alp[i] = static_cast<std::int16_t>(small[rng.uniform(1, 7)]);
+                    break;
+                case 1: {  // multiples of one ratio, up to full scale
+                    const auto m = static_cast<std::int16_t>(rng.uniform(1, 800));
+                    c.sq[i] = static_cast<std::int16_t>(unit_sq * m);
+                    c.alp[i] = static_cast<std::int16_t>(unit_alp * m);
+                    break;
+                }
+                case 2:  // extremes
+                    c.sq[i] = rng.chance(2) ? 32767 : static_cast<std::int16_t>(rng.uniform(0, 1));
+                    c.alp[i] = rng.chance(2) ? 32767 : 1;
+                    break;
+                default:  // anything a search can produce, energy terms <= 0 included
+                    c.sq[i] = static_cast<std::int16_t>(rng.uniform(0, 32767));
+                    c.alp[i] = rng.chance(16) ? static_cast<std::int16_t>(rng.uniform(-32768, 0)) : static_cast<std::int16_t>(rng.uniform(1, 32767));
+            }
+            c.ps[i] = rng.s16();
+        }
+        bool positive = true;
+        for (int i = 0; i < count; i++) positive = positive && c.alp[i] > 0;
+        const int w = k::first_greatest_ratio(c, count);
+        if (w < 0) {
+            ASSERT_FALSE(positive) << "round " << round;
+            continue;
+        }
+        ASSERT_TRUE(positive) << "round " << round;
+        ASSERT_EQ(w, sequential(c, count, -1, 1)) << "round " << round;
+        taken++;
+        // a running best (a candidate's values or any positive energy) that some candidate improves on
+        const int pick = static_cast<int>(rng.uniform(0, count - 1));
+        const std::int16_t bsq = rng.chance(2) ? c.sq[pick] : static_cast<std::int16_t>(rng.uniform(-1, 32767));
+        const std::int16_t balp = rng.chance(2) ? c.alp[pick] : static_cast<std::int16_t>(rng.uniform(1, 32767));
+        if (!k::any_improves(c, count, bsq, balp)) continue;
+        ASSERT_EQ(w, sequential(c, count, bsq, balp)) << "round " << round;
+        from_best++;
+    }
+    EXPECT_GT(taken, 100000);
+    EXPECT_GT(from_best, 20000);
 }
 
 TEST(AmrCbSearch, CriterionEqualsReferenceForm) {
