@@ -45,13 +45,17 @@ void fdaf_accumulate_32f_scalar(const float* X, const float* W, const float* V, 
     }
 }
 
-void fdaf_add_gradient_32f_scalar(const float* X, const float* G, const float* r, float* W, int P, int C) {
+void fdaf_add_gradient_32f_scalar(const float* X, const float* G, const float* r, float* W, float* n, int P, int C) {
     const std::size_t c = static_cast<std::size_t>(C);
-    for (std::size_t k = 0; k < c; k += 2)
-        for (std::size_t p = 0, o = k; p < static_cast<std::size_t>(P); ++p, o += c) {
-            W[o] += (G[k] * X[o] + G[k + 1] * X[o + 1]) * r[p];
-            W[o + 1] += ((-G[k]) * X[o + 1] + G[k + 1] * X[o]) * r[p];
+    for (std::size_t p = 0; p < static_cast<std::size_t>(P); ++p) {
+        const float* x = X + p * c;
+        float* w = W + p * c;
+        for (std::size_t k = 0; k < c; k += 2) {
+            w[k] += (G[k] * x[k] + G[k + 1] * x[k + 1]) * r[p];
+            w[k + 1] += ((-G[k]) * x[k + 1] + G[k + 1] * x[k]) * r[p];
         }
+        if (n != nullptr) fdaf_norms_32f_scalar(w, n + p, 1, C);
+    }
 }
 
 void fdaf_weighted_power_32f_scalar(const float* X, const float* r, float* S, int P, int C) {
@@ -138,16 +142,28 @@ void fdaf_accumulate_32f(const float* X, const float* W, const float* V, const f
     else accumulate_sse<false>(X, W, V, r, Y, T, S, P, C);
 }
 
-void fdaf_add_gradient_32f(const float* X, const float* G, const float* r, float* W, int P, int C) {
+void fdaf_add_gradient_32f(const float* X, const float* G, const float* r, float* W, float* n, int P, int C) {
     const std::size_t c = static_cast<std::size_t>(C);
-    for (std::size_t k = 0; k < c; k += 4) {
-        const __m128 g = _mm_load_ps(G + k);
-        const __m128 gr = _mm_xor_ps(dup_re(g), imag_sign());  // (Gr, -Gr)
-        const __m128 gi = dup_im(g);
-        for (std::size_t p = 0, o = k; p < static_cast<std::size_t>(P); ++p, o += c) {
-            const __m128 x = _mm_load_ps(X + o);
-            const __m128 u = _mm_add_ps(_mm_mul_ps(gr, x), _mm_mul_ps(gi, swap_pairs(x)));
-            _mm_store_ps(W + o, _mm_add_ps(_mm_load_ps(W + o), _mm_mul_ps(u, _mm_set1_ps(r[p]))));
+    for (std::size_t p = 0; p < static_cast<std::size_t>(P); ++p) {
+        const float* x = X + p * c;
+        float* w = W + p * c;
+        const __m128 rp = _mm_set1_ps(r[p]);
+        __m128 q = _mm_setzero_ps();
+        for (std::size_t k = 0; k < c; k += 4) {
+            const __m128 g = _mm_load_ps(G + k);
+            const __m128 gr = _mm_xor_ps(dup_re(g), imag_sign());  // (Gr, -Gr)
+            const __m128 gi = dup_im(g);
+            const __m128 xk = _mm_load_ps(x + k);
+            const __m128 u = _mm_add_ps(_mm_mul_ps(gr, xk), _mm_mul_ps(gi, swap_pairs(xk)));
+            const __m128 wk = _mm_add_ps(_mm_load_ps(w + k), _mm_mul_ps(u, rp));
+            _mm_store_ps(w + k, wk);
+            q = _mm_add_ps(q, _mm_mul_ps(wk, wk));
+        }
+        if (n != nullptr) {
+            alignas(16) float qs[4] = {};
+            _mm_store_ps(qs, q);
+            const float e = (qs[0] + qs[1]) + (qs[2] + qs[3]);
+            n[p] = std::sqrt(std::isfinite(e) ? e : 0.0f);
         }
     }
 }
@@ -183,8 +199,8 @@ void fdaf_accumulate_32f(const float* X, const float* W, const float* V, const f
                          int P, int C) {
     fdaf_accumulate_32f_scalar(X, W, V, r, Y, T, S, P, C);
 }
-void fdaf_add_gradient_32f(const float* X, const float* G, const float* r, float* W, int P, int C) {
-    fdaf_add_gradient_32f_scalar(X, G, r, W, P, C);
+void fdaf_add_gradient_32f(const float* X, const float* G, const float* r, float* W, float* n, int P, int C) {
+    fdaf_add_gradient_32f_scalar(X, G, r, W, n, P, C);
 }
 void fdaf_weighted_power_32f(const float* X, const float* r, float* S, int P, int C) {
     fdaf_weighted_power_32f_scalar(X, r, S, P, C);

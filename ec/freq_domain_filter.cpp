@@ -26,7 +26,8 @@
 // then float arrays, each a multiple of 4 floats: x (N), X (2 P C), W, V
 // (P C each, C = round4(N + 2) floats of interleaved spectrum), S (C), e and
 // the saved filter's error (N each), a time block (N), spectra (C each), the
-// step shares r (round4(P)), the FFT's work area. No pointers: the arrays' places follow from order and P.
+// step shares r and the partition norms (round4(P) each), the FFT's work
+// area. No pointers: the arrays' places follow from order and P.
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -59,7 +60,7 @@ struct FdafHeader {
 static_assert(sizeof(FdafHeader) <= kHeader);
 
 struct FdafLayout {
-    std::int64_t desc, x, X, W, V, S, e, ev, t, T, Y, M, Eh, Yh, r, work, total;
+    std::int64_t desc, x, X, W, V, S, e, ev, t, T, Y, M, Eh, Yh, r, n, work, total;
     int N, B, C;
 };
 
@@ -86,7 +87,8 @@ FdafLayout layout(int order, int partitions) {
     l.Eh = l.M + 4 * C;
     l.Yh = l.Eh + 4 * C;
     l.r = l.Yh + 4 * C;
-    l.work = l.r + 4 * ((P + 3) & ~std::int64_t{3});
+    l.n = l.r + 4 * ((P + 3) & ~std::int64_t{3});
+    l.work = l.n + 4 * ((P + 3) & ~std::int64_t{3});
     l.total = round16(l.work + ws);
     return l;
 }
@@ -137,12 +139,13 @@ void constrain(float* w, float* t, const RfftDesc32f* d, Zep8u* work, int B) {
 /// |W_p| the norm of partition p's spectrum (proportionate NLMS, the
 /// partitions holding the echo path adapting faster), eps 1e-3 of the
 /// largest norm plus 1e-6.
-void partition_steps(const float* W, float prop, float* r, int P, int C) {
+/// With `norms`, r holds the partitions' norms already.
+void partition_steps(const float* W, float prop, float* r, int P, int C, bool norms = false) {
     if (prop == 0.0f) {
         std::fill(r, r + P, 1.0f);
         return;
     }
-    fdaf_norms_32f(W, r, P, C);
+    if (!norms) fdaf_norms_32f(W, r, P, C);
     float top = 0.0f;
     for (int p = 0; p < P; ++p) top = std::max(top, r[p]);
     const float eps = 1e-3f * top + 1e-6f;
@@ -303,22 +306,30 @@ void normaliser(const float* S, float delta, float* g, int n, float share = kMea
 }
 
 /// W_p += r_p G conj(X_p) for every partition (G the scaled error spectrum), then
-/// the gradient constraint on partition 0 and one further partition in turn.
+/// the gradient constraint on partition 0 and one further partition in turn;
+/// the shares of the new coefficients are kept for the next block (the norms
+/// of the unconstrained partitions from the gradient pass).
 void apply_gradient(FdafHeader* h, const FdafLayout& l, const float* G) {
     const int P = h->partitions, C = l.C;
-    float* W = at<float>(h, l.W);
-    fdaf_add_gradient_32f(spectra(h, l), G, at<float>(h, l.r), W, P, C);
+    float *W = at<float>(h, l.W), *n = at<float>(h, l.n);
+    const bool prop = h->prop != 0.0f;
+    fdaf_add_gradient_32f(spectra(h, l), G, at<float>(h, l.r), W, prop ? n : nullptr, P, C);
     h->same = 0;
     const auto* d = at<RfftDesc32f>(h, l.desc);
     float* t = at<float>(h, l.t);
     Zep8u* work = at<Zep8u>(h, l.work);
     constrain(W, t, d, work, l.B);
+    if (prop) fdaf_norms_32f(W, n, 1, C);
     if (P > 1) {
         const int p = 1 + h->turn % (P - 1);
-        constrain(W + std::size_t(p) * std::size_t(C), t, d, work, l.B);
+        float* wp = W + std::size_t(p) * std::size_t(C);
+        constrain(wp, t, d, work, l.B);
+        if (prop) fdaf_norms_32f(wp, n + p, 1, C);
         h->turn = (h->turn + 1) % (P - 1);
     }
-    refresh_shares(h, l);
+    float* r = at<float>(h, l.r);
+    if (prop) std::copy(n, n + P, r);
+    partition_steps(W, h->prop, r, P, C, true);
 }
 
 bool update_args_ok(Zep32f step, Zep32f delta) {
@@ -415,19 +426,22 @@ ZepStatus zepsFreqDomainLeakUpdate_EC_32f(int action, Zep32f step, Zep32f delta,
     if (action == 3) h->adapted = 0, h->adapt = 0.0f;
     const int n = l.B + 1;
     float* E = error_spectrum(h, l);
-    float *mu = at<float>(h, l.M), *g = at<float>(h, l.t);
-    leak_steps(h, l, E, mu, g);
+    float *mu = at<float>(h, l.M), *yf = at<float>(h, l.t);
+    leak_steps(h, l, E, mu, yf);
     if (step == 0.0f) return zepStsNoErr;
-    normaliser(at<float>(h, l.S), delta, g, n, h->adapted ? kAdaptedMeanShare : kMeanShare);
-    if (h->adapted == 0) {
-        std::fill(mu, mu + n, kInitialStep);
+    const float share = h->adapted ? kAdaptedMeanShare : kMeanShare;
+    const float* S = at<float>(h, l.S);
+    float mean = 0.0f;
+    for (int k = 0; k < n; ++k) mean += S[k];
+    mean *= share / static_cast<float>(n);
+    const bool initial = h->adapted == 0;
+    if (initial) {
         h->adapt += step;
         if (h->adapt > kAdaptedAfter * static_cast<float>(h->partitions)) h->adapted = 1;
-    } else {
-        for (int k = 0; k < n; ++k) mu[k] *= kLeakGain;
     }
-    for (int k = 0; k < n; ++k) {
-        const float gk = step * mu[k] * g[k];
+    for (int k = 0; k < n; ++k) {  // as normaliser(), with the bin's step in the same pass
+        const float m = initial ? kInitialStep : mu[k] * kLeakGain;
+        const float gk = step * m * (1.0f / ((1.0f - share) * S[k] + mean + delta));
         E[2 * k] *= gk;
         E[2 * k + 1] *= gk;
     }

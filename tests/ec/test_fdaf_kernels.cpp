@@ -85,13 +85,17 @@ TEST(FdafKernels, SseEqualsScalarBitForBit) {
                 EXPECT_TRUE(same(S.p(), S2.p(), C / 2) && same(S3.p(), S2.p(), C / 2))
                     << "weighted power, order " << order;
                 std::memcpy(W2.p(), W.p(), sizeof(float) * n);
-                grad(X.p(), G.p(), r, W.p(), P, C);
-                gradS(X.p(), G.p(), r, W2.p(), P, C);
+                float a[9] = {}, b[9] = {}, na[9] = {}, nb[9] = {};
+                grad(X.p(), G.p(), r, W.p(), na, P, C);
+                gradS(X.p(), G.p(), r, W2.p(), nb, P, C);
                 EXPECT_TRUE(same(W.p(), W2.p(), static_cast<int>(n))) << "gradient, order " << order;
-                float a[9] = {}, b[9] = {};
                 norms(W.p(), a, P, C);
                 normsS(W.p(), b, P, C);
-                EXPECT_TRUE(same(a, b, P)) << "norms, order " << order;
+                EXPECT_TRUE(same(a, b, P) && same(na, a, P) && same(nb, a, P)) << "norms, order " << order;
+                std::memcpy(W2.p(), W.p(), sizeof(float) * n);
+                grad(X.p(), G.p(), r, W.p(), nullptr, P, C);  // no norms: the same update
+                gradS(X.p(), G.p(), r, W2.p(), nullptr, P, C);
+                EXPECT_TRUE(same(W.p(), W2.p(), static_cast<int>(n))) << "gradient without norms, order " << order;
             }
     });
 }
@@ -112,7 +116,7 @@ TEST(FdafKernels, ScalarFormsComputeTheComplexSums) {
     const float gg[4] = {1, 1, 0, 0};
     std::memcpy(G.p(), gg, sizeof gg);
     const float r[2] = {1.0f, 2.0f};
-    zeps::u8::fdaf_add_gradient_32f_scalar(X.p(), G.p(), r, W.p(), 2, 4);
+    zeps::u8::fdaf_add_gradient_32f_scalar(X.p(), G.p(), r, W.p(), nullptr, 2, 4);
     // W_0 += (1+i)(1-2i) = 3 - i; W_1 += 2 (1+i)(3+i) = 4 + 8i
     EXPECT_EQ(W.p()[0], 3.5f);
     EXPECT_EQ(W.p()[1], -2.0f);
