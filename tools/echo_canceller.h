@@ -185,7 +185,10 @@ private:
         for (auto& v : ws) v = static_cast<float>(v * frame_ / e);
     }
     static Zep16s clip16(float v) {
-        return static_cast<Zep16s>(std::lrint(std::fmax(-32768.0f, std::fmin(32767.0f, v))));
+        // Plain compares (no library call): not a number gives 32767, as
+        // fmax(-32768, fmin(32767, v)) does.
+        const float c = !(v < 32767.0f) ? 32767.0f : v > -32768.0f ? v : -32768.0f;
+        return static_cast<Zep16s>(std::lrint(c));
     }
     void ok(ZepStatus st) {
         if (st != zepStsNoErr) ++failures_;
