@@ -185,7 +185,10 @@ private:
         for (auto& v : ws) v = static_cast<float>(v * frame_ / e);
     }
     static Zep16s clip16(float v) {
-        return static_cast<Zep16s>(std::lrint(std::fmax(-32768.0f, std::fmin(32767.0f, v))));
+        // Plain compares (no library call): not a number gives 32767, as
+        // fmax(-32768, fmin(32767, v)) does.
+        const float c = !(v < 32767.0f) ? 32767.0f : v > -32768.0f ? v : -32768.0f;
+        return static_cast<Zep16s>(std::lrint(c));
     }
     void ok(ZepStatus st) {
         if (st != zepStsNoErr) ++failures_;
@@ -203,11 +206,12 @@ private:
 
     /// Coefficient guard: saves the adapting filter or restores the saved
     /// one; returns true when the saved filter was restored.
-    bool guard(const EcEvents& ev, float nearL, float errL, float errK) {
+    /// With noSave the guard is told of double talk (no save this frame).
+    bool guard(const EcEvents& ev, float nearL, float errL, float errK, bool noSave = false) {
         const Zep32f levels[3] = {nearL, errL, errK};
         Zep32s action = ZEP_EC_GUARD_KEEP;
         if (!ev.toneDisabled)
-            ok(ZEPSC_EC_LIB zepsCoefGuard_EC_32f(levels, ev.doubleTalk ? 1 : 0, &action, guard_[0].get()));
+            ok(ZEPSC_EC_LIB zepsCoefGuard_EC_32f(levels, ev.doubleTalk || noSave ? 1 : 0, &action, guard_[0].get()));
         guardAction_ = action;
         if (cfg_.fdaf) return action == ZEP_EC_GUARD_RESTORE;
         if (cfg_.subband) {
@@ -257,15 +261,23 @@ private:
 
     void fdaf_frame(EcEvents& ev, Zep32f& step, Zep32s& flags) {
         const std::size_t F = static_cast<std::size_t>(frame_);
-        ok(ZEPSC_EC_LIB zepsFreqDomainFilter_EC_32f(farF_.data(), nearF_.data(), linF_.data(), fsavedOut_.data(),
-                                                     fdaf_[0].get()));
+        // Right after a save the copy is one gradient step old: the adapting
+        // filter runs alone, the guard sees its error for both and keeps
+        // (a save needs the adapting filter's error shown at most the saved
+        // one's, which the next frame compares again).
+        const bool alone = guardAction_ == ZEP_EC_GUARD_SAVE;
+        if (alone)
+            ok(ZEPSC_EC_LIB zepsFreqDomainFilterAdapt_EC_32f(farF_.data(), nearF_.data(), linF_.data(), fdaf_[0].get()));
+        else
+            ok(ZEPSC_EC_LIB zepsFreqDomainFilter_EC_32f(farF_.data(), nearF_.data(), linF_.data(), fsavedOut_.data(),
+                                                         fdaf_[0].get()));
         double pe = 0, pk = 0, py = 0;
-        for (std::size_t i = 0; i < F; ++i) {
-            pe += double{linF_[i]} * linF_[i];
-            pk += double{fsavedOut_[i]} * fsavedOut_[i];
-        }
+        for (std::size_t i = 0; i < F; ++i) pe += double{linF_[i]} * linF_[i];
+        if (alone) pk = pe;
+        else
+            for (std::size_t i = 0; i < F; ++i) pk += double{fsavedOut_[i]} * fsavedOut_[i];
         const float nearL = mean_square(nearF_.data(), frame_);
-        if (guard(ev, nearL, static_cast<float>(pe / F), static_cast<float>(pk / F))) {
+        if (guard(ev, nearL, static_cast<float>(pe / F), static_cast<float>(pk / F), alone)) {
             linF_ = fsavedOut_;
             pe = pk;
         }

@@ -344,7 +344,9 @@ ZEPSAPI ZepStatus zepsFreqDomainFilterInit_EC_32f(Zep8u* pState, int order, int 
  * the history (X_0 = FFT of the last 2B far-end samples), both the adapting
  * coefficients W and the saved copy V filter it (y = last B samples of
  * IFFT(sum_p X_p W_p)), and the errors e = near - y are returned and kept
- * for zepsFreqDomainCoefUpdate_EC_32f.
+ * for zepsFreqDomainCoefUpdate_EC_32f. While V is W (after Init, a save or
+ * a restore, until the next gradient step) the saved filter is not run: its
+ * error is e, the same bits.
  *
  * @param pFar      B far-end samples (16-bit units)
  * @param pNear     B near-end samples (the echo plus the near talker)
@@ -355,6 +357,27 @@ ZEPSAPI ZepStatus zepsFreqDomainFilterInit_EC_32f(Zep8u* pState, int order, int 
  */
 ZEPSAPI ZepStatus zepsFreqDomainFilter_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Zep32f* pErr,
                                               Zep32f* pErrSaved, Zep8u* pState);
+
+/**
+ * Frequency-domain filter, one block of B samples, the adapting filter
+ * alone: as zepsFreqDomainFilter_EC_32f without the saved copy's output.
+ * The near-end block is kept in the state, so a ZEP_EC_GUARD_RESTORE in the
+ * following update still forms the saved filter's error (then, once).
+ *
+ * @param pFar   B far-end samples (16-bit units)
+ * @param pNear  B near-end samples
+ * @param pErr   B samples: near end minus the adapting filter's echo estimate
+ * @param pState filter state
+ * Checks: pointers (-8); a state not built by Init (-5).
+ * Decision: for a caller whose coefficient guard has just saved the
+ * adapting filter (the copy is then one gradient step old and its error
+ * that of the adapting filter within that step, so the guard can only save
+ * or keep): one inverse transform and the saved filter's half of the
+ * spectrum products fewer per block. pErr, the state's coefficients and
+ * every later result are those of zepsFreqDomainFilter_EC_32f, bit for bit.
+ */
+ZEPSAPI ZepStatus zepsFreqDomainFilterAdapt_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Zep32f* pErr,
+                                                   Zep8u* pState);
 
 /**
  * Frequency-domain NLMS update after zepsFreqDomainFilter_EC_32f: first the

@@ -102,7 +102,7 @@ zepsc_ec::EcConfig fdaf_config() {
     return c;
 }
 constexpr Expect kFdaf[8] = {{0.82, 38.8}, {0.49, 37.1}, {0.50, 38.6}, {0.84, 38.2},
-                             {0.50, 39.1}, {0.91, 36.3}, {0.81, 37.5}, {0.83, 37.7}};
+                             {0.50, 39.1}, {0.91, 36.3}, {0.81, 37.5}, {0.82, 37.7}};
 // D4 double talk: ERLE before 35.7 dB, after 34.6 dB; D2 -> D4: 0.62 s, 35.2 dB.
 constexpr double kFdafBefore = 35.4, kFdafAfter = 34.3, kFdafReconverge = 0.72, kFdafAfterChange = 34.9;
 

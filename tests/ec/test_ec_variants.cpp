@@ -388,8 +388,13 @@ void fd_run(Rng& rng, bool leak = false, bool prop = false) {
         }
         std::vector<float> e[2], v[2];
         for (int b = 0; b < 2; ++b) e[b].assign(static_cast<std::size_t>(B), 7.0f), v[b] = e[b];
-        ASSERT_EQ(zeps::u8::zepsFreqDomainFilter_EC_32f(far.data(), nearIn.data(), e[0].data(), v[0].data(), st->a.p),
-                  zeps::n8::zepsFreqDomainFilter_EC_32f(far.data(), nearIn.data(), e[1].data(), v[1].data(), st->b.p));
+        if (rng.chance(3)) {  // the adapting filter alone (a restore then forms the saved filter's error late)
+            ASSERT_EQ(zeps::u8::zepsFreqDomainFilterAdapt_EC_32f(far.data(), nearIn.data(), e[0].data(), st->a.p),
+                      zeps::n8::zepsFreqDomainFilterAdapt_EC_32f(far.data(), nearIn.data(), e[1].data(), st->b.p));
+        } else {
+            ASSERT_EQ(zeps::u8::zepsFreqDomainFilter_EC_32f(far.data(), nearIn.data(), e[0].data(), v[0].data(), st->a.p),
+                      zeps::n8::zepsFreqDomainFilter_EC_32f(far.data(), nearIn.data(), e[1].data(), v[1].data(), st->b.p));
+        }
         ASSERT_TRUE(same_bytes(e[0], e[1]));
         ASSERT_TRUE(same_bytes(v[0], v[1]));
         const int action = rng.chance(6) ? static_cast<int>(rng.uniform(-1, leak ? 4 : 3)) : 0;
@@ -408,6 +413,7 @@ void fd_run(Rng& rng, bool leak = false, bool prop = false) {
 
 ZEPS_VARIANT_CHECK(zepsFreqDomainFilterInit_EC_32f) { fd_states(rng, shape(rng, 2, 12), shape(rng, 1, 20)); }
 ZEPS_VARIANT_CHECK(zepsFreqDomainFilter_EC_32f) { fd_run(rng); }
+ZEPS_VARIANT_CHECK(zepsFreqDomainFilterAdapt_EC_32f) { fd_run(rng, rng.chance(2)); }
 ZEPS_VARIANT_CHECK(zepsFreqDomainCoefUpdate_EC_32f) { fd_run(rng); }
 ZEPS_VARIANT_CHECK(zepsFreqDomainLeakUpdate_EC_32f) { fd_run(rng, true); }
 ZEPS_VARIANT_CHECK(zepsFreqDomainFilterSetProp_EC_32f) { fd_run(rng, rng.chance(2), true); }

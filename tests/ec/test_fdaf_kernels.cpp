@@ -66,21 +66,36 @@ TEST(FdafKernels, SseEqualsScalarBitForBit) {
                 fill(G.p(), 1, C, bins, 1.0e-3f, g);
                 float r[9] = {};
                 for (int p = 0; p < P; ++p) r[p] = 0.5f + g.next(0.5f) + 0.5f;
-                acc(X.p(), W.p(), V.p(), Y.p(), T.p(), S.p(), P, C);
-                accS(X.p(), W.p(), V.p(), Y2.p(), T2.p(), S2.p(), P, C);
+                acc(X.p(), W.p(), V.p(), r, Y.p(), T.p(), S.p(), P, C);
+                accS(X.p(), W.p(), V.p(), r, Y2.p(), T2.p(), S2.p(), P, C);
                 EXPECT_TRUE(same(Y.p(), Y2.p(), C) && same(T.p(), T2.p(), C) && same(S.p(), S2.p(), C / 2))
                     << "accumulate, order " << order << ", " << P << " partitions";
+                // One filter only: the same Y and S, T untouched.
+                Buf Y3(C), T3(C), S3(C);
+                acc(X.p(), W.p(), nullptr, r, Y3.p(), T3.p(), S3.p(), P, C);
+                EXPECT_TRUE(same(Y3.p(), Y2.p(), C) && same(S3.p(), S2.p(), C / 2) && T3.p()[0] == 0.0f &&
+                            T3.p()[C - 1] == 0.0f)
+                    << "accumulate without V, order " << order;
+                accS(X.p(), W.p(), nullptr, r, Y3.p(), T3.p(), S3.p(), P, C);
+                EXPECT_TRUE(same(Y3.p(), Y2.p(), C) && same(S3.p(), S2.p(), C / 2) && T3.p()[0] == 0.0f)
+                    << "scalar accumulate without V, order " << order;
+                // The accumulation's power is the weighted power, bit for bit.
                 pow(X.p(), r, S.p(), P, C);
-                powS(X.p(), r, S2.p(), P, C);
-                EXPECT_TRUE(same(S.p(), S2.p(), C / 2)) << "weighted power, order " << order;
+                powS(X.p(), r, S3.p(), P, C);
+                EXPECT_TRUE(same(S.p(), S2.p(), C / 2) && same(S3.p(), S2.p(), C / 2))
+                    << "weighted power, order " << order;
                 std::memcpy(W2.p(), W.p(), sizeof(float) * n);
-                grad(X.p(), G.p(), r, W.p(), P, C);
-                gradS(X.p(), G.p(), r, W2.p(), P, C);
+                float a[9] = {}, b[9] = {}, na[9] = {}, nb[9] = {};
+                grad(X.p(), G.p(), r, W.p(), na, P, C);
+                gradS(X.p(), G.p(), r, W2.p(), nb, P, C);
                 EXPECT_TRUE(same(W.p(), W2.p(), static_cast<int>(n))) << "gradient, order " << order;
-                float a[9] = {}, b[9] = {};
                 norms(W.p(), a, P, C);
                 normsS(W.p(), b, P, C);
-                EXPECT_TRUE(same(a, b, P)) << "norms, order " << order;
+                EXPECT_TRUE(same(a, b, P) && same(na, a, P) && same(nb, a, P)) << "norms, order " << order;
+                std::memcpy(W2.p(), W.p(), sizeof(float) * n);
+                grad(X.p(), G.p(), r, W.p(), nullptr, P, C);  // no norms: the same update
+                gradS(X.p(), G.p(), r, W2.p(), nullptr, P, C);
+                EXPECT_TRUE(same(W.p(), W2.p(), static_cast<int>(n))) << "gradient without norms, order " << order;
             }
     });
 }
@@ -92,7 +107,8 @@ TEST(FdafKernels, ScalarFormsComputeTheComplexSums) {
     const float x[8] = {1, 2, 0, 0, 3, -1, 0, 0}, w[8] = {0.5f, -1, 0, 0, 2, 0.25f, 0, 0};
     std::memcpy(X.p(), x, sizeof x);
     std::memcpy(W.p(), w, sizeof w);
-    zeps::u8::fdaf_accumulate_32f_scalar(X.p(), W.p(), V.p(), Y.p(), T.p(), S.p(), 2, 4);
+    const float one[2] = {1.0f, 1.0f};
+    zeps::u8::fdaf_accumulate_32f_scalar(X.p(), W.p(), V.p(), one, Y.p(), T.p(), S.p(), 2, 4);
     // (1+2i)(0.5-i) + (3-i)(2+0.25i) = (2.5+0i) + (6.25-1.25i)
     EXPECT_EQ(Y.p()[0], 8.75f);
     EXPECT_EQ(Y.p()[1], -1.25f);
@@ -100,7 +116,7 @@ TEST(FdafKernels, ScalarFormsComputeTheComplexSums) {
     const float gg[4] = {1, 1, 0, 0};
     std::memcpy(G.p(), gg, sizeof gg);
     const float r[2] = {1.0f, 2.0f};
-    zeps::u8::fdaf_add_gradient_32f_scalar(X.p(), G.p(), r, W.p(), 2, 4);
+    zeps::u8::fdaf_add_gradient_32f_scalar(X.p(), G.p(), r, W.p(), nullptr, 2, 4);
     // W_0 += (1+i)(1-2i) = 3 - i; W_1 += 2 (1+i)(3+i) = 4 + 8i
     EXPECT_EQ(W.p()[0], 3.5f);
     EXPECT_EQ(W.p()[1], -2.0f);

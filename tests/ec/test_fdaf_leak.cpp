@@ -151,4 +151,44 @@ TEST(FdafLeak, ProportionateShareConvergesFasterOnAShortPath) {
     EXPECT_EQ(zero.mem, equal.mem);
 }
 
+// The adapting filter alone (after a save, as a guard's caller runs it)
+// changes no result: the same errors, bit for bit, through saves, restores
+// (the saved filter's error formed late), restarts and both updates, with
+// the proportionate share; the saved filter's error once both are run again.
+TEST(FdafLeak, AdaptingFilterAloneGivesTheSameErrors) {
+    FdState both, alone;
+    ASSERT_EQ(zeps::u8::zepsFreqDomainFilterSetProp_EC_32f(0.5f, both.p()), zepStsNoErr);
+    ASSERT_EQ(zeps::u8::zepsFreqDomainFilterSetProp_EC_32f(0.5f, alone.p()), zepStsNoErr);
+    Source src;
+    const float delta = 1000.0f * 2 * kB * kParts;
+    float far[kB], nearIn[kB], echo[kB], e[kB], v[kB], e2[kB], v2[kB];
+    int restoredLate = 0;
+    for (int b = 0; b < 300; ++b) {
+        src.block(far, nearIn, echo, b % 50 < 10 ? 2000.0f : 3.0f);  // bursts of near-end noise
+        const bool single = b % 3 != 0;
+        ASSERT_EQ(zeps::u8::zepsFreqDomainFilter_EC_32f(far, nearIn, e, v, both.p()), zepStsNoErr);
+        if (single) {
+            ASSERT_EQ(zeps::u8::zepsFreqDomainFilterAdapt_EC_32f(far, nearIn, e2, alone.p()), zepStsNoErr);
+        } else {
+            ASSERT_EQ(zeps::u8::zepsFreqDomainFilter_EC_32f(far, nearIn, e2, v2, alone.p()), zepStsNoErr);
+            ASSERT_EQ(std::memcmp(v, v2, sizeof v), 0) << "block " << b;
+        }
+        ASSERT_EQ(std::memcmp(e, e2, sizeof e), 0) << "block " << b;
+        const int action = b % 7 == 3 ? 1 : b % 11 == 5 ? 2 : b % 37 == 20 ? 3 : 0;
+        restoredLate += single && action == 2;
+        const float step = b % 13 == 0 ? 0.0f : 0.8f;
+        if (b % 2 == 0) {
+            ASSERT_EQ(zeps::u8::zepsFreqDomainLeakUpdate_EC_32f(action, step, delta, both.p()), zepStsNoErr);
+            ASSERT_EQ(zeps::u8::zepsFreqDomainLeakUpdate_EC_32f(action, step, delta, alone.p()), zepStsNoErr);
+        } else {
+            ASSERT_EQ(zeps::u8::zepsFreqDomainCoefUpdate_EC_32f(action % 3, step, delta, both.p()), zepStsNoErr);
+            ASSERT_EQ(zeps::u8::zepsFreqDomainCoefUpdate_EC_32f(action % 3, step, delta, alone.p()), zepStsNoErr);
+        }
+    }
+    EXPECT_GT(restoredLate, 5);
+    EXPECT_EQ(zeps::u8::zepsFreqDomainFilterAdapt_EC_32f(far, nearIn, nullptr, alone.p()), zepStsNullPtrErr);
+    std::vector<Zep8u> raw(alone.mem.size(), 0);
+    EXPECT_EQ(zeps::u8::zepsFreqDomainFilterAdapt_EC_32f(far, nearIn, e, raw.data()), zepStsBadArgErr);
+}
+
 }  // namespace
