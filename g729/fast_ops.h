@@ -52,6 +52,16 @@ inline Word32 Mpy_32_fast(Word16 hi1, Word16 lo1, Word16 hi2, Word16 lo2) {
     return Mpy_32(hi1, lo1, hi2, lo2);
 }
 
+/// Mpy_32 when |hi1| <= kStableK (a reflection coefficient that passed the
+/// Levinson-Durbin stability test, lo1 and lo2 in 0..32767): |2 hi1 hi2| <=
+/// 2 * 32750 * 32768 and the cross terms add at most 2 (32750 + 32768), in
+/// all 2 146 435 036 < 2^31, so no step of the reference saturates and the
+/// plain sum is Mpy_32.
+inline constexpr Word16 kStableK = 32750;
+inline constexpr Word32 Mpy_32_bounded(Word16 hi1, Word16 lo1, Word16 hi2, Word16 lo2) {
+    return 2 * (Word32{hi1} * hi2 + ((Word32{hi1} * lo2) >> 15) + ((Word32{lo1} * hi2) >> 15));
+}
+
 /// Mpy_32_16 of a hi/lo value and a 16-bit value.
 inline Word32 Mpy_32_16_fast(Word16 hi, Word16 lo, Word16 n) {
     const std::int64_t s1 = 2 * std::int64_t{hi} * n;

@@ -3,6 +3,10 @@
 // Post_Process): second-order pole/zero filter, coefficients in Q12 (140 Hz
 // pre-filter) or Q13 (100 Hz post-filter), output memories in double
 // precision (hi/lo), samples Q0.
+#if defined(__SSSE3__)
+#include <tmmintrin.h>
+#endif
+
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -54,32 +58,71 @@ inline bool sums_never_saturate(const Word16* c) {
 /// is 2 (((y >> 1) a) >> 15), since y >> 1 = hi 2^15 + lo.
 inline std::int64_t memory_term_unsaturated(Word32 y, Word16 a) { return 2 * ((std::int64_t{y >> 1} * a) >> 15); }
 
+/// The input part of a block, fir[i] = 2 (b0 x[i] + b1 x[i-1] + b2 x[i-2]),
+/// from xin[i + 2] = x[i] (xin[0], xin[1] the two samples before the block).
+/// Under sums_never_saturate |b0| + |b1| + |b2| <= 32767, so each sum fits 31
+/// bits and no b is -32768 (pmaddwd's one overflow, -32768 * -32768 twice,
+/// cannot occur). n + 8 entries of fir may be written.
+[[maybe_unused]] inline void fir_block_scalar(const Word16* xin, int n, Word16 b0, Word16 b1, Word16 b2, Word32* fir) {
+    for (int i = 0; i < n; ++i) fir[i] = 2 * (Word32{xin[i + 2]} * b0 + Word32{xin[i + 1]} * b1 + Word32{xin[i]} * b2);
+}
+
+inline void fir_block(const Word16* xin, int n, Word16 b0, Word16 b1, Word16 b2, Word32* fir) {
+#if defined(__SSSE3__)
+    const __m128i w01 = _mm_set1_epi32(static_cast<int>((std::uint32_t{static_cast<std::uint16_t>(b1)} << 16) |
+                                                        static_cast<std::uint16_t>(b0)));
+    const __m128i w2 = _mm_set1_epi32(static_cast<std::uint16_t>(b2));
+    const __m128i z = _mm_setzero_si128();
+    for (int i = 0; i < n; i += 8) {
+        const __m128i x0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(xin + i + 2));
+        const __m128i x1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(xin + i + 1));
+        const __m128i x2 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(xin + i));
+        const __m128i lo = _mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(x0, x1), w01),
+                                         _mm_madd_epi16(_mm_unpacklo_epi16(x2, z), w2));
+        const __m128i hi = _mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(x0, x1), w01),
+                                         _mm_madd_epi16(_mm_unpackhi_epi16(x2, z), w2));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(fir + i), _mm_slli_epi32(lo, 1));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(fir + i + 4), _mm_slli_epi32(hi, 1));
+    }
+#else
+    fir_block_scalar(xin, n, b0, b1, b2, fir);
+#endif
+}
+
 /// The filter when sums_never_saturate(coef): every L_mult, L_mac and L_add
 /// of the reference is its plain value, only the final L_shl by Shift clamps.
-/// The clamp is a branch (taken only on overload), which keeps it off the
-/// sample-to-sample dependency chain.
+/// The input part of each sample does not depend on the output, so it is
+/// summed for a block of samples first (fir_block); the recursion then adds
+/// the two memory terms. The clamp is a branch (taken only on overload),
+/// which keeps it off the sample-to-sample dependency chain.
 template <int Shift>
 void filter_unsaturated(Zep16s* x, int len, HighPassState& st) {
-    const std::int64_t b0 = 2 * st.coef[0], b1 = 2 * st.coef[1], b2 = 2 * st.coef[2];
-    const Word16 a1 = st.coef[4], a2 = st.coef[5];
-    Word16 xm1 = st.x1, xm2 = st.x2;
+    const Word16 b0 = st.coef[0], b1 = st.coef[1], b2 = st.coef[2], a1 = st.coef[4], a2 = st.coef[5];
     Word32 y1 = st.y1, y2 = st.y2;
-    for (int i = 0; i < len; ++i) {
-        const Word16 xn = x[i];
-        const std::int64_t rest = memory_term_unsaturated(y2, a2) + xn * b0 + xm1 * b1 + xm2 * b2;
-        const std::int64_t sh = (memory_term_unsaturated(y1, a1) + rest) * (std::int64_t{1} << Shift);
-        Word32 acc = static_cast<Word32>(sh);
-        if (__builtin_expect(sh != acc, 0)) acc = sh > 0 ? MAX_32 : MIN_32;
-        x[i] = round_fx(acc);
-        y2 = y1;
-        y1 = acc;
-        xm2 = xm1;
-        xm1 = xn;
+    constexpr int kBlock = 80;
+    Word16 xin[kBlock + 2 + 8] = {};
+    Word32 fir[kBlock + 8];
+    for (int at = 0; at < len; at += kBlock) {
+        const int n = len - at < kBlock ? len - at : kBlock;
+        Zep16s* xb = x + at;
+        xin[0] = st.x2;
+        xin[1] = st.x1;
+        std::memcpy(xin + 2, xb, static_cast<std::size_t>(n) * sizeof(Word16));
+        fir_block(xin, n, b0, b1, b2, fir);
+        st.x2 = xin[n];
+        st.x1 = xin[n + 1];
+        for (int i = 0; i < n; ++i) {
+            const std::int64_t sum = memory_term_unsaturated(y1, a1) + memory_term_unsaturated(y2, a2) + fir[i];
+            const std::int64_t sh = sum * (std::int64_t{1} << Shift);
+            Word32 acc = static_cast<Word32>(sh);
+            if (__builtin_expect(sh != acc, 0)) acc = sh > 0 ? MAX_32 : MIN_32;
+            xb[i] = round_fx(acc);
+            y2 = y1;
+            y1 = acc;
+        }
     }
     st.y1 = y1;
     st.y2 = y2;
-    st.x1 = xm1;
-    st.x2 = xm2;
 }
 
 /// The filter for any coefficients: plain 64-bit sums in the reference's

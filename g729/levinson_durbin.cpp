@@ -13,9 +13,9 @@ namespace {
 
 constexpr int kMaxOrder = 30;
 
-/// 1 - K^2 of a reflection coefficient K in hi/lo (Q31).
+/// 1 - K^2 of a reflection coefficient K in hi/lo (Q31), |kh| <= kStableK.
 inline DPF one_minus_square(Word16 kh, Word16 kl) {
-    Word32 t = L_abs(Mpy_32_fast(kh, kl, kh, kl));
+    Word32 t = L_abs(Mpy_32_bounded(kh, kl, kh, kl));
     return L_Extract_fast(L_sub(MAX_32, t));
 }
 
@@ -32,7 +32,7 @@ bool levinson(const Zep32s* r, int order, Zep16s* lpc, Zep16s* rc, int rcCount, 
     if (t1 > 0) t0 = L_negate(t0);
     Word16 Kh, Kl;
     L_Extract_fast(t0, Kh, Kl);
-    if (abs_s(Kh) > 32750) return false;
+    if (abs_s(Kh) > kStableK) return false;
     k_out[0] = Kh;
     L_Extract_fast(L_shr(t0, 4), Ah[1], Al[1]);
     // Alpha = R[0] * (1 - K^2), normalised
@@ -51,10 +51,14 @@ bool levinson(const Zep32s* r, int order, Zep16s* lpc, Zep16s* rc, int rcCount, 
         if (t0 > 0) t2 = L_negate(t2);
         t2 = L_shl_fast(t2, alp_exp);
         L_Extract_fast(t2, Kh, Kl);
-        if (abs_s(Kh) > 32750) return false;
+        if (abs_s(Kh) > kStableK) return false;
         k_out[i - 1] = Kh;
+        // A[j] + K A[i-j]: L_Comp of a hi/lo pair never saturates, nor does
+        // Mpy_32 with the bounded K; only the L_add may.
         for (int j = 1; j < i; ++j) {
-            t0 = L_add(Mpy_32_fast(Kh, Kl, Ah[i - j], Al[i - j]), L_Comp_fast(Ah[j], Al[j]));
+            const std::int64_t s = std::int64_t{Mpy_32_bounded(Kh, Kl, Ah[i - j], Al[i - j])} +
+                                   std::int64_t{Ah[j]} * 65536 + 2 * Al[j];
+            t0 = s > MAX_32 ? MAX_32 : (s < MIN_32 ? MIN_32 : static_cast<Word32>(s));
             L_Extract_fast(t0, Anh[j], Anl[j]);
         }
         L_Extract_fast(L_shr(t2, 4), Anh[i], Anl[i]);

@@ -155,6 +155,9 @@ TEST(G729LpKernels, FastOperatorsEqualBasicOperators) {
         ASSERT_EQ(r::L_shl_fast(l, n), r::L_shl(l, static_cast<std::int16_t>(n)));
         const std::int16_t lo1 = static_cast<std::int16_t>(c & 0x7fff), lo2 = static_cast<std::int16_t>(d & 0x7fff);
         ASSERT_EQ(r::Mpy_32_fast(a, lo1, b, lo2), r::Mpy_32(a, lo1, b, lo2));
+        if (r::abs_s(a) <= r::kStableK) {
+            ASSERT_EQ(r::Mpy_32_bounded(a, lo1, b, lo2), r::Mpy_32(a, lo1, b, lo2));
+        }
         ASSERT_EQ(r::Mpy_32_16_fast(a, lo1, b), r::Mpy_32_16(a, lo1, b));
         const auto e1 = r::L_Extract_fast(l), e2 = r::L_Extract(l);
         ASSERT_TRUE(e1.hi == e2.hi && e1.lo == e2.lo);
@@ -163,6 +166,17 @@ TEST(G729LpKernels, FastOperatorsEqualBasicOperators) {
             ASSERT_EQ(r::Div_32_fast(l & 0x3fffffff, a, lo1), r::Div_32(l & 0x3fffffff, a, lo1));
         }
     }
+    // Mpy_32_bounded at the corners of its range (the largest products).
+    const std::int16_t ks[] = {-r::kStableK, -r::kStableK + 1, r::kStableK - 1, r::kStableK};
+    const std::int16_t his[] = {-32768, -32767, 32766, 32767};
+    const std::int16_t los[] = {0, 1, 32766, 32767};
+    for (std::int16_t k : ks)
+        for (std::int16_t h : his)
+            for (std::int16_t kl : los)
+                for (std::int16_t hl : los) {
+                    ASSERT_EQ(r::Mpy_32_bounded(k, kl, h, hl), r::Mpy_32(k, kl, h, hl)) << k << " " << h;
+                    ASSERT_EQ(r::Mpy_32_bounded(k, kl, k, kl), r::Mpy_32(k, kl, k, kl)) << k;
+                }
 }
 
 /// Five coefficients (b0, b1, b2, a1, a2) whose absolute values sum to
@@ -201,13 +215,16 @@ TEST(G729LpKernels, HighPassFastPathEqualsSaturatingFilter) {
         zeps::n8::zepsHighPassFilterInit_G729(coef, st_n8.data());
         std::int32_t y1 = 0, y2 = 0;
         std::int16_t x1 = 0, x2 = 0;
+        // Calls of several lengths (the fast path works in blocks of 80).
+        constexpr int kLengths[4] = {40, 81, 1, 200};
         for (int blk = 0; blk < 4; ++blk) {
-            std::vector<std::int16_t> x = rng.vec<std::int16_t>(40), out = x, out_n8 = x;
-            ASSERT_EQ(zeps::u8::zepsHighPassFilter_G729_16s_ISfs(out.data(), 40, sf, st.data()), 0);
-            ASSERT_EQ(zeps::n8::zepsHighPassFilter_G729_16s_ISfs(out_n8.data(), 40, sf, st_n8.data()), 0);
+            const int len = kLengths[blk];
+            std::vector<std::int16_t> x = rng.vec<std::int16_t>(static_cast<std::size_t>(len)), out = x, out_n8 = x;
+            ASSERT_EQ(zeps::u8::zepsHighPassFilter_G729_16s_ISfs(out.data(), len, sf, st.data()), 0);
+            ASSERT_EQ(zeps::n8::zepsHighPassFilter_G729_16s_ISfs(out_n8.data(), len, sf, st_n8.data()), 0);
             ASSERT_EQ(out, out_n8);
             ASSERT_EQ(st, st_n8);
-            for (int i = 0; i < 40; ++i) {
+            for (int i = 0; i < len; ++i) {
                 const auto e1 = r::L_Extract(y1), e2 = r::L_Extract(y2);
                 std::int32_t acc = r::L_add(r::Mpy_32_16(e1.hi, e1.lo, coef[4]), r::Mpy_32_16(e2.hi, e2.lo, coef[5]));
                 acc = r::L_mac(r::L_mac(r::L_mac(acc, x[i], coef[0]), x1, coef[1]), x2, coef[2]);
