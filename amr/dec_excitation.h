@@ -82,6 +82,31 @@ inline void excitation_mix(Word16* x, const Word16* inno, Word16 pitch_fac, Word
 #endif
 }
 
+/// The pitch-sharpened excitation of Decoder_amr (dec_amr.c, pit_sharp >
+/// 1.0): excp = round(L_mult(mult(exc, pit_sharp), gain_pit) >> down), down
+/// 1 for MR122, 0 otherwise, with the reference's operators (the baseline).
+inline void sharpened_excitation_chain(const Word16* exc, Word16* excp, Word16 pit_sharp, Word16 gain_pit, int down,
+                                       int n) {
+    for (int i = 0; i < n; i++) excp[i] = round_fx(L_shr(L_mult(mult(exc[i], pit_sharp), gain_pit), static_cast<Word16>(down)));
+}
+
+/// With pit_sharp not -32768, m = (exc pit_sharp) >> 15 lies in -32767..32767
+/// (mult cannot saturate), so |2 m gain_pit| <= 2^31 - 2^16 for any gain_pit:
+/// neither L_mult nor the rounding can saturate, plain integers throughout.
+inline void sharpened_excitation_plain(const Word16* exc, Word16* excp, Word16 pit_sharp, Word16 gain_pit, int down,
+                                       int n) {
+    for (int i = 0; i < n; i++) {
+        const std::int32_t m = (exc[i] * pit_sharp) >> 15;
+        excp[i] = static_cast<Word16>(((2 * m * gain_pit >> down) + 0x8000) >> 16);
+    }
+}
+
+/// The pitch-sharpened excitation: plain unless pit_sharp is -32768.
+inline void sharpened_excitation(const Word16* exc, Word16* excp, Word16 pit_sharp, Word16 gain_pit, int down, int n) {
+    if (pit_sharp == MIN_16) sharpened_excitation_chain(exc, excp, pit_sharp, gain_pit, down, n);
+    else sharpened_excitation_plain(exc, excp, pit_sharp, gain_pit, down, n);
+}
+
 /// ph_disp: adaptive anti-sparseness filtering of the innovation (not in
 /// MR74, MR102, MR122) and the total excitation x = pitch_fac x + cbGain inno,
 /// shifted by tmp_shift and rounded.

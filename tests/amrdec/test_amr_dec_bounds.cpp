@@ -400,6 +400,31 @@ TEST(AmrDecBounds, ExcitationMixIsTheChain) {
 
 namespace {
 
+TEST(AmrDecBounds, SharpenedExcitationIsTheChain) {
+    std::mt19937 g(16);
+    std::uniform_int_distribution<int> d16(-32768, 32767);
+    for (std::int32_t amp : kAmps)
+        for (int trial = 0; trial < 40; trial++) {
+            V16 x = noise(g, 40, amp);
+            if (trial % 5 == 0) x[static_cast<std::size_t>(trial % 40)] = MIN_16;
+            const Word16 gains[] = {static_cast<Word16>(d16(g)), 0, 1, 32767, -32767, -32768, 16385};
+            const Word16 sharp = gains[trial % 7], gp = gains[(trial / 7) % 7];
+            for (int down : {0, 1}) {
+                V16 ref(40), fast(40, 0x5a5a), chain(40, 0x5a5a);
+                for (int i = 0; i < 40; i++)
+                    ref[i] = round_fx(L_shr(L_mult(mult(x[i], sharp), gp), static_cast<Word16>(down)));
+                sharpened_excitation(x.data(), fast.data(), sharp, gp, down, 40);
+                sharpened_excitation_chain(x.data(), chain.data(), sharp, gp, down, 40);
+                ASSERT_EQ(fast, ref) << amp << " " << sharp << " " << gp << " " << down;
+                ASSERT_EQ(chain, ref) << amp << " " << sharp << " " << gp << " " << down;
+                if (sharp == MIN_16) continue;
+                V16 plain(40, 0x5a5a);
+                sharpened_excitation_plain(x.data(), plain.data(), sharp, gp, down, 40);
+                ASSERT_EQ(plain, ref) << amp << " " << sharp << " " << gp << " " << down;
+            }
+        }
+}
+
 TEST(AmrDecBounds, PreemphasisIsTheChain) {
     std::mt19937 g(11);
     std::uniform_int_distribution<int> d16(-32768, 32767);
