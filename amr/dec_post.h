@@ -23,10 +23,28 @@ inline void post_filter_reset(PostFilterState& st) {
     st.mem_pre = 0;
 }
 
-/// Weight_Ai: a_exp[i] = a[i] fac[i-1].
-inline void weight_ai(const Word16* a, const std::int16_t* fac, Word16* a_exp) {
+/// Weight_Ai with the reference's operators (the baseline of weight_ai).
+inline void weight_ai_chain(const Word16* a, const std::int16_t* fac, Word16* a_exp) {
     a_exp[0] = a[0];
     for (int i = 1; i <= kM; i++) a_exp[i] = round_fx(L_mult(a[i], fac[i - 1]));
+}
+
+/// Weight_Ai: a_exp[i] = round(L_mult(a[i], fac[i-1])). The post-filter's
+/// factors (powers of gamma) are positive, so L_mult cannot saturate and
+/// 2 a f + 2^15 stays below 2^31: the value is (a f + 2^14) >> 15, which is
+/// pmulhrsw; with SSSE3 a[1..8] and a[3..10] in two of them (the overlap
+/// written twice with the same values).
+inline void weight_ai(const Word16* a, const std::int16_t* fac, Word16* a_exp) {
+#if defined(__SSSE3__)
+    a_exp[0] = a[0];
+    for (int at : {1, 3}) {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a + at));
+        const __m128i f = _mm_loadu_si128(reinterpret_cast<const __m128i*>(fac + at - 1));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(a_exp + at), _mm_mulhrs_epi16(x, f));
+    }
+#else
+    weight_ai_chain(a, fac, a_exp);
+#endif
 }
 
 /// Residu: y = A(z) x over lg samples (x[-10..-1] read).
@@ -170,7 +188,7 @@ inline void agc(Word16& past_gain, const Word16* sig_in, Word16* sig_out, Word16
         }
         for (; i < n; i++) gains[i] = static_cast<Word16>(g);
         gain = static_cast<Word16>(g);
-        for (int k = 0; k < n; k++) sig_out[at + k] = scale_q12(sig_out[at + k], gains[k]);
+        scale_q12_block(sig_out + at, gains, n);
     }
     past_gain = gain;
 }

@@ -765,6 +765,44 @@ ZEPSAPI ZepStatus zepsPhaseDispersion_GSMAMR_16s(Zep16s* pState, Zep16s* pSrcDst
                                                  Zep32s rate, Zep32s lockFull);
 
 /**
+ * GSM-AMR total excitation of one subframe, in place (3GPP TS 26.073
+ * dec_amr.c Decoder_amr, "find the total excitation"): exc[i] =
+ * round(L_shl(L_mac(L_mult(exc[i], pitchFac), code[i], gainCode), tmpShift))
+ * with the basic operators' saturations. The decoder forms it from the
+ * adaptive codebook vector and the undispersed innovation for its
+ * excitation history (zepsPhaseDispersion_GSMAMR_16s forms the same sum
+ * from the dispersed innovation for the synthesis).
+ *
+ * @param pSrcDstExc  in/out: 40 samples: the adaptive codebook vector in, the total excitation out
+ * @param pSrcCode    40 innovation samples (Q13; Q12 for rate 12)
+ * @param pitchFac    pitch factor (Q14; Q13 for rate 12)
+ * @param gainCode    code gain, Q1
+ * @param tmpShift    1 (2 for rate 12)
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); tmpShift outside 1..2 -> zepStsRangeErr (-7);
+ *         else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsTotalExcitation_GSMAMR_16s_I(Zep16s* pSrcDstExc, const Zep16s* pSrcCode, Zep16s pitchFac,
+                                                   Zep16s gainCode, Zep32s tmpShift);
+
+/**
+ * GSM-AMR pitch-sharpened excitation of one subframe (3GPP TS 26.073
+ * dec_amr.c Decoder_amr, used when 2 x the sharpening factor exceeds 1.0):
+ * dst[i] = round(L_mult(mult(exc[i], pitSharp), gainPit)), the product
+ * halved (L_shr by 1) before the rounding for rate 12. The decoder adds the
+ * dispersed excitation to it and scales the sum with
+ * zepsGainControl_GSMAMR_16s_I before the synthesis.
+ *
+ * @param pSrcExc   40 samples of the adaptive codebook vector (before the total excitation)
+ * @param pDst      out: 40 samples
+ * @param pitSharp  sharpening factor, Q14 as the decoder doubles it (Q15 read by mult)
+ * @param gainPit   pitch gain, Q14
+ * @param rate      rate code 0, 1, 3, 6, 7, 8, 11 or 12
+ * @return checks in order: pointers -> zepStsNullPtrErr (-8); rate -> zepStsRangeErr (-7); else zepStsNoErr.
+ */
+ZEPSAPI ZepStatus zepsSharpenedExcitation_GSMAMR_16s(const Zep16s* pSrcExc, Zep16s* pDst, Zep16s pitSharp,
+                                                     Zep16s gainPit, Zep32s rate);
+
+/**
  * GSM-AMR synthesis filter 1/A(z) (3GPP TS 26.073 syn_filt.c Syn_filt):
  * y[n] = round((x[n] a[0] - sum a[j] y[n-j]) << 3) with saturating
  * arithmetic. The decoder rescales its excitation by 1/4 and filters again

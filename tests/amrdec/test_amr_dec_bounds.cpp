@@ -400,6 +400,53 @@ TEST(AmrDecBounds, ExcitationMixIsTheChain) {
 
 namespace {
 
+TEST(AmrDecBounds, SharpenedExcitationIsTheChain) {
+    std::mt19937 g(16);
+    std::uniform_int_distribution<int> d16(-32768, 32767);
+    for (std::int32_t amp : kAmps)
+        for (int trial = 0; trial < 40; trial++) {
+            V16 x = noise(g, 40, amp);
+            if (trial % 5 == 0) x[static_cast<std::size_t>(trial % 40)] = MIN_16;
+            const Word16 gains[] = {static_cast<Word16>(d16(g)), 0, 1, 32767, -32767, -32768, 16385};
+            const Word16 sharp = gains[trial % 7], gp = gains[(trial / 7) % 7];
+            for (int down : {0, 1}) {
+                V16 ref(40), fast(40, 0x5a5a), chain(40, 0x5a5a);
+                for (int i = 0; i < 40; i++)
+                    ref[i] = round_fx(L_shr(L_mult(mult(x[i], sharp), gp), static_cast<Word16>(down)));
+                sharpened_excitation(x.data(), fast.data(), sharp, gp, down, 40);
+                sharpened_excitation_chain(x.data(), chain.data(), sharp, gp, down, 40);
+                ASSERT_EQ(fast, ref) << amp << " " << sharp << " " << gp << " " << down;
+                ASSERT_EQ(chain, ref) << amp << " " << sharp << " " << gp << " " << down;
+                if (sharp == MIN_16) continue;
+                V16 plain(40, 0x5a5a);
+                sharpened_excitation_plain(x.data(), plain.data(), sharp, gp, down, 40);
+                ASSERT_EQ(plain, ref) << amp << " " << sharp << " " << gp << " " << down;
+            }
+        }
+}
+
+TEST(AmrDecBounds, WeightAiAndScaleQ12AreTheChains) {
+    namespace t = zeps::amr_dec_tab;
+    std::mt19937 g(17);
+    std::uniform_int_distribution<int> d16(-32768, 32767);
+    const std::int16_t* const facs[] = {t::gamma3, t::gamma4, t::gamma3_MR122, t::gamma4_MR122};
+    for (int trial = 0; trial < 400; trial++) {
+        V16 a(11);
+        for (auto& v : a) v = static_cast<Word16>(trial % 4 == 0 ? (d16(g) < 0 ? MIN_16 : MAX_16) : d16(g));
+        V16 fast(11, 0x5a5a), chain(11, 0x5a5a);
+        weight_ai(a.data(), facs[trial % 4], fast.data());
+        weight_ai_chain(a.data(), facs[trial % 4], chain.data());
+        ASSERT_EQ(fast, chain) << trial;
+        // per-sample Q12 gains over the whole range, a tail too
+        V16 x = noise(g, 43, trial % 3 == 0 ? 32768 : 3000), gains(43), ref;
+        for (auto& v : gains) v = static_cast<Word16>(trial % 5 == 0 ? MIN_16 : d16(g));
+        ref = x;
+        for (int i = 0; i < 43; i++) ref[i] = extract_h(L_shl(L_mult(ref[i], gains[i]), 3));
+        scale_q12_block(x.data(), gains.data(), 43);
+        ASSERT_EQ(x, ref) << trial;
+    }
+}
+
 TEST(AmrDecBounds, PreemphasisIsTheChain) {
     std::mt19937 g(11);
     std::uniform_int_distribution<int> d16(-32768, 32767);

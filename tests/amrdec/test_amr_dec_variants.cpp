@@ -186,6 +186,30 @@ ZEPS_VARIANT_CHECK(zepsPhaseDispersion_GSMAMR_16s) {
     }
 }
 
+ZEPS_VARIANT_CHECK(zepsTotalExcitation_GSMAMR_16s_I) {
+    for (int t = 0; t < 100; t++) {
+        V16 ea = rng.vec<std::int16_t>(40), eb = ea;
+        const V16 code = rng.vec<std::int16_t>(40);
+        const std::int16_t fac = rng.chance(8) ? std::int16_t{-32768} : rng.s16(), gain = rng.s16();
+        const auto shift = static_cast<std::int32_t>(rng.uniform(0, 3));
+        EXPECT_EQ(zeps::u8::zepsTotalExcitation_GSMAMR_16s_I(ea.data(), code.data(), fac, gain, shift),
+                  zeps::n8::zepsTotalExcitation_GSMAMR_16s_I(eb.data(), code.data(), fac, gain, shift));
+        EXPECT_EQ(ea, eb);
+    }
+}
+
+ZEPS_VARIANT_CHECK(zepsSharpenedExcitation_GSMAMR_16s) {
+    for (int t = 0; t < 100; t++) {
+        const V16 exc = rng.vec<std::int16_t>(40);
+        V16 da(40, 0x5a5a), db = da;
+        const std::int16_t sharp = rng.chance(8) ? std::int16_t{-32768} : rng.s16(), gain = rng.s16();
+        const std::int32_t rate = some_rate(rng);
+        EXPECT_EQ(zeps::u8::zepsSharpenedExcitation_GSMAMR_16s(exc.data(), da.data(), sharp, gain, rate),
+                  zeps::n8::zepsSharpenedExcitation_GSMAMR_16s(exc.data(), db.data(), sharp, gain, rate));
+        EXPECT_EQ(da, db);
+    }
+}
+
 ZEPS_VARIANT_CHECK(zepsSynthesisFilter_GSMAMR_16s) {
     for (int t = 0; t < 100; t++) {
         const V16 a = rng.vec<std::int16_t>(11), x = rng.vec<std::int16_t>(160);

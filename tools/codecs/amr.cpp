@@ -162,16 +162,8 @@ constexpr Zep16s kMeanLsf[kM] = {1384, 2077, 3420, 5108, 6742, 8122, 9863, 11092
 
 // The saturating arithmetic of the decoder's own glue (ITU-T / ETSI basic operators).
 Zep16s sat16(std::int64_t v) { return static_cast<Zep16s>(v > 32767 ? 32767 : v < -32768 ? -32768 : v); }
-Zep32s sat32(std::int64_t v) {
-    return static_cast<Zep32s>(v > INT32_MAX ? INT32_MAX : v < INT32_MIN ? INT32_MIN : v);
-}
 Zep16s add(Zep16s a, Zep16s b) { return sat16(std::int64_t{a} + b); }
 Zep16s shl1(Zep16s a) { return sat16(2 * std::int64_t{a}); }
-Zep16s mult(Zep16s a, Zep16s b) { return sat16((std::int64_t{a} * b) >> 15); }
-Zep32s L_mult(Zep16s a, Zep16s b) { return sat32(2 * std::int64_t{a} * b); }
-Zep32s L_mac(Zep32s acc, Zep16s a, Zep16s b) { return sat32(std::int64_t{acc} + L_mult(a, b)); }
-Zep32s L_shl(Zep32s a, int n) { return sat32(std::int64_t{a} * (std::int64_t{1} << n)); }
-Zep16s round16(Zep32s a) { return static_cast<Zep16s>(sat32(std::int64_t{a} + 0x8000) >> 16); }
 
 bool low_rate(int mode) { return mode <= 2; }  // 4.75, 5.15, 5.9
 
@@ -329,37 +321,6 @@ private:
         check(zepsAdaptiveCodebookDecode_GSMAMR_16s(old_exc_, t0, frac, rate));
     }
 
-    /// exc = round(L_shl(L_mac(L_mult(exc, pitch_fac), code, gain_code), shift)). With
-    /// neither gain -32768 no product saturates and m = exc pitch_fac + code gain_code
-    /// fits 32 bits; a saturating sum or shift saturates the output anyway, so
-    /// each sample is m rounded at bit 15 - shift and clamped.
-    static void total_excitation(Zep16s* exc, const Zep16s* code, Zep16s pitch_fac, Zep16s gain_code, int shift) {
-        if (pitch_fac == -32768 || gain_code == -32768) {
-            for (int i = 0; i < kSubfr; i++)
-                exc[i] = round16(L_shl(L_mac(L_mult(exc[i], pitch_fac), code[i], gain_code), shift));
-            return;
-        }
-        const std::int32_t half = std::int32_t{1} << (14 - shift);
-        for (int i = 0; i < kSubfr; i++) {
-            const std::int32_t m = exc[i] * pitch_fac + code[i] * gain_code;
-            exc[i] = static_cast<Zep16s>(std::clamp((m + half) >> (15 - shift), -32768, 32767));
-        }
-    }
-
-    /// excp = round(L_mult(mult(exc, pit_sharp), gain_pit) >> down) for pit_sharp > 0. Then
-    /// |mult(exc, pit_sharp)| <= 32767, so unless gain_pit is -32768 the doubled product
-    /// stays below 2^31 - 2^15 in magnitude: no saturation anywhere, plain integers.
-    static void sharpened_excitation(const Zep16s* exc, Zep16s* excp, Zep16s pit_sharp, Zep16s gain_pit, int down) {
-        if (gain_pit == -32768) {
-            for (int i = 0; i < kSubfr; i++) excp[i] = round16(L_mult(mult(exc[i], pit_sharp), gain_pit) >> down);
-            return;
-        }
-        for (int i = 0; i < kSubfr; i++) {
-            const std::int32_t m = (exc[i] * pit_sharp) >> 15;
-            excp[i] = static_cast<Zep16s>(((2 * m * gain_pit >> down) + 0x8000) >> 16);
-        }
-    }
-
     void subframe(int mode, int sf, bool relative, Zep16s even, Zep16s bfi, Zep16s pdfi, const Zep16s* prev_lsf,
                   Zep16s*& parm, Zep16s& index_mr475, Zep16s& t0, const Zep16s* az, Zep16s* synth) {
         const std::int32_t rate = kRate[mode];
@@ -410,7 +371,7 @@ private:
         if (mode != 0 || even == 0) sharp_ = gain_pit > kSharpMax ? kSharpMax : gain_pit;
         pit_sharp = shl1(pit_sharp);
         Zep16s excp[kSubfr];
-        if (pit_sharp > 16384) sharpened_excitation(exc, excp, pit_sharp, gain_pit, mode == 7 ? 1 : 0);
+        if (pit_sharp > 16384) check(zepsSharpenedExcitation_GSMAMR_16s(exc, excp, pit_sharp, gain_pit, rate));
         if (bfi == 0) {
             std::copy(ltp_gain_hist_ + 1, ltp_gain_hist_ + 9, ltp_gain_hist_);
             ltp_gain_hist_[8] = gain_pit;
@@ -430,7 +391,7 @@ private:
         const int shift = mode == 7 ? 2 : 1;
         Zep16s exc_enh[kSubfr];
         std::copy(exc, exc + kSubfr, exc_enh);
-        total_excitation(exc, code, pitch_fac, gain_code, shift);
+        check(zepsTotalExcitation_GSMAMR_16s_I(exc, code, pitch_fac, gain_code, shift));
         const bool lock = low_rate(mode) && voiced_hangover_ > 3 && in_background_noise_ != 0 && bfi != 0;
         check(zepsPhaseDispersion_GSMAMR_16s(ph_disp_, exc_enh, code, gain_code_mix, gain_pit, pitch_fac, shift, rate,
                                              lock ? 1 : 0));
@@ -552,12 +513,7 @@ private:
             throw CodecError("truncated frame at byte " + std::to_string(at) + ": the ToC byte has no frame bits");
         const std::uint8_t* sort = kSort[ft];
         const int nbits = kBits[ft];
-        int k = 0;
-        for (; k + 8 <= nbits; k += 8) {  // a whole byte at a time, MSB first
-            const unsigned byte = packed[k >> 3];
-            for (int b = 0; b < 8; b++) serial_[sort[k + b]] = static_cast<Zep16s>((byte >> (7 - b)) & 1);
-        }
-        for (; k < nbits; k++) serial_[sort[k]] = static_cast<Zep16s>((packed[k >> 3] >> (7 - (k & 7))) & 1);
+        for (int k = 0; k < nbits; k++) serial_[sort[k]] = static_cast<Zep16s>((packed[k >> 3] >> (7 - (k & 7))) & 1);
         if (ft == 8) {
             const std::uint8_t last = packed[4];  // bits 32..39: 3 SID bits, STI, mode indication
             const bool sti = (last & 0x10) != 0;
