@@ -9,6 +9,7 @@
 // Q12; normalised correlations Q0 (16 bits).
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "common/basic_op.h"
@@ -123,6 +124,33 @@ inline Word32 energy40_sat(std::int64_t e, Word32 init, Flag& ovf) {
     return static_cast<Word32>(s);
 }
 
+/// Inv_sqrt of a positive value without the saturating operators: the
+/// normalising shift cannot saturate, the interpolation stays between two
+/// positive table values and the final shift is a right shift.
+inline Word32 inv_sqrt_pos(Word32 x) {
+    const int n = norm_l(x);
+    std::int32_t v = static_cast<std::int32_t>(static_cast<std::uint32_t>(x) << n);
+    const int e = 30 - n;
+    if ((e & 1) == 0) v >>= 1;
+    v >>= 9;
+    const int i = (v >> 16) - 16;
+    const std::int32_t a = (v >> 1) & 0x7fff;
+    const std::int32_t y = (std::int32_t{tabsqr[i]} << 16) - 2 * (std::int32_t{tabsqr[i]} - tabsqr[i + 1]) * a;
+    return y >> ((e >> 1) + 1);
+}
+
+/// extract_h(L_shl(Mpy_32(corr, Inv_sqrt(energy)), 16)): the normalised
+/// correlation of one lag. The inverse root is at most 0x3fffffff, so its
+/// high part is below 2^14 and no partial sum of Mpy_32 can saturate; the
+/// shift by 16 followed by extract_h is a clamp to 16 bits.
+inline Word16 normalised_corr(Word32 corr, Word32 energy) {
+    const Word32 r = energy <= 0 ? 0x3fffffff : inv_sqrt_pos(energy);
+    const std::int32_t rh = r >> 16, rl = (r >> 1) - (rh << 15);
+    const std::int32_t ch = corr >> 16, cl = (corr >> 1) - (ch << 15);
+    const std::int32_t m = 2 * (ch * rh + ((ch * rl) >> 15) + ((cl * rh) >> 15));
+    return static_cast<Word16>(std::clamp<std::int32_t>(m, -32768, 32767));
+}
+
 #if defined(__SSSE3__)
 /// Norm_Corr, vectorised: see norm_corr_scalar.
 inline void norm_corr(const Word16* exc, const Word16* xn, const Word16* h, Word16 t_min, Word16 t_max,
@@ -144,10 +172,7 @@ inline void norm_corr(const Word16* exc, const Word16* xn, const Word16* h, Word
     for (int t = t_min; t <= t_max; ++t) {
         Flag f = false;
         const std::int64_t ee = energy64(excf, kSubfr);
-        Word16 norm_h, norm_l, corr_h, corr_l;
-        L_Extract(Inv_sqrt(energy40_sat(ee, 0, f)), norm_h, norm_l);
-        L_Extract(dot40_known(xn, excf, exn, ee, 0, f), corr_h, corr_l);
-        corr[t - t_min] = extract_h(L_shl(Mpy_32(corr_h, corr_l, norm_h, norm_l), 16));
+        corr[t - t_min] = normalised_corr(dot40_known(xn, excf, exn, ee, 0, f), energy40_sat(ee, 0, f));
         if (t == t_max) break;
         --k;
         const Word16 e = exc[k];
