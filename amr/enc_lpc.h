@@ -11,7 +11,7 @@
 #include "amr/dec_lpc.h"
 #include "g729/g729_tables.h"
 #include "g729/lp_kernels.h"
-#include "g729/pitch_simd.h"
+#include "common/pitch_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace amr_enc {

@@ -17,7 +17,7 @@
 #include "amr/dec_pitch.h"
 #include "amr/dec_post.h"
 #include "amr/enc_lpc.h"
-#include "g729/pitch_kernels.h"
+#include "common/norm_corr.h"
 
 ZEPS_BEGIN_VARIANT
 namespace amr_enc {

@@ -146,12 +146,11 @@ constexpr Word32 L_shr(Word32 a, Word16 n);
 /// Arithmetic left shift with saturation; a negative count shifts right.
 constexpr Word32 L_shl(Word32 a, Word16 n, Flag& ovf) {
     if (n <= 0) return L_shr(a, static_cast<Word16>(n < -32 ? 32 : -n));
-    for (; n > 0; --n) {
-        if (a > 0x3fffffff) { ovf = true; return MAX_32; }
-        if (a < static_cast<Word32>(0xc0000000u)) { ovf = true; return MIN_32; }
-        a *= 2;
-    }
-    return a;
+    // The reference doubles n times and saturates at the first doubling out
+    // of range; the magnitude only grows, so that is the exact shift (a
+    // count above 32 saturates every nonzero value as 32 does) saturated once.
+    const auto r = static_cast<std::int64_t>(static_cast<std::uint64_t>(std::int64_t{a}) << (n > 32 ? 32 : n));
+    return saturate32(r, ovf);
 }
 constexpr Word32 L_shl(Word32 a, Word16 n) { Flag f = false; return L_shl(a, n, f); }
 

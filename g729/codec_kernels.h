@@ -25,7 +25,7 @@
 #include "common/fixed_math.h"
 #include "common/syn_filt10.h"
 #include "g729/g729_codec_tables.h"
-#include "g729/pitch_simd.h"
+#include "common/pitch_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace g729c {

@@ -9,7 +9,7 @@
 #include "common/args.h"
 #include "common/exports.h"
 #include "g729/pitch_kernels.h"
-#include "g729/pitch_simd.h"
+#include "common/pitch_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {

@@ -14,7 +14,7 @@
 #include "common/exports.h"
 #include "g729/codec_kernels.h"
 #include "g729/fast_ops.h"
-#include "g729/pitch_simd.h"
+#include "common/pitch_simd.h"
 #include "g729/post_filter_simd.h"
 
 ZEPS_BEGIN_VARIANT

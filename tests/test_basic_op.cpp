@@ -63,6 +63,23 @@ TEST(BasicOp, Shifts) {
     EXPECT_EQ(L_shl(0x40000000, 1), MAX_32);
     EXPECT_EQ(L_shl(static_cast<Word32>(0xbfffffff), 1), MIN_32);
     EXPECT_EQ(L_shl(1, 30), 0x40000000);
+    {  // the doubling chain's edges: -1 reaches MIN_32 at 31 doublings unsaturated, counts past 32
+        Flag f = false;
+        EXPECT_EQ(L_shl(-1, 31, f), MIN_32);
+        EXPECT_FALSE(f);
+        EXPECT_EQ(L_shl(static_cast<Word32>(0xc0000000), 1, f), MIN_32);
+        EXPECT_FALSE(f);
+        EXPECT_EQ(L_shl(1, 31, f), MAX_32);
+        EXPECT_TRUE(f);
+        f = false;
+        EXPECT_EQ(L_shl(-1, 32, f), MIN_32);
+        EXPECT_TRUE(f);
+        f = false;
+        EXPECT_EQ(L_shl(0, 32767, f), 0);
+        EXPECT_FALSE(f);
+        EXPECT_EQ(L_shl(MIN_32, 32767), MIN_32);
+        EXPECT_EQ(L_shl(1, 32767), MAX_32);
+    }
     EXPECT_EQ(L_shr(MIN_32, 31), -1);
     EXPECT_EQ(L_shr(MAX_32, 40), 0);
     EXPECT_EQ(L_shr(1, -31), MAX_32);

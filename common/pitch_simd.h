@@ -1,5 +1,5 @@
 /* SPDX-License-Identifier: BSD-3-Clause */
-// SSSE3 kernels of the G.729 pitch stages. They compute the reference's
+// SSSE3 kernels of the G.729 and GSM-AMR pitch stages. They compute the reference's
 // saturating multiply-accumulate loops (L_mac chains) in 32-bit lanes, which
 // is exact whenever no partial sum of the chain can leave the 32-bit range;
 // the callers prove that with an energy bound first (Cauchy-Schwarz:
