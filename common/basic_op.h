@@ -144,13 +144,15 @@ constexpr Word32 L_msu(Word32 acc, Word16 a, Word16 b) { Flag f = false; return 
 constexpr Word32 L_shr(Word32 a, Word16 n);
 
 /// Arithmetic left shift with saturation; a negative count shifts right.
+/// The reference doubles n times, saturating (and flagging) as soon as a
+/// doubling would leave 32 bits: the doublings before are exact and the
+/// magnitude only grows, so it saturates exactly when a * 2^n is outside
+/// the 32-bit range, and a nonzero a is outside it at 32 shifts already.
+/// One 64-bit shift and a clamp give that value for every count.
 constexpr Word32 L_shl(Word32 a, Word16 n, Flag& ovf) {
     if (n <= 0) return L_shr(a, static_cast<Word16>(n < -32 ? 32 : -n));
-    // The reference doubles n times and saturates at the first doubling out
-    // of range; the magnitude only grows, so that is the exact shift (a
-    // count above 32 saturates every nonzero value as 32 does) saturated once.
-    const auto r = static_cast<std::int64_t>(static_cast<std::uint64_t>(std::int64_t{a}) << (n > 32 ? 32 : n));
-    return saturate32(r, ovf);
+    const int k = n > 32 ? 32 : n;
+    return saturate32(std::int64_t{a} * (std::int64_t{1} << k), ovf);
 }
 constexpr Word32 L_shl(Word32 a, Word16 n) { Flag f = false; return L_shl(a, n, f); }
 

@@ -5,6 +5,8 @@
 // Q15, fg_sum_inv Q12.
 #pragma once
 
+#include <cstdint>
+
 #include "common/basic_op.h"
 #include "g729/fast_ops.h"
 #include "g729/g729_tables.h"
@@ -84,12 +86,26 @@ inline void lsp_prev_update(const Word16* ele, Word16* prev) {
     for (int j = 0; j < kLpcOrder; ++j) prev[j] = ele[j];
 }
 
-/// Lsp_prev_compose: MA prediction plus the codebook vector.
-inline void lsp_prev_compose(const Word16* ele, Word16* lsf, int mode, const Word16* prev) {
+/// Lsp_prev_compose with the reference's L_mult / L_mac chain (the baseline
+/// of lsp_prev_compose).
+inline void lsp_prev_compose_chain(const Word16* ele, Word16* lsf, int mode, const Word16* prev) {
     for (int j = 0; j < kLpcOrder; ++j) {
         Word32 acc = L_mult(ele[j], fg_sum[mode][j]);
         for (int k = 0; k < kMaOrder; ++k) acc = L_mac(acc, prev[k * kLpcOrder + j], fg[mode][k][j]);
         lsf[j] = extract_h(acc);
+    }
+}
+
+/// Lsp_prev_compose: MA prediction plus the codebook vector. For every mode
+/// and coefficient fg_sum + sum |fg| <= 32767 (the tests hold the tables to
+/// it), so each partial sum of the chain is below 2 * 32768 * 32767 in
+/// magnitude: no L_mult or L_mac saturates and the chain is the plain
+/// doubled sum, for any Word16 inputs.
+inline void lsp_prev_compose(const Word16* ele, Word16* lsf, int mode, const Word16* prev) {
+    for (int j = 0; j < kLpcOrder; ++j) {
+        std::int32_t acc = std::int32_t{ele[j]} * fg_sum[mode][j];
+        for (int k = 0; k < kMaOrder; ++k) acc += std::int32_t{prev[k * kLpcOrder + j]} * fg[mode][k][j];
+        lsf[j] = extract_h(2 * acc);
     }
 }
 

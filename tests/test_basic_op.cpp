@@ -4,6 +4,9 @@
 // definitions.
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <vector>
+
 #include "common/basic_op.h"
 #include "common/fixed_math.h"
 
@@ -63,29 +66,56 @@ TEST(BasicOp, Shifts) {
     EXPECT_EQ(L_shl(0x40000000, 1), MAX_32);
     EXPECT_EQ(L_shl(static_cast<Word32>(0xbfffffff), 1), MIN_32);
     EXPECT_EQ(L_shl(1, 30), 0x40000000);
-    {  // the doubling chain's edges: -1 reaches MIN_32 at 31 doublings unsaturated, counts past 32
-        Flag f = false;
-        EXPECT_EQ(L_shl(-1, 31, f), MIN_32);
-        EXPECT_FALSE(f);
-        EXPECT_EQ(L_shl(static_cast<Word32>(0xc0000000), 1, f), MIN_32);
-        EXPECT_FALSE(f);
-        EXPECT_EQ(L_shl(1, 31, f), MAX_32);
-        EXPECT_TRUE(f);
-        f = false;
-        EXPECT_EQ(L_shl(-1, 32, f), MIN_32);
-        EXPECT_TRUE(f);
-        f = false;
-        EXPECT_EQ(L_shl(0, 32767, f), 0);
-        EXPECT_FALSE(f);
-        EXPECT_EQ(L_shl(MIN_32, 32767), MIN_32);
-        EXPECT_EQ(L_shl(1, 32767), MAX_32);
-    }
     EXPECT_EQ(L_shr(MIN_32, 31), -1);
     EXPECT_EQ(L_shr(MAX_32, 40), 0);
     EXPECT_EQ(L_shr(1, -31), MAX_32);
     EXPECT_EQ(L_shr_r(3, 1), 2);
     EXPECT_EQ(L_shr_r(MAX_32, 31), 1);
     EXPECT_EQ(L_shr_r(MAX_32, 32), 0);
+}
+
+/// The reference's L_shl: n doublings, each checked for saturation.
+Word32 L_shl_doubling(Word32 a, int n, Flag& ovf) {
+    if (n <= 0) return L_shr(a, static_cast<Word16>(n < -32 ? 32 : -n));
+    for (; n > 0; --n) {
+        if (a > 0x3fffffff) { ovf = true; return MAX_32; }
+        if (a < static_cast<Word32>(0xc0000000u)) { ovf = true; return MIN_32; }
+        a *= 2;
+    }
+    return a;
+}
+
+TEST(BasicOp, LongLeftShiftMatchesDoubling) {
+    // Every power of two, its neighbours and their negatives (the
+    // saturation edges of every count), 0, the extremes and a spread of
+    // other values, against every count from -40 to 40 and the extremes.
+    std::vector<Word32> values = {0, MAX_32, MIN_32, 0x12345678, -0x12345678, 0x5555, -0x2aaaaaab};
+    for (int k = 0; k < 31; ++k) {
+        const Word32 p = Word32{1} << k;
+        for (const Word32 v : {p - 1, p, p + 1}) {
+            values.push_back(v);
+            values.push_back(-v);
+        }
+    }
+    std::uint32_t x = 1;
+    for (int i = 0; i < 200; ++i) {
+        x = x * 1664525u + 1013904223u;
+        values.push_back(static_cast<Word32>(x) >> (i % 31));
+    }
+    std::vector<int> counts = {-32768, -100, 100, 1000, 32767};
+    for (int n = -40; n <= 40; ++n) counts.push_back(n);
+    for (const Word32 a : values) {
+        for (const int n : counts) {
+            Flag want_ovf = false, got_ovf = false;
+            const Word32 want = L_shl_doubling(a, n, want_ovf);
+            ASSERT_EQ(L_shl(a, static_cast<Word16>(n), got_ovf), want) << a << " << " << n;
+            ASSERT_EQ(got_ovf, want_ovf) << a << " << " << n;
+            if (n > 0) {  // a negative right shift is a left shift of at most 32
+                ASSERT_EQ(L_shr(a, static_cast<Word16>(-n)), L_shl_doubling(a, n > 32 ? 32 : n, want_ovf))
+                    << a << " >> -" << n;
+            }
+        }
+    }
 }
 
 TEST(BasicOp, NormalisationAndDivision) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <functional>
 #include <vector>
 
@@ -265,6 +266,35 @@ TEST(G729LpKernels, LspToLsfEqualsTableScan) {
         ASSERT_EQ(zeps::n8::zepsLSPToLSF_G729_16s(lsp.data(), got_n8.data()), 0);
         ASSERT_EQ(got, want) << "rep " << rep;
         ASSERT_EQ(got_n8, want) << "rep " << rep;
+    }
+}
+
+}  // namespace
+
+#include "g729/lsf_codebook.h"
+
+namespace {
+
+TEST(G729LpKernels, LsfPredictionIsPlainSum) {
+    // The plain MA prediction rests on fg_sum + sum |fg| <= 32767 for every
+    // mode and coefficient; then it equals the L_mult / L_mac chain for any
+    // inputs, full-scale ones included.
+    for (int mode = 0; mode < 2; ++mode) {
+        for (int j = 0; j < 10; ++j) {
+            int sum = std::abs(zeps::fg_sum[mode][j]);
+            for (int k = 0; k < 4; ++k) sum += std::abs(zeps::fg[mode][k][j]);
+            ASSERT_LE(sum, 32767) << "mode " << mode << " coefficient " << j;
+        }
+    }
+    zeps::test::Rng rng(17);
+    for (int rep = 0; rep < 20000; ++rep) {
+        std::vector<std::int16_t> ele(10), prev(40), want(10), got(10);
+        for (auto& v : ele) v = rep % 4 == 0 ? static_cast<std::int16_t>(rep % 8 == 0 ? -32768 : 32767) : rng.s16();
+        for (auto& v : prev) v = rep % 4 == 0 ? ele[0] : rng.s16();
+        const int mode = rep & 1;
+        zeps::ref::lsp_prev_compose_chain(ele.data(), want.data(), mode, prev.data());
+        zeps::ref::lsp_prev_compose(ele.data(), got.data(), mode, prev.data());
+        ASSERT_EQ(got, want) << "rep " << rep;
     }
 }
 

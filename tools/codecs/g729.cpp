@@ -67,7 +67,7 @@ public:
     std::size_t max_frame_samples() const override { return kFrame; }
 
     std::size_t decode(zepsc_cli::ByteSource& in, std::int16_t* pcm) override {
-        std::uint8_t bits[kBits] = {};
+        std::uint8_t packed[kBits / 8] = {};  // the frame's bits, MSB first
         bool erased = false;
         Zep16s ftyp = kSpeech;
         if (serial_) {
@@ -76,8 +76,8 @@ public:
             const unsigned size = head[2] | (head[3] << 8);
             ftyp = frame_type(size, in.position() - 4);
             if (ftyp == kUntransmitted) erased = (head[0] | (head[1] << 8)) != kSync;
-            read_bit_words(in, size, bits, erased);
-        } else if (!read_payload_bits(in, kBits, bits)) {
+            read_bit_words_packed(in, size, packed, erased);
+        } else if (!in.read_exact(packed, kBits / 8, "frame")) {
             return 0;
         }
         // B.5: a lost frame is erased speech after speech, else comfort noise.
@@ -89,10 +89,10 @@ public:
         if (ftyp == kSpeech) {
             seed_cng_ = kSeedCng;
             Params prm{};
-            bits_to_params(bits, kBits8k, prm.data());
+            packed_to_params(packed, kBits8k, prm.data());
             decode_speech(prm, erased, az, synth, lags);
         } else {
-            decode_noise(ftyp, bits, az, synth, lags);
+            decode_noise(ftyp, packed, az, synth, lags);
         }
         if (annex_b_ && !erased)
             check(zepsFrameEnergy_G729B_16s(old_exc_ + kExcHistory, &sid_sav_, &sh_sid_sav_), "frame energy");
@@ -170,9 +170,9 @@ private:
 
     /// Dec_cng (Annex B B.5): the comfort-noise gain, on a SID frame the
     /// new filter, the random excitation and the synthesis.
-    void decode_noise(Zep16s ftyp, const std::uint8_t* bits, Zep16s* az, Zep16s* synth, Zep16s* lags) {
+    void decode_noise(Zep16s ftyp, const std::uint8_t* packed, Zep16s* az, Zep16s* synth, Zep16s* lags) {
         Zep16s sid[kBitsSid.size()] = {};
-        if (ftyp == kSid) bits_to_params(bits, kBitsSid, sid);
+        if (ftyp == kSid) packed_to_params(packed, kBitsSid, sid);
         Zep16s gain = 0;
         check(zepsSIDGainDecode_G729B_16s(ftyp, sid[3], past_ftyp_, sid_sav_, sh_sid_sav_, &gain, sid_gain_.data()),
               "SID gain decoding");

@@ -120,6 +120,19 @@ void bits_to_params(const std::uint8_t* bits, const std::array<int, N>& widths, 
     }
 }
 
+/// The parameters prm (widths in stream order, at most 24 bits each) from
+/// bits packed MSB first: a few bytes a parameter instead of one step a bit.
+template <std::size_t N>
+void packed_to_params(const std::uint8_t* packed, const std::array<int, N>& widths, Zep16s* prm) {
+    std::uint32_t window = 0;  // the unread bits at its bottom
+    int unread = 0;
+    for (std::size_t p = 0; p < N; ++p) {
+        for (; unread < widths[p]; unread += 8) window = (window << 8) | *packed++;
+        unread -= widths[p];
+        prm[p] = static_cast<Zep16s>((window >> unread) & ((1u << widths[p]) - 1));
+    }
+}
+
 inline void put_word(std::vector<std::uint8_t>& out, std::uint16_t w) {
     out.push_back(static_cast<std::uint8_t>(w & 0xff));
     out.push_back(static_cast<std::uint8_t>(w >> 8));
@@ -153,6 +166,26 @@ inline void read_bit_words(zepsc_cli::ByteSource& in, unsigned size, std::uint8_
         bits[i] = w == kBit1 ? 1 : 0;
         if (w == 0) erased = true;
     }
+}
+
+/// The size bit words of a serial frame after its header, packed MSB first
+/// into packed (size / 8 bytes, rounded up); a word 0x0000 marks the frame erased.
+inline void read_bit_words_packed(zepsc_cli::ByteSource& in, unsigned size, std::uint8_t* packed, bool& erased) {
+    std::uint8_t words[2 * 80];
+    if (size != 0 && !in.read_exact(words, 2 * size, "frame"))
+        throw zepsc_cli::CodecError("truncated frame at byte " + std::to_string(in.position()) +
+                                    ": header without bits");
+    bool zero = false;
+    for (unsigned i = 0; i < size; i += 8) {
+        unsigned byte = 0;
+        for (unsigned k = i; k < i + 8; ++k) {
+            const unsigned w = k < size ? words[2 * k] | (words[2 * k + 1] << 8) : kBit0;
+            byte = (byte << 1) | (w == kBit1 ? 1u : 0u);
+            zero |= w == 0;
+        }
+        packed[i / 8] = static_cast<std::uint8_t>(byte);
+    }
+    if (zero) erased = true;
 }
 
 /// An RTP payload of n bits (MSB first) into bits; false at the end of the input.
