@@ -40,13 +40,15 @@ namespace g726 {
 
 #if defined(__SSSE3__)
 
-/// The code I of magnitude class c and sign DS (QUAN with the sign and
-/// zero-code adjustments): class 0 is the zero code above 16 kbit/s.
+/// The code I of magnitude class c and the sign DQS of its DQ (0/1): QUAN
+/// with the sign and zero-code adjustments. The codes of sign 1 are the
+/// mirrors 2^bits - 1 - c = c ^ (2^bits - 1), and above 16 kbit/s class 0 (the
+/// zero code 2^bits - 1) has DQS set; written without a branch (class 0 is
+/// frequent and unpredictable in speech).
 template <int R>
-[[gnu::always_inline]] inline int class_code(int c, int ds) {
+[[gnu::always_inline]] inline int class_code(int c, int dqs) {
     constexpr int kMax = (1 << (R + 2)) - 1;
-    if (R > 0 && c == 0) return kMax;
-    return ds ? kMax - c : c;
+    return c ^ (-dqs & kMax);
 }
 
 /// Four bytes from memory as an int.
@@ -345,7 +347,7 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
         // The code and the scalar step-size adaptation.
         const int c_bits = ~_mm_movemask_epi8(failed) & 0xFFFF;
         const int cls = bit_length(c_bits) - 1;
-        const int i = class_code<R>(cls, _mm_movemask_epi8(ds) & 1);
+        const int i = class_code<R>(cls, _mm_movemask_epi8(dqs) & 1);
         dst[n] = static_cast<std::uint8_t>(i);
         const int flags = _mm_movemask_epi8(_mm_unpacklo_epi16(tr, tdp));
         scale_update(r, g726_code_info[R][i], y, flags & 1, (flags >> 2) & 1);
