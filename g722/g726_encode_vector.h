@@ -40,13 +40,15 @@ namespace g726 {
 
 #if defined(__SSSE3__)
 
-/// The code I of magnitude class c and sign DS (QUAN with the sign and
-/// zero-code adjustments): class 0 is the zero code above 16 kbit/s.
+/// The code I of magnitude class c and the sign DQS of its DQ (0/1): QUAN
+/// with the sign and zero-code adjustments. The codes of sign 1 are the
+/// mirrors 2^bits - 1 - c = c ^ (2^bits - 1), and above 16 kbit/s class 0 (the
+/// zero code 2^bits - 1) has DQS set; written without a branch (class 0 is
+/// frequent and unpredictable in speech).
 template <int R>
-[[gnu::always_inline]] inline int class_code(int c, int ds) {
+[[gnu::always_inline]] inline int class_code(int c, int dqs) {
     constexpr int kMax = (1 << (R + 2)) - 1;
-    if (R > 0 && c == 0) return kMax;
-    return ds ? kMax - c : c;
+    return c ^ (-dqs & kMax);
 }
 
 /// Four bytes from memory as an int.
@@ -124,12 +126,25 @@ template <int K>
     return _mm_shuffle_epi8(v, _mm_set1_epi16(static_cast<short>((2 * K + 1) << 8 | 2 * K)));
 }
 
-/// FMULT of all eight lanes and ACCUM: SE and SEZ broadcast.
-[[gnu::always_inline]] inline void estimate_lanes(__m128i c, __m128i h, __m128i& se, __m128i& sez) {
-    const __m128i cs = _mm_srai_epi16(c, 15);
+/// The coefficients' side of FMULT: ANMAG (13-bit magnitude of each Q14
+/// word) as its single-precision exponent and top seven mantissa bits,
+/// exp << 7 | mantissa (0 for ANMAG = 0).
+[[gnu::always_inline]] inline __m128i coef_float(__m128i c) {
+    const __m128i zero = _mm_setzero_si128();
     const __m128i mag = _mm_and_si128(_mm_abs_epi16(_mm_srai_epi16(c, 2)), _mm_set1_epi16(8191));
-    __m128i ae, am;
-    float_parts(mag, ae, am);
+    const __m128i flo = _mm_castps_si128(_mm_cvtepi32_ps(_mm_unpacklo_epi16(mag, zero)));
+    const __m128i fhi = _mm_castps_si128(_mm_cvtepi32_ps(_mm_unpackhi_epi16(mag, zero)));
+    return _mm_packs_epi32(_mm_srli_epi32(flo, 16), _mm_srli_epi32(fhi, 16));
+}
+
+/// FMULT of all eight lanes and ACCUM: SE and SEZ broadcast. cf is
+/// coef_float of the coefficients c (worked out as soon as they are known).
+/// ACCUM adds 16-bit words and only the sum's low 16 bits are kept, so the
+/// products are summed with 16-bit adds, each sum ending up in every lane.
+[[gnu::always_inline]] inline void estimate_lanes(__m128i c, __m128i cf, __m128i h, __m128i& se, __m128i& sez) {
+    const __m128i cs = _mm_srai_epi16(c, 15);
+    const __m128i ae = _mm_subs_epu16(_mm_srli_epi16(cf, 7), _mm_set1_epi16(126));
+    const __m128i am = _mm_or_si128(_mm_and_si128(_mm_srli_epi16(cf, 2), _mm_set1_epi16(31)), _mm_set1_epi16(32));
     const __m128i sm = _mm_and_si128(h, _mm_set1_epi16(63));
     const __m128i sexp = _mm_and_si128(_mm_srli_epi16(h, 8), _mm_set1_epi16(15));
     const __m128i w7 =
@@ -143,12 +158,13 @@ template <int K>
     const __m128i wmag =
         _mm_or_si128(_mm_mulhi_epu16(w7, p1m), _mm_and_si128(_mm_mullo_epi16(w7, p2), _mm_set1_epi16(32767)));
     const __m128i sign = _mm_or_si128(_mm_xor_si128(cs, _mm_srai_epi16(h, 15)), _mm_set1_epi16(1));
-    const __m128i pairs = _mm_madd_epi16(wmag, sign);
-    const __m128i q = _mm_add_epi32(pairs, _mm_shuffle_epi32(pairs, _MM_SHUFFLE(1, 0, 3, 2)));
-    const __m128i all = _mm_add_epi32(q, _mm_shuffle_epi32(q, _MM_SHUFFLE(2, 3, 0, 1)));
-    const __m128i zeros = _mm_sub_epi32(all, _mm_shuffle_epi32(pairs, _MM_SHUFFLE(3, 3, 3, 3)));
-    se = lane<0>(_mm_srai_epi16(all, 1));
-    sez = lane<0>(_mm_srai_epi16(zeros, 1));
+    const __m128i w = _mm_sign_epi16(wmag, sign);
+    const __m128i s1 = _mm_add_epi16(w, _mm_shuffle_epi8(w, _mm_setr_epi8(2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13)));
+    const __m128i s2 = _mm_add_epi16(s1, _mm_shuffle_epi32(s1, _MM_SHUFFLE(2, 3, 0, 1)));
+    const __m128i all = _mm_add_epi16(s2, _mm_shuffle_epi32(s2, _MM_SHUFFLE(1, 0, 3, 2)));
+    const __m128i poles = _mm_shuffle_epi32(s1, _MM_SHUFFLE(3, 3, 3, 3));  // A1, A2 terms
+    se = _mm_srai_epi16(all, 1);
+    sez = _mm_srai_epi16(_mm_sub_epi16(all, poles), 1);
 }
 
 /// UPA2, LIMC, UPA1, LIMD and TONE's TDP from the old A1, A2 and the sign
@@ -171,6 +187,28 @@ template <int K>
     const __m128i a1ul = _mm_sub_epi16(_mm_set1_epi16(15360), a2p);
     a1p = _mm_max_epi16(_mm_min_epi16(a1p, a1ul), _mm_sub_epi16(_mm_setzero_si128(), a1ul));
     tdp = _mm_cmpgt_epi16(_mm_set1_epi16(-11776), a2p);
+}
+
+/// UPA2, LIMC, UPA1, LIMD for each outcome of DQ + SEZ, from the old A1, A2
+/// and the sign masks PK1, PK2 (broadcast): lanes 0, 1, 2 of the result hold
+/// A1' for DQ + SEZ positive, negative and zero, lanes 4, 5, 6 A2' for the
+/// same outcomes. The sample then only picks its outcome (pick_poles).
+[[gnu::always_inline]] inline __m128i pole_outcomes(__m128i a1, __m128i a2, __m128i pk1, __m128i pk2) {
+    const __m128i pk0 = _mm_setr_epi16(0, -1, 0, 0, 0, -1, 0, 0);
+    const __m128i sigpk = _mm_setr_epi16(0, 0, -1, 0, 0, 0, -1, 0);
+    __m128i a1p, a2p, tdp;
+    pole_update(a1, a2, _mm_xor_si128(pk0, pk1), _mm_xor_si128(pk0, pk2), sigpk, a1p, a2p, tdp);
+    return _mm_unpacklo_epi64(a1p, a2p);
+}
+
+/// PSHUFB control moving the outcome of DQ + SEZ (pk0: sign mask, zero:
+/// mask of DQ + SEZ = 0, both broadcast) from a pole_outcomes layout into
+/// lanes 6 (A1) and 7 (A2), the other lanes zero.
+[[gnu::always_inline]] inline __m128i pick_poles(__m128i pk0, __m128i zero) {
+    const __m128i base = _mm_setr_epi8(-128, -128, -128, -128, -128, -128, -128, -128, -128, -128, -128, -128, 0, 1, 8, 9);
+    const __m128i neg = _mm_and_si128(pk0, _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2, 2, 2, 2));
+    const __m128i nil = _mm_and_si128(zero, _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 4, 4, 4, 4));
+    return _mm_or_si128(base, _mm_or_si128(neg, nil));
 }
 
 /// The class thresholds and DQ magnitudes of table entry k (unused lanes:
@@ -212,13 +250,12 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
     const __m128i dqln_hi = _mm_load_si128(reinterpret_cast<const __m128i*>(g726_class_dqln[R] + 8));
     const __m128i ones = _mm_set1_epi16(-1);
     const __m128i lanes_b = _mm_setr_epi16(-1, -1, -1, -1, -1, -1, 0, 0);
-    const __m128i lane6 = _mm_setr_epi16(0, 0, 0, 0, 0, 0, -1, 0);
-    const __m128i lane7 = _mm_setr_epi16(0, 0, 0, 0, 0, 0, 0, -1);
     const __m128i hist_keep = _mm_setr_epi16(0, -1, -1, -1, -1, -1, 0, -1);
 
     Regs r;
     r.load(core);
     __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(core.coef));
+    __m128i cf = coef_float(c);
     __m128i h = _mm_loadu_si128(reinterpret_cast<const __m128i*>(core.hist));
     __m128i pk1 = _mm_set1_epi16(static_cast<short>(-r.pk1));
     __m128i pk2 = _mm_set1_epi16(static_cast<short>(-r.pk2));
@@ -251,27 +288,32 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
             dqc_hi = _mm_xor_si128(hi, _mm_alignr_epi8(hi, lo, 14));
         }
 
+        // The pole coefficients and their FMULT forms for every outcome of
+        // this sample's DQ + SEZ, from the old ones (beside the estimate).
+        const __m128i a_next = pole_outcomes(lane<6>(c), lane<7>(c), pk1, pk2);
+        const __m128i af_next = coef_float(a_next);
+
         // SE, SEZ; SUBTA; the quantiser as a compare count.
         __m128i se, sez;
-        estimate_lanes(c, h, se, sez);
+        estimate_lanes(c, cf, h, se, sez);
         const __m128i d = _mm_sub_epi16(_mm_set1_epi16(static_cast<short>(sl)), se);
         const __m128i dm = _mm_abs_epi16(d);
         const __m128i ds = _mm_srai_epi16(d, 15);
-        const __m128i pass_lo = _mm_xor_si128(_mm_cmpgt_epi16(th_lo, dm), ones);
-        __m128i dqmag, passed;
+        const __m128i fail_lo = _mm_cmpgt_epi16(th_lo, dm);
+        __m128i dqmag, failed;
         // The classes passed are 0..c: the XOR of their magnitude steps is
         // the magnitude of class c.
         if constexpr (R == 3) {
-            const __m128i pass_hi = _mm_xor_si128(_mm_cmpgt_epi16(th_hi, dm), ones);
-            dqmag = xor_lanes(_mm_xor_si128(_mm_and_si128(pass_lo, dqc_lo), _mm_and_si128(pass_hi, dqc_hi)));
-            passed = _mm_packs_epi16(pass_lo, pass_hi);
+            const __m128i fail_hi = _mm_cmpgt_epi16(th_hi, dm);
+            dqmag = xor_lanes(_mm_xor_si128(_mm_andnot_si128(fail_lo, dqc_lo), _mm_andnot_si128(fail_hi, dqc_hi)));
+            failed = _mm_packs_epi16(fail_lo, fail_hi);
         } else {
-            dqmag = xor_lanes(_mm_and_si128(pass_lo, dqc_lo));
-            passed = _mm_packs_epi16(pass_lo, _mm_setzero_si128());
+            dqmag = xor_lanes(_mm_andnot_si128(fail_lo, dqc_lo));
+            failed = _mm_packs_epi16(fail_lo, ones);
         }
         // Sign of DQ: DS, and set for the zero code above 16 kbit/s.
-        const __m128i dqs = R > 0 ? _mm_or_si128(ds, _mm_xor_si128(lane<1>(pass_lo), ones)) : ds;
-        const __m128i dq = _mm_sub_epi16(_mm_xor_si128(dqmag, dqs), dqs);
+        const __m128i dqs = R > 0 ? _mm_or_si128(ds, lane<1>(fail_lo)) : ds;
+        const __m128i dq = _mm_sign_epi16(dqmag, _mm_or_si128(dqs, _mm_set1_epi16(1)));
 
         // ADDB, ADDC; FLOATA, FLOATB into DQ1 and SR1.
         const __m128i sr = _mm_add_epi16(dq, se);
@@ -280,31 +322,32 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
         const __m128i fl = float_pair(_mm_unpacklo_epi16(dqmag, srmag),
                                       _mm_slli_epi16(_mm_unpacklo_epi16(dqs, _mm_srai_epi16(sr, 15)), 15));
 
-        // UPA2, LIMC, UPA1, LIMD, TONE.
+        // UPA2, LIMC, UPA1, LIMD: this sample's outcome; TONE.
         const __m128i pk0 = _mm_srai_epi16(dqsez, 15);
-        __m128i a1p, a2p, tdp;
-        pole_update(lane<6>(c), lane<7>(c), _mm_xor_si128(pk0, pk1), _mm_xor_si128(pk0, pk2),
-                    _mm_cmpeq_epi16(dqsez, _mm_setzero_si128()), a1p, a2p, tdp);
+        const __m128i pick = pick_poles(pk0, _mm_cmpeq_epi16(dqsez, _mm_setzero_si128()));
+        const __m128i poles = _mm_shuffle_epi8(a_next, pick);
+        const __m128i tdp = _mm_cmpgt_epi16(_mm_set1_epi16(-11776), lane<7>(poles));
 
         // TRANS, TRIGB.
         const __m128i tr = _mm_andnot_si128(_mm_cmpeq_epi16(_mm_subs_epu16(dqmag, dqthr), _mm_setzero_si128()), td);
         const __m128i keep = _mm_xor_si128(tr, ones);
 
-        // UPB on B1..B6 with the old history signs, then the new words.
+        // UPB on B1..B6 with the old history signs, then the new words and
+        // the FMULT forms of the new coefficients.
         const __m128i x = _mm_xor_si128(_mm_srai_epi16(h, 15), dqs);
         const __m128i gain = _mm_andnot_si128(_mm_cmpeq_epi16(dqmag, _mm_setzero_si128()), _mm_set1_epi16(128));
         const __m128i b = _mm_sub_epi16(_mm_add_epi16(c, _mm_sub_epi16(_mm_xor_si128(gain, x), x)), _mm_srai_epi16(c, kLeak));
-        const __m128i poles = _mm_or_si128(_mm_and_si128(lane6, a1p), _mm_and_si128(lane7, a2p));
         c = _mm_and_si128(_mm_or_si128(_mm_and_si128(lanes_b, b), poles), keep);
+        cf = _mm_and_si128(_mm_or_si128(_mm_and_si128(lanes_b, coef_float(b)), _mm_shuffle_epi8(af_next, pick)), keep);
         h = _mm_or_si128(_mm_and_si128(_mm_slli_si128(h, 2), hist_keep), fl);
         pk2 = pk1;
         pk1 = pk0;
         td = _mm_and_si128(tdp, keep);
 
         // The code and the scalar step-size adaptation.
-        const int c_bits = _mm_movemask_epi8(passed);
+        const int c_bits = ~_mm_movemask_epi8(failed) & 0xFFFF;
         const int cls = bit_length(c_bits) - 1;
-        const int i = class_code<R>(cls, _mm_movemask_epi8(ds) & 1);
+        const int i = class_code<R>(cls, _mm_movemask_epi8(dqs) & 1);
         dst[n] = static_cast<std::uint8_t>(i);
         const int flags = _mm_movemask_epi8(_mm_unpacklo_epi16(tr, tdp));
         scale_update(r, g726_code_info[R][i], y, flags & 1, (flags >> 2) & 1);

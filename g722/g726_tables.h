@@ -65,18 +65,8 @@ extern const std::array<std::array<G726CodeInfo, 32>, 4> g726_code_info;
 /// index, the decision levels as signed DL - Y/4 in ascending order by
 /// magnitude class (class 0 first, always passed; 4000: unused class, never
 /// passed) and the DQLN of each class (2048: zero output).
-alignas(16) inline constexpr std::int16_t g726_class_level[4][16] = {
-    {-4096, 261, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000},
-    {-4096, 8, 218, 331, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000},
-    {-4096, 3972 - 4096, 80, 178, 246, 300, 349, 400, 4000, 4000, 4000, 4000, 4000, 4000, 4000, 4000},
-    {-4096, 3974 - 4096, 4080 - 4096, 68, 139, 198, 250, 298, 339, 378, 413, 445, 475, 502, 528, 553},
-};
-alignas(16) inline constexpr std::int16_t g726_class_dqln[4][16] = {
-    {116, 365, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048},
-    {2048, 135, 273, 373, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048},
-    {2048, 4, 135, 213, 273, 323, 373, 425, 2048, 2048, 2048, 2048, 2048, 2048, 2048, 2048},
-    {2048, 4030, 28, 104, 169, 224, 274, 318, 358, 395, 429, 459, 488, 514, 539, 566},
-};
+alignas(16) extern const std::int16_t g726_class_level[4][16];
+alignas(16) extern const std::int16_t g726_class_dqln[4][16];
 
 /// Per Y/4 from kG726ClassY4Lo (the range of Y the recursion reaches from
 /// reset: 544..5120), the class thresholds (least DQM of each class) and the
