@@ -6,6 +6,10 @@
 // detector assumes an echo return loss of at least 6 dB (ITU-T G.168).
 // Variable-size state: header, then a ring of tailLen |x| values; placed at
 // the first 16-byte boundary of the caller's block, pointing into itself.
+// zepsDoubleTalkSetFloor_EC_32f puts a floor under the far-end peak: while
+// the far end is silent over the whole tail, near-end noise or a near talker
+// alone is not double talk (nothing there can be echo), so its hangover does
+// not reach into the far end's next talk spurt.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -26,15 +30,18 @@ constexpr int kMaxTail = 1 << 16;
 
 struct GeigelState {
     float* pRing;  // tailLen magnitudes, ring
-    std::int32_t magic, tailLen, pos, hangover, count, pad;
+    std::int32_t magic, tailLen, pos, hangover, count;
+    float floor;              // far-end peak floor (0: the plain rule)
     float threshold, maxAbs;  // maxAbs: largest value of the ring
 };
 constexpr std::int64_t kHeader = 48;
 static_assert(sizeof(GeigelState) <= kHeader);
 
+bool floor_ok(float f) { return f >= 0.0f && f <= 3.0e38f; }
+
 bool state_ok(const GeigelState* s) {
     return s->magic == kMagic && in_range(s->tailLen, 1, kMaxTail) && in_range(s->pos, 0, s->tailLen - 1) &&
-           s->hangover >= 0 && s->count >= 0 && points_at(s->pRing, reinterpret_cast<const Zep8u*>(s), kHeader);
+           s->hangover >= 0 && s->count >= 0 && floor_ok(s->floor) && points_at(s->pRing, reinterpret_cast<const Zep8u*>(s), kHeader);
 }
 
 /// The largest ring value (the ring holds no NaN: magnitudes >= 0).
@@ -75,7 +82,7 @@ ZepStatus zepsDoubleTalkInit_EC_32f(Zep8u* pState, int tailLen, Zep32f threshold
     s->pos = 0;
     s->hangover = hangover;
     s->count = 0;
-    s->pad = 0;
+    s->floor = 0.0f;
     s->threshold = threshold;
     s->maxAbs = 0.0f;
     s->magic = kMagic;
@@ -90,6 +97,7 @@ ZepStatus zepsDoubleTalk_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Zep32s*
     if (!state_ok(s)) return zepStsBadArgErr;
     float* r = s->pRing;
     bool any = false;
+    const float fl = s->floor;
     for (int n = 0; n < len; ++n) {
         const float a = std::fabs(pFar[n]);
         const float leaving = r[s->pos], entering = std::isnan(a) ? 0.0f : a;
@@ -97,13 +105,23 @@ ZepStatus zepsDoubleTalk_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Zep32s*
         if (++s->pos == s->tailLen) s->pos = 0;
         if (entering >= s->maxAbs) s->maxAbs = entering;
         else if (leaving >= s->maxAbs) s->maxAbs = ring_max(r, s->tailLen);
-        if (std::fabs(pNear[n]) >= s->threshold * s->maxAbs && std::fabs(pNear[n]) > 0.0f) s->count = s->hangover + 1;
+        const float peak = s->maxAbs > fl ? s->maxAbs : fl;
+        if (std::fabs(pNear[n]) >= s->threshold * peak && std::fabs(pNear[n]) > 0.0f) s->count = s->hangover + 1;
         if (s->count > 0) {
             any = true;
             --s->count;
         }
     }
     *pDoubleTalk = any ? 1 : 0;
+    return zepStsNoErr;
+}
+
+ZepStatus zepsDoubleTalkSetFloor_EC_32f(Zep32f floor, Zep8u* pState) {
+    if (any_null(pState)) return zepStsNullPtrErr;
+    auto* s = align16<GeigelState>(pState);
+    if (!state_ok(s)) return zepStsBadArgErr;
+    if (!floor_ok(floor)) return zepStsRangeErr;
+    s->floor = floor;
     return zepStsNoErr;
 }
 

@@ -365,7 +365,7 @@ constexpr float kSpecAverage = 2.0f / 8000.0f;  // per sample of the block: bin-
 constexpr float kLeakRate = 2.0f / 8000.0f, kLeakRateMax = 0.5f / 8000.0f;  // leakage smoothing per sample
 constexpr float kMinLeak = 0.005f;
 constexpr float kLeakGain = 4.0f;      // residual-echo share -> step (the normaliser spans all partitions)
-constexpr float kInitialStep = 0.75f;  // step multiplier before the filter has adapted
+constexpr float kInitialStep = 1.2f;  // step multiplier before the filter has adapted
 constexpr float kAdaptedAfter = 3.0f;  // adapted once the initial steps sum to this many per partition
 constexpr float kAdaptedMeanShare = 0.5f;  // the normaliser's mean share once adapted
 

@@ -12,10 +12,10 @@
 // (fdaf): the partitioned-block frequency-domain NLMS filter over blocks of
 // 2^(fdafOrder-1) samples, ceil(tail / block) partitions; no delay.
 // Both modes: Geigel double-talk detection (threshold 0.5, hangover 30 ms,
-// over the tail), the frame controller (variable step), the coefficient
+// over the tail; fdaf: threshold 1.0 and a far-end peak floor of -50 dBov), the frame controller (variable step), the coefficient
 // guard (a saved copy of the filter run beside the adapting one; the copy is
-// restored when the adapting filter's error rises above it, which stops
-// double talk from diverging the canceller), two 2100 Hz tone
+// restored when the adapting filter's error rises above it, 3 dB above, fdaf
+// 1.5 dB, which stops double talk from diverging the canceller), two 2100 Hz tone
 // disablers (far and near side, G.165 rule by default), and non-linear
 // processing with comfort noise (optional).
 #pragma once
@@ -50,6 +50,8 @@ struct EcConfig {
     bool fdafLeak = true;      // its step per bin from the leakage estimate (else the plain normalised step)
     float fdafDtThreshold = 1.0f;  // with the leakage step: the Geigel threshold at least this
     float fdafProp = 0.5f;     // its proportionate share of the partition steps
+    float fdafDtFloor = 100.0f;    // its double-talk detector's far-end peak floor (16-bit units, -50 dBov)
+    float fdafRestore = 0.7f;      // its coefficient guard's restore ratio (1.5 dB)
     int controlMode = 1;       // frame controller: 1 variable step, 0 fixed step 1.0
 };
 
@@ -116,12 +118,14 @@ public:
         ok(ZEPSC_EC_LIB zepsDoubleTalkGetSize_EC_32f(tail, &s));
         dtd_.emplace_back(s);
         ok(ZEPSC_EC_LIB zepsDoubleTalkInit_EC_32f(dtd_.back().get(), tail, cfg.dtThreshold, cfg.rate * 30 / 1000));
+        if (cfg.fdaf) ok(ZEPSC_EC_LIB zepsDoubleTalkSetFloor_EC_32f(cfg.fdafDtFloor, dtd_.back().get()));
         ok(ZEPSC_EC_LIB zepsEchoControlGetSize_EC_32f(&s));
         ctl_.emplace_back(s);
         ok(ZEPSC_EC_LIB zepsEchoControlInit_EC_32f(ctl_.back().get(), cfg.controlMode));
         ok(ZEPSC_EC_LIB zepsCoefGuardGetSize_EC_32f(&s));
         guard_.emplace_back(s);
         ok(ZEPSC_EC_LIB zepsCoefGuardInit_EC_32f(guard_.back().get()));
+        if (cfg.fdaf) ok(ZEPSC_EC_LIB zepsCoefGuardSetRestore_EC_32f(cfg.fdafRestore, guard_.back().get()));
         ok(ZEPSC_EC_LIB zepsNLPGetSize_EC_32f(&s));
         nlp_.emplace_back(s);
         ok(ZEPSC_EC_LIB zepsNLPInit_EC_32f(nlp_.back().get()));

@@ -424,7 +424,7 @@ ZEPSAPI ZepStatus zepsFreqDomainCoefUpdate_EC_32f(int action, Zep32f step, Zep32
  *   leak = their ratio, within 0.005..1 (the norm floored at 1);
  *   RER = min(0.5, (1e-4 Sxx + 3 leak Syy) / See), Sxx = sum |X_0[k]|^2;
  *   mu[k] = (0.7 min(leak Yf, 0.5 Rf) + 0.3 RER Rf) / Rf (Rf + 1e-3).
- * When step is above 0: m[k] = 0.75 and a = 0.1 until the steps taken since
+ * When step is above 0: m[k] = 1.2 and a = 0.1 until the steps taken since
  * Init or the last restart sum to more than 3 numPartitions, then
  * m[k] = 4 mu[k] and a = 0.5;
  * W_p[k] += step r_p m[k] E[k] conj(X_p[k]) / ((1 - a) S[k] + a mean(S) + delta),
@@ -451,11 +451,15 @@ ZEPSAPI ZepStatus zepsFreqDomainCoefUpdate_EC_32f(int action, Zep32f step, Zep32
  * the filter has not yet removed). The factor 4 stands for the partitions
  * the normaliser sums over (a share of 0.5 in every bin would be a step of
  * 2 per partition's power; measured at 8 partitions: 3 and 4 give the same
- * steady state within 0.2 dB, 6 slows D7). The initial steps (0.75) hold
+ * steady state within 0.2 dB, 6 slows D7). The initial steps (1.2) hold
  * until the estimate has had time to settle; the caller restarts them after
  * an echo-path change. Measured on the G.168 Annex D paths with the
- * proportionate share 0.5: initial step 1.5 overshoots (20 dB reached
- * 0.3 s later on D3, D4, D6 than with 0.75 or 1.0; 2.5 diverges), 0.5 is
+ * proportionate share 0.5, a double-talk detector that no longer holds
+ * adaptation off at the first talk spurt's onset and a guard restoring at
+ * 1.5 dB: 20 dB reached on D5, D7, D9 0.35 s earlier with 1.0 to 1.25
+ * than with 0.75, on D2 0.07 s earlier with 1.1 to 1.25 than with 1.0, on
+ * D9 0.02 s earlier with 1.2 than with 1.1; 1.3 slows D7 by 0.34 s (with a
+ * guard restoring at 3 dB 1.5 overshot: D3, D4, D6 0.3 s later); 0.5 is
  * slower; the mean share 0.5 once adapted gives 0.2-0.7 dB more steady
  * state than 0.1 (0.7: no more), while 0.1 during the initial steps keeps
  * convergence fast (0.5 throughout: D4 20 dB 0.34 s later).
@@ -560,8 +564,9 @@ ZEPSAPI ZepStatus zepsCoefGuardInit_EC_32f(Zep8u* pState);
  * @param pAction    receives ZEP_EC_GUARD_KEEP, _SAVE or _RESTORE
  * @param pState     guard state
  * Rules: each level smoothed over frames (S = 0.7 S + 0.3 level). RESTORE
- * when a copy has been saved and the saved filter's smoothed error is more
- * than 3 dB below the adapting filter's; else SAVE when no double talk is
+ * when a copy has been saved and the saved filter's smoothed error is below
+ * the restore ratio (0.5, 3 dB, after Init; see
+ * zepsCoefGuardSetRestore_EC_32f) times the adapting filter's; else SAVE when no double talk is
  * flagged and the adapting filter's smoothed error is at most the saved
  * filter's and more than 12 dB below the smoothed near-end level (a near
  * talker keeps that ratio small, so a drifting filter is not saved); else
@@ -570,6 +575,25 @@ ZEPSAPI ZepStatus zepsCoefGuardInit_EC_32f(Zep8u* pState);
  * Init (-5); a level negative or above 3e38 (not a number included) (-7).
  */
 ZEPSAPI ZepStatus zepsCoefGuard_EC_32f(const Zep32f* pLevels, int doubleTalk, Zep32s* pAction, Zep8u* pState);
+
+/**
+ * Sets the coefficient guard's restore ratio: RESTORE when the saved
+ * filter's smoothed error is below ratio times the adapting filter's.
+ * @param ratio  above 0 and at most 1 (Init sets 0.5, 3 dB)
+ * @param pState guard state (zepsCoefGuardInit_EC_32f)
+ * Checks: pState null (-8); a state not built by Init (-5); ratio outside
+ * (0, 1] (not a number included) (-7). Nothing is written before the checks
+ * pass; the setting holds until the next Init.
+ * Decisions: a ratio nearer 1 hands the saved filter back on a smaller
+ * lead. A double talk the detector half misses leaves the adapting filter
+ * 1 to 3 dB worse than the copy saved before it, which 0.5 keeps; with 0.7
+ * (1.5 dB) the frequency-domain canceller of zepsc ec is back at its ERLE
+ * from before the double talk (ITU-T G.168 Annex D model D4: 37.2 dB after
+ * against 37.7 before, 33.2 dB with 0.5). In steady state a restore hands
+ * back a copy at most a few frames old, so the steady state is unchanged or
+ * better.
+ */
+ZEPSAPI ZepStatus zepsCoefGuardSetRestore_EC_32f(Zep32f ratio, Zep8u* pState);
 
 /**
  * Size of a Geigel double-talk detector's state.
@@ -593,8 +617,9 @@ ZEPSAPI ZepStatus zepsDoubleTalkInit_EC_32f(Zep8u* pState, int tailLen, Zep32f t
 
 /**
  * Geigel double-talk detection over a block: double talk at sample n when
- * |near[n]| >= threshold * max |far| over the last tailLen far-end samples
- * (including n) and |near[n]| > 0, held for hangover samples.
+ * |near[n]| >= threshold * max(floor, max |far|), the maximum over the last
+ * tailLen far-end samples (including n), and |near[n]| > 0, held for
+ * hangover samples (floor: zepsDoubleTalkSetFloor_EC_32f, 0 after Init).
  *
  * @param pFar        len far-end samples
  * @param pNear       len near-end samples (the same instants)
@@ -606,6 +631,27 @@ ZEPSAPI ZepStatus zepsDoubleTalkInit_EC_32f(Zep8u* pState, int tailLen, Zep32f t
  */
 ZEPSAPI ZepStatus zepsDoubleTalk_EC_32f(const Zep32f* pFar, const Zep32f* pNear, Zep32s* pDoubleTalk, int len,
                                         Zep8u* pState);
+
+/**
+ * Sets the far-end peak floor of a Geigel detector: double talk needs
+ * |near| >= threshold * max(floor, max |far|), so while the far end stays
+ * below the floor over the whole tail no near-end signal is double talk.
+ * @param floor  0 (the plain rule, what Init sets) up to 3e38, in the
+ *               samples' unit
+ * @param pState detector state (zepsDoubleTalkInit_EC_32f)
+ * Checks: pState null (-8); a state not built by Init here (-5); floor
+ * negative or above 3e38 (not a number included) (-7). Nothing is written
+ * before the checks pass; the setting holds until the next Init.
+ * Decisions: during a far-end pause the tail's peak falls to the far end's
+ * own noise, and near-end noise above it was flagged as double talk; the
+ * hangover then carried the flag into the far end's next talk spurt and
+ * held adaptation off at its onset, the canceller's first chance to
+ * converge. A far end below the floor leaves nothing to adapt on (the
+ * canceller freezes on far-end silence anyway), so flagging it serves no
+ * purpose. zepsc ec --fdaf sets 100 (a peak of -50 dBov in 16-bit units):
+ * 20 dB ERLE on the ITU-T G.168 Annex D models D2 and D8 0.3 s earlier.
+ */
+ZEPSAPI ZepStatus zepsDoubleTalkSetFloor_EC_32f(Zep32f floor, Zep8u* pState);
 
 /**
  * Size of the non-linear processor's state (fixed).

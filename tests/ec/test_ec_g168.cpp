@@ -101,10 +101,10 @@ zepsc_ec::EcConfig fdaf_config() {
     c.fdaf = true;
     return c;
 }
-constexpr Expect kFdaf[8] = {{0.82, 38.8}, {0.49, 37.1}, {0.50, 38.6}, {0.84, 38.2},
-                             {0.50, 39.1}, {0.91, 36.3}, {0.81, 37.5}, {0.82, 37.7}};
-// D4 double talk: ERLE before 35.7 dB, after 34.6 dB; D2 -> D4: 0.62 s, 35.2 dB.
-constexpr double kFdafBefore = 35.4, kFdafAfter = 34.3, kFdafReconverge = 0.72, kFdafAfterChange = 34.9;
+constexpr Expect kFdaf[8] = {{0.38, 39.0}, {0.38, 37.1}, {0.46, 38.6}, {0.49, 38.4},
+                             {0.46, 39.1}, {0.51, 36.4}, {0.45, 37.7}, {0.47, 38.0}};
+// D4 double talk: ERLE before 37.7 dB, after 37.2 dB; D2 -> D4: 0.41 s, 35.9 dB.
+constexpr double kFdafBefore = 37.4, kFdafAfter = 36.9, kFdafReconverge = 0.51, kFdafAfterChange = 35.6;
 
 TEST(EchoG168, FrequencyDomainCancellerOnEveryModel) {
     ZEPS_SKIP_WITHOUT_SHARED_DATA("speech");

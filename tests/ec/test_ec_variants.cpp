@@ -192,6 +192,25 @@ ZEPS_VARIANT_CHECK(zepsCoefGuard_EC_32f) {
     }
 }
 
+ZEPS_VARIANT_CHECK(zepsCoefGuardSetRestore_EC_32f) {
+    int size = 0;
+    zeps::u8::zepsCoefGuardGetSize_EC_32f(&size);
+    auto st = init_both(rng, size, [&](int v, Zep8u* p) {
+        return v == 0 ? zeps::u8::zepsCoefGuardInit_EC_32f(p) : zeps::n8::zepsCoefGuardInit_EC_32f(p);
+    });
+    const float ratio = rng.chance(4) ? (rng.chance(2) ? 1.5f : 0.0f) : static_cast<float>(rng.uniform(1, 100)) / 100.0f;
+    ASSERT_EQ(zeps::u8::zepsCoefGuardSetRestore_EC_32f(ratio, st->a.p), zeps::n8::zepsCoefGuardSetRestore_EC_32f(ratio, st->b.p));
+    ASSERT_TRUE(same_state(st->a, st->b));
+    for (int frame = 0; frame < 100; ++frame) {
+        const float nearL = std::fabs(rng.f32(1e7f));
+        const float levels[3] = {nearL, nearL * std::fabs(rng.f32(0.1f)), nearL * std::fabs(rng.f32(0.1f))};
+        Zep32s xa = -1, xb = -1;
+        ASSERT_EQ(zeps::u8::zepsCoefGuard_EC_32f(levels, 0, &xa, st->a.p), zeps::n8::zepsCoefGuard_EC_32f(levels, 0, &xb, st->b.p));
+        ASSERT_EQ(xa, xb);
+        ASSERT_TRUE(same_state(st->a, st->b));
+    }
+}
+
 ZEPS_VARIANT_CHECK(zepsDoubleTalkGetSize_EC_32f) {
     const int tail = shape(rng, 1, 2048);
     int a = -1, b = -1;
@@ -226,6 +245,22 @@ ZEPS_VARIANT_CHECK(zepsDoubleTalk_EC_32f) {
                   zeps::n8::zepsDoubleTalk_EC_32f(far.data(), nearS.data(), &db, len, b.p));
         ASSERT_EQ(da, db);
         ASSERT_TRUE(same_state(a, b));
+    }
+}
+
+ZEPS_VARIANT_CHECK(zepsDoubleTalkSetFloor_EC_32f) {
+    auto st = dtd_states(rng, static_cast<int>(rng.uniform(1, 600)));
+    const float fl = rng.chance(4) ? -1.0f : std::fabs(rng.f32(3000.0f));
+    ASSERT_EQ(zeps::u8::zepsDoubleTalkSetFloor_EC_32f(fl, st->a.p), zeps::n8::zepsDoubleTalkSetFloor_EC_32f(fl, st->b.p));
+    ASSERT_TRUE(same_state(st->a, st->b));
+    for (int blk = 0; blk < 20; ++blk) {
+        const int len = shape(rng, 1, 200);
+        const auto far = fvec(rng, count(len, 1), rng.chance(2) ? 2000.0f : 20.0f), nearS = fvec(rng, count(len, 1), 1200.0f);
+        Zep32s da = -1, db = -1;
+        ASSERT_EQ(zeps::u8::zepsDoubleTalk_EC_32f(far.data(), nearS.data(), &da, len, st->a.p),
+                  zeps::n8::zepsDoubleTalk_EC_32f(far.data(), nearS.data(), &db, len, st->b.p));
+        ASSERT_EQ(da, db);
+        ASSERT_TRUE(same_state(st->a, st->b));
     }
 }
 
