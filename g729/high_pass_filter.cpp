@@ -64,7 +64,7 @@ inline std::int64_t memory_term_unsaturated(Word32 y, Word16 a) { return 2 * ((s
 /// bits and no b is -32768 (pmaddwd's one overflow, -32768 * -32768 twice,
 /// cannot occur). n + 8 entries of fir may be written.
 [[maybe_unused]] inline void fir_block_scalar(const Word16* xin, int n, Word16 b0, Word16 b1, Word16 b2, Word32* fir) {
-    for (int i = 0; i < n; ++i) fir[i] = 2 * (Word32{xin[i + 2]} * b0 + Word32{xin[i + 1]} * b1 + Word32{xin[i]} * b2);
+    for (int i = 0; i < n; ++i) fir[i] = 2 * (static_cast<Word32>(xin[i + 2]) * b0 + static_cast<Word32>(xin[i + 1]) * b1 + static_cast<Word32>(xin[i]) * b2);
 }
 
 inline void fir_block(const Word16* xin, int n, Word16 b0, Word16 b1, Word16 b2, Word32* fir) {
