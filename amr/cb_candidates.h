@@ -281,7 +281,8 @@ inline bool any_improves(const Candidates& c, int count, Word16 sq, Word16 alp) 
 /// with (alp_l, -sq_l): sq_r alp_l - alp_r sq_l, exact in 32 bits (both
 /// products below 2^30). The winner's position is the first holding its
 /// (sq, alp): an earlier one would have its ratio. Positions 8 and 9 follow
-/// one at a time, as the sequential loop takes them.
+/// one at a time, as the sequential loop takes them. Hosts without SSSE3
+/// take the same choice one candidate at a time.
 inline int first_greatest_ratio(const Candidates& c, int count = 8) {
 #if defined(__SSSE3__)
     const __m128i s = _mm_load_si128(reinterpret_cast<const __m128i*>(c.sq));
@@ -313,9 +314,12 @@ inline int first_greatest_ratio(const Candidates& c, int count = 8) {
         if (improves(c.sq[k], c.alp[k], c.sq[best], c.alp[best])) best = k;
     return best;
 #else
-    (void)c;
-    (void)count;
-    return -1;
+    for (int k = 0; k < count; k++)
+        if (c.alp[k] <= 0) return -1;
+    int best = 0;
+    for (int k = 1; k < count; k++)
+        if (improves(c.sq[k], c.alp[k], c.sq[best], c.alp[best])) best = k;
+    return best;
 #endif
 }
 
