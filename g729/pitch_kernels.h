@@ -253,15 +253,26 @@ inline void cor_h_x(const Word16* h, const Word16* x, Word16* d) {
         const __m128i s = dot4_lanes(hp, xp + i, xp + i + 1, xp + i + 2, xp + i + 3, n);
         _mm_store_si128(reinterpret_cast<__m128i*>(y32 + i), _mm_slli_epi32(s, 1));
     }
-    Word32 max = 0;
-    for (int i = 0; i < kSubfr; ++i) {
-        const Word32 a = L_abs(y32[i]);
-        if (a > max) max = a;
-    }
-    Word16 j = norm_l(max);
+    // Under the bound every |y| <= MAX_32, and the largest magnitude has the
+    // leading bit of the OR of all magnitudes: norm_l of the OR is norm_l of
+    // the maximum.
+    __m128i any = _mm_setzero_si128();
+    for (int i = 0; i < kSubfr; i += 4)
+        any = _mm_or_si128(any, _mm_abs_epi32(_mm_load_si128(reinterpret_cast<const __m128i*>(y32 + i))));
+    any = _mm_or_si128(any, _mm_shuffle_epi32(any, _MM_SHUFFLE(1, 0, 3, 2)));
+    any = _mm_or_si128(any, _mm_shuffle_epi32(any, _MM_SHUFFLE(2, 3, 0, 1)));
+    Word16 j = norm_l(_mm_cvtsi128_si32(any));
     if (j > 16) j = 16;
     j = sub(18, j);
-    for (int i = 0; i < kSubfr; ++i) d[i] = extract_l(L_shr(y32[i], j));
+    // L_shr by 2..18 is an arithmetic shift; extract_l keeps the low 16 bits.
+    const __m128i count = _mm_cvtsi32_si128(j);
+    for (int i = 0; i < kSubfr; i += 8) {
+        __m128i a = _mm_sra_epi32(_mm_load_si128(reinterpret_cast<const __m128i*>(y32 + i)), count);
+        __m128i b = _mm_sra_epi32(_mm_load_si128(reinterpret_cast<const __m128i*>(y32 + i + 4)), count);
+        a = _mm_srai_epi32(_mm_slli_epi32(a, 16), 16);
+        b = _mm_srai_epi32(_mm_slli_epi32(b, 16), 16);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), _mm_packs_epi32(a, b));
+    }
 }
 #else
 inline Word16 g_pitch(const Word16* xn, const Word16* y1) { return g_pitch_scalar(xn, y1); }
