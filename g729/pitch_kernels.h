@@ -170,9 +170,13 @@ inline void pred_lt_3(Word16* exc, Word16 T0, Word16 frac) {
         w[10 + i] = inter_3l[kPitchUpSamp - f + kPitchUpSamp * i];
     }
     const __m128i round = _mm_set1_epi32(0x8000);
+    // Blocks read x0[-9 .. 50]. When all of it lies before exc (lags above
+    // 50), nothing the loop writes is read back and one check covers every
+    // block; otherwise each block checks its own 24 samples.
+    const bool checked = x0 + 50 < exc && !any_abs_above(x0 - 9, 56, 18000) && !any_abs_above(x0 + 43, 8, 18000);
     for (int j = 0; j < kSubfr; j += 4) {
         const Word16* b = x0 + j - 9;
-        if (any_abs_above(b, 24, 18000)) {  // b[0..22] carry the taps of the block
+        if (!checked && any_abs_above(b, 24, 18000)) {  // b[0..22] carry the taps of the block
             for (int jj = j; jj < j + 4; ++jj) {
                 const Word16* x1 = x0 + jj;
                 Word32 s = 0;
