@@ -149,6 +149,16 @@ inline void cor_h_x_scalar(const Word16* h, const Word16* x, Word16* d) {
 }
 
 
+/// The target less the filtered adaptive vector times its gain (G.729 3.8):
+/// xn2 = xn - extract_h(L_shl(L_mult(y1, gain), 1)).
+inline void adaptive_contribution_scalar(Word16 gain, const Word16* y1, const Word16* xn, Word16* xn2) {
+    for (int i = 0; i < kSubfr; ++i) {
+        const Word32 t = L_shl(L_mult(y1[i], gain), 1);
+        xn2[i] = sub(xn[i], extract_h(t));
+    }
+}
+
+
 // ---- vectorised forms: identical results, the scalar loops as fallback ----
 
 #if defined(__SSSE3__)
@@ -193,8 +203,26 @@ inline void pred_lt_3(Word16* exc, Word16 T0, Word16 frac) {
         _mm_storel_epi64(reinterpret_cast<__m128i*>(exc + j), _mm_packs_epi32(s, s));
     }
 }
+/// The adaptive contribution eight samples at a time. With p = y1 gain
+/// (|p| <= 2^30), extract_h of the saturated 4 p is p >> 14 clamped to 16
+/// bits (both saturate at the same points, the -32768 * -32768 product
+/// included), which the saturating pack computes; the saturating
+/// subtraction is sub.
+inline void adaptive_contribution(Word16 gain, const Word16* y1, const Word16* xn, Word16* xn2) {
+    const __m128i g = _mm_set1_epi16(gain);
+    for (int i = 0; i < kSubfr; i += 8) {
+        const __m128i y = load8(y1 + i);
+        const __m128i lo = _mm_mullo_epi16(y, g), hi = _mm_mulhi_epi16(y, g);
+        const __m128i p0 = _mm_srai_epi32(_mm_unpacklo_epi16(lo, hi), 14);
+        const __m128i p1 = _mm_srai_epi32(_mm_unpackhi_epi16(lo, hi), 14);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(xn2 + i), _mm_subs_epi16(load8(xn + i), _mm_packs_epi32(p0, p1)));
+    }
+}
 #else
 // Hosts without SSSE3: the scalar form (the same results).
+inline void adaptive_contribution(Word16 gain, const Word16* y1, const Word16* xn, Word16* xn2) {
+    adaptive_contribution_scalar(gain, y1, xn, xn2);
+}
 inline void pred_lt_3(Word16* exc, Word16 T0, Word16 frac) { pred_lt_3_scalar(exc, T0, frac); }
 #endif
 
