@@ -158,6 +158,17 @@ inline void adaptive_contribution_scalar(Word16 gain, const Word16* y1, const Wo
     }
 }
 
+/// The weighting filter's error memory (G.729 3.10): the last 10 samples of
+/// xn - extract_h(L_shl(L_mult(y1, gp), 1)) - extract_h(L_shl(L_mult(y2, gc), 2)),
+/// the two contributions added with add first.
+inline void error_memory_scalar(Word16 gp, Word16 gc, const Word16* xn, const Word16* y1, const Word16* y2,
+                                Word16* mem) {
+    for (int i = 30, j = 0; i < kSubfr; ++i, ++j) {
+        const Word16 t = extract_h(L_shl(L_mult(y1[i], gp), 1));
+        const Word16 k = extract_h(L_shl(L_mult(y2[i], gc), 2));
+        mem[j] = sub(xn[i], add(t, k));
+    }
+}
 
 // ---- vectorised forms: identical results, the scalar loops as fallback ----
 
@@ -218,8 +229,30 @@ inline void adaptive_contribution(Word16 gain, const Word16* y1, const Word16* x
         _mm_storeu_si128(reinterpret_cast<__m128i*>(xn2 + i), _mm_subs_epi16(load8(xn + i), _mm_packs_epi32(p0, p1)));
     }
 }
+/// extract_h(L_shl(L_mult(y, g), s)) for eight samples: with p = y g
+/// (|p| <= 2^30) it is p >> (15 - s) clamped to 16 bits, the -32768 * -32768
+/// product included (both saturate to 32767).
+template <int S>
+inline __m128i scaled_product_h(__m128i y, __m128i g) {
+    const __m128i lo = _mm_mullo_epi16(y, g), hi = _mm_mulhi_epi16(y, g);
+    return _mm_packs_epi32(_mm_srai_epi32(_mm_unpacklo_epi16(lo, hi), 15 - S),
+                           _mm_srai_epi32(_mm_unpackhi_epi16(lo, hi), 15 - S));
+}
+
+/// The error memory as two overlapping eight-sample blocks (30..37, 32..39):
+/// adds and subs are add and sub.
+inline void error_memory(Word16 gp, Word16 gc, const Word16* xn, const Word16* y1, const Word16* y2, Word16* mem) {
+    const __m128i g1 = _mm_set1_epi16(gp), g2 = _mm_set1_epi16(gc);
+    for (int i : {30, 32}) {
+        const __m128i s = _mm_adds_epi16(scaled_product_h<1>(load8(y1 + i), g1), scaled_product_h<2>(load8(y2 + i), g2));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(mem + i - 30), _mm_subs_epi16(load8(xn + i), s));
+    }
+}
 #else
 // Hosts without SSSE3: the scalar form (the same results).
+inline void error_memory(Word16 gp, Word16 gc, const Word16* xn, const Word16* y1, const Word16* y2, Word16* mem) {
+    error_memory_scalar(gp, gc, xn, y1, y2, mem);
+}
 inline void adaptive_contribution(Word16 gain, const Word16* y1, const Word16* xn, Word16* xn2) {
     adaptive_contribution_scalar(gain, y1, xn, xn2);
 }
