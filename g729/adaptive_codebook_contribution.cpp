@@ -13,10 +13,7 @@ ZEPS_BEGIN_VARIANT
 ZepStatus zepsAdaptiveCodebookContribution_G729_16s(Zep16s gain, const Zep16s* pFltAdptVector,
                                                     const Zep16s* pSrcAdptTarget, Zep16s* pDstAdptTarget) {
     if (any_null(pFltAdptVector, pSrcAdptTarget, pDstAdptTarget)) return zepStsNullPtrErr;
-    for (int i = 0; i < g729p::kSubfr; ++i) {
-        const Word32 t = L_shl(L_mult(pFltAdptVector[i], gain), 1);
-        pDstAdptTarget[i] = sub(pSrcAdptTarget[i], extract_h(t));
-    }
+    g729p::adaptive_contribution(gain, pFltAdptVector, pSrcAdptTarget, pDstAdptTarget);
     return zepStsNoErr;
 }
 

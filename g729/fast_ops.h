@@ -98,4 +98,34 @@ inline Word32 Div_32_fast(Word32 L_num, Word16 denom_hi, Word16 denom_lo) {
     return L_shl_fast(Mpy_32_fast(n.hi, n.lo, x.hi, x.lo), 2);
 }
 
+/// The Levinson-Durbin recursion sum as the reference's chain (G.729 3.2.2):
+/// L_add of Mpy_32(R[j], A[i-j]) for j = 1..i-1.
+inline Word32 levinson_recursion_sum_chain(const Word16* Rh, const Word16* Rl, const Word16* Ah, const Word16* Al,
+                                           int i) {
+    Word32 t = 0;
+    for (int j = 1; j < i; ++j) t = L_add(t, Mpy_32_fast(Rh[j], Rl[j], Ah[i - j], Al[i - j]));
+    return t;
+}
+
+/// sum_{j=1}^{i-1} Mpy_32(R[j], A[i-j]) as the reference's L_add chain. The
+/// lo halves come from L_Extract (Rl, Al in 0..32767), so each mult inside Mpy_32 is
+/// exact and Mpy_32 = 2 (hh + (hl >> 15) + (lh >> 15)) unless a step leaves
+/// the 32-bit range. Every step of every Mpy_32 and every partial sum of the
+/// chain is at most twice the sum of the pieces' magnitudes; when that total
+/// fits in 32 bits the plain sum is the chain's result, otherwise the chain
+/// itself runs (the coefficients A are not bounded a priori).
+inline Word32 levinson_recursion_sum(const Word16* Rh, const Word16* Rl, const Word16* Ah, const Word16* Al, int i) {
+    std::int64_t s = 0, mag = 0;
+    for (int j = 1; j < i; ++j) {
+        const Word32 rh = Rh[j], rl = Rl[j], ah = Ah[i - j], al = Al[i - j];
+        const Word32 p = rh * ah;  // |p| <= 2^30
+        const Word32 q = (rh * al) >> 15;
+        const Word32 r = (rl * ah) >> 15;
+        s += static_cast<std::int64_t>(p) + q + r;
+        mag += static_cast<std::int64_t>(p < 0 ? -p : p) + (q < 0 ? -q : q) + (r < 0 ? -r : r);
+    }
+    if (2 * mag <= MAX_32) return static_cast<Word32>(2 * s);
+    return levinson_recursion_sum_chain(Rh, Rl, Ah, Al, i);
+}
+
 ZEPS_END_VARIANT

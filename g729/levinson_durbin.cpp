@@ -3,6 +3,8 @@
 // residual energy output of Annex B), generalised to orders 1..30.
 // Autocorrelations Q31 (hi/lo), reflection coefficients Q31 -> Q15 output,
 // LP coefficients Q27 internally -> Q12 output.
+#include <utility>
+
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
@@ -23,7 +25,9 @@ inline DPF one_minus_square(Word16 kh, Word16 kl) {
 bool levinson(const Zep32s* r, int order, Zep16s* lpc, Zep16s* rc, int rcCount, Zep16s* err) {
     Word16 Rh[kMaxOrder + 1], Rl[kMaxOrder + 1];
     for (int i = 0; i <= order; ++i) L_Extract_fast(r[i], Rh[i], Rl[i]);
-    Word16 Ah[kMaxOrder + 1], Al[kMaxOrder + 1], Anh[kMaxOrder + 1], Anl[kMaxOrder + 1];
+    // A and the next A in two buffers that swap roles each order (no copy).
+    Word16 bufh[2][kMaxOrder + 1] = {}, bufl[2][kMaxOrder + 1] = {};
+    Word16 *Ah = bufh[0], *Al = bufl[0], *Anh = bufh[1], *Anl = bufl[1];
     Word16 k_out[kMaxOrder];
 
     // K = A[1] = -R[1] / R[0]
@@ -43,9 +47,7 @@ bool levinson(const Zep32s* r, int order, Zep16s* lpc, Zep16s* rc, int rcCount, 
     L_Extract_fast(L_shl_fast(t0, alp_exp), alp_h, alp_l);
 
     for (int i = 2; i <= order; ++i) {
-        t0 = 0;
-        for (int j = 1; j < i; ++j) t0 = L_add(t0, Mpy_32_fast(Rh[j], Rl[j], Ah[i - j], Al[i - j]));
-        t0 = L_shl_fast(t0, 4);
+        t0 = L_shl_fast(levinson_recursion_sum(Rh, Rl, Ah, Al, i), 4);
         t0 = L_add(t0, L_Comp_fast(Rh[i], Rl[i]));
         Word32 t2 = Div_32_fast(L_abs(t0), alp_h, alp_l);
         if (t0 > 0) t2 = L_negate(t2);
@@ -67,10 +69,8 @@ bool levinson(const Zep32s* r, int order, Zep16s* lpc, Zep16s* rc, int rcCount, 
         const Word16 n = norm_l_fast(t0);
         L_Extract_fast(L_shl_fast(t0, n), alp_h, alp_l);
         alp_exp = add(alp_exp, n);
-        for (int j = 1; j <= i; ++j) {
-            Ah[j] = Anh[j];
-            Al[j] = Anl[j];
-        }
+        std::swap(Ah, Anh);
+        std::swap(Al, Anl);
     }
     lpc[0] = 4096;
     for (int i = 1; i <= order; ++i) lpc[i] = round_fx(L_shl_fast(L_Comp_fast(Ah[i], Al[i]), 1));

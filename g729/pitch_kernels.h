@@ -149,6 +149,27 @@ inline void cor_h_x_scalar(const Word16* h, const Word16* x, Word16* d) {
 }
 
 
+/// The target less the filtered adaptive vector times its gain (G.729 3.8):
+/// xn2 = xn - extract_h(L_shl(L_mult(y1, gain), 1)).
+inline void adaptive_contribution_scalar(Word16 gain, const Word16* y1, const Word16* xn, Word16* xn2) {
+    for (int i = 0; i < kSubfr; ++i) {
+        const Word32 t = L_shl(L_mult(y1[i], gain), 1);
+        xn2[i] = sub(xn[i], extract_h(t));
+    }
+}
+
+/// The weighting filter's error memory (G.729 3.10): the last 10 samples of
+/// xn - extract_h(L_shl(L_mult(y1, gp), 1)) - extract_h(L_shl(L_mult(y2, gc), 2)),
+/// the two contributions added with add first.
+inline void error_memory_scalar(Word16 gp, Word16 gc, const Word16* xn, const Word16* y1, const Word16* y2,
+                                Word16* mem) {
+    for (int i = 30, j = 0; i < kSubfr; ++i, ++j) {
+        const Word16 t = extract_h(L_shl(L_mult(y1[i], gp), 1));
+        const Word16 k = extract_h(L_shl(L_mult(y2[i], gc), 2));
+        mem[j] = sub(xn[i], add(t, k));
+    }
+}
+
 // ---- vectorised forms: identical results, the scalar loops as fallback ----
 
 #if defined(__SSSE3__)
@@ -170,9 +191,13 @@ inline void pred_lt_3(Word16* exc, Word16 T0, Word16 frac) {
         w[10 + i] = inter_3l[kPitchUpSamp - f + kPitchUpSamp * i];
     }
     const __m128i round = _mm_set1_epi32(0x8000);
+    // Blocks read x0[-9 .. 50]. When all of it lies before exc (lags above
+    // 50), nothing the loop writes is read back and one check covers every
+    // block; otherwise each block checks its own 24 samples.
+    const bool checked = x0 + 50 < exc && !any_abs_above(x0 - 9, 56, 18000) && !any_abs_above(x0 + 43, 8, 18000);
     for (int j = 0; j < kSubfr; j += 4) {
         const Word16* b = x0 + j - 9;
-        if (any_abs_above(b, 24, 18000)) {  // b[0..22] carry the taps of the block
+        if (!checked && any_abs_above(b, 24, 18000)) {  // b[0..22] carry the taps of the block
             for (int jj = j; jj < j + 4; ++jj) {
                 const Word16* x1 = x0 + jj;
                 Word32 s = 0;
@@ -189,8 +214,48 @@ inline void pred_lt_3(Word16* exc, Word16 T0, Word16 frac) {
         _mm_storel_epi64(reinterpret_cast<__m128i*>(exc + j), _mm_packs_epi32(s, s));
     }
 }
+/// The adaptive contribution eight samples at a time. With p = y1 gain
+/// (|p| <= 2^30), extract_h of the saturated 4 p is p >> 14 clamped to 16
+/// bits (both saturate at the same points, the -32768 * -32768 product
+/// included), which the saturating pack computes; the saturating
+/// subtraction is sub.
+inline void adaptive_contribution(Word16 gain, const Word16* y1, const Word16* xn, Word16* xn2) {
+    const __m128i g = _mm_set1_epi16(gain);
+    for (int i = 0; i < kSubfr; i += 8) {
+        const __m128i y = load8(y1 + i);
+        const __m128i lo = _mm_mullo_epi16(y, g), hi = _mm_mulhi_epi16(y, g);
+        const __m128i p0 = _mm_srai_epi32(_mm_unpacklo_epi16(lo, hi), 14);
+        const __m128i p1 = _mm_srai_epi32(_mm_unpackhi_epi16(lo, hi), 14);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(xn2 + i), _mm_subs_epi16(load8(xn + i), _mm_packs_epi32(p0, p1)));
+    }
+}
+/// extract_h(L_shl(L_mult(y, g), s)) for eight samples: with p = y g
+/// (|p| <= 2^30) it is p >> (15 - s) clamped to 16 bits, the -32768 * -32768
+/// product included (both saturate to 32767).
+template <int S>
+inline __m128i scaled_product_h(__m128i y, __m128i g) {
+    const __m128i lo = _mm_mullo_epi16(y, g), hi = _mm_mulhi_epi16(y, g);
+    return _mm_packs_epi32(_mm_srai_epi32(_mm_unpacklo_epi16(lo, hi), 15 - S),
+                           _mm_srai_epi32(_mm_unpackhi_epi16(lo, hi), 15 - S));
+}
+
+/// The error memory as two overlapping eight-sample blocks (30..37, 32..39):
+/// adds and subs are add and sub.
+inline void error_memory(Word16 gp, Word16 gc, const Word16* xn, const Word16* y1, const Word16* y2, Word16* mem) {
+    const __m128i g1 = _mm_set1_epi16(gp), g2 = _mm_set1_epi16(gc);
+    for (int i : {30, 32}) {
+        const __m128i s = _mm_adds_epi16(scaled_product_h<1>(load8(y1 + i), g1), scaled_product_h<2>(load8(y2 + i), g2));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(mem + i - 30), _mm_subs_epi16(load8(xn + i), s));
+    }
+}
 #else
 // Hosts without SSSE3: the scalar form (the same results).
+inline void error_memory(Word16 gp, Word16 gc, const Word16* xn, const Word16* y1, const Word16* y2, Word16* mem) {
+    error_memory_scalar(gp, gc, xn, y1, y2, mem);
+}
+inline void adaptive_contribution(Word16 gain, const Word16* y1, const Word16* xn, Word16* xn2) {
+    adaptive_contribution_scalar(gain, y1, xn, xn2);
+}
 inline void pred_lt_3(Word16* exc, Word16 T0, Word16 frac) { pred_lt_3_scalar(exc, T0, frac); }
 #endif
 
@@ -253,15 +318,26 @@ inline void cor_h_x(const Word16* h, const Word16* x, Word16* d) {
         const __m128i s = dot4_lanes(hp, xp + i, xp + i + 1, xp + i + 2, xp + i + 3, n);
         _mm_store_si128(reinterpret_cast<__m128i*>(y32 + i), _mm_slli_epi32(s, 1));
     }
-    Word32 max = 0;
-    for (int i = 0; i < kSubfr; ++i) {
-        const Word32 a = L_abs(y32[i]);
-        if (a > max) max = a;
-    }
-    Word16 j = norm_l(max);
+    // Under the bound every |y| <= MAX_32, and the largest magnitude has the
+    // leading bit of the OR of all magnitudes: norm_l of the OR is norm_l of
+    // the maximum.
+    __m128i any = _mm_setzero_si128();
+    for (int i = 0; i < kSubfr; i += 4)
+        any = _mm_or_si128(any, _mm_abs_epi32(_mm_load_si128(reinterpret_cast<const __m128i*>(y32 + i))));
+    any = _mm_or_si128(any, _mm_shuffle_epi32(any, _MM_SHUFFLE(1, 0, 3, 2)));
+    any = _mm_or_si128(any, _mm_shuffle_epi32(any, _MM_SHUFFLE(2, 3, 0, 1)));
+    Word16 j = norm_l(_mm_cvtsi128_si32(any));
     if (j > 16) j = 16;
     j = sub(18, j);
-    for (int i = 0; i < kSubfr; ++i) d[i] = extract_l(L_shr(y32[i], j));
+    // L_shr by 2..18 is an arithmetic shift; extract_l keeps the low 16 bits.
+    const __m128i count = _mm_cvtsi32_si128(j);
+    for (int i = 0; i < kSubfr; i += 8) {
+        __m128i a = _mm_sra_epi32(_mm_load_si128(reinterpret_cast<const __m128i*>(y32 + i)), count);
+        __m128i b = _mm_sra_epi32(_mm_load_si128(reinterpret_cast<const __m128i*>(y32 + i + 4)), count);
+        a = _mm_srai_epi32(_mm_slli_epi32(a, 16), 16);
+        b = _mm_srai_epi32(_mm_slli_epi32(b, 16), 16);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d + i), _mm_packs_epi32(a, b));
+    }
 }
 #else
 inline Word16 g_pitch(const Word16* xn, const Word16* y1) { return g_pitch_scalar(xn, y1); }

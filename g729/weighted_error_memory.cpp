@@ -7,6 +7,7 @@
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
+#include "g729/pitch_kernels.h"
 
 ZEPS_BEGIN_VARIANT
 
@@ -14,11 +15,7 @@ ZepStatus zepsWeightedErrorMemory_G729_16s(Zep16s gainPitch, Zep16s gainCode, co
                                            const Zep16s* pSrcFltAdptVector, const Zep16s* pSrcFltFixedVector,
                                            Zep16s* pDstMem) {
     if (any_null(pSrcAdptTarget, pSrcFltAdptVector, pSrcFltFixedVector, pDstMem)) return zepStsNullPtrErr;
-    for (int i = 30, j = 0; i < 40; ++i, ++j) {
-        const Word16 t = extract_h(L_shl(L_mult(pSrcFltAdptVector[i], gainPitch), 1));
-        const Word16 k = extract_h(L_shl(L_mult(pSrcFltFixedVector[i], gainCode), 2));
-        pDstMem[j] = sub(pSrcAdptTarget[i], add(t, k));
-    }
+    g729p::error_memory(gainPitch, gainCode, pSrcAdptTarget, pSrcFltAdptVector, pSrcFltFixedVector, pDstMem);
     return zepStsNoErr;
 }
 

@@ -299,3 +299,31 @@ TEST(G729LpKernels, LsfPredictionIsPlainSum) {
 }
 
 }  // namespace
+
+namespace {
+namespace r = zeps::ref;
+
+TEST(G729LpKernels, LevinsonRecursionSumEqualsChain) {
+    // Hi halves anywhere (full scale included, where the chain saturates and
+    // the plain sum must hand over to it), lo halves as L_Extract leaves them.
+    zeps::test::Rng rng(29);
+    const std::int16_t edge[] = {-32768, -32767, 32767, 0};
+    for (int rep = 0; rep < 100000; ++rep) {
+        std::int16_t rh[31], rl[31], ah[31], al[31];
+        const int i = static_cast<int>(rng.uniform(1, 30));
+        const int kind = rep % 4;  // 0: small, 1: speech-like, 2: full scale, 3: corners
+        for (int j = 0; j < 31; ++j) {
+            const std::int16_t v = rng.s16(), w = rng.s16();
+            rh[j] = kind == 0 ? static_cast<std::int16_t>(v >> 6) : kind == 3 ? edge[(rep / 4 + j) % 4] : v;
+            ah[j] = kind == 1 ? static_cast<std::int16_t>(w >> 3) : kind == 3 ? edge[(rep / 16 + j) % 4] : w;
+            rl[j] = kind == 3 ? 32767 : static_cast<std::int16_t>(rng.s16() & 0x7fff);
+            al[j] = kind == 3 ? 32767 : static_cast<std::int16_t>(rng.s16() & 0x7fff);
+        }
+        std::int32_t want = 0;
+        for (int j = 1; j < i; ++j) want = r::L_add(want, r::Mpy_32(rh[j], rl[j], ah[i - j], al[i - j]));
+        ASSERT_EQ(r::levinson_recursion_sum(rh, rl, ah, al, i), want) << "rep " << rep << " i " << i;
+        ASSERT_EQ(r::levinson_recursion_sum_chain(rh, rl, ah, al, i), want) << "rep " << rep << " i " << i;
+    }
+}
+
+}  // namespace

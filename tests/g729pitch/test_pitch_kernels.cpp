@@ -69,4 +69,25 @@ TEST(G729PitchKernels, VectorPathsEqualReferenceLoops) {
     }
 }
 
+TEST(G729PitchKernels, ContributionAndErrorMemoryEqualReferenceLoops) {
+    // Every gain at the edges and at random against vectors of every level,
+    // full-scale ones with -32768 * -32768 products included.
+    Rng rng(38);
+    const std::int16_t gains[] = {-32768, -32767, -1, 0, 1, 16384, 19661, 32767};
+    for (int round = 0; round < 20000; ++round) {
+        const auto gain = round < 800 ? gains[round % 8] : static_cast<std::int16_t>(rng.uniform(-32768, 32767));
+        const V16 y = levelled(rng, 40), xn = levelled(rng, 40);
+        V16 a(40), b(40);
+        k::adaptive_contribution(gain, y.data(), xn.data(), a.data());
+        k::adaptive_contribution_scalar(gain, y.data(), xn.data(), b.data());
+        ASSERT_EQ(a, b) << "gain " << gain << " round " << round;
+        const auto gc = round < 800 ? gains[round / 100] : static_cast<std::int16_t>(rng.uniform(-32768, 32767));
+        const V16 z = levelled(rng, 40);
+        V16 ma(10), mb(10);
+        k::error_memory(gain, gc, xn.data(), y.data(), z.data(), ma.data());
+        k::error_memory_scalar(gain, gc, xn.data(), y.data(), z.data(), mb.data());
+        ASSERT_EQ(ma, mb) << "error memory, gains " << gain << " " << gc << " round " << round;
+    }
+}
+
 }  // namespace
