@@ -363,19 +363,29 @@ void BM_G729_LSPToLPC_32f(benchmark::State& state) {
 }
 BENCHMARK(BM_G729_LSPToLPC_32f)->Apply(zb::rounds);
 
-/// LSFDecode_G729_32f and LSFDecodeErased_G729_32f on one predictor memory:
-/// the two exports per unit (as before, one benchmark for the pair).
-void BM_G729_LSFDecode_32f(benchmark::State& state) {
+/// The float LSF predictor memory at reset (the LSFs of the reset LSP row).
+VF reset_memory_32f() {
     VF mem(40);
     for (int k = 0; k < 4; ++k)
         for (int j = 0; j < 10; ++j) mem[k * 10 + j] = 0.285599f * (j + 1);
-    over_frames(state, [mem, q = VF(10)](const Frames&, int i) mutable {
+    return mem;
+}
+
+void BM_G729_LSFDecode_32f(benchmark::State& state) {
+    over_frames(state, [mem = reset_memory_32f(), q = VF(10)](const Frames&, int i) mutable {
         const std::int16_t idx[4] = {static_cast<std::int16_t>(i & 1), static_cast<std::int16_t>((i * 37) & 127), 0, 0};
         benchmark::DoNotOptimize(zepsLSFDecode_G729_32f(idx, mem.data(), q.data()));
-        benchmark::DoNotOptimize(zepsLSFDecodeErased_G729_32f(i & 1, mem.data(), q.data()));
     });
 }
-BENCHMARK(BM_G729_LSFDecode_32f)->Name("BM_G729_LSFDecode_plus_Erased_32f")->Apply(zb::rounds);
+BENCHMARK(BM_G729_LSFDecode_32f)->Apply(zb::rounds);
+
+void BM_G729_LSFDecodeErased_32f(benchmark::State& state) {
+    auto lf = std::make_shared<std::vector<VF>>(to_float(frames().lsf, 10, 8192.0f));  // Q13 -> radians
+    over_frames(state, [lf, mem = reset_memory_32f()](const Frames&, int i) mutable {
+        benchmark::DoNotOptimize(zepsLSFDecodeErased_G729_32f(i & 1, mem.data(), (*lf)[i].data()));
+    });
+}
+BENCHMARK(BM_G729_LSFDecodeErased_32f)->Apply(zb::rounds);
 
 void BM_G729E_LSPQuant(benchmark::State& state) {
     over_frames(state, [mem = reset_memory(), q = V16(10), idx = V16(2), cur = V16(10)](const Frames& f, int i) mutable {

@@ -61,8 +61,7 @@ by the front end itself), one frame per call in turn.
 `G729_FrontEndChain` is the encoder's front end per frame through the public
 entries: high-pass of 80 samples, Annex B windowed autocorrelation, lag
 window, Levinson-Durbin, LP to LSP, LSP quantiser, LSP to LP (target: 4 us
-a frame). `G729_LSFDecode_plus_Erased_32f` times the two float LSF decoders
-together on one predictor memory.
+a frame).
 
 The `_Scalar` and `_SSSE3` rows (second table, Google Benchmark's CPU time
 per call) time internal kernels, which have no public entry, in this
