@@ -2,16 +2,21 @@
 // G.729 LP analysis and LSP quantisation: ns per call of every export on
 // real speech frames, and ns per 10 ms frame of the encoder's front-end
 // chain (high-pass, windowed autocorrelation, lag window, Levinson-Durbin,
-// LP to LSP, LSP quantiser, LSP to LP). Kernels with an SSSE3 form are also
-// timed in their plain scalar form.
+// LP to LSP, LSP quantiser, LSP to LP), each through the public entry and
+// with builds u8 and n8 forced, interleaved round by round (see
+// bench/interleaved.h). The internal kernels with an SSSE3 form (no public
+// entry) are timed in this program's compile against their plain scalar
+// form with plain Google Benchmark loops.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "bench/interleaved.h"
 #include "frame/variants.h"
 
 namespace zeps::u8 {
@@ -90,9 +95,10 @@ V16 reset_memory() {
     return m;
 }
 
-/// Runs body(frame index) once per iteration over the speech frames.
+/// Internal kernels: runs body(frames, index) once per iteration over the
+/// speech frames (plain Google Benchmark loop, this program's compile).
 template <class Body>
-void over_frames(benchmark::State& state, Body body) {
+void kernel_over_frames(benchmark::State& state, Body body) {
     const Frames& f = frames();
     int i = 0;
     for (auto _ : state) {
@@ -101,32 +107,48 @@ void over_frames(benchmark::State& state, Body body) {
     }
 }
 
+/// Exports: one call of body(frames, index) per unit on the next speech
+/// frame, through the public entry and with each build forced, interleaved.
+/// Every contender runs its own copy of `body` (its own state and outputs,
+/// captured by value) from the first frame.
+template <class Body>
+void over_frames(benchmark::State& state, Body body) {
+    frames();
+    zb::interleaved(state, [body] {
+        auto b = std::make_shared<Body>(body);
+        auto i = std::make_shared<int>(0);
+        return zb::Call([b, i] {
+            const Frames& f = frames();
+            (*b)(f, *i);
+            if (++*i == f.count) *i = 0;
+        });
+    });
+}
+
 void BM_G729_HighPassFilter(benchmark::State& state) {
     std::vector<Zep8u> st(24);
-    z::zepsHighPassFilterInit_G729(kPreFilter, st.data());
-    V16 buf(80);
-    over_frames(state, [&](const Frames& f, int i) {
+    zepsHighPassFilterInit_G729(kPreFilter, st.data());
+    over_frames(state, [st, buf = V16(80)](const Frames& f, int i) mutable {
         std::copy(f.speech.begin() + 80 * i, f.speech.begin() + 80 * i + 80, buf.begin());
-        benchmark::DoNotOptimize(z::zepsHighPassFilter_G729_16s_ISfs(buf.data(), 80, 12, st.data()));
+        benchmark::DoNotOptimize(zepsHighPassFilter_G729_16s_ISfs(buf.data(), 80, 12, st.data()));
     });
 }
-BENCHMARK(BM_G729_HighPassFilter);
+BENCHMARK(BM_G729_HighPassFilter)->Apply(zb::rounds);
 
 void BM_G729_AutoCorr_G729B(benchmark::State& state) {
-    Zep16s norm;
-    V32 r(13);
-    over_frames(state, [&](const Frames& f, int i) {
-        benchmark::DoNotOptimize(z::zepsAutoCorr_G729B(f.window[i].data(), &norm, r.data()));
+    over_frames(state, [r = V32(13)](const Frames& f, int i) mutable {
+        Zep16s norm;
+        benchmark::DoNotOptimize(zepsAutoCorr_G729B(f.window[i].data(), &norm, r.data()));
     });
 }
-BENCHMARK(BM_G729_AutoCorr_G729B);
+BENCHMARK(BM_G729_AutoCorr_G729B)->Apply(zb::rounds);
 
 template <bool Simd>
 void BM_G729_Corr240Kernel(benchmark::State& state) {
     alignas(16) std::int16_t y[256] = {};
     V32 r(13);
     std::int64_t e;
-    over_frames(state, [&](const Frames& f, int i) {
+    kernel_over_frames(state, [&](const Frames& f, int i) {
         for (int j = 0; j < 240; ++j) y[j] = static_cast<std::int16_t>(f.window[i][j] >> 1);
         if (Simd)
             z::g729_corr240_ssse3(y, e, r.data());
@@ -140,7 +162,7 @@ BENCHMARK(BM_G729_Corr240Kernel<true>)->Name("BM_G729_Corr240Kernel_SSSE3");
 
 template <bool Simd>
 void BM_G729_FirstStageSearch(benchmark::State& state) {
-    over_frames(state, [&](const Frames& f, int i) {
+    kernel_over_frames(state, [&](const Frames& f, int i) {
         benchmark::DoNotOptimize(Simd ? z::lsf_first_stage_search(f.lsf[i].data())
                                       : z::lsf_first_stage_search_scalar(f.lsf[i].data()));
     });
@@ -168,275 +190,278 @@ BENCHMARK(BM_G729_ChebyshevGridKernel<false>)->Name("BM_G729_ChebyshevGridKernel
 BENCHMARK(BM_G729_ChebyshevGridKernel<true>)->Name("BM_G729_ChebyshevGridKernel_SSSE3");
 
 void BM_G729_LagWindow(benchmark::State& state) {
-    V32 r(12);
-    over_frames(state, [&](const Frames& f, int i) {
+    over_frames(state, [r = V32(12)](const Frames& f, int i) mutable {
         std::copy(f.r[i].begin() + 1, f.r[i].end(), r.begin());
-        benchmark::DoNotOptimize(z::zepsLagWindow_G729_32s_I(r.data(), 10));
+        benchmark::DoNotOptimize(zepsLagWindow_G729_32s_I(r.data(), 10));
     });
 }
-BENCHMARK(BM_G729_LagWindow);
+BENCHMARK(BM_G729_LagWindow)->Apply(zb::rounds);
 
 void BM_G729_LevinsonDurbin(benchmark::State& state) {
-    V16 a(11), k(10);
-    Zep16s e;
-    over_frames(state, [&](const Frames& f, int i) {
-        benchmark::DoNotOptimize(z::zepsLevinsonDurbin_G729_32s16s(f.r[i].data(), 10, a.data(), k.data(), &e));
+    over_frames(state, [a = V16(11), k = V16(10)](const Frames& f, int i) mutable {
+        Zep16s e;
+        benchmark::DoNotOptimize(zepsLevinsonDurbin_G729_32s16s(f.r[i].data(), 10, a.data(), k.data(), &e));
     });
 }
-BENCHMARK(BM_G729_LevinsonDurbin);
+BENCHMARK(BM_G729_LevinsonDurbin)->Apply(zb::rounds);
 
 void BM_G729_LevinsonDurbin_G729B(benchmark::State& state) {
-    V16 a(11), k(2);
-    Zep16s e;
-    over_frames(state, [&](const Frames& f, int i) {
-        benchmark::DoNotOptimize(z::zepsLevinsonDurbin_G729B(f.r[i].data(), a.data(), k.data(), &e));
+    over_frames(state, [a = V16(11), k = V16(2)](const Frames& f, int i) mutable {
+        Zep16s e;
+        benchmark::DoNotOptimize(zepsLevinsonDurbin_G729B(f.r[i].data(), a.data(), k.data(), &e));
     });
 }
-BENCHMARK(BM_G729_LevinsonDurbin_G729B);
+BENCHMARK(BM_G729_LevinsonDurbin_G729B)->Apply(zb::rounds);
 
 void BM_G729_LPCToLSP(benchmark::State& state) {
-    V16 l(10);
-    over_frames(state, [&](const Frames& f, int i) {
-        benchmark::DoNotOptimize(z::zepsLPCToLSP_G729_16s(f.lpc[i].data(), f.lsp[i].data(), l.data()));
+    over_frames(state, [l = V16(10)](const Frames& f, int i) mutable {
+        benchmark::DoNotOptimize(zepsLPCToLSP_G729_16s(f.lpc[i].data(), f.lsp[i].data(), l.data()));
     });
 }
-BENCHMARK(BM_G729_LPCToLSP);
+BENCHMARK(BM_G729_LPCToLSP)->Apply(zb::rounds);
 
 void BM_G729A_LPCToLSP(benchmark::State& state) {
-    V16 l(10);
-    over_frames(state, [&](const Frames& f, int i) {
-        benchmark::DoNotOptimize(z::zepsLPCToLSP_G729A_16s(f.lpc[i].data(), f.lsp[i].data(), l.data()));
+    over_frames(state, [l = V16(10)](const Frames& f, int i) mutable {
+        benchmark::DoNotOptimize(zepsLPCToLSP_G729A_16s(f.lpc[i].data(), f.lsp[i].data(), l.data()));
     });
 }
-BENCHMARK(BM_G729A_LPCToLSP);
+BENCHMARK(BM_G729A_LPCToLSP)->Apply(zb::rounds);
 
 void BM_G729_LSPToLPC(benchmark::State& state) {
-    V16 a(11);
-    over_frames(state, [&](const Frames& f, int i) { benchmark::DoNotOptimize(z::zepsLSPToLPC_G729_16s(f.lsp[i].data(), a.data())); });
+    over_frames(state, [a = V16(11)](const Frames& f, int i) mutable {
+        benchmark::DoNotOptimize(zepsLSPToLPC_G729_16s(f.lsp[i].data(), a.data()));
+    });
 }
-BENCHMARK(BM_G729_LSPToLPC);
+BENCHMARK(BM_G729_LSPToLPC)->Apply(zb::rounds);
 
 void BM_G729_LSFToLSP(benchmark::State& state) {
-    V16 l(10);
-    over_frames(state, [&](const Frames& f, int i) { benchmark::DoNotOptimize(z::zepsLSFToLSP_G729_16s(f.lsf[i].data(), l.data())); });
+    over_frames(state, [l = V16(10)](const Frames& f, int i) mutable {
+        benchmark::DoNotOptimize(zepsLSFToLSP_G729_16s(f.lsf[i].data(), l.data()));
+    });
 }
-BENCHMARK(BM_G729_LSFToLSP);
+BENCHMARK(BM_G729_LSFToLSP)->Apply(zb::rounds);
 
 void BM_G729_LSPToLSF(benchmark::State& state) {
-    V16 l(10);
-    over_frames(state, [&](const Frames& f, int i) { benchmark::DoNotOptimize(z::zepsLSPToLSF_G729_16s(f.lsp[i].data(), l.data())); });
+    over_frames(state, [l = V16(10)](const Frames& f, int i) mutable {
+        benchmark::DoNotOptimize(zepsLSPToLSF_G729_16s(f.lsp[i].data(), l.data()));
+    });
 }
-BENCHMARK(BM_G729_LSPToLSF);
+BENCHMARK(BM_G729_LSPToLSF)->Apply(zb::rounds);
 
 void BM_G729_LSPToLSF_Norm(benchmark::State& state) {
-    V16 l(10);
-    over_frames(state, [&](const Frames& f, int i) { benchmark::DoNotOptimize(z::zepsLSPToLSF_Norm_G729_16s(f.lsp[i].data(), l.data())); });
+    over_frames(state, [l = V16(10)](const Frames& f, int i) mutable {
+        benchmark::DoNotOptimize(zepsLSPToLSF_Norm_G729_16s(f.lsp[i].data(), l.data()));
+    });
 }
-BENCHMARK(BM_G729_LSPToLSF_Norm);
+BENCHMARK(BM_G729_LSPToLSF_Norm)->Apply(zb::rounds);
 
 void BM_G729_LSFQuant(benchmark::State& state) {
-    V16 mem = reset_memory(), q(10), idx(4);
-    over_frames(state, [&](const Frames& f, int i) {
-        benchmark::DoNotOptimize(z::zepsLSFQuant_G729_16s(f.lsf[i].data(), mem.data(), q.data(), idx.data()));
+    over_frames(state, [mem = reset_memory(), q = V16(10), idx = V16(4)](const Frames& f, int i) mutable {
+        benchmark::DoNotOptimize(zepsLSFQuant_G729_16s(f.lsf[i].data(), mem.data(), q.data(), idx.data()));
     });
 }
-BENCHMARK(BM_G729_LSFQuant);
+BENCHMARK(BM_G729_LSFQuant)->Apply(zb::rounds);
 
 void BM_G729_LSPQuant(benchmark::State& state) {
-    V16 mem = reset_memory(), q(10), idx(2);
-    over_frames(state, [&](const Frames& f, int i) {
-        benchmark::DoNotOptimize(z::zepsLSPQuant_G729_16s(f.lsp[i].data(), mem.data(), q.data(), idx.data()));
+    over_frames(state, [mem = reset_memory(), q = V16(10), idx = V16(2)](const Frames& f, int i) mutable {
+        benchmark::DoNotOptimize(zepsLSPQuant_G729_16s(f.lsp[i].data(), mem.data(), q.data(), idx.data()));
     });
 }
-BENCHMARK(BM_G729_LSPQuant);
+BENCHMARK(BM_G729_LSPQuant)->Apply(zb::rounds);
 
 void BM_G729_LSFDecode(benchmark::State& state) {
-    V16 mem = reset_memory(), q(10);
-    std::int16_t idx[4] = {0, 0, 0, 0};
-    over_frames(state, [&](const Frames&, int i) {
-        idx[0] = static_cast<std::int16_t>(i & 1);
-        idx[1] = static_cast<std::int16_t>((i * 37) & 127);
-        idx[2] = static_cast<std::int16_t>((i * 11) & 31);
-        idx[3] = static_cast<std::int16_t>((i * 7) & 31);
-        benchmark::DoNotOptimize(z::zepsLSFDecode_G729_16s(idx, mem.data(), q.data()));
+    over_frames(state, [mem = reset_memory(), q = V16(10)](const Frames&, int i) mutable {
+        const std::int16_t idx[4] = {static_cast<std::int16_t>(i & 1), static_cast<std::int16_t>((i * 37) & 127),
+                                     static_cast<std::int16_t>((i * 11) & 31), static_cast<std::int16_t>((i * 7) & 31)};
+        benchmark::DoNotOptimize(zepsLSFDecode_G729_16s(idx, mem.data(), q.data()));
     });
 }
-BENCHMARK(BM_G729_LSFDecode);
+BENCHMARK(BM_G729_LSFDecode)->Apply(zb::rounds);
 
 void BM_G729_LSFDecodeErased(benchmark::State& state) {
-    V16 mem = reset_memory();
-    over_frames(state, [&](const Frames& f, int i) {
-        benchmark::DoNotOptimize(z::zepsLSFDecodeErased_G729_16s(static_cast<Zep16s>(i & 1), mem.data(), f.lsf[i].data()));
+    over_frames(state, [mem = reset_memory()](const Frames& f, int i) mutable {
+        benchmark::DoNotOptimize(zepsLSFDecodeErased_G729_16s(static_cast<Zep16s>(i & 1), mem.data(), f.lsf[i].data()));
     });
 }
-BENCHMARK(BM_G729_LSFDecodeErased);
+BENCHMARK(BM_G729_LSFDecodeErased)->Apply(zb::rounds);
 
 void BM_G729_Interpolate(benchmark::State& state) {
-    V16 out(10);
-    over_frames(state, [&](const Frames& f, int i) {
-        benchmark::DoNotOptimize(z::zepsInterpolate_G729_16s(f.lsp[i].data(), f.lsp[(i + 1) % f.count].data(), out.data(), 10));
+    over_frames(state, [out = V16(10)](const Frames& f, int i) mutable {
+        benchmark::DoNotOptimize(zepsInterpolate_G729_16s(f.lsp[i].data(), f.lsp[(i + 1) % f.count].data(), out.data(), 10));
     });
 }
-BENCHMARK(BM_G729_Interpolate);
+BENCHMARK(BM_G729_Interpolate)->Apply(zb::rounds);
 
 void BM_Common_DotProd_G729A(benchmark::State& state) {
-    Zep32s d;
-    over_frames(state, [&](const Frames& f, int i) {
-        benchmark::DoNotOptimize(z::zepsDotProd_G729A_16s32s(f.window[i].data(), f.window[i].data() + 40, 40, &d));
+    over_frames(state, [](const Frames& f, int i) {
+        Zep32s d;
+        benchmark::DoNotOptimize(zepsDotProd_G729A_16s32s(f.window[i].data(), f.window[i].data() + 40, 40, &d));
+        benchmark::DoNotOptimize(d);
     });
 }
-BENCHMARK(BM_Common_DotProd_G729A);
+BENCHMARK(BM_Common_DotProd_G729A)->Apply(zb::rounds);
 
 void BM_Common_AutoCorr_NormE(benchmark::State& state) {
-    V32 r(11);
-    V16 x(240);
-    int norm;
-    over_frames(state, [&](const Frames& f, int i) {
+    over_frames(state, [r = V32(11), x = V16(240)](const Frames& f, int i) mutable {
+        int norm;
         for (int j = 0; j < 240; ++j) x[j] = static_cast<std::int16_t>(f.window[i][j] >> 3);
-        benchmark::DoNotOptimize(z::zepsAutoCorr_NormE_16s32s(x.data(), 240, r.data(), 11, &norm));
+        benchmark::DoNotOptimize(zepsAutoCorr_NormE_16s32s(x.data(), 240, r.data(), 11, &norm));
     });
 }
-BENCHMARK(BM_Common_AutoCorr_NormE);
+BENCHMARK(BM_Common_AutoCorr_NormE)->Apply(zb::rounds);
 
 void BM_Common_InterpolateC_NR(benchmark::State& state) {
-    V16 out(40);
-    over_frames(state, [&](const Frames& f, int i) {
+    over_frames(state, [out = V16(40)](const Frames& f, int i) mutable {
         benchmark::DoNotOptimize(
-            z::zepsInterpolateC_NR_16s(f.window[i].data(), 19661, 15, f.window[i].data() + 40, 13107, 15, out.data(), 40));
+            zepsInterpolateC_NR_16s(f.window[i].data(), 19661, 15, f.window[i].data() + 40, 13107, 15, out.data(), 40));
     });
 }
-BENCHMARK(BM_Common_InterpolateC_NR);
+BENCHMARK(BM_Common_InterpolateC_NR)->Apply(zb::rounds);
+
+using VF = std::vector<float>;
+
+/// A per-frame float copy of one of the front end's fixed-point series.
+std::vector<VF> to_float(const std::vector<V16>& v, int n, float scale) {
+    std::vector<VF> out;
+    for (const V16& x : v) {
+        VF y(n);
+        for (int j = 0; j < n; ++j) y[j] = x[j] / scale;
+        out.push_back(y);
+    }
+    return out;
+}
 
 void BM_G729_LevinsonDurbin_32f(benchmark::State& state) {
-    std::vector<float> a(11), k(10), e(1);
-    std::vector<std::vector<float>> rf;
+    auto rf = std::make_shared<std::vector<VF>>();
     for (const V32& r : frames().r) {
-        std::vector<float> v(11);
+        VF v(11);
         for (int j = 0; j < 11; ++j) v[j] = static_cast<float>(r[j] / 2147483648.0);
-        rf.push_back(v);
+        rf->push_back(v);
     }
-    over_frames(state, [&](const Frames&, int i) {
-        benchmark::DoNotOptimize(z::zepsLevinsonDurbin_G729_32f(rf[i].data(), 10, a.data(), k.data(), e.data()));
+    over_frames(state, [rf, a = VF(11), k = VF(10), e = VF(1)](const Frames&, int i) mutable {
+        benchmark::DoNotOptimize(zepsLevinsonDurbin_G729_32f((*rf)[i].data(), 10, a.data(), k.data(), e.data()));
     });
 }
-BENCHMARK(BM_G729_LevinsonDurbin_32f);
+BENCHMARK(BM_G729_LevinsonDurbin_32f)->Apply(zb::rounds);
 
 template <bool AnnexA>
 void BM_G729_LPCToLSP_32f(benchmark::State& state) {
-    std::vector<std::vector<float>> af;
-    for (const V16& a : frames().lpc) {
-        std::vector<float> v(11);
-        for (int j = 0; j < 11; ++j) v[j] = a[j] / 4096.0f;
-        af.push_back(v);
-    }
-    std::vector<float> old(10, 0.0f), l(10);
-    over_frames(state, [&](const Frames&, int i) {
-        benchmark::DoNotOptimize(AnnexA ? z::zepsLPCToLSP_G729A_32f(af[i].data(), old.data(), l.data())
-                                        : z::zepsLPCToLSP_G729_32f(af[i].data(), old.data(), l.data()));
+    auto af = std::make_shared<std::vector<VF>>(to_float(frames().lpc, 11, 4096.0f));
+    over_frames(state, [af, old = VF(10, 0.0f), l = VF(10)](const Frames&, int i) mutable {
+        benchmark::DoNotOptimize(AnnexA ? zepsLPCToLSP_G729A_32f((*af)[i].data(), old.data(), l.data())
+                                        : zepsLPCToLSP_G729_32f((*af)[i].data(), old.data(), l.data()));
     });
 }
-BENCHMARK(BM_G729_LPCToLSP_32f<false>)->Name("BM_G729_LPCToLSP_32f");
-BENCHMARK(BM_G729_LPCToLSP_32f<true>)->Name("BM_G729A_LPCToLSP_32f");
+BENCHMARK(BM_G729_LPCToLSP_32f<false>)->Name("BM_G729_LPCToLSP_32f")->Apply(zb::rounds);
+BENCHMARK(BM_G729_LPCToLSP_32f<true>)->Name("BM_G729A_LPCToLSP_32f")->Apply(zb::rounds);
 
 void BM_G729_LSPToLPC_32f(benchmark::State& state) {
-    std::vector<std::vector<float>> lf;
-    for (const V16& l : frames().lsp) {
-        std::vector<float> v(10);
-        for (int j = 0; j < 10; ++j) v[j] = l[j] / 32768.0f;
-        lf.push_back(v);
-    }
-    std::vector<float> a(11);
-    over_frames(state, [&](const Frames&, int i) { benchmark::DoNotOptimize(z::zepsLSPToLPC_G729_32f(lf[i].data(), a.data())); });
+    auto lf = std::make_shared<std::vector<VF>>(to_float(frames().lsp, 10, 32768.0f));
+    over_frames(state, [lf, a = VF(11)](const Frames&, int i) mutable {
+        benchmark::DoNotOptimize(zepsLSPToLPC_G729_32f((*lf)[i].data(), a.data()));
+    });
 }
-BENCHMARK(BM_G729_LSPToLPC_32f);
+BENCHMARK(BM_G729_LSPToLPC_32f)->Apply(zb::rounds);
 
-void BM_G729_LSFDecode_32f(benchmark::State& state) {
-    std::vector<float> mem(40, 1.0f), q(10);
+/// The float LSF predictor memory at reset (the LSFs of the reset LSP row).
+VF reset_memory_32f() {
+    VF mem(40);
     for (int k = 0; k < 4; ++k)
         for (int j = 0; j < 10; ++j) mem[k * 10 + j] = 0.285599f * (j + 1);
-    std::int16_t idx[4] = {0, 0, 0, 0};
-    std::vector<float> keep = mem;
-    over_frames(state, [&](const Frames&, int i) {
-        idx[0] = static_cast<std::int16_t>(i & 1);
-        idx[1] = static_cast<std::int16_t>((i * 37) & 127);
-        benchmark::DoNotOptimize(z::zepsLSFDecode_G729_32f(idx, mem.data(), q.data()));
-        benchmark::DoNotOptimize(z::zepsLSFDecodeErased_G729_32f(i & 1, mem.data(), q.data()));
+    return mem;
+}
+
+void BM_G729_LSFDecode_32f(benchmark::State& state) {
+    over_frames(state, [mem = reset_memory_32f(), q = VF(10)](const Frames&, int i) mutable {
+        const std::int16_t idx[4] = {static_cast<std::int16_t>(i & 1), static_cast<std::int16_t>((i * 37) & 127), 0, 0};
+        benchmark::DoNotOptimize(zepsLSFDecode_G729_32f(idx, mem.data(), q.data()));
     });
 }
-BENCHMARK(BM_G729_LSFDecode_32f)->Name("BM_G729_LSFDecode_plus_Erased_32f");
+BENCHMARK(BM_G729_LSFDecode_32f)->Apply(zb::rounds);
+
+void BM_G729_LSFDecodeErased_32f(benchmark::State& state) {
+    auto lf = std::make_shared<std::vector<VF>>(to_float(frames().lsf, 10, 8192.0f));  // Q13 -> radians
+    over_frames(state, [lf, mem = reset_memory_32f()](const Frames&, int i) mutable {
+        benchmark::DoNotOptimize(zepsLSFDecodeErased_G729_32f(i & 1, mem.data(), (*lf)[i].data()));
+    });
+}
+BENCHMARK(BM_G729_LSFDecodeErased_32f)->Apply(zb::rounds);
 
 void BM_G729E_LSPQuant(benchmark::State& state) {
-    const V16 mem = reset_memory();
-    V16 q(10), idx(2), cur(10);
-    over_frames(state, [&](const Frames& f, int i) {
-        benchmark::DoNotOptimize(z::zepsLSPQuant_G729E_16s(f.lsp[i].data(), mem.data(), q.data(), idx.data(), cur.data()));
+    over_frames(state, [mem = reset_memory(), q = V16(10), idx = V16(2), cur = V16(10)](const Frames& f, int i) mutable {
+        benchmark::DoNotOptimize(zepsLSPQuant_G729E_16s(f.lsp[i].data(), mem.data(), q.data(), idx.data(), cur.data()));
     });
 }
-BENCHMARK(BM_G729E_LSPQuant);
+BENCHMARK(BM_G729E_LSPQuant)->Apply(zb::rounds);
 
 void BM_G729E_LSPQuant_32f(benchmark::State& state) {
-    std::vector<float> mem(40), q(10), cur(10);
+    VF mem(40);
     for (int k = 0; k < 40; ++k) mem[k] = 0.285599f * (k % 10 + 1);
-    std::vector<std::vector<float>> lf;
-    for (const V16& l : frames().lsp) {
-        std::vector<float> v(10);
-        for (int j = 0; j < 10; ++j) v[j] = l[j] / 32768.0f;
-        lf.push_back(v);
-    }
-    std::int16_t idx[2];
-    over_frames(state, [&](const Frames&, int i) {
-        benchmark::DoNotOptimize(z::zepsLSPQuant_G729E_32f(lf[i].data(), mem.data(), q.data(), idx, cur.data()));
+    auto lf = std::make_shared<std::vector<VF>>(to_float(frames().lsp, 10, 32768.0f));
+    over_frames(state, [lf, mem, q = VF(10), cur = VF(10)](const Frames&, int i) mutable {
+        std::int16_t idx[2];
+        benchmark::DoNotOptimize(zepsLSPQuant_G729E_32f((*lf)[i].data(), mem.data(), q.data(), idx, cur.data()));
     });
 }
-BENCHMARK(BM_G729E_LSPQuant_32f);
+BENCHMARK(BM_G729E_LSPQuant_32f)->Apply(zb::rounds);
 
 void BM_G729E_WinHybrid(benchmark::State& state) {
     std::vector<Zep8u> st(124);
-    z::zepsWinHybridInit_G729E_16s(st.data());
-    V32 r(31);
-    over_frames(state, [&](const Frames& f, int i) {
-        benchmark::DoNotOptimize(z::zepsWinHybrid_G729E_16s32s(f.speech.data() + 80 * i, r.data(), st.data()));
+    zepsWinHybridInit_G729E_16s(st.data());
+    over_frames(state, [st, r = V32(31)](const Frames& f, int i) mutable {
+        benchmark::DoNotOptimize(zepsWinHybrid_G729E_16s32s(f.speech.data() + 80 * i, r.data(), st.data()));
     });
 }
-BENCHMARK(BM_G729E_WinHybrid);
+BENCHMARK(BM_G729E_WinHybrid)->Apply(zb::rounds);
 
 void BM_G729E_WinHybrid_32f(benchmark::State& state) {
     std::vector<Zep8u> st(124);
-    z::zepsWinHybridInit_G729E_32f(st.data());
-    std::vector<float> x(145), r(31);
-    over_frames(state, [&](const Frames& f, int i) {
+    zepsWinHybridInit_G729E_32f(st.data());
+    over_frames(state, [st, x = VF(145), r = VF(31)](const Frames& f, int i) mutable {
         for (int j = 0; j < 145; ++j) x[j] = f.speech[80 * i + j];
-        benchmark::DoNotOptimize(z::zepsWinHybrid_G729E_32f(x.data(), r.data(), st.data()));
+        benchmark::DoNotOptimize(zepsWinHybrid_G729E_32f(x.data(), r.data(), st.data()));
     });
 }
-BENCHMARK(BM_G729E_WinHybrid_32f);
+BENCHMARK(BM_G729E_WinHybrid_32f)->Apply(zb::rounds);
 
-/// The encoder front end for one 10 ms frame.
-void BM_G729_FrontEndChain(benchmark::State& state) {
-    const Frames& f = frames();
-    std::vector<Zep8u> st(24);
-    z::zepsHighPassFilterInit_G729(kPreFilter, st.data());
-    V16 win(240, 0), mem = reset_memory(), a(11), k(10), lsp = f.lsp[0], lsp_new(10), qlsp(10), idx(2), aq(11);
-    V32 r(13);
-    Zep16s norm, err;
+/// The encoder front end for one 10 ms frame, every stage through its
+/// public entry.
+struct FrontEnd {
+    std::vector<Zep8u> st = std::vector<Zep8u>(24);
+    V16 win = V16(240, 0), mem = reset_memory(), a = V16(11), k = V16(10), lsp = frames().lsp[0], lsp_new = V16(10),
+        qlsp = V16(10), idx = V16(2), aq = V16(11);
+    V32 r = V32(13);
     std::size_t pos = 0;
-    for (auto _ : state) {
+
+    FrontEnd() { zepsHighPassFilterInit_G729(kPreFilter, st.data()); }
+    void frame() {
+        const Frames& f = frames();
+        Zep16s norm, err;
         if (pos + 80 > f.speech.size()) pos = 0;
         std::copy(win.begin() + 80, win.end(), win.begin());
-        std::copy(f.speech.begin() + pos, f.speech.begin() + pos + 80, win.begin() + 160);
+        std::copy(f.speech.begin() + static_cast<std::ptrdiff_t>(pos), f.speech.begin() + static_cast<std::ptrdiff_t>(pos) + 80,
+                  win.begin() + 160);
         pos += 80;
-        z::zepsHighPassFilter_G729_16s_ISfs(win.data() + 160, 80, 12, st.data());
-        z::zepsAutoCorr_G729B(win.data(), &norm, r.data());
-        z::zepsLagWindow_G729_32s_I(r.data() + 1, 10);
-        if (z::zepsLevinsonDurbin_G729_32s16s(r.data(), 10, a.data(), k.data(), &err) == 0)
-            z::zepsLPCToLSP_G729_16s(a.data(), lsp.data(), lsp_new.data());
-        z::zepsLSPQuant_G729_16s(lsp_new.data(), mem.data(), qlsp.data(), idx.data());
-        z::zepsLSPToLPC_G729_16s(qlsp.data(), aq.data());
+        zepsHighPassFilter_G729_16s_ISfs(win.data() + 160, 80, 12, st.data());
+        zepsAutoCorr_G729B(win.data(), &norm, r.data());
+        zepsLagWindow_G729_32s_I(r.data() + 1, 10);
+        if (zepsLevinsonDurbin_G729_32s16s(r.data(), 10, a.data(), k.data(), &err) == 0)
+            zepsLPCToLSP_G729_16s(a.data(), lsp.data(), lsp_new.data());
+        zepsLSPQuant_G729_16s(lsp_new.data(), mem.data(), qlsp.data(), idx.data());
+        zepsLSPToLPC_G729_16s(qlsp.data(), aq.data());
         lsp = lsp_new;
         benchmark::DoNotOptimize(aq.data());
     }
+};
+
+void BM_G729_FrontEndChain(benchmark::State& state) {
+    frames();
+    zb::interleaved(state, [] {
+        auto fe = std::make_shared<FrontEnd>();
+        return zb::Call([fe] { fe->frame(); });
+    });
     state.SetLabel("ns per 10 ms frame");
 }
-BENCHMARK(BM_G729_FrontEndChain);
+BENCHMARK(BM_G729_FrontEndChain)->Apply(zb::rounds);
 
 }  // namespace
