@@ -124,25 +124,51 @@ inline bool chain_is_exact(Word32 alp0, const Term* terms, int nterms) {
 
 #if defined(__SSSE3__)
 /// The L_mac chains of 8 positions from k0 on, in two vectors of 4 sums;
-/// plain adds where chain_is_exact proved them equal to the saturating ones.
-inline void mac_terms(Word32 alp0, const Term* terms, int nterms, int k0, int count, bool exact, __m128i& lo,
+/// plain adds where chain_is_exact proved them equal to the saturating ones,
+/// or where the values do: every partial sum and the rounding then stay
+/// within |alp0| + 2^15 + sum |v_t| 2^s_t <= MAX_32 (the sum formed in units
+/// of 2^smin, the smallest shift, below 2^25). Returns whether the sums took
+/// plain adds (a rounding of them need not saturate either).
+inline bool mac_terms(Word32 alp0, const Term* terms, int nterms, int k0, int count, bool exact, __m128i& lo,
                       __m128i& hi) {
     const __m128i zero = _mm_setzero_si128();
-    lo = _mm_set1_epi32(alp0);
-    hi = lo;
+    const __m128i a0 = _mm_set1_epi32(alp0);
+    lo = hi = a0;
+    if (exact) {
+        for (int t = 0; t < nterms; t++) {
+            const __m128i v = gather8(terms[t].v, k0, count);
+            const __m128i cnt = _mm_cvtsi32_si128(16 - terms[t].shift);
+            lo = _mm_add_epi32(lo, _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt));
+            hi = _mm_add_epi32(hi, _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt));
+        }
+        return true;
+    }
+    int smin = 15;
+    for (int t = 0; t < nterms; t++) smin = terms[t].shift < smin ? terms[t].shift : smin;
+    const std::int64_t room = (MAX_32 - 0x8000 - (alp0 < 0 ? -std::int64_t{alp0} : std::int64_t{alp0})) >> smin;
+    if (room > 0) {
+        __m128i ul = zero, uh = zero;
+        for (int t = 0; t < nterms; t++) {
+            const __m128i v = gather8(terms[t].v, k0, count);
+            const __m128i cnt = _mm_cvtsi32_si128(16 - terms[t].shift);
+            lo = _mm_add_epi32(lo, _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt));
+            hi = _mm_add_epi32(hi, _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt));
+            const __m128i a = _mm_abs_epi16(v);  // |-32768| read unsigned
+            const __m128i up = _mm_cvtsi32_si128(terms[t].shift - smin);
+            ul = _mm_add_epi32(ul, _mm_sll_epi32(_mm_unpacklo_epi16(a, zero), up));
+            uh = _mm_add_epi32(uh, _mm_sll_epi32(_mm_unpackhi_epi16(a, zero), up));
+        }
+        const __m128i r = _mm_set1_epi32(static_cast<std::int32_t>(room < MAX_32 ? room : MAX_32));
+        if (_mm_movemask_epi8(_mm_or_si128(_mm_cmpgt_epi32(ul, r), _mm_cmpgt_epi32(uh, r))) == 0) return true;
+        lo = hi = a0;
+    }
     for (int t = 0; t < nterms; t++) {
         const __m128i v = gather8(terms[t].v, k0, count);
         const __m128i cnt = _mm_cvtsi32_si128(16 - terms[t].shift);
-        const __m128i vl = _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt);
-        const __m128i vh = _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt);
-        if (exact) {
-            lo = _mm_add_epi32(lo, vl);
-            hi = _mm_add_epi32(hi, vh);
-        } else {
-            lo = sat_add32(lo, vl);
-            hi = sat_add32(hi, vh);
-        }
+        lo = sat_add32(lo, _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt));
+        hi = sat_add32(hi, _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt));
     }
+    return false;
 }
 #endif
 
@@ -259,9 +285,9 @@ inline void evaluate_track(Word16 ps0, Word32 alp0, Strided dn, const Term* term
     for (int k0 = 0; k0 < count; k0 += 8) {
         const __m128i ps = _mm_adds_epi16(_mm_set1_epi16(ps0), gather8(dn, k0, count));
         __m128i lo, hi;
-        mac_terms(alp0, terms, nterms, k0, count, exact, lo, hi);
-        lo = _mm_srai_epi32(exact ? _mm_add_epi32(lo, half) : sat_add32(lo, half), 16);
-        hi = _mm_srai_epi32(exact ? _mm_add_epi32(hi, half) : sat_add32(hi, half), 16);
+        const bool plain = mac_terms(alp0, terms, nterms, k0, count, exact, lo, hi);
+        lo = _mm_srai_epi32(plain ? _mm_add_epi32(lo, half) : sat_add32(lo, half), 16);
+        hi = _mm_srai_epi32(plain ? _mm_add_epi32(hi, half) : sat_add32(hi, half), 16);
         const __m128i sq = _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(ps, ps), 1),
                                         _mm_srli_epi16(_mm_mullo_epi16(ps, ps), 15));
         _mm_store_si128(reinterpret_cast<__m128i*>(c.ps + k0), ps);
