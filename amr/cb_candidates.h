@@ -26,6 +26,7 @@
 
 #include "amr/cb_correlation.h"
 #include "amr/cb_search.h"
+#include "amr/mac_bound.h"
 
 ZEPS_BEGIN_VARIANT
 namespace amr_cb {
@@ -527,13 +528,50 @@ private:
 #endif
 };
 
+#if defined(__SSSE3__)
+namespace simd {
+
+/// filter_pulses where 2^15 + sum_k 2 |sgn_k| max |h| <= MAX_32: no
+/// product is (-32768)^2, no partial sum nor the rounding leaves 32 bits, so
+/// each output is (sum_k h sgn_k + 2^14) >> 15, the products of two pulses
+/// summed by one pmaddwd (a zero sign pads an odd count).
+inline void filter_pulses_exact(const Word16* h, const Word16* pos, const Word16* sgn, int n, Word16* y) {
+    const __m128i bias = _mm_set1_epi32(0x4000);
+    for (int i0 = 0; i0 < kLCode; i0 += 8) {
+        __m128i lo = bias, hi = bias;
+        for (int k = 0; k < n; k += 2) {
+            const __m128i v0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(h + i0 - pos[k]));
+            const bool pair = k + 1 < n;
+            const __m128i v1 = pair ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(h + i0 - pos[k + 1])) : v0;
+            const Word16 s1 = pair ? sgn[k + 1] : 0;
+            const __m128i s = _mm_set1_epi32(static_cast<std::int32_t>(static_cast<std::uint16_t>(sgn[k])) |
+                                             static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::uint16_t>(s1)) << 16));
+            lo = _mm_add_epi32(lo, _mm_madd_epi16(_mm_unpacklo_epi16(v0, v1), s));
+            hi = _mm_add_epi32(hi, _mm_madd_epi16(_mm_unpackhi_epi16(v0, v1), s));
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y + i0),
+                         _mm_packs_epi32(_mm_srai_epi32(lo, 15), _mm_srai_epi32(hi, 15)));
+    }
+}
+
+}  // namespace simd
+#endif
+
 /// filter_pulses_scalar eight outputs at a time: the L_mac chain of each
 /// output in a 32-bit lane, products exact (pmullw/pmulhw), L_mult's and
-/// L_add's saturations emulated, so the lanes equal the chain for any input.
+/// L_add's saturations emulated, so the lanes equal the chain for any input;
+/// plain sums (filter_pulses_exact) where the response's largest magnitude
+/// bounds every chain.
 inline void filter_pulses(const PaddedResponse& hp, const Word16* pos, const Word16* sgn, int n, Word16* y) {
 #if defined(__SSSE3__)
     using namespace simd;
     const Word16* h = hp.h();
+    std::int64_t weight = 0;
+    for (int k = 0; k < n; k++) weight += amr_dec::mag(sgn[k]);
+    if (0x8000 + 2 * weight * amr_dec::mag_max(h, kLCode) <= MAX_32) {
+        filter_pulses_exact(h, pos, sgn, n, y);
+        return;
+    }
     const __m128i half = _mm_set1_epi32(0x8000);
     for (int i0 = 0; i0 < kLCode; i0 += 8) {
         __m128i lo = _mm_setzero_si128(), hi = _mm_setzero_si128();
