@@ -179,8 +179,8 @@ inline bool mac_terms(Word32 alp0, const Term* terms, int nterms, int k0, int co
 /// contiguous: track t of row i holds rr[i][t + step k] at t * width + k
 /// (width 16 for the 10 positions of a step-4 track, 8 for step 5; lanes
 /// past the track zero), the diagonal and dn[] likewise. rr[][] is cor_h's
-/// symmetric matrix, so track t of rows i0 .. i0 + 7 is the 8x8 block of
-/// rows t + step k, columns i0 .. i0 + 7, transposed.
+/// symmetric matrix, so for step 4 track t of rows i0 .. i0 + 7 is the 8x8
+/// block of rows t + step k, columns i0 .. i0 + 7, transposed.
 struct TrackMatrix {
     alignas(16) Word16 row[kLCode][80];
     alignas(16) Word16 diag[80];
@@ -198,10 +198,12 @@ struct TrackMatrix {
             }
         }
 #if defined(__SSSE3__)
-        fill_rows_transposed(rr);
-#else
-        fill_rows_scalar(rr);
+        if (step == 4) {  // 10-position tracks (8 positions: the plain loop takes fewer instructions)
+            fill_rows_transposed(rr);
+            return;
+        }
 #endif
+        fill_rows_scalar(rr);
     }
     /// Track t of row i of rr[][], of the diagonal, of dn[].
     Strided track(int i, int t) const { return {&row[i][t * width], 1}; }
