@@ -24,7 +24,9 @@
 
 #include <cstdint>
 
+#include "amr/cb_correlation.h"
 #include "amr/cb_search.h"
+#include "amr/mac_bound.h"
 
 ZEPS_BEGIN_VARIANT
 namespace amr_cb {
@@ -123,25 +125,51 @@ inline bool chain_is_exact(Word32 alp0, const Term* terms, int nterms) {
 
 #if defined(__SSSE3__)
 /// The L_mac chains of 8 positions from k0 on, in two vectors of 4 sums;
-/// plain adds where chain_is_exact proved them equal to the saturating ones.
-inline void mac_terms(Word32 alp0, const Term* terms, int nterms, int k0, int count, bool exact, __m128i& lo,
+/// plain adds where chain_is_exact proved them equal to the saturating ones,
+/// or where the values do: every partial sum and the rounding then stay
+/// within |alp0| + 2^15 + sum |v_t| 2^s_t <= MAX_32 (the sum formed in units
+/// of 2^smin, the smallest shift, below 2^25). Returns whether the sums took
+/// plain adds (a rounding of them need not saturate either).
+inline bool mac_terms(Word32 alp0, const Term* terms, int nterms, int k0, int count, bool exact, __m128i& lo,
                       __m128i& hi) {
     const __m128i zero = _mm_setzero_si128();
-    lo = _mm_set1_epi32(alp0);
-    hi = lo;
+    const __m128i a0 = _mm_set1_epi32(alp0);
+    lo = hi = a0;
+    if (exact) {
+        for (int t = 0; t < nterms; t++) {
+            const __m128i v = gather8(terms[t].v, k0, count);
+            const __m128i cnt = _mm_cvtsi32_si128(16 - terms[t].shift);
+            lo = _mm_add_epi32(lo, _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt));
+            hi = _mm_add_epi32(hi, _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt));
+        }
+        return true;
+    }
+    int smin = 15;
+    for (int t = 0; t < nterms; t++) smin = terms[t].shift < smin ? terms[t].shift : smin;
+    const std::int64_t room = (MAX_32 - 0x8000 - (alp0 < 0 ? -std::int64_t{alp0} : std::int64_t{alp0})) >> smin;
+    if (room > 0) {
+        __m128i ul = zero, uh = zero;
+        for (int t = 0; t < nterms; t++) {
+            const __m128i v = gather8(terms[t].v, k0, count);
+            const __m128i cnt = _mm_cvtsi32_si128(16 - terms[t].shift);
+            lo = _mm_add_epi32(lo, _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt));
+            hi = _mm_add_epi32(hi, _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt));
+            const __m128i a = _mm_abs_epi16(v);  // |-32768| read unsigned
+            const __m128i up = _mm_cvtsi32_si128(terms[t].shift - smin);
+            ul = _mm_add_epi32(ul, _mm_sll_epi32(_mm_unpacklo_epi16(a, zero), up));
+            uh = _mm_add_epi32(uh, _mm_sll_epi32(_mm_unpackhi_epi16(a, zero), up));
+        }
+        const __m128i r = _mm_set1_epi32(static_cast<std::int32_t>(room < MAX_32 ? room : MAX_32));
+        if (_mm_movemask_epi8(_mm_or_si128(_mm_cmpgt_epi32(ul, r), _mm_cmpgt_epi32(uh, r))) == 0) return true;
+        lo = hi = a0;
+    }
     for (int t = 0; t < nterms; t++) {
         const __m128i v = gather8(terms[t].v, k0, count);
         const __m128i cnt = _mm_cvtsi32_si128(16 - terms[t].shift);
-        const __m128i vl = _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt);
-        const __m128i vh = _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt);
-        if (exact) {
-            lo = _mm_add_epi32(lo, vl);
-            hi = _mm_add_epi32(hi, vh);
-        } else {
-            lo = sat_add32(lo, vl);
-            hi = sat_add32(hi, vh);
-        }
+        lo = sat_add32(lo, _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt));
+        hi = sat_add32(hi, _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt));
     }
+    return false;
 }
 #endif
 
@@ -150,7 +178,9 @@ inline void mac_terms(Word32 alp0, const Term* terms, int nterms, int k0, int co
 /// rr[][] and dn[] rearranged so that the positions of one track are
 /// contiguous: track t of row i holds rr[i][t + step k] at t * width + k
 /// (width 16 for the 10 positions of a step-4 track, 8 for step 5; lanes
-/// past the track zero), the diagonal and dn[] likewise.
+/// past the track zero), the diagonal and dn[] likewise. rr[][] is cor_h's
+/// symmetric matrix, so for step 4 track t of rows i0 .. i0 + 7 is the 8x8
+/// block of rows t + step k, columns i0 .. i0 + 7, transposed.
 struct TrackMatrix {
     alignas(16) Word16 row[kLCode][80];
     alignas(16) Word16 diag[80];
@@ -167,6 +197,22 @@ struct TrackMatrix {
                 dn[t * width + k] = in ? d[pos] : 0;
             }
         }
+#if defined(__SSSE3__)
+        if (step == 4) {  // 10-position tracks (8 positions: the plain loop takes fewer instructions)
+            fill_rows_transposed(rr);
+            return;
+        }
+#endif
+        fill_rows_scalar(rr);
+    }
+    /// Track t of row i of rr[][], of the diagonal, of dn[].
+    Strided track(int i, int t) const { return {&row[i][t * width], 1}; }
+    Strided diagonal(int t) const { return {&diag[t * width], 1}; }
+    Strided dn_track(int t) const { return {&dn[t * width], 1}; }
+
+    /// The rows read one value at a time (any rr[][]).
+    void fill_rows_scalar(const CorrMatrix& rr) {
+        const int count = step == 4 ? 10 : 8;
         for (int i = 0; i < kLCode; i++) {
             Word16* r = row[i];
             for (int t = 0; t < step; t++) {
@@ -175,10 +221,29 @@ struct TrackMatrix {
             }
         }
     }
-    /// Track t of row i of rr[][], of the diagonal, of dn[].
-    Strided track(int i, int t) const { return {&row[i][t * width], 1}; }
-    Strided diagonal(int t) const { return {&diag[t * width], 1}; }
-    Strided dn_track(int t) const { return {&dn[t * width], 1}; }
+#if defined(__SSSE3__)
+    /// The rows as transposed 8x8 blocks of the symmetric rr[][] (positions
+    /// 8 and 9 of a step-4 track from a block of two rows and six zeros).
+    void fill_rows_transposed(const CorrMatrix& rr) {
+        const __m128i zero = _mm_setzero_si128();
+        for (int t = 0; t < step; t++) {
+            for (int i0 = 0; i0 < kLCode; i0 += 8) {
+                __m128i a[8], tr[8];
+                for (int k = 0; k < 8; k++) a[k] = load8(&rr[t + step * k][i0]);
+                transpose8(a, tr);
+                for (int c = 0; c < 8; c++)
+                    _mm_store_si128(reinterpret_cast<__m128i*>(&row[i0 + c][t * width]), tr[c]);
+                if (width == 8) continue;
+                a[0] = load8(&rr[t + step * 8][i0]);
+                a[1] = load8(&rr[t + step * 9][i0]);
+                for (int k = 2; k < 8; k++) a[k] = zero;
+                transpose8(a, tr);
+                for (int c = 0; c < 8; c++)
+                    _mm_store_si128(reinterpret_cast<__m128i*>(&row[i0 + c][t * width + 8]), tr[c]);
+            }
+        }
+    }
+#endif
 };
 
 /// The pulse sums ps1 and the unrounded L_mac chains alp1 of a track's positions.
@@ -223,9 +288,9 @@ inline void evaluate_track(Word16 ps0, Word32 alp0, Strided dn, const Term* term
     for (int k0 = 0; k0 < count; k0 += 8) {
         const __m128i ps = _mm_adds_epi16(_mm_set1_epi16(ps0), gather8(dn, k0, count));
         __m128i lo, hi;
-        mac_terms(alp0, terms, nterms, k0, count, exact, lo, hi);
-        lo = _mm_srai_epi32(exact ? _mm_add_epi32(lo, half) : sat_add32(lo, half), 16);
-        hi = _mm_srai_epi32(exact ? _mm_add_epi32(hi, half) : sat_add32(hi, half), 16);
+        const bool plain = mac_terms(alp0, terms, nterms, k0, count, exact, lo, hi);
+        lo = _mm_srai_epi32(plain ? _mm_add_epi32(lo, half) : sat_add32(lo, half), 16);
+        hi = _mm_srai_epi32(plain ? _mm_add_epi32(hi, half) : sat_add32(hi, half), 16);
         const __m128i sq = _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(ps, ps), 1),
                                         _mm_srli_epi16(_mm_mullo_epi16(ps, ps), 15));
         _mm_store_si128(reinterpret_cast<__m128i*>(c.ps + k0), ps);
@@ -371,6 +436,67 @@ public:
         evaluate_scalar(ps0, alp0, &second, 1, c);
     }
 
+    /// True when chain_is_exact holds for the fixed term and one more of the
+    /// given shift from every start alp0 with |alp0| <= max_abs_alp0 (the
+    /// bound grows with |alp0|): a whole loop of improving() calls may then
+    /// take the plain adds.
+    bool exact_for(std::int64_t max_abs_alp0, int shift) const {
+        const std::int64_t bound = max_abs_alp0 + 0x8000 + (std::int64_t{1} << (15 + first_.shift)) +
+                                   (std::int64_t{1} << (15 + shift));
+        return bound <= MAX_32;
+    }
+    /// evaluate(ps0, alp0, {run, shift}, c), then any_improves(c, count, sq,
+    /// alp), in one pass of the lanes: the pair searches' inner loop over the
+    /// second pulse. Needs exact_for(|alp0|, shift) and a track-ordered run
+    /// (a TrackMatrix track: 16-byte aligned, 8 readable values from each
+    /// block of 8); lanes of c past count are left unspecified.
+    [[gnu::always_inline]] inline bool improving(Word16 ps0, Word32 alp0, const Word16* run, int shift, Word16 sq,
+                                                 Word16 alp, Candidates& c) const {
+#if defined(__SSSE3__)
+        const __m128i zero = _mm_setzero_si128();
+        const __m128i half = _mm_set1_epi32(0x8000);
+        const __m128i minv = _mm_set1_epi16(MIN_16);
+        const __m128i cnt = _mm_cvtsi32_si128(16 - shift);
+        const __m128i a0 = _mm_set1_epi32(alp0);
+        const __m128i p0 = _mm_set1_epi16(ps0);
+        // (alp, -sq) in every 32-bit lane: pmaddwd with (sq1, alp1) is alp sq1 - sq alp1
+        const __m128i w = _mm_set1_epi32(static_cast<std::int32_t>(static_cast<std::uint16_t>(alp)) |
+                                         static_cast<std::int32_t>(static_cast<std::uint32_t>(-sq) << 16));
+        __m128i better = zero;
+        for (int k0 = 0, b = 0; k0 < count_; k0 += 8, b++) {
+            const __m128i ps = _mm_adds_epi16(p0, dnv_[b]);
+            const __m128i v = _mm_load_si128(reinterpret_cast<const __m128i*>(run + k0));
+            __m128i lo = _mm_add_epi32(_mm_add_epi32(a0, lo_[b]), _mm_sra_epi32(_mm_unpacklo_epi16(zero, v), cnt));
+            __m128i hi = _mm_add_epi32(_mm_add_epi32(a0, hi_[b]), _mm_sra_epi32(_mm_unpackhi_epi16(zero, v), cnt));
+            lo = _mm_srai_epi32(_mm_add_epi32(lo, half), 16);
+            hi = _mm_srai_epi32(_mm_add_epi32(hi, half), 16);
+            const __m128i a16 = _mm_packs_epi32(lo, hi);
+            __m128i sq1 = _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(ps, ps), 1),
+                                       _mm_srli_epi16(_mm_mullo_epi16(ps, ps), 15));
+            sq1 = _mm_xor_si128(sq1, _mm_cmpeq_epi16(ps, minv));
+            _mm_store_si128(reinterpret_cast<__m128i*>(c.ps + k0), ps);
+            _mm_store_si128(reinterpret_cast<__m128i*>(c.sq + k0), sq1);
+            _mm_store_si128(reinterpret_cast<__m128i*>(c.alp + k0), a16);
+            const __m128i gl = _mm_cmpgt_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(sq1, a16), w), zero);
+            const __m128i gh = _mm_cmpgt_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(sq1, a16), w), zero);
+            __m128i g = _mm_packs_epi32(gl, gh);
+            if (count_ - k0 < 8)
+                g = _mm_and_si128(g, _mm_cmpgt_epi16(_mm_set1_epi16(static_cast<short>(count_ - k0)),
+                                                     _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7)));
+            better = _mm_or_si128(better, g);
+        }
+        return _mm_movemask_epi8(better) != 0;
+#else
+        return improving_scalar(ps0, alp0, run, shift, sq, alp, c);
+#endif
+    }
+    /// The same computed by the plain loop.
+    bool improving_scalar(Word16 ps0, Word32 alp0, const Word16* run, int shift, Word16 sq, Word16 alp,
+                          Candidates& c) const {
+        evaluate_scalar(ps0, alp0, Term{{run, 1}, shift}, c);
+        return any_improves_scalar(c, count_, sq, alp);
+    }
+
 private:
 #if defined(__SSSE3__)
     template <bool kExact>
@@ -408,13 +534,50 @@ private:
 #endif
 };
 
+#if defined(__SSSE3__)
+namespace simd {
+
+/// filter_pulses where 2^15 + sum_k 2 |sgn_k| max |h| <= MAX_32: no
+/// product is (-32768)^2, no partial sum nor the rounding leaves 32 bits, so
+/// each output is (sum_k h sgn_k + 2^14) >> 15, the products of two pulses
+/// summed by one pmaddwd (a zero sign pads an odd count).
+inline void filter_pulses_exact(const Word16* h, const Word16* pos, const Word16* sgn, int n, Word16* y) {
+    const __m128i bias = _mm_set1_epi32(0x4000);
+    for (int i0 = 0; i0 < kLCode; i0 += 8) {
+        __m128i lo = bias, hi = bias;
+        for (int k = 0; k < n; k += 2) {
+            const __m128i v0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(h + i0 - pos[k]));
+            const bool pair = k + 1 < n;
+            const __m128i v1 = pair ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(h + i0 - pos[k + 1])) : v0;
+            const Word16 s1 = pair ? sgn[k + 1] : 0;
+            const __m128i s = _mm_set1_epi32(static_cast<std::int32_t>(static_cast<std::uint16_t>(sgn[k])) |
+                                             static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::uint16_t>(s1)) << 16));
+            lo = _mm_add_epi32(lo, _mm_madd_epi16(_mm_unpacklo_epi16(v0, v1), s));
+            hi = _mm_add_epi32(hi, _mm_madd_epi16(_mm_unpackhi_epi16(v0, v1), s));
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y + i0),
+                         _mm_packs_epi32(_mm_srai_epi32(lo, 15), _mm_srai_epi32(hi, 15)));
+    }
+}
+
+}  // namespace simd
+#endif
+
 /// filter_pulses_scalar eight outputs at a time: the L_mac chain of each
 /// output in a 32-bit lane, products exact (pmullw/pmulhw), L_mult's and
-/// L_add's saturations emulated, so the lanes equal the chain for any input.
+/// L_add's saturations emulated, so the lanes equal the chain for any input;
+/// plain sums (filter_pulses_exact) where the response's largest magnitude
+/// bounds every chain.
 inline void filter_pulses(const PaddedResponse& hp, const Word16* pos, const Word16* sgn, int n, Word16* y) {
 #if defined(__SSSE3__)
     using namespace simd;
     const Word16* h = hp.h();
+    std::int64_t weight = 0;
+    for (int k = 0; k < n; k++) weight += amr_dec::mag(sgn[k]);
+    if (0x8000 + 2 * weight * amr_dec::mag_max(h, kLCode) <= MAX_32) {
+        filter_pulses_exact(h, pos, sgn, n, y);
+        return;
+    }
     const __m128i half = _mm_set1_epi32(0x8000);
     for (int i0 = 0; i0 < kLCode; i0 += 8) {
         __m128i lo = _mm_setzero_si128(), hi = _mm_setzero_si128();

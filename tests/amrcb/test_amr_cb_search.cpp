@@ -10,6 +10,7 @@
 // the index words (10, unused ones 0).
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <fstream>
 #include <iterator>
@@ -104,6 +105,14 @@ TEST(AmrCbSearch, VectorCorrelationsEqualReferenceLoops) {
         k::cor_h_scalar(h.data(), sign.data(), b);
         for (int i = 0; i < 40; i++)
             for (int j = 0; j < 40; j++) ASSERT_EQ(a[i][j], b[i][j]) << "cor_h round " << round << " " << i << "," << j;
+        // its tracks rearranged from transposed blocks (the matrix is symmetric) and one value at a time
+        for (const int step : {4, 5}) {
+            const k::TrackMatrix tm(a, x.data(), step);
+            k::TrackMatrix plain = tm;
+            plain.fill_rows_scalar(a);
+            for (int i = 0; i < 40; i++)
+                for (int j = 0; j < 80; j++) ASSERT_EQ(tm.row[i][j], plain.row[i][j]) << "tracks round " << round;
+        }
         const bool mr102 = rng.chance(2);
         const std::int16_t sf = mr102 || rng.chance(2) ? 2 : 1;
         const int tracks = mr102 ? 4 : 5;
@@ -182,6 +191,25 @@ TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
         pair.evaluate_scalar(ps0, alp0, rest, nrest, b);
         for (int i = 0; i < count; i++)
             ASSERT_TRUE(a.ps[i] == b.ps[i] && a.sq[i] == b.sq[i] && a.alp[i] == b.alp[i]) << "rest round " << round;
+        // the pair searches' fused step (candidates and the prefilter) on a track-ordered run, where the
+        // chain is exact: a start alp0 up to the bound, a best from the plain candidates or the start
+        alignas(16) std::int16_t run[16];
+        for (int i = 0; i < 16; i++) run[i] = i < count ? m[static_cast<std::size_t>(rng.uniform(0, 1599))] : 0;
+        const int shift = static_cast<int>(rng.uniform(9, 15));
+        const std::int64_t room = std::int64_t{0x7fffffff} - 0x8000 - (std::int64_t{1} << (15 + terms[0].shift)) - (std::int64_t{1} << (15 + shift));
+        if (room >= 0) {
+            const auto lim = static_cast<std::int32_t>(rng.chance(4) ? room : std::min<std::int64_t>(room, 1 << 26));
+            const std::int32_t start = rng.chance(8) ? (rng.chance(2) ? lim : -lim) : static_cast<std::int32_t>(rng.uniform(-lim, lim));
+            ASSERT_TRUE(pair.exact_for(start < 0 ? -std::int64_t{start} : start, shift));
+            pair.evaluate_scalar(ps0, start, k::Term{{run, 1}, shift}, b);
+            const int bk = static_cast<int>(rng.uniform(-1, count - 1));
+            const std::int16_t fsq = bk < 0 ? -1 : b.sq[bk], falp = bk < 0 ? 1 : rng.chance(2) ? b.alp[bk] : rng.s16();
+            const bool fa = pair.improving(ps0, start, run, shift, fsq, falp, a);
+            const bool fb = pair.improving_scalar(ps0, start, run, shift, fsq, falp, b);
+            ASSERT_EQ(fa, fb) << "fused round " << round;
+            for (int i = 0; i < count; i++)
+                ASSERT_TRUE(a.ps[i] == b.ps[i] && a.sq[i] == b.sq[i] && a.alp[i] == b.alp[i]) << "fused round " << round;
+        }
     }
 }
 
