@@ -4,6 +4,7 @@
 // truncating two-vector weighted sum. Checks, saturation boundaries, both builds.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -67,6 +68,32 @@ TEST(CommonG729, InterpolateCNRTruncatesAndSaturates) {
     EXPECT_EQ(u8::zepsInterpolateC_NR_16s(a.data(), 1, 0, b.data(), 1, -1, y.data(), 3), zepStsScaleRangeErr);
     EXPECT_EQ(u8::zepsInterpolateC_NR_16s(a.data(), 1, -1, b.data(), 1, 0, nullptr, 0), zepStsNullPtrErr);
     EXPECT_EQ(y, V16(3, 9));
+}
+
+// Every pair of extreme inputs and constants, every shift up to and past 31,
+// over lengths that leave tails after the eight-wide blocks: the sum of the
+// two shifted products saturated to 16 bits, computed here in 64 bits.
+TEST(CommonG729, InterpolateCNRMatchesWideSumAtExtremes) {
+    const std::int16_t ext[] = {-32768, -32767, -1, 0, 1, 32767};
+    V16 a, b;
+    for (const auto p : ext)
+        for (const auto q : ext) a.push_back(p), b.push_back(q);
+    for (const std::int16_t v1 : {-32768, -1, 1, 32767})
+        for (const std::int16_t v2 : {-32768, 19661, 32767})
+            for (const int s1 : {0, 1, 15, 31, 40})
+                for (const int s2 : {0, 14, 31}) {
+                    const int len = 17 + (s1 + s2) % 20;
+                    V16 y(a.size(), 7);
+                    ASSERT_EQ(u8::zepsInterpolateC_NR_16s(a.data(), v1, s1, b.data(), v2, s2, y.data(), len),
+                              zepStsNoErr);
+                    for (int i = 0; i < len; ++i) {
+                        const std::int64_t t = ((std::int64_t{a[i]} * v1) >> std::min(s1, 31)) +
+                                               ((std::int64_t{b[i]} * v2) >> std::min(s2, 31));
+                        ASSERT_EQ(y[i], std::clamp<std::int64_t>(t, -32768, 32767))
+                            << i << " v " << v1 << "," << v2 << " s " << s1 << "," << s2;
+                    }
+                    ASSERT_EQ(y[len], 7);
+                }
 }
 
 }  // namespace
