@@ -54,9 +54,9 @@ inline bool sums_never_saturate(const Word16* c) {
     return 65536 * (a + b) + 2 * a <= MAX_32;
 }
 
-/// Mpy_32_16(L_Extract(y), a) without saturation: 2 hi a + 2 ((lo a) >> 15)
+/// Mpy_32_16(L_Extract(y), a) without saturation, y in the 32-bit range: 2 hi a + 2 ((lo a) >> 15)
 /// is 2 (((y >> 1) a) >> 15), since y >> 1 = hi 2^15 + lo.
-inline std::int64_t memory_term_unsaturated(Word32 y, Word16 a) { return 2 * ((std::int64_t{y >> 1} * a) >> 15); }
+inline std::int64_t memory_term_unsaturated64(std::int64_t y, Word16 a) { return 2 * (((y >> 1) * a) >> 15); }
 
 /// The input part of a block, fir[i] = 2 (b0 x[i] + b1 x[i-1] + b2 x[i-2]),
 /// from xin[i + 2] = x[i] (xin[0], xin[1] the two samples before the block).
@@ -98,7 +98,9 @@ inline void fir_block(const Word16* xin, int n, Word16 b0, Word16 b1, Word16 b2,
 template <int Shift>
 void filter_unsaturated(Zep16s* x, int len, HighPassState& st) {
     const Word16 b0 = st.coef[0], b1 = st.coef[1], b2 = st.coef[2], a1 = st.coef[4], a2 = st.coef[5];
-    Word32 y1 = st.y1, y2 = st.y2;
+    // The memories as 64-bit values (always in the 32-bit range), so that the
+    // newest one feeds its multiply without a sign extension.
+    std::int64_t y1 = st.y1, y2 = st.y2;
     constexpr int kBlock = 80;
     Word16 xin[kBlock + 2 + 8] = {};
     Word32 fir[kBlock + 8];
@@ -112,17 +114,18 @@ void filter_unsaturated(Zep16s* x, int len, HighPassState& st) {
         st.x2 = xin[n];
         st.x1 = xin[n + 1];
         for (int i = 0; i < n; ++i) {
-            const std::int64_t sum = memory_term_unsaturated(y1, a1) + memory_term_unsaturated(y2, a2) + fir[i];
-            const std::int64_t sh = sum * (std::int64_t{1} << Shift);
-            Word32 acc = static_cast<Word32>(sh);
-            if (__builtin_expect(sh != acc, 0)) acc = sh > 0 ? MAX_32 : MIN_32;
-            xb[i] = round_fx(acc);
+            // The newest memory's term joins last, so that only its
+            // multiply, shifts and one add lie on the sample-to-sample chain.
+            const std::int64_t rest = (memory_term_unsaturated64(y2, a2) + fir[i]) * (std::int64_t{1} << Shift);
+            std::int64_t acc = (((y1 >> 1) * a1) >> 15) * (std::int64_t{2} << Shift) + rest;
+            if (__builtin_expect(acc != static_cast<Word32>(acc), 0)) acc = acc > 0 ? MAX_32 : MIN_32;
+            xb[i] = round_fx(static_cast<Word32>(acc));
             y2 = y1;
             y1 = acc;
         }
     }
-    st.y1 = y1;
-    st.y2 = y2;
+    st.y1 = static_cast<Word32>(y1);
+    st.y2 = static_cast<Word32>(y2);
 }
 
 /// The filter for any coefficients: plain 64-bit sums in the reference's
