@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <vector>
 
@@ -55,6 +56,37 @@ TEST(CommonG729, AutoCorrNormERefusesLoudInputAndNormalises) {
     EXPECT_EQ(u8::zepsAutoCorr_NormE_16s32s(x.data(), 3, r.data(), 0, &norm), zepStsBadArgErr);
     EXPECT_EQ(u8::zepsAutoCorr_NormE_16s32s(x.data(), 0, nullptr, 4, &norm), zepStsNullPtrErr);
     EXPECT_EQ(r, V32(4, -1));
+}
+
+// Loud inputs at and around the energy limit, full-scale samples (whose
+// squares pair to 2^31 in a 32-bit lane), more lags than samples, lengths
+// with tails after the eight-wide blocks: the 64-bit sums computed here.
+TEST(CommonG729, AutoCorrNormEMatchesWideSums) {
+    zeps::test::Rng rng(11);
+    for (int rep = 0; rep < 300; ++rep) {
+        const int len = 1 + static_cast<int>(rng.uniform(0, 60));
+        const int lags = 1 + static_cast<int>(rng.uniform(0, 70));
+        V16 x(static_cast<std::size_t>(len));
+        const int amp = rep % 3 == 0 ? 32768 : static_cast<int>(23170 / std::max(1.0, std::sqrt(len / 2.0)));
+        for (auto& v : x) v = static_cast<std::int16_t>(rng.uniform(-amp, amp - 1));
+        std::int64_t e = 0;
+        for (const auto v : x) e += 2LL * v * v;
+        V32 r(static_cast<std::size_t>(lags) + 1, 5);
+        int norm = -7;
+        const ZepStatus st = u8::zepsAutoCorr_NormE_16s32s(x.data(), len, r.data(), lags, &norm);
+        if (e > 0x3fffffff) {
+            ASSERT_EQ(st, zepStsOverflow);
+            ASSERT_EQ(r, V32(r.size(), 5));
+            continue;
+        }
+        ASSERT_EQ(st, zepStsNoErr);
+        for (int k = 0; k < lags; ++k) {
+            std::int64_t s = 0;
+            for (int n = 0; n + k < len; ++n) s += 2LL * x[n] * x[n + k];
+            ASSERT_EQ(r[k], static_cast<std::int32_t>(static_cast<std::uint32_t>(s << norm))) << rep << " lag " << k;
+        }
+        ASSERT_EQ(r[lags], 5);
+    }
 }
 
 TEST(CommonG729, InterpolateCNRTruncatesAndSaturates) {
