@@ -486,10 +486,13 @@ build u8 called directly, CPU time per call.
 
 Build n8 is compiled `-mssse3 -mmovbe -mtune=bonnell` (in-order scheduling)
 with GCC's switches `-mtune-ctrl=sse_unaligned_load_optimal,
-sse_unaligned_store_optimal,^opt_agu,^avoid_lea_for_addr` and
-`--param=vect-max-peeling-for-alignment=0` (without them the in-order tuning
-splits unaligned 16-byte loads and stores, peels vectorised loops to
-alignment and rewrites address arithmetic for an in-order address unit);
+sse_unaligned_store_optimal,^opt_agu,^avoid_lea_for_addr,
+fuse_cmp_and_branch_32,fuse_cmp_and_branch_64,fuse_cmp_and_branch_soflags,
+fuse_alu_and_branch` and `--param=vect-max-peeling-for-alignment=0` (without
+them the in-order tuning splits unaligned 16-byte loads and stores, peels
+vectorised loops to alignment, rewrites address arithmetic for an in-order
+address unit and schedules instructions between a loop's compare and branch,
+which out-of-order cores then cannot fuse);
 both builds align loops to 32 bytes. Both builds give the same results (the
 variant-equality tests); only their speed differs.
 """]
