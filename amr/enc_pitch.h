@@ -10,6 +10,10 @@
 
 #include <algorithm>
 
+#if defined(__SSSE3__)
+#include <tmmintrin.h>
+#endif
+
 #include "amr/amr_dec_tables.h"
 #include "amr/amr_enc_tables.h"
 #include "amr/amr_vad_tables.h"
@@ -427,6 +431,33 @@ inline Word16 q_gain_pitch(Word16 mode, Word16 gp_limit, Word16& gain, Word16* g
     return index;
 }
 
+/// out[i] = sub(x[i], extract_h(L_shl(L_mult(v[i], g), 1))) for a subframe
+/// (cl_ltp's xn2 and res2; out may be x). Reference operators.
+inline void subtract_gained_scalar(const Word16* x, const Word16* v, Word16 g, Word16* out) {
+    for (int i = 0; i < kLSubfr; i++) out[i] = sub(x[i], extract_h(L_shl(L_mult(v[i], g), 1)));
+}
+
+/// subtract_gained_scalar eight samples at a time, for any inputs: with the
+/// exact product p = v g, extract_h(L_shl(L_mult(v, g), 1)) is p >> 14
+/// clamped to 16 bits (4 p leaves 32 bits exactly when p >> 14 leaves 16;
+/// the one saturating L_mult, (-32768)^2, gives 32767 both ways), which
+/// psrad and packssdw form; sub is psubsw.
+inline void subtract_gained(const Word16* x, const Word16* v, Word16 g, Word16* out) {
+#if defined(__SSSE3__)
+    const __m128i gv = _mm_set1_epi16(g);
+    for (int i = 0; i < kLSubfr; i += 8) {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(v + i));
+        const __m128i lo = _mm_mullo_epi16(a, gv), hi = _mm_mulhi_epi16(a, gv);
+        const __m128i q = _mm_packs_epi32(_mm_srai_epi32(_mm_unpacklo_epi16(lo, hi), 14),
+                                          _mm_srai_epi32(_mm_unpackhi_epi16(lo, hi), 14));
+        const __m128i xv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_subs_epi16(xv, q));
+    }
+#else
+    subtract_gained_scalar(x, v, g, out);
+#endif
+}
+
 /// cl_ltp: closed-loop pitch search, adaptive codebook vector, its filtered
 /// form y1, pitch gain (limited by the tone-stability check; quantised here
 /// at 12.2 kbit/s), target xn2 of the codebook search and LTP residual res2.
@@ -455,10 +486,8 @@ inline void cl_ltp(Word16& T0_prev, const Word16* ton, Word16 mode, Word16 frame
         }
         if (mode == MR122) ana[1] = q_gain_pitch(MR122, gp_limit, gain_pit, nullptr, nullptr);
     }
-    for (int i = 0; i < kLSubfr; i++) {
-        xn2[i] = sub(xn[i], extract_h(L_shl(L_mult(y1[i], gain_pit), 1)));
-        res2[i] = sub(res2[i], extract_h(L_shl(L_mult(exc[i], gain_pit), 1)));
-    }
+    subtract_gained(xn, y1, gain_pit, xn2);
+    subtract_gained(res2, exc, gain_pit, res2);
 }
 
 /// subframePostProc: excitation exc = gp v + gc c, local synthesis, and the

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// GSM-AMR cl_ltp: the codebook target xn2 and the LTP residual res2 with the
+// pitch contribution removed, eight samples at a time against the
+// reference operators, at the saturation boundaries (products at +-2^29,
+// (-32768)^2, subtractions past 16 bits) and in place.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "amr/enc_pitch.h"
+#include "tests/variant_check.h"
+
+namespace {
+
+TEST(AmrClLtpTargets, LanesEqualReferenceOperators) {
+    namespace k = zeps::ref::amr_enc;
+    zeps::test::Rng rng(795);
+    // products v g at 2^29 - 1, 2^29, -2^29, -2^29 - 1 and (-32768)^2
+    const std::int16_t gains[] = {-32768, -32767, -1, 0, 1, 16384, 19661, 32767};
+    const std::int16_t edges[] = {-32768, -32767, -16385, -16384, -16383, -1, 0, 1, 16383, 16384, 16385, 32767};
+    int saturated = 0;
+    for (int round = 0; round < 20000; ++round) {
+        std::vector<std::int16_t> x(40), v(40);
+        const std::int16_t g = rng.chance(2) ? gains[rng.uniform(0, 7)] : rng.s16();
+        for (int i = 0; i < 40; i++) {
+            x[i] = rng.chance(4) ? edges[rng.uniform(0, 11)] : rng.s16();
+            v[i] = rng.chance(4) ? edges[rng.uniform(0, 11)] : rng.s16();
+        }
+        std::vector<std::int16_t> want(40, 0x5a5a), got(40, 0x5a5a);
+        k::subtract_gained_scalar(x.data(), v.data(), g, want.data());
+        k::subtract_gained(x.data(), v.data(), g, got.data());
+        ASSERT_EQ(got, want) << "round " << round << " g " << g;
+        std::vector<std::int16_t> inplace = x;  // res2 is updated in place
+        k::subtract_gained(inplace.data(), v.data(), g, inplace.data());
+        ASSERT_EQ(inplace, want) << "round " << round;
+        for (int i = 0; i < 40; i++) saturated += want[i] == 32767 || want[i] == -32768;
+    }
+    // the reference form against a direct reading of the operators at the product boundaries
+    using namespace zeps::ref;
+    for (std::int16_t g : gains)
+        for (std::int16_t e : edges) {
+            std::vector<std::int16_t> x(40, 0), v(40, e), got(40, 0x5a5a);
+            k::subtract_gained(x.data(), v.data(), g, got.data());
+            EXPECT_EQ(got[39], sub(0, extract_h(L_shl(L_mult(e, g), 1)))) << e << " " << g;
+        }
+    EXPECT_GT(saturated, 1000);
+}
+
+}  // namespace
