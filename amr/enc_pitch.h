@@ -9,6 +9,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
 
 #if defined(__SSSE3__)
 #include <tmmintrin.h>
@@ -490,6 +491,45 @@ inline void cl_ltp(Word16& T0_prev, const Word16* ton, Word16 mode, Word16 frame
     subtract_gained(res2, exc, gain_pit, res2);
 }
 
+/// exc[i] = round(L_shl(L_mac(L_mult(exc[i], pitch_fac), code[i], gain_code),
+/// shift)) for a subframe (subframePostProc's total excitation). Reference
+/// operators.
+inline void gained_excitation_scalar(Word16* exc, const Word16* code, Word16 pitch_fac, Word16 gain_code,
+                                     Word16 shift) {
+    for (int i = 0; i < kLSubfr; i++) {
+        Word32 L_temp = L_mult(exc[i], pitch_fac);
+        L_temp = L_mac(L_temp, code[i], gain_code);
+        exc[i] = round_fx(L_shl(L_temp, shift));
+    }
+}
+
+/// gained_excitation_scalar eight samples at a time where both gains are
+/// not negative (shift 1 or 2): then neither product is (-32768)^2 and
+/// H = exc pitch_fac + code gain_code (one pmaddwd) lies within 32 bits with
+/// room for the rounding, and the saturations of L_mac, L_shl and round_fx,
+/// all monotone, make the result (2 H 2^shift + 2^15) >> 16 clamped to 16
+/// bits, that is (H + 2^(14 - shift)) >> (15 - shift) through packssdw.
+/// Negative gains take the scalar form.
+inline void gained_excitation(Word16* exc, const Word16* code, Word16 pitch_fac, Word16 gain_code, Word16 shift) {
+#if defined(__SSSE3__)
+    if (pitch_fac >= 0 && gain_code >= 0 && (shift == 1 || shift == 2)) {
+        const __m128i g = _mm_set1_epi32(static_cast<std::int32_t>(static_cast<std::uint16_t>(pitch_fac)) |
+                                         static_cast<std::int32_t>(static_cast<std::uint32_t>(gain_code) << 16));
+        const __m128i bias = _mm_set1_epi32(1 << (14 - shift));
+        const __m128i cnt = _mm_cvtsi32_si128(15 - shift);
+        for (int i = 0; i < kLSubfr; i += 8) {
+            const __m128i e = _mm_loadu_si128(reinterpret_cast<const __m128i*>(exc + i));
+            const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(code + i));
+            const __m128i lo = _mm_sra_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(e, c), g), bias), cnt);
+            const __m128i hi = _mm_sra_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(e, c), g), bias), cnt);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(exc + i), _mm_packs_epi32(lo, hi));
+        }
+        return;
+    }
+#endif
+    gained_excitation_scalar(exc, code, pitch_fac, gain_code, shift);
+}
+
 /// subframePostProc: excitation exc = gp v + gc c, local synthesis, and the
 /// error and weighting-filter memories for the next subframe; sharp is the
 /// quantised pitch gain limited to SHARPMAX. speech, exc and synth point
@@ -506,11 +546,7 @@ inline void subframe_post_proc(const Word16* speech, Word16 mode, Word16 gain_pi
     }
     sharp = gain_pit;
     if (sharp > kSharpMax) sharp = kSharpMax;
-    for (int i = 0; i < kLSubfr; i++) {
-        Word32 L_temp = L_mult(exc[i], pitch_fac);
-        L_temp = L_mac(L_temp, code[i], gain_code);
-        exc[i] = round_fx(L_shl(L_temp, tempShift));
-    }
+    gained_excitation(exc, code, pitch_fac, gain_code, tempShift);
     syn_filt(Aq, exc, synth, kLSubfr, mem_syn, true);
     for (int i = kLSubfr - kM, j = 0; i < kLSubfr; i++, j++) {
         mem_err[j] = sub(speech[i], synth[i]);

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
-// GSM-AMR cl_ltp: the codebook target xn2 and the LTP residual res2 with the
-// pitch contribution removed, eight samples at a time against the
+// GSM-AMR cl_ltp and subframePostProc: the codebook target xn2 and the LTP
+// residual res2 with the pitch contribution removed, and the total
+// excitation from the two gains, eight samples at a time against the
 // reference operators, at the saturation boundaries (products at +-2^29,
-// (-32768)^2, subtractions past 16 bits) and in place.
+// (-32768)^2, sums and shifts past 32 bits, subtractions past 16 bits).
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -45,6 +46,30 @@ TEST(AmrClLtpTargets, LanesEqualReferenceOperators) {
             EXPECT_EQ(got[39], sub(0, extract_h(L_shl(L_mult(e, g), 1)))) << e << " " << g;
         }
     EXPECT_GT(saturated, 1000);
+}
+
+TEST(AmrClLtpTargets, ExcitationLanesEqualReferenceOperators) {
+    namespace k = zeps::ref::amr_enc;
+    zeps::test::Rng rng(122);
+    const std::int16_t gains[] = {-32768, -1, 0, 1, 8192, 16384, 19661, 32767};
+    const std::int16_t edges[] = {-32768, -32767, -1, 0, 1, 32766, 32767};
+    int clamped = 0;
+    for (int round = 0; round < 40000; ++round) {
+        std::vector<std::int16_t> exc(40), code(40);
+        const std::int16_t gp = rng.chance(2) ? gains[rng.uniform(0, 7)] : rng.s16();
+        const std::int16_t gc = rng.chance(2) ? gains[rng.uniform(0, 7)] : rng.s16();
+        const auto shift = static_cast<std::int16_t>(rng.uniform(1, 2));  // 2 at 12.2 kbit/s
+        for (int i = 0; i < 40; i++) {
+            exc[i] = rng.chance(3) ? edges[rng.uniform(0, 6)] : rng.s16();
+            code[i] = rng.chance(3) ? edges[rng.uniform(0, 6)] : rng.s16();
+        }
+        std::vector<std::int16_t> want = exc, got = exc;
+        k::gained_excitation_scalar(want.data(), code.data(), gp, gc, shift);
+        k::gained_excitation(got.data(), code.data(), gp, gc, shift);
+        ASSERT_EQ(got, want) << "round " << round << " gains " << gp << " " << gc << " shift " << shift;
+        for (int i = 0; i < 40; i++) clamped += want[i] == 32767 || want[i] == -32768;
+    }
+    EXPECT_GT(clamped, 10000);
 }
 
 }  // namespace
