@@ -3,12 +3,14 @@
 // residual res2 with the pitch contribution removed, and the total
 // excitation from the two gains, eight samples at a time against the
 // reference operators, at the saturation boundaries (products at +-2^29,
-// (-32768)^2, sums and shifts past 32 bits, subtractions past 16 bits).
+// (-32768)^2, sums and shifts past 32 bits, subtractions past 16 bits); the
+// gain quantiser's energies and correlations against their L_mac chains.
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <vector>
 
+#include "amr/enc_gain.h"
 #include "amr/enc_pitch.h"
 #include "tests/variant_check.h"
 
@@ -70,6 +72,33 @@ TEST(AmrClLtpTargets, ExcitationLanesEqualReferenceOperators) {
         for (int i = 0; i < 40; i++) clamped += want[i] == 32767 || want[i] == -32768;
     }
     EXPECT_GT(clamped, 10000);
+}
+
+TEST(AmrClLtpTargets, GainEnergiesEqualMacChains) {
+    namespace k = zeps::ref::amr_enc;
+    using namespace zeps::ref;
+    zeps::test::Rng rng(59);
+    const int levels[] = {0, 4, 4096, 16384, 32767};
+    int saturated = 0;
+    for (int round = 0; round < 20000; ++round) {
+        std::vector<std::int16_t> a(40), b(40);
+        const int la = levels[rng.uniform(0, 4)], lb = levels[rng.uniform(0, 4)];
+        const bool same = rng.chance(4);  // equal or opposite vectors meet the Cauchy-Schwarz bound
+        for (int i = 0; i < 40; i++) {
+            a[i] = rng.chance(8) ? (rng.chance(2) ? -32768 : 32767) : static_cast<std::int16_t>(rng.uniform(-la, la));
+            b[i] = same ? a[i] : rng.chance(8) ? -32768 : static_cast<std::int16_t>(rng.uniform(-lb, lb));
+        }
+        const Word32 init = static_cast<Word32>(rng.uniform(0, 1));
+        Word32 chain = init, squares = init;
+        for (int i = 0; i < 40; i++) {
+            chain = L_mac(chain, a[i], b[i]);
+            squares = L_mac(squares, a[i], a[i]);
+        }
+        ASSERT_EQ(k::mac_chain(a.data(), b.data(), init), chain) << "round " << round;
+        ASSERT_EQ(k::sum_sq_sat(a.data(), init), squares) << "round " << round;
+        saturated += chain == MAX_32 || chain == MIN_32 || squares == MAX_32;
+    }
+    EXPECT_GT(saturated, 1000);
 }
 
 }  // namespace
