@@ -5,7 +5,7 @@
 // position search (each track's 8 candidates evaluated together, see
 // cb_candidates.h) and the index of the chosen pulses. The last pulse's
 // choice is made only where it could replace the codevector
-// (cb_last_choice.h); search_3i40's track orders share their second pulses.
+// (cb_last_choice.h), in every search here; search_3i40's track orders share their second pulses.
 // Target Q0, impulse response Q12, pulses +8191/-8192 (Q13), filtered code Q12.
 #include "amr/amr_cb_tables.h"
 #include "amr/amr_dec_tables.h"
@@ -77,9 +77,15 @@ TrackWithFixedTerm track_with_diagonal(const Word16* dn, const CorrMatrix& rr, i
 
 /// Best second pulse after i0 on the track starting at start (t1 its
 /// track_with_diagonal of shift 14).
+[[gnu::always_inline]] inline void second_pulse_candidates(const Word16* dn, const CorrMatrix& rr,
+                                                            const TrackWithFixedTerm& t1, int i0, int start,
+                                                            Candidates& c) {
+    t1.evaluate(dn[i0], L_mult(rr[i0][i0], k1_4), {row(rr, i0, start), 15}, c);  // 1/4 diagonal, 1/2 row
+}
+
 [[gnu::always_inline]] inline Best second_pulse(const Word16* dn, const CorrMatrix& rr, const TrackWithFixedTerm& t1, int i0, int start) {
     Candidates c;
-    t1.evaluate(dn[i0], L_mult(rr[i0][i0], k1_4), {row(rr, i0, start), 15}, c);  // 1/4 diagonal, 1/2 row
+    second_pulse_candidates(dn, rr, t1, i0, start, c);
     Best b(start);
     b.choose(c, start);
     return b;
@@ -93,7 +99,11 @@ void search_2i40(const Word16* dn, const CorrMatrix& rr, const Word16 (*pairs)[2
     for (int p = 0; p < npairs; p++) {
         const TrackWithFixedTerm t1 = track_with_diagonal(dn, rr, pairs[p][1], 14);
         for (int i0 = pairs[p][0]; i0 < kLCode; i0 += 5) {
-            const Best b = second_pulse(dn, rr, t1, i0, pairs[p][1]);
+            Candidates cand;
+            second_pulse_candidates(dn, rr, t1, i0, pairs[p][1], cand);
+            if (!c.may_improve(cand)) continue;
+            Best b(pairs[p][1]);
+            b.choose(cand, pairs[p][1]);
             if (c.better(b.sq, b.alp)) {
                 codvec[0] = static_cast<Word16>(i0);
                 codvec[1] = static_cast<Word16>(b.ix);
