@@ -4,7 +4,8 @@
 // excitation from the two gains, eight samples at a time against the
 // reference operators, at the saturation boundaries (products at +-2^29,
 // (-32768)^2, sums and shifts past 32 bits, subtractions past 16 bits); the
-// gain quantiser's energies and correlations against their L_mac chains.
+// gain quantiser's energies and correlations against their L_mac chains;
+// the open-loop search signal's scaling at its energy thresholds.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -12,6 +13,7 @@
 
 #include "amr/enc_gain.h"
 #include "amr/enc_pitch.h"
+#include "amr/ol_corr_lanes.h"
 #include "tests/variant_check.h"
 
 namespace {
@@ -99,6 +101,32 @@ TEST(AmrClLtpTargets, GainEnergiesEqualMacChains) {
         saturated += chain == MAX_32 || chain == MIN_32 || squares == MAX_32;
     }
     EXPECT_GT(saturated, 1000);
+}
+
+TEST(AmrClLtpTargets, OpenLoopScalingLanesEqualReferenceOperators) {
+    namespace k = zeps::ref::amr;
+    using namespace zeps::ref;
+    zeps::test::Rng rng(143);
+    // 223 and 303 samples (80- and 160-sample frames); levels either side of
+    // the 2^20 threshold (|x| near 724) and of saturation
+    const int levels[] = {0, 1, 64, 100, 724, 725, 2000, 32767};
+    int facs[3] = {};
+    for (int round = 0; round < 6000; ++round) {
+        const int n = rng.chance(2) ? 223 : 303;
+        const int lvl = levels[rng.uniform(0, 7)];
+        std::vector<std::int16_t> x(static_cast<std::size_t>(n));
+        for (auto& v : x) v = static_cast<std::int16_t>(rng.uniform(-lvl, lvl));
+        if (rng.chance(4)) x[static_cast<std::size_t>(rng.uniform(0, n - 1))] = rng.chance(2) ? -32768 : 32767;
+        Word32 t0 = 0;
+        for (auto v : x) t0 = L_mac(t0, v, v);
+        std::vector<std::int16_t> want(x.size(), 0x5a5a), got(x.size(), 0x5a5a);
+        const int fw = k::scale_for_search_scalar(x.data(), n, t0, want.data());
+        const int fg = k::scale_for_search(x.data(), n, t0, got.data());
+        ASSERT_EQ(fg, fw) << "round " << round;
+        ASSERT_EQ(got, want) << "round " << round << " level " << lvl;
+        facs[fw == 3 ? 0 : fw == -3 ? 1 : 2]++;
+    }
+    for (int f : facs) EXPECT_GT(f, 500);
 }
 
 }  // namespace
