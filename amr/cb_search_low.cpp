@@ -3,12 +3,15 @@
 // MR475/MR515, c2_11pf.c MR59, c3_14pf.c MR67, c4_17pf.c MR74/MR795):
 // pitch sharpening of the impulse response, sign preselection, depth-first
 // position search (each track's 8 candidates evaluated together, see
-// cb_candidates.h) and the index of the chosen pulses. Target Q0, impulse
-// response Q12, pulses +8191/-8192 (Q13), filtered code Q12.
+// cb_candidates.h) and the index of the chosen pulses. The last pulse's
+// choice is made only where it could replace the codevector
+// (cb_last_choice.h), in every search here; search_3i40's track orders share their second pulses.
+// Target Q0, impulse response Q12, pulses +8191/-8192 (Q13), filtered code Q12.
 #include "amr/amr_cb_tables.h"
 #include "amr/amr_dec_tables.h"
 #include "amr/cb_candidates.h"
 #include "amr/cb_correlation.h"
+#include "amr/cb_last_choice.h"
 #include "amr/cb_search.h"
 #include "amr/cb_sign.h"
 
@@ -22,9 +25,10 @@ constexpr Word16 k1_4 = 8192;
 /// Running best of one search level: the candidate replaces the best when
 /// sq1 / alp1 > sq / alp (cross-multiplied as the reference does).
 struct Best {
-    Word16 sq = -1, alp = 1, ps = 0;
+    Word16 sq, alp, ps;
     int ix;
-    explicit Best(int first) : ix(first) {}
+    Best() = default;  // a slot of SecondPulseMemo, written before it is read
+    explicit Best(int first) : sq(-1), alp(1), ps(0), ix(first) {}
     /// The track's 8 candidates in position order (first, first + 5, ...),
     /// chosen from the start values (-1, 1).
     void choose(const Candidates& c, int first) {
@@ -54,6 +58,7 @@ Strided row(const CorrMatrix& rr, int i, int first) { return {&rr[i][first], 5};
 /// The codevector of the whole search (psk / alpk).
 struct Chosen {
     Word16 psk = -1, alpk = 1;
+    bool may_improve(const Candidates& cand) const { return last_choice_may_improve(cand, 8, psk, alpk); }
     bool better(Word16 sq, Word16 alp) {
         if (improves(sq, alp, psk, alpk)) {
             psk = sq;
@@ -72,9 +77,15 @@ TrackWithFixedTerm track_with_diagonal(const Word16* dn, const CorrMatrix& rr, i
 
 /// Best second pulse after i0 on the track starting at start (t1 its
 /// track_with_diagonal of shift 14).
+[[gnu::always_inline]] inline void second_pulse_candidates(const Word16* dn, const CorrMatrix& rr,
+                                                            const TrackWithFixedTerm& t1, int i0, int start,
+                                                            Candidates& c) {
+    t1.evaluate(dn[i0], L_mult(rr[i0][i0], k1_4), {row(rr, i0, start), 15}, c);  // 1/4 diagonal, 1/2 row
+}
+
 [[gnu::always_inline]] inline Best second_pulse(const Word16* dn, const CorrMatrix& rr, const TrackWithFixedTerm& t1, int i0, int start) {
     Candidates c;
-    t1.evaluate(dn[i0], L_mult(rr[i0][i0], k1_4), {row(rr, i0, start), 15}, c);  // 1/4 diagonal, 1/2 row
+    second_pulse_candidates(dn, rr, t1, i0, start, c);
     Best b(start);
     b.choose(c, start);
     return b;
@@ -88,7 +99,11 @@ void search_2i40(const Word16* dn, const CorrMatrix& rr, const Word16 (*pairs)[2
     for (int p = 0; p < npairs; p++) {
         const TrackWithFixedTerm t1 = track_with_diagonal(dn, rr, pairs[p][1], 14);
         for (int i0 = pairs[p][0]; i0 < kLCode; i0 += 5) {
-            const Best b = second_pulse(dn, rr, t1, i0, pairs[p][1]);
+            Candidates cand;
+            second_pulse_candidates(dn, rr, t1, i0, pairs[p][1], cand);
+            if (!c.may_improve(cand)) continue;
+            Best b(pairs[p][1]);
+            b.choose(cand, pairs[p][1]);
             if (c.better(b.sq, b.alp)) {
                 codvec[0] = static_cast<Word16>(i0);
                 codvec[1] = static_cast<Word16>(b.ix);
@@ -97,16 +112,29 @@ void search_2i40(const Word16* dn, const CorrMatrix& rr, const Word16 (*pairs)[2
     }
 }
 
-/// search_3i40 (c3_14pf.c) and search_4i40 (c4_17pf.c): for each track
-/// order, each i0 whose dn2 survived preselection, the pulses after it one
-/// at a time.
-void search_3or4(const Word16* dn, const Word16* dn2, const CorrMatrix& rr, Word16* ipos, int npulse, Chosen& c,
-                 Word16* codvec) {
-    for (int i = 0; i < npulse; i++) {
-        const int t2 = ipos[2], t3 = ipos[npulse - 1];
+/// The next track order of search_3i40 and search_4i40: the last track becomes the first.
+void rotate_tracks(Word16* ipos, int npulse) {
+    const Word16 pos = ipos[npulse - 1];
+    for (int k = npulse - 1; k > 0; k--) ipos[k] = ipos[k - 1];
+    ipos[0] = pos;
+}
+
+/// The second pulses chosen after each first pulse, by the first two
+/// tracks: the track orders of search_3i40 meet the same first two tracks
+/// twice, and the choice depends on them and the first pulse alone.
+struct SecondPulseMemo {
+    Best second[5][5][8];  // [track of i0][track of i1][i0 / 5]
+    bool have[5][5] = {};
+};
+
+/// search_4i40 (c4_17pf.c): for each track order, each i0 whose dn2
+/// survived preselection, the pulses after it one at a time.
+void search_4i40(const Word16* dn, const Word16* dn2, const CorrMatrix& rr, Word16* ipos, Chosen& c, Word16* codvec) {
+    for (int i = 0; i < 4; i++) {
+        const int t2 = ipos[2], t3 = ipos[3];
         const TrackWithFixedTerm track1 = track_with_diagonal(dn, rr, ipos[1], 14);
         const TrackWithFixedTerm track2 = track_with_diagonal(dn, rr, t2, 12);
-        const TrackWithFixedTerm track3 = npulse == 4 ? track_with_diagonal(dn, rr, t3, 12) : track2;  // the last pulse
+        const TrackWithFixedTerm track3 = track_with_diagonal(dn, rr, t3, 12);
         for (int i0 = ipos[0]; i0 < kLCode; i0 += 5) {
             if (dn2[i0] < 0) continue;
             const Best b1 = second_pulse(dn, rr, track1, i0, ipos[1]);
@@ -117,16 +145,9 @@ void search_3or4(const Word16* dn, const Word16* dn2, const CorrMatrix& rr, Word
             Best b2(t2);
             b2.choose(cand, t2);
             const int i2 = b2.ix;
-            if (npulse == 3) {
-                if (c.better(b2.sq, b2.alp)) {
-                    codvec[0] = static_cast<Word16>(i0);
-                    codvec[1] = static_cast<Word16>(i1);
-                    codvec[2] = static_cast<Word16>(i2);
-                }
-                continue;
-            }
             const Term rows3[3] = {{row(rr, i2, t3), 13}, {row(rr, i1, t3), 13}, {row(rr, i0, t3), 13}};
             track3.evaluate(b2.ps, L_deposit_h(b2.alp), rows3, 3, cand);
+            if (!c.may_improve(cand)) continue;
             Best b3(t3);
             b3.choose(cand, t3);
             if (c.better(b3.sq, b3.alp)) {
@@ -136,10 +157,39 @@ void search_3or4(const Word16* dn, const Word16* dn2, const CorrMatrix& rr, Word
                 codvec[3] = static_cast<Word16>(b3.ix);
             }
         }
-        // rotate the track order: the last track becomes the first
-        const Word16 pos = ipos[npulse - 1];
-        for (int k = npulse - 1; k > 0; k--) ipos[k] = ipos[k - 1];
-        ipos[0] = pos;
+        rotate_tracks(ipos, 4);
+    }
+}
+
+/// search_3i40 (c3_14pf.c), the same for three pulses, the second pulses
+/// shared through memo by the track orders that begin alike.
+void search_3i40(const Word16* dn, const Word16* dn2, const CorrMatrix& rr, Word16* ipos, Chosen& c,
+                 SecondPulseMemo& memo, Word16* codvec) {
+    for (int i = 0; i < 3; i++) {
+        const int t0 = ipos[0], t1 = ipos[1], t2 = ipos[2];
+        const bool known = memo.have[t0][t1];
+        Best* const seconds = memo.second[t0][t1];
+        const TrackWithFixedTerm track1 = track_with_diagonal(dn, rr, t1, 14);
+        const TrackWithFixedTerm track2 = track_with_diagonal(dn, rr, t2, 12);
+        for (int k = 0; k < 8; k++) {
+            const int i0 = t0 + 5 * k;
+            if (dn2[i0] < 0) continue;
+            if (!known) seconds[k] = second_pulse(dn, rr, track1, i0, t1);
+            const Best b1 = seconds[k];
+            Candidates cand;
+            const Term rows2[2] = {{row(rr, b1.ix, t2), 13}, {row(rr, i0, t2), 13}};
+            track2.evaluate(b1.ps, L_mult(b1.alp, k1_4), rows2, 2, cand);
+            if (!c.may_improve(cand)) continue;
+            Best b2(t2);
+            b2.choose(cand, t2);
+            if (c.better(b2.sq, b2.alp)) {
+                codvec[0] = static_cast<Word16>(i0);
+                codvec[1] = static_cast<Word16>(b1.ix);
+                codvec[2] = static_cast<Word16>(b2.ix);
+            }
+        }
+        memo.have[t0][t1] = true;
+        rotate_tracks(ipos, 3);
     }
 }
 
@@ -280,10 +330,11 @@ Word16 code_3i40_14bits(const Word16* x, PaddedResponse& h, Word16 T0, Word16 pi
     prepare(x, h, 6, p);
     Word16 codvec[3] = {0, 1, 2};
     Chosen c;
+    SecondPulseMemo memo;
     for (Word16 track1 = 1; track1 < 4; track1 += 2)
         for (Word16 track2 = 2; track2 < 5; track2 += 2) {
             Word16 ipos[3] = {0, track1, track2};
-            search_3or4(p.dn, p.dn2, p.rr, ipos, 3, c, codvec);
+            search_3i40(p.dn, p.dn2, p.rr, ipos, c, memo, codvec);
         }
     const Word16 index = build_code(codvec, 3, p.dn_sign, index_3i40_14bits, nullptr, code, h, y, sign);
     finish(code, T0, sharp);
@@ -299,7 +350,7 @@ Word16 code_4i40_17bits(const Word16* x, PaddedResponse& h, Word16 T0, Word16 pi
     Chosen c;
     for (Word16 track = 3; track < 5; track++) {
         Word16 ipos[4] = {0, 1, 2, track};
-        search_3or4(p.dn, p.dn2, p.rr, ipos, 4, c, codvec);
+        search_4i40(p.dn, p.dn2, p.rr, ipos, c, codvec);
     }
     const Word16 index = build_code(codvec, 4, p.dn_sign, index_4i40_17bits, nullptr, code, h, y, sign);
     finish(code, T0, sharp);

@@ -86,26 +86,22 @@ inline Word32 normalised(Word32 s) { return static_cast<Word32>(static_cast<std:
 /// init + sum 2 a[i]^2 as the L_mac chain leaves it (init >= 0): the terms
 /// are not negative, so the chain is the plain sum clamped at MAX_32.
 inline Word32 sum_sq_sat(const Word16* a, Word32 init = 0) {
-    std::int64_t s = init;
-    for (int i = 0; i < kLSubfr; i++) s += 2 * std::int64_t{a[i]} * a[i];
+    const std::int64_t s = init + 2 * g729p::energy64(a, kLSubfr);
     return s > MAX_32 ? MAX_32 : static_cast<Word32>(s);
 }
 
 /// The L_mac chain init + sum 2 a[i] b[i] over a subframe. By Cauchy-Schwarz
 /// every partial sum lies within |init| + 2 sqrt(Ea Eb) of 0 (E the sums of
 /// squares); when that is at most MAX_32 the chain is the plain sum,
-/// otherwise it runs term by term.
+/// otherwise it runs term by term. The sums of squares are exact 64-bit
+/// sums; the plain sum of products then lies within 31 bits, so its
+/// wrapping 32-bit lanes are exact.
 inline Word32 mac_chain(const Word16* a, const Word16* b, Word32 init = 0) {
-    std::int64_t ea = 0, eb = 0, ab = 0;
-    for (int i = 0; i < kLSubfr; i++) {
-        ea += std::int64_t{a[i]} * a[i];
-        eb += std::int64_t{b[i]} * b[i];
-        ab += std::int64_t{a[i]} * b[i];
-    }
+    const std::int64_t ea = g729p::energy64(a, kLSubfr), eb = g729p::energy64(b, kLSubfr);
     const std::int64_t room = MAX_32 - (init < 0 ? -std::int64_t{init} : std::int64_t{init});
     if (4 * static_cast<unsigned __int128>(ea) * static_cast<unsigned __int128>(eb) <=
         static_cast<unsigned __int128>(room) * static_cast<unsigned __int128>(room))
-        return static_cast<Word32>(init + 2 * ab);
+        return static_cast<Word32>(init + 2 * std::int64_t{g729p::dot_lanes(a, b, kLSubfr)});
     Word32 s = init;
     for (int i = 0; i < kLSubfr; i++) s = L_mac(s, a[i], b[i]);
     return s;

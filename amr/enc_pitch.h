@@ -9,6 +9,11 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
+
+#if defined(__SSSE3__)
+#include <tmmintrin.h>
+#endif
 
 #include "amr/amr_dec_tables.h"
 #include "amr/amr_enc_tables.h"
@@ -427,6 +432,33 @@ inline Word16 q_gain_pitch(Word16 mode, Word16 gp_limit, Word16& gain, Word16* g
     return index;
 }
 
+/// out[i] = sub(x[i], extract_h(L_shl(L_mult(v[i], g), 1))) for a subframe
+/// (cl_ltp's xn2 and res2; out may be x). Reference operators.
+inline void subtract_gained_scalar(const Word16* x, const Word16* v, Word16 g, Word16* out) {
+    for (int i = 0; i < kLSubfr; i++) out[i] = sub(x[i], extract_h(L_shl(L_mult(v[i], g), 1)));
+}
+
+/// subtract_gained_scalar eight samples at a time, for any inputs: with the
+/// exact product p = v g, extract_h(L_shl(L_mult(v, g), 1)) is p >> 14
+/// clamped to 16 bits (4 p leaves 32 bits exactly when p >> 14 leaves 16;
+/// the one saturating L_mult, (-32768)^2, gives 32767 both ways), which
+/// psrad and packssdw form; sub is psubsw.
+inline void subtract_gained(const Word16* x, const Word16* v, Word16 g, Word16* out) {
+#if defined(__SSSE3__)
+    const __m128i gv = _mm_set1_epi16(g);
+    for (int i = 0; i < kLSubfr; i += 8) {
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(v + i));
+        const __m128i lo = _mm_mullo_epi16(a, gv), hi = _mm_mulhi_epi16(a, gv);
+        const __m128i q = _mm_packs_epi32(_mm_srai_epi32(_mm_unpacklo_epi16(lo, hi), 14),
+                                          _mm_srai_epi32(_mm_unpackhi_epi16(lo, hi), 14));
+        const __m128i xv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_subs_epi16(xv, q));
+    }
+#else
+    subtract_gained_scalar(x, v, g, out);
+#endif
+}
+
 /// cl_ltp: closed-loop pitch search, adaptive codebook vector, its filtered
 /// form y1, pitch gain (limited by the tone-stability check; quantised here
 /// at 12.2 kbit/s), target xn2 of the codebook search and LTP residual res2.
@@ -455,10 +487,47 @@ inline void cl_ltp(Word16& T0_prev, const Word16* ton, Word16 mode, Word16 frame
         }
         if (mode == MR122) ana[1] = q_gain_pitch(MR122, gp_limit, gain_pit, nullptr, nullptr);
     }
+    subtract_gained(xn, y1, gain_pit, xn2);
+    subtract_gained(res2, exc, gain_pit, res2);
+}
+
+/// exc[i] = round(L_shl(L_mac(L_mult(exc[i], pitch_fac), code[i], gain_code),
+/// shift)) for a subframe (subframePostProc's total excitation). Reference
+/// operators.
+inline void gained_excitation_scalar(Word16* exc, const Word16* code, Word16 pitch_fac, Word16 gain_code,
+                                     Word16 shift) {
     for (int i = 0; i < kLSubfr; i++) {
-        xn2[i] = sub(xn[i], extract_h(L_shl(L_mult(y1[i], gain_pit), 1)));
-        res2[i] = sub(res2[i], extract_h(L_shl(L_mult(exc[i], gain_pit), 1)));
+        Word32 L_temp = L_mult(exc[i], pitch_fac);
+        L_temp = L_mac(L_temp, code[i], gain_code);
+        exc[i] = round_fx(L_shl(L_temp, shift));
     }
+}
+
+/// gained_excitation_scalar eight samples at a time where both gains are
+/// not negative (shift 1 or 2): then neither product is (-32768)^2 and
+/// H = exc pitch_fac + code gain_code (one pmaddwd) lies within 32 bits with
+/// room for the rounding, and the saturations of L_mac, L_shl and round_fx,
+/// all monotone, make the result (2 H 2^shift + 2^15) >> 16 clamped to 16
+/// bits, that is (H + 2^(14 - shift)) >> (15 - shift) through packssdw.
+/// Negative gains take the scalar form.
+inline void gained_excitation(Word16* exc, const Word16* code, Word16 pitch_fac, Word16 gain_code, Word16 shift) {
+#if defined(__SSSE3__)
+    if (pitch_fac >= 0 && gain_code >= 0 && (shift == 1 || shift == 2)) {
+        const __m128i g = _mm_set1_epi32(static_cast<std::int32_t>(static_cast<std::uint16_t>(pitch_fac)) |
+                                         static_cast<std::int32_t>(static_cast<std::uint32_t>(gain_code) << 16));
+        const __m128i bias = _mm_set1_epi32(1 << (14 - shift));
+        const __m128i cnt = _mm_cvtsi32_si128(15 - shift);
+        for (int i = 0; i < kLSubfr; i += 8) {
+            const __m128i e = _mm_loadu_si128(reinterpret_cast<const __m128i*>(exc + i));
+            const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(code + i));
+            const __m128i lo = _mm_sra_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(e, c), g), bias), cnt);
+            const __m128i hi = _mm_sra_epi32(_mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(e, c), g), bias), cnt);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(exc + i), _mm_packs_epi32(lo, hi));
+        }
+        return;
+    }
+#endif
+    gained_excitation_scalar(exc, code, pitch_fac, gain_code, shift);
 }
 
 /// subframePostProc: excitation exc = gp v + gc c, local synthesis, and the
@@ -477,11 +546,7 @@ inline void subframe_post_proc(const Word16* speech, Word16 mode, Word16 gain_pi
     }
     sharp = gain_pit;
     if (sharp > kSharpMax) sharp = kSharpMax;
-    for (int i = 0; i < kLSubfr; i++) {
-        Word32 L_temp = L_mult(exc[i], pitch_fac);
-        L_temp = L_mac(L_temp, code[i], gain_code);
-        exc[i] = round_fx(L_shl(L_temp, tempShift));
-    }
+    gained_excitation(exc, code, pitch_fac, gain_code, tempShift);
     syn_filt(Aq, exc, synth, kLSubfr, mem_syn, true);
     for (int i = kLSubfr - kM, j = 0; i < kLSubfr; i++, j++) {
         mem_err[j] = sub(speech[i], synth[i]);

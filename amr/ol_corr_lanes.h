@@ -78,5 +78,41 @@ inline void doubled_lag_dots(const Word16* sig, int n, int lag_max, int lag_min,
 #endif
 }
 
+/// The open-loop search signal as Pitch_ol scales it from the energy chain
+/// t0 of the n input samples: shr by 3 where t0 saturated (fac 3), shl by 3
+/// where t0 < 2^20 (fac -3), a copy otherwise (fac 0). Reference operators.
+inline int scale_for_search_scalar(const Word16* x, int n, Word32 t0, Word16* y) {
+    if (t0 == MAX_32) {
+        for (int i = 0; i < n; ++i) y[i] = shr(x[i], 3);
+        return 3;
+    }
+    if (t0 < 1048576) {
+        for (int i = 0; i < n; ++i) y[i] = shl(x[i], 3);
+        return -3;
+    }
+    for (int i = 0; i < n; ++i) y[i] = x[i];
+    return 0;
+}
+
+/// scale_for_search_scalar eight samples at a time. t0 is the chain
+/// sum 2 x^2 (clamped), so t0 < 2^20 bounds every |x| below 2^9.5 and x << 3
+/// cannot saturate; shr by 3 is the arithmetic shift.
+inline int scale_for_search(const Word16* x, int n, Word32 t0, Word16* y) {
+#if defined(__SSSE3__)
+    const int fac = t0 == MAX_32 ? 3 : t0 < 1048576 ? -3 : 0;
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
+        if (fac == 3) v = _mm_srai_epi16(v, 3);
+        if (fac == -3) v = _mm_slli_epi16(v, 3);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y + i), v);
+    }
+    scale_for_search_scalar(x + i, n - i, t0, y + i);
+    return fac;
+#else
+    return scale_for_search_scalar(x, n, t0, y);
+#endif
+}
+
 }  // namespace amr
 ZEPS_END_VARIANT

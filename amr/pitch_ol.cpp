@@ -14,6 +14,7 @@
 #include "amr/amr_vad_tables.h"
 #include "amr/ol_corr_lanes.h"
 #include "amr/pitch_ol.h"
+#include "common/pitch_simd.h"
 #include "common/fixed_math.h"
 
 ZEPS_BEGIN_VARIANT
@@ -73,28 +74,15 @@ struct Scaled {
 /// The energy chain L_mac(... L_mac(0, x0, x0) ...): its terms are not
 /// negative, so it is the plain sum clamped at MAX_32.
 Word32 energy_chain(const Word16* x, int n) {
-    std::int64_t e = 0;
-    for (int i = 0; i < n; ++i) e += std::int32_t{x[i]} * x[i];
-    e *= 2;
+    const std::int64_t e = 2 * g729p::energy64(x, n);
     return e > MAX_32 ? MAX_32 : static_cast<Word32>(e);
 }
 
 void scale_signal(const Word16* signal, int L_frame, Scaled& s) {
     const Word32 t0 = energy_chain(signal - kPitMax, kPitMax + L_frame);
     s.sig = s.buf + kPitMax;
-    if (t0 == MAX_32) {
-        for (int i = -kPitMax; i < L_frame; ++i) s.sig[i] = shr(signal[i], 3);
-        s.fac = 3;
-    } else if (t0 < 1048576) {
-        for (int i = -kPitMax; i < L_frame; ++i) s.sig[i] = shl(signal[i], 3);
-        s.fac = -3;
-    } else {
-        for (int i = -kPitMax; i < L_frame; ++i) s.sig[i] = signal[i];
-        s.fac = 0;
-    }
-    std::int64_t e = 0;
-    for (int i = -kPitMax; i < L_frame; ++i) e += std::int32_t{s.sig[i]} * s.sig[i];
-    s.exact = e < (std::int64_t{1} << 30);
+    s.fac = static_cast<Word16>(scale_for_search(signal - kPitMax, kPitMax + L_frame, t0, s.buf));
+    s.exact = g729p::energy64(s.buf, kPitMax + L_frame) < (std::int64_t{1} << 30);
 }
 
 /// corr[t] = <sig[n], sig[n-t]> for t = lag_min..lag_max (comp_corr).
