@@ -76,6 +76,9 @@ bool g729_any_better8_scalar(const Word16* sq8, const Word16* alp8, Word16 sq, W
     return g729c::any_better8_scalar(sq8, alp8, sq, alp);
 }
 
+std::int32_t g729_max_abs8(const Word16* v) { return g729c::max_abs8(v); }
+std::int32_t g729_max_abs8_scalar(const Word16* v) { return g729c::max_abs8_scalar(v); }
+
 void g729_mult8(Word16* row, const Word16* g) { g729c::mult8(row, g); }
 void g729_mult8_scalar(Word16* row, const Word16* g) { g729c::mult8_scalar(row, g); }
 

@@ -161,13 +161,28 @@ inline void first_pair_a(Word16 ps1, Word16 r0, const Word16* dn8, const Word16*
 }
 
 /// The largest magnitude of eight values (as a 32-bit count).
-inline std::int32_t max_abs8(const Word16* v) {
+inline std::int32_t max_abs8_scalar(const Word16* v) {
     std::int32_t m = 0;
     for (int k = 0; k < 8; ++k) {
         const std::int32_t a = v[k] < 0 ? -std::int32_t{v[k]} : v[k];
         if (a > m) m = a;
     }
     return m;
+}
+
+/// max_abs8 in lanes: pabsw gives |v| as an unsigned 16-bit value (0x8000
+/// for -32768); biased by 0x8000 the unsigned order becomes the signed order
+/// of pmaxsw, and three halving steps leave the maximum in the low lane.
+inline std::int32_t max_abs8(const Word16* v) {
+#if defined(__SSSE3__)
+    __m128i a = _mm_xor_si128(_mm_abs_epi16(fcb_load8(v)), _mm_set1_epi16(MIN_16));
+    a = _mm_max_epi16(a, _mm_shuffle_epi32(a, 0x4E));
+    a = _mm_max_epi16(a, _mm_shuffle_epi32(a, 0xB1));
+    a = _mm_max_epi16(a, _mm_srli_epi32(a, 16));
+    return (_mm_cvtsi128_si32(a) & 0xFFFF) ^ 0x8000;
+#else
+    return max_abs8_scalar(v);
+#endif
 }
 
 /// Vector form for callers that know max|r| (rmax) and max|t| (tmax).

@@ -44,6 +44,8 @@
     bool g729_any_better8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);     \
     void g729_mult8(std::int16_t* row, const std::int16_t* g);                                               \
     void g729_mult8_scalar(std::int16_t* row, const std::int16_t* g);                                        \
+    std::int32_t g729_max_abs8(const std::int16_t* v);                                                        \
+    std::int32_t g729_max_abs8_scalar(const std::int16_t* v);                                                 \
     }
 ZEPS_DECLARE_FCB_KERNELS(u8)
 #if defined(__x86_64__)  // elsewhere n8 names the one generic build, u8
@@ -334,6 +336,30 @@ void mult8_agrees(Fast fast, Slow slow) {
 TEST(G729FcbKernels, SignFoldingVectorEqualsScalar) {
     mult8_agrees(zeps::u8::g729_mult8, zeps::u8::g729_mult8_scalar);
     mult8_agrees(zeps::n8::g729_mult8, zeps::n8::g729_mult8_scalar);
+}
+
+template <class Fast, class Slow>
+void max_abs8_agrees(Fast fast, Slow slow) {
+    // Each extreme in each lane over small values (the bias must not move
+    // 32768 or 0 past any other magnitude), then random rows.
+    for (const std::int16_t x : {-32768, -32767, 32767, -1, 1, 0})
+        for (int k = 0; k < 8; ++k) {
+            V16 v = {3, -2, 0, 1, -3, 2, -1, 0};
+            v[k] = x;
+            const std::int32_t want = std::max<std::int32_t>(3, x < 0 ? -std::int32_t{x} : x);
+            ASSERT_EQ(slow(v.data()), want) << x << " at " << k;
+            ASSERT_EQ(fast(v.data()), want) << x << " at " << k;
+        }
+    Rng rng(43);
+    for (int rep = 0; rep < 20000; ++rep) {
+        const V16 v = eight(rng, rep % 3);
+        ASSERT_EQ(fast(v.data()), slow(v.data())) << "rep " << rep;
+    }
+}
+
+TEST(G729FcbKernels, RowMagnitudeBoundVectorEqualsScalar) {
+    max_abs8_agrees(zeps::u8::g729_max_abs8, zeps::u8::g729_max_abs8_scalar);
+    max_abs8_agrees(zeps::n8::g729_max_abs8, zeps::n8::g729_max_abs8_scalar);
 }
 
 TEST(G729FcbKernels, CorHPlainChainsEqualSaturating) {
