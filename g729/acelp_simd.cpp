@@ -79,6 +79,9 @@ bool g729_any_better8_scalar(const Word16* sq8, const Word16* alp8, Word16 sq, W
 std::int32_t g729_max_abs8(const Word16* v) { return g729c::max_abs8(v); }
 std::int32_t g729_max_abs8_scalar(const Word16* v) { return g729c::max_abs8_scalar(v); }
 
+void g729_fold8(Word16* row, const Word16* neg) { g729c::fold8(row, neg); }
+void g729_fold8_scalar(Word16* row, const Word16* neg) { g729c::fold8_scalar(row, neg); }
+
 void g729_mult8(Word16* row, const Word16* g) { g729c::mult8(row, g); }
 void g729_mult8_scalar(Word16* row, const Word16* g) { g729c::mult8_scalar(row, g); }
 

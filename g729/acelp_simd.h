@@ -68,6 +68,31 @@ inline void mult8(Word16* row, const Word16* g) {
 #endif
 }
 
+/// row[k] = mult(row[k], neg[k] ? MIN_16 : MAX_16) for eight lanes, neg[k]
+/// 0 or -1: the Annex A sign folding, whose signs are exactly MAX_16 or
+/// MIN_16.
+inline void fold8_scalar(Word16* row, const Word16* neg) {
+    for (int k = 0; k < 8; ++k) row[k] = mult(row[k], neg[k] != 0 ? MIN_16 : MAX_16);
+}
+
+/// fold8 in lanes, exact for every input: mult(x, MAX_16) is x - 1 for
+/// x > 0, -32767 for x = -32768 and x otherwise; mult(x, MIN_16) is the
+/// saturating -x, that is ~x + 1 saturated (~x is 32767 for x = -32768),
+/// never below -32767. With n the lane mask both are max(subs(x ^ n,
+/// n | (x > 0)), -32767) where (x > 0) is 0 or 1: n = 0 subtracts the 1 of
+/// a positive x (no saturation), n = -1 subtracts -1 from ~x, and the max
+/// only lifts the n = 0 case x = -32768.
+inline void fold8(Word16* row, const Word16* neg) {
+#if defined(__SSSE3__)
+    const __m128i x = fcb_load8(row), n = fcb_load8(neg);
+    const __m128i pos = _mm_srli_epi16(_mm_cmpgt_epi16(x, _mm_setzero_si128()), 15);
+    const __m128i folded = _mm_subs_epi16(_mm_xor_si128(x, n), _mm_or_si128(n, pos));
+    fcb_store8(row, _mm_max_epi16(folded, _mm_set1_epi16(-MAX_16)));
+#else
+    fold8_scalar(row, neg);
+#endif
+}
+
 /// Main body, fourth pulse of D4i40_17 at the eight positions of one track:
 /// ps_sq[k] = mult(ps3, ps3) with ps3 = add(ps2, dn8[k]), and
 /// alp[k] = extract_l(L_shr(alp2 + 2 rd[k] + 4 r0[k] + 4 r1[k] + 4 r2[k], 5))

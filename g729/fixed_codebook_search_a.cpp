@@ -68,17 +68,18 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
     Word16 sign_dn[kSubfr], sign_dn_inv[kSubfr];
     target_signs(dn, sign_dn, sign_dn_inv);
     // Signs into the cross blocks: row i of block (a, b) times the signs of
-    // track b (or their opposites when position i of track a is negative).
+    // track b (or their opposites when position i of track a is negative),
+    // the signs as masks (-1 for MIN_16).
     {
         Word16 sg[kStep][kNbPos], sgi[kStep][kNbPos];
         for (int t = 1; t < kStep; ++t)
             for (int k = 0; k < kNbPos; ++k) {
-                sg[t][k] = sign_dn[t + kStep * k];
-                sgi[t][k] = sign_dn_inv[t + kStep * k];
+                sg[t][k] = sign_dn[t + kStep * k] < 0 ? Word16{-1} : Word16{0};
+                sgi[t][k] = static_cast<Word16>(~sg[t][k]);
             }
         auto fold = [&](Word16* block, int ta, int tb) {
             for (int r = 0; r < kNbPos; ++r)
-                mult8(block + kNbPos * r, sign_dn[ta + kStep * r] < 0 ? sgi[tb] : sg[tb]);
+                fold8(block + kNbPos * r, sign_dn[ta + kStep * r] < 0 ? sgi[tb] : sg[tb]);
         };
         fold(rr.i0i1(), 0, 1);
         fold(rr.i0i2(), 0, 2);

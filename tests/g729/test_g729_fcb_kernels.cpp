@@ -3,9 +3,10 @@
 // scalar twins (the reference's operators), on random, speech-scale and
 // extreme inputs, both builds: the fourth pulse of the main-body search, the
 // last pulse pair of the Annex A fast search and its candidate test, the sign folding of the
-// correlation rows, and Cor_h's plain chains.
+// correlation rows, the rows' magnitude bounds, and Cor_h's plain chains.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -44,6 +45,8 @@
     bool g729_any_better8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);     \
     void g729_mult8(std::int16_t* row, const std::int16_t* g);                                               \
     void g729_mult8_scalar(std::int16_t* row, const std::int16_t* g);                                        \
+    void g729_fold8(std::int16_t* row, const std::int16_t* neg);                                              \
+    void g729_fold8_scalar(std::int16_t* row, const std::int16_t* neg);                                       \
     std::int32_t g729_max_abs8(const std::int16_t* v);                                                        \
     std::int32_t g729_max_abs8_scalar(const std::int16_t* v);                                                 \
     }
@@ -333,9 +336,37 @@ void mult8_agrees(Fast fast, Slow slow) {
     }
 }
 
+/// The basic operator mult: (x y) >> 15, saturated.
+int model_mult(int x, int y) { return std::clamp((x * y) >> 15, -32768, 32767); }
+
+/// The Annex A folding by sign masks against mult() by MAX_16 / MIN_16 (the
+/// reference's sign values) on every row value from -32768 to 32767.
+template <class Fast, class Slow>
+void fold8_agrees(Fast fast, Slow slow) {
+    const V16 neg = {0, -1, 0, -1, -1, 0, 0, -1};
+    for (int x0 = -32768; x0 <= 32767; x0 += 8) {
+        V16 row(8), a, b;
+        for (int k = 0; k < 8; ++k) row[k] = static_cast<std::int16_t>(x0 + k);
+        for (int flip = 0; flip < 2; ++flip) {
+            V16 n = neg;
+            if (flip != 0)
+                for (auto& v : n) v = static_cast<std::int16_t>(~v);
+            a = row;
+            b = row;
+            fast(a.data(), n.data());
+            slow(b.data(), n.data());
+            ASSERT_EQ(a, b) << "x0 " << x0;
+            for (int k = 0; k < 8; ++k)
+                ASSERT_EQ(b[k], model_mult(row[k], n[k] != 0 ? -32768 : 32767)) << "x " << row[k];
+        }
+    }
+}
+
 TEST(G729FcbKernels, SignFoldingVectorEqualsScalar) {
     mult8_agrees(zeps::u8::g729_mult8, zeps::u8::g729_mult8_scalar);
     mult8_agrees(zeps::n8::g729_mult8, zeps::n8::g729_mult8_scalar);
+    fold8_agrees(zeps::u8::g729_fold8, zeps::u8::g729_fold8_scalar);
+    fold8_agrees(zeps::n8::g729_fold8, zeps::n8::g729_fold8_scalar);
 }
 
 template <class Fast, class Slow>
