@@ -13,9 +13,9 @@
 //   product shifted by 15 and packed with signed saturation, which is what
 //   mult's clamp of -32768 * -32768 gives.
 // - Annex A: alp2 = L_mac(L_mac(alp1, r, 1/8), t, 1/2) may saturate, so the
-//   vector form runs only while |alp1| + 2^13 max|r| + 2^15 max|t| <= MAX_32;
-//   round_fx(alp2) is (alp2 >> 16) + bit 15 of alp2, packed with saturation
-//   (0x8000 only arises from alp2 >= 0x7fff8000, where round_fx saturates).
+//   vector form runs only while |alp1| + 2^13 max|r| + 2^15 max|t| <=
+//   MAX_32 - 2^15; round_fx's L_add of 2^15 then cannot saturate either and
+//   round_fx(alp2) is (alp2 + 2^15) >> 16.
 // - Annex A, first pulse pair: exact for every input (see first_pair_a).
 // - the candidate test: see any_better8.
 #pragma once
@@ -215,17 +215,16 @@ inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word1
                          std::int32_t rmax, std::int32_t tmax, Word16* ps_sq, Word16* alp) {
 #if defined(__SSSE3__)
     const std::int64_t reach = (alp1 < 0 ? -std::int64_t{alp1} : alp1) + std::int64_t{rmax} * 8192 + std::int64_t{tmax} * 32768;
-    if (reach > MAX_32) {
+    if (reach > MAX_32 - 0x8000) {
         pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
         return;
     }
     fcb_store8(ps_sq, square_q15(_mm_adds_epi16(_mm_set1_epi16(ps1), fcb_load8(dn8))));
     const __m128i rv = fcb_load8(r), tv = fcb_load8(t);
-    const __m128i base = _mm_set1_epi32(alp1);
+    // |alp2| <= reach leaves room for round_fx's 0x8000: added with alp1.
+    const __m128i base = _mm_set1_epi32(alp1 + 0x8000);
     auto half = [&](__m128i rw, __m128i tw) {
-        const __m128i s = _mm_add_epi32(base, _mm_add_epi32(_mm_slli_epi32(rw, 13), _mm_slli_epi32(tw, 15)));
-        const __m128i bit15 = _mm_and_si128(_mm_srli_epi32(s, 15), _mm_set1_epi32(1));
-        return _mm_add_epi32(_mm_srai_epi32(s, 16), bit15);
+        return _mm_srai_epi32(_mm_add_epi32(base, _mm_add_epi32(_mm_slli_epi32(rw, 13), _mm_slli_epi32(tw, 15))), 16);
     };
     fcb_store8(alp, _mm_packs_epi32(half(widen_lo(rv), widen_lo(tv)), half(widen_hi(rv), widen_hi(tv))));
 #else

@@ -113,6 +113,19 @@ void pair_agrees(Fast fast, Slow slow) {
         ASSERT_EQ(s1, s2) << "rep " << rep;
         ASSERT_EQ(a1, a2) << "rep " << rep;
     }
+    // At the lanes' bound (|alp1| + 2^13 max|r| + 2^15 max|t| = MAX_32 - 2^15,
+    // where round_fx's L_add reaches MAX_32) and one past it (scalar).
+    for (const std::int16_t x : {static_cast<std::int16_t>(32767), static_cast<std::int16_t>(-32768)})
+        for (const std::int32_t over : {0, 1}) {
+            const std::int64_t rest = std::int64_t{0x7fffffff} - 0x8000 - (8192 + 32768) * (x < 0 ? -std::int64_t{x} : x);
+            const std::int32_t alp = static_cast<std::int32_t>((x < 0 ? -rest : rest) + (x < 0 ? -over : over));
+            const V16 e(8, x);
+            V16 s1(8), a1(8), s2(8), a2(8);
+            fast(x, alp, e.data(), e.data(), e.data(), s1.data(), a1.data());
+            slow(x, alp, e.data(), e.data(), e.data(), s2.data(), a2.data());
+            ASSERT_EQ(a1, a2) << "x " << x << " over " << over;
+            ASSERT_EQ(s1, s2) << "x " << x << " over " << over;
+        }
 }
 
 template <class Chains, class Lanes>
