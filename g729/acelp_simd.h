@@ -185,6 +185,39 @@ inline void first_pair_a(Word16 ps1, Word16 r0, const Word16* dn8, const Word16*
 #endif
 }
 
+/// Annex A, the eight rows of one last-pair loop of D4i40_17_fast:
+/// ps1[r] = add(ps0, dn8[r]) and alp1[r] = L_mac(L_mac(L_mac(alp0, a[r],
+/// 1/8), b[r], 1/8), c[r], 1/16), the reference's chain.
+inline void pair_rows_a_scalar(Word16 ps0, Word32 alp0, const Word16* dn8, const Word16* a, const Word16* b,
+                               const Word16* c, Word16* ps1, Word32* alp1) {
+    for (int r = 0; r < 8; ++r) {
+        ps1[r] = add(ps0, dn8[r]);
+        alp1[r] = L_mac(L_mac(L_mac(alp0, a[r], 4096), b[r], 4096), c[r], 2048);
+    }
+}
+
+/// pair_rows_a in lanes for alp0 = L_mult(alp, 1/4) of any Word16 alp
+/// (|alp0| <= 2^29): the terms are at most 2^28, 2^28 and 2^27 in
+/// magnitude, so no step saturates and alp1 = alp0 + 2^13 (a + b) + 2^12 c,
+/// one pmaddwd of the pairs (a, b) by (2^13, 2^13) (never both -32768
+/// products at 2^13) and c widened and shifted.
+inline void pair_rows_a(Word16 ps0, Word32 alp0, const Word16* dn8, const Word16* a, const Word16* b,
+                        const Word16* c, Word16* ps1, Word32* alp1) {
+#if defined(__SSSE3__)
+    fcb_store8(ps1, _mm_adds_epi16(_mm_set1_epi16(ps0), fcb_load8(dn8)));
+    const __m128i av = fcb_load8(a), bv = fcb_load8(b), cv = fcb_load8(c);
+    const __m128i w = _mm_set1_epi16(8192), base = _mm_set1_epi32(alp0);
+    const __m128i lo = _mm_add_epi32(_mm_add_epi32(base, _mm_madd_epi16(_mm_unpacklo_epi16(av, bv), w)),
+                                     _mm_slli_epi32(widen_lo(cv), 12));
+    const __m128i hi = _mm_add_epi32(_mm_add_epi32(base, _mm_madd_epi16(_mm_unpackhi_epi16(av, bv), w)),
+                                     _mm_slli_epi32(widen_hi(cv), 12));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(alp1), lo);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(alp1 + 4), hi);
+#else
+    pair_rows_a_scalar(ps0, alp0, dn8, a, b, c, ps1, alp1);
+#endif
+}
+
 /// The largest magnitude of eight values (as a 32-bit count).
 inline std::int32_t max_abs8_scalar(const Word16* v) {
     std::int32_t m = 0;

@@ -45,6 +45,10 @@
     bool g729_any_better8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);     \
     void g729_mult8(std::int16_t* row, const std::int16_t* g);                                               \
     void g729_mult8_scalar(std::int16_t* row, const std::int16_t* g);                                        \
+    void g729_pair_rows_a(std::int16_t, std::int32_t, const std::int16_t*, const std::int16_t*,              \
+                          const std::int16_t*, const std::int16_t*, std::int16_t*, std::int32_t*);           \
+    void g729_pair_rows_a_scalar(std::int16_t, std::int32_t, const std::int16_t*, const std::int16_t*,       \
+                                 const std::int16_t*, const std::int16_t*, std::int16_t*, std::int32_t*);    \
     void g729_fold8(std::int16_t* row, const std::int16_t* neg);                                              \
     void g729_fold8_scalar(std::int16_t* row, const std::int16_t* neg);                                       \
     std::int32_t g729_max_abs8(const std::int16_t* v);                                                        \
@@ -179,9 +183,38 @@ TEST(G729FcbKernels, FourthPulseVectorEqualsScalar) {
     fourth_agrees(zeps::n8::g729_fourth_pulse, zeps::n8::g729_fourth_pulse_scalar);
 }
 
+/// The rows' sums of a last-pair loop for alp0 = L_mult(alp, 1/4): random
+/// rows and every combination of extremes (each chain at its largest).
+template <class Fast, class Slow>
+void pair_rows_agree(Fast fast, Slow slow) {
+    Rng rng(53);
+    const auto check = [&](std::int16_t ps, std::int16_t alp, const V16& dn, const V16& a, const V16& b, const V16& c) {
+        const std::int32_t alp0 = 2 * 8192 * std::int32_t{alp};
+        V16 p1(8), p2(8);
+        std::vector<std::int32_t> a1(8), a2(8);
+        fast(ps, alp0, dn.data(), a.data(), b.data(), c.data(), p1.data(), a1.data());
+        slow(ps, alp0, dn.data(), a.data(), b.data(), c.data(), p2.data(), a2.data());
+        ASSERT_EQ(p1, p2) << "alp " << alp;
+        ASSERT_EQ(a1, a2) << "alp " << alp;
+    };
+    for (int rep = 0; rep < 20000; ++rep) {
+        const int mode = rep % 3;
+        check(rng.s16(), rng.s16(), eight(rng, mode), eight(rng, mode), eight(rng, mode), eight(rng, mode));
+    }
+    for (const std::int16_t e0 : {-32768, 32767})
+        for (const std::int16_t e1 : {-32768, 32767})
+            for (const std::int16_t e2 : {-32768, 32767}) {
+                const V16 a(8, e1), b(8, e1), c(8, e2), dn(8, e2);
+                check(e0, e0, dn, a, b, c);
+                check(e0, e1, dn, a, V16(8, e2), c);
+            }
+}
+
 TEST(G729FcbKernels, AnnexAPairVectorEqualsScalar) {
     pair_agrees(zeps::u8::g729_pair_pulse_a, zeps::u8::g729_pair_pulse_a_scalar);
     pair_agrees(zeps::n8::g729_pair_pulse_a, zeps::n8::g729_pair_pulse_a_scalar);
+    pair_rows_agree(zeps::u8::g729_pair_rows_a, zeps::u8::g729_pair_rows_a_scalar);
+    pair_rows_agree(zeps::n8::g729_pair_rows_a, zeps::n8::g729_pair_rows_a_scalar);
 }
 
 /// The first pair over the whole input range (every value exact in lanes).
