@@ -88,6 +88,13 @@ void g729_pair_rows_a_scalar(Word16 ps0, Word32 alp0, const Word16* dn8, const W
     g729c::pair_rows_a_scalar(ps0, alp0, dn8, a, b, c, ps1, alp1);
 }
 
+unsigned g729_pair_lanes_fit8(const Word32* alp1, const std::int32_t* rmax, std::int32_t tmax) {
+    return g729c::pair_lanes_fit8(alp1, rmax, tmax);
+}
+unsigned g729_pair_lanes_fit8_scalar(const Word32* alp1, const std::int32_t* rmax, std::int32_t tmax) {
+    return g729c::pair_lanes_fit8_scalar(alp1, rmax, tmax);
+}
+
 void g729_fold8(Word16* row, const Word16* neg) { g729c::fold8(row, neg); }
 void g729_fold8_scalar(Word16* row, const Word16* neg) { g729c::fold8_scalar(row, neg); }
 

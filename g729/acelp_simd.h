@@ -243,12 +243,47 @@ inline std::int32_t max_abs8(const Word16* v) {
 #endif
 }
 
-/// Vector form for callers that know max|r| (rmax) and max|t| (tmax).
-inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* r, const Word16* t,
-                         std::int32_t rmax, std::int32_t tmax, Word16* ps_sq, Word16* alp) {
-#if defined(__SSSE3__)
+/// The lanes' condition of pair_pulse_a: |alp1| + 2^13 rmax + 2^15 tmax <=
+/// MAX_32 - 2^15 (rmax, tmax at most 32768).
+inline bool pair_lanes_fit(Word32 alp1, std::int32_t rmax, std::int32_t tmax) {
     const std::int64_t reach = (alp1 < 0 ? -std::int64_t{alp1} : alp1) + std::int64_t{rmax} * 8192 + std::int64_t{tmax} * 32768;
-    if (reach > MAX_32 - 0x8000) {
+    return reach <= MAX_32 - 0x8000;
+}
+
+/// Bit k set when pair_lanes_fit(alp1[k], rmax[k], tmax), for eight rows.
+inline unsigned pair_lanes_fit8_scalar(const Word32* alp1, const std::int32_t* rmax, std::int32_t tmax) {
+    unsigned m = 0;
+    for (int k = 0; k < 8; ++k)
+        if (pair_lanes_fit(alp1[k], rmax[k], tmax)) m |= 1u << k;
+    return m;
+}
+
+/// pair_lanes_fit8 in lanes: pabsd gives |alp1| as an unsigned 32-bit value
+/// (2^31 for MIN_32) and the reach stays below 2^31 + 2^28 + 2^30 < 2^32, so
+/// it is exact as an unsigned sum; the unsigned compare is the signed one of
+/// both sides with the top bit flipped.
+inline unsigned pair_lanes_fit8(const Word32* alp1, const std::int32_t* rmax, std::int32_t tmax) {
+#if defined(__SSSE3__)
+    const __m128i flip = _mm_set1_epi32(MIN_32), t = _mm_set1_epi32(tmax * 32768);
+    const __m128i limit = _mm_xor_si128(_mm_set1_epi32(MAX_32 - 0x8000), flip);
+    auto over = [&](int k) {
+        const __m128i a = _mm_abs_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(alp1 + k)));
+        const __m128i r = _mm_slli_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(rmax + k)), 13);
+        const __m128i reach = _mm_add_epi32(_mm_add_epi32(a, r), t);
+        return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(_mm_cmpgt_epi32(_mm_xor_si128(reach, flip), limit))));
+    };
+    return ~(over(0) | (over(4) << 4)) & 0xFFu;
+#else
+    return pair_lanes_fit8_scalar(alp1, rmax, tmax);
+#endif
+}
+
+/// pair_pulse_a with its lanes' condition already decided (fits from
+/// pair_lanes_fit or pair_lanes_fit8).
+inline void pair_pulse_a_fit(Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* r, const Word16* t, bool fits,
+                             Word16* ps_sq, Word16* alp) {
+#if defined(__SSSE3__)
+    if (!fits) {
         pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
         return;
     }
@@ -261,10 +296,15 @@ inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word1
     };
     fcb_store8(alp, _mm_packs_epi32(half(widen_lo(rv), widen_lo(tv)), half(widen_hi(rv), widen_hi(tv))));
 #else
-    static_cast<void>(rmax);
-    static_cast<void>(tmax);
+    static_cast<void>(fits);
     pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
 #endif
+}
+
+/// Vector form for callers that know max|r| (rmax) and max|t| (tmax).
+inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* r, const Word16* t,
+                         std::int32_t rmax, std::int32_t tmax, Word16* ps_sq, Word16* alp) {
+    pair_pulse_a_fit(ps1, alp1, dn8, r, t, pair_lanes_fit(alp1, rmax, tmax), ps_sq, alp);
 }
 
 /// The signs of the backward-filtered target over 40 samples: sign[i] =

@@ -105,10 +105,10 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             iy = static_cast<Word16>(first + kStep * k);
         }
     };
-    auto last_pair = [&](Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* row, std::int32_t rmax,
-                         std::int32_t tmax, int i2, int first, Word16& sq, Word16& alp, Word16& ix, Word16& iy) {
+    auto last_pair = [&](Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* row, bool fits, int i2, int first,
+                         Word16& sq, Word16& alp, Word16& ix, Word16& iy) {
         Word16 sq8[kNbPos], alp8[kNbPos];
-        pair_pulse_a(ps1, alp1, dn8, row, tmp_vect, rmax, tmax, sq8, alp8);
+        pair_pulse_a_fit(ps1, alp1, dn8, row, tmp_vect, fits, sq8, alp8);
         for (int k = next_better(sq8, alp8, sq, alp, 0); k < kNbPos; k = next_better(sq8, alp8, sq, alp, k + 1)) {
             sq = sq8[k];
             alp = alp8[k];
@@ -163,9 +163,9 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
                 cb[r] = c03[kNbPos * r];
             }
             pair_rows_a(ps0, alp0, dnt[0], ca, cb, rr.i0i0(), ps1, alp1);
-            const std::int32_t tmax = max_abs8(tmp_vect);
+            const unsigned fits = pair_lanes_fit8(alp1, max01, max_abs8(tmp_vect));
             for (int r = 0; r < kNbPos; ++r)
-                last_pair(ps1[r], alp1[r], dn1, rr.i0i1() + kNbPos * r, max01[r], tmax, kStep * r, 1, sq, alp, ix, iy);
+                last_pair(ps1[r], alp1[r], dn1, rr.i0i1() + kNbPos * r, (fits >> r) & 1u, kStep * r, 1, sq, alp, ix, iy);
         }
         if (better(sq, alp, psk, alpk)) {
             psk = sq;
@@ -214,9 +214,9 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             Word32 alp1[kNbPos];
             for (int r = 0; r < kNbPos; ++r) ca[r] = c13[kNbPos * r];
             pair_rows_a(ps0, alp0, dnt[1], ca, rr.i0i1() + i1_offset, rr.i1i1(), ps1, alp1);
-            const std::int32_t tmax = max_abs8(tmp_vect);
+            const unsigned fits = pair_lanes_fit8(alp1, max12, max_abs8(tmp_vect));
             for (int r = 0; r < kNbPos; ++r)
-                last_pair(ps1[r], alp1[r], dn2, rr.i1i2() + kNbPos * r, max12[r], tmax, 1 + kStep * r, 2, sq, alp, ix,
+                last_pair(ps1[r], alp1[r], dn2, rr.i1i2() + kNbPos * r, (fits >> r) & 1u, 1 + kStep * r, 2, sq, alp, ix,
                           iy);
         }
         if (better(sq, alp, psk, alpk)) {

@@ -49,6 +49,8 @@
                           const std::int16_t*, const std::int16_t*, std::int16_t*, std::int32_t*);           \
     void g729_pair_rows_a_scalar(std::int16_t, std::int32_t, const std::int16_t*, const std::int16_t*,       \
                                  const std::int16_t*, const std::int16_t*, std::int16_t*, std::int32_t*);    \
+    unsigned g729_pair_lanes_fit8(const std::int32_t*, const std::int32_t*, std::int32_t);                  \
+    unsigned g729_pair_lanes_fit8_scalar(const std::int32_t*, const std::int32_t*, std::int32_t);           \
     void g729_fold8(std::int16_t* row, const std::int16_t* neg);                                              \
     void g729_fold8_scalar(std::int16_t* row, const std::int16_t* neg);                                       \
     std::int32_t g729_max_abs8(const std::int16_t* v);                                                        \
@@ -210,7 +212,40 @@ void pair_rows_agree(Fast fast, Slow slow) {
             }
 }
 
+/// The lanes' condition of eight rows at its bound: |alp1| + 2^13 rmax +
+/// 2^15 tmax equal to MAX_32 - 2^15 and one past it, both signs of alp1, the
+/// largest row and target bounds, and alp1 at MIN_32 / MAX_32.
+template <class Fast, class Slow>
+void fit_agrees(Fast fast, Slow slow) {
+    const std::int64_t limit = 0x7fffffff - 0x8000;
+    for (const std::int32_t tmax : {0, 1, 32767, 32768})
+        for (const std::int32_t rmax : {0, 1, 32767, 32768}) {
+            const std::int64_t room = limit - 8192 * std::int64_t{rmax} - 32768 * std::int64_t{tmax};
+            const std::int32_t alp1[8] = {static_cast<std::int32_t>(room), static_cast<std::int32_t>(room + 1),
+                                          static_cast<std::int32_t>(-room), static_cast<std::int32_t>(-room - 1),
+                                          static_cast<std::int32_t>(0x7fffffff), static_cast<std::int32_t>(-0x7fffffff - 1),
+                                          0, static_cast<std::int32_t>(room - 1)};
+            const std::int32_t rm[8] = {rmax, rmax, rmax, rmax, rmax, rmax, rmax, rmax};
+            const unsigned want = slow(alp1, rm, tmax);
+            ASSERT_EQ(want & 0x3Fu, 0x05u) << rmax << " " << tmax;  // the bound fits, one past it does not
+            ASSERT_EQ(fast(alp1, rm, tmax), want) << rmax << " " << tmax;
+        }
+    Rng rng(59);
+    for (int rep = 0; rep < 20000; ++rep) {
+        std::int32_t alp1[8], rm[8];
+        for (int k = 0; k < 8; ++k) {
+            alp1[k] = static_cast<std::int32_t>((std::uint32_t{static_cast<std::uint16_t>(rng.s16())} << 16) |
+                                                static_cast<std::uint16_t>(rng.s16()));
+            rm[k] = static_cast<std::int32_t>(rng.uniform(0, 32768));
+        }
+        const auto tmax = static_cast<std::int32_t>(rng.uniform(0, 32768));
+        ASSERT_EQ(fast(alp1, rm, tmax), slow(alp1, rm, tmax)) << "rep " << rep;
+    }
+}
+
 TEST(G729FcbKernels, AnnexAPairVectorEqualsScalar) {
+    fit_agrees(zeps::u8::g729_pair_lanes_fit8, zeps::u8::g729_pair_lanes_fit8_scalar);
+    fit_agrees(zeps::n8::g729_pair_lanes_fit8, zeps::n8::g729_pair_lanes_fit8_scalar);
     pair_agrees(zeps::u8::g729_pair_pulse_a, zeps::u8::g729_pair_pulse_a_scalar);
     pair_agrees(zeps::n8::g729_pair_pulse_a, zeps::n8::g729_pair_pulse_a_scalar);
     pair_rows_agree(zeps::u8::g729_pair_rows_a, zeps::u8::g729_pair_rows_a_scalar);
