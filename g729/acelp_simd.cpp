@@ -76,6 +76,28 @@ bool g729_any_better8_scalar(const Word16* sq8, const Word16* alp8, Word16 sq, W
     return g729c::any_better8_scalar(sq8, alp8, sq, alp);
 }
 
+std::int32_t g729_max_abs8(const Word16* v) { return g729c::max_abs8(v); }
+std::int32_t g729_max_abs8_scalar(const Word16* v) { return g729c::max_abs8_scalar(v); }
+
+void g729_pair_rows_a(Word16 ps0, Word32 alp0, const Word16* dn8, const Word16* a, const Word16* b, const Word16* c,
+                      Word16* ps1, Word32* alp1) {
+    g729c::pair_rows_a(ps0, alp0, dn8, a, b, c, ps1, alp1);
+}
+void g729_pair_rows_a_scalar(Word16 ps0, Word32 alp0, const Word16* dn8, const Word16* a, const Word16* b,
+                             const Word16* c, Word16* ps1, Word32* alp1) {
+    g729c::pair_rows_a_scalar(ps0, alp0, dn8, a, b, c, ps1, alp1);
+}
+
+unsigned g729_pair_lanes_fit8(const Word32* alp1, const std::int32_t* rmax, std::int32_t tmax) {
+    return g729c::pair_lanes_fit8(alp1, rmax, tmax);
+}
+unsigned g729_pair_lanes_fit8_scalar(const Word32* alp1, const std::int32_t* rmax, std::int32_t tmax) {
+    return g729c::pair_lanes_fit8_scalar(alp1, rmax, tmax);
+}
+
+void g729_fold8(Word16* row, const Word16* neg) { g729c::fold8(row, neg); }
+void g729_fold8_scalar(Word16* row, const Word16* neg) { g729c::fold8_scalar(row, neg); }
+
 void g729_mult8(Word16* row, const Word16* g) { g729c::mult8(row, g); }
 void g729_mult8_scalar(Word16* row, const Word16* g) { g729c::mult8_scalar(row, g); }
 

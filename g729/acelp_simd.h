@@ -13,9 +13,9 @@
 //   product shifted by 15 and packed with signed saturation, which is what
 //   mult's clamp of -32768 * -32768 gives.
 // - Annex A: alp2 = L_mac(L_mac(alp1, r, 1/8), t, 1/2) may saturate, so the
-//   vector form runs only while |alp1| + 2^13 max|r| + 2^15 max|t| <= MAX_32;
-//   round_fx(alp2) is (alp2 >> 16) + bit 15 of alp2, packed with saturation
-//   (0x8000 only arises from alp2 >= 0x7fff8000, where round_fx saturates).
+//   vector form runs only while |alp1| + 2^13 max|r| + 2^15 max|t| <=
+//   MAX_32 - 2^15; round_fx's L_add of 2^15 then cannot saturate either and
+//   round_fx(alp2) is (alp2 + 2^15) >> 16.
 // - Annex A, first pulse pair: exact for every input (see first_pair_a).
 // - the candidate test: see any_better8.
 #pragma once
@@ -65,6 +65,31 @@ inline void mult8(Word16* row, const Word16* g) {
     fcb_store8(row, _mm_packs_epi32(p0, p1));
 #else
     mult8_scalar(row, g);
+#endif
+}
+
+/// row[k] = mult(row[k], neg[k] ? MIN_16 : MAX_16) for eight lanes, neg[k]
+/// 0 or -1: the Annex A sign folding, whose signs are exactly MAX_16 or
+/// MIN_16.
+inline void fold8_scalar(Word16* row, const Word16* neg) {
+    for (int k = 0; k < 8; ++k) row[k] = mult(row[k], neg[k] != 0 ? MIN_16 : MAX_16);
+}
+
+/// fold8 in lanes, exact for every input: mult(x, MAX_16) is x - 1 for
+/// x > 0, -32767 for x = -32768 and x otherwise; mult(x, MIN_16) is the
+/// saturating -x, that is ~x + 1 saturated (~x is 32767 for x = -32768),
+/// never below -32767. With n the lane mask both are max(subs(x ^ n,
+/// n | (x > 0)), -32767) where (x > 0) is 0 or 1: n = 0 subtracts the 1 of
+/// a positive x (no saturation), n = -1 subtracts -1 from ~x, and the max
+/// only lifts the n = 0 case x = -32768.
+inline void fold8(Word16* row, const Word16* neg) {
+#if defined(__SSSE3__)
+    const __m128i x = fcb_load8(row), n = fcb_load8(neg);
+    const __m128i pos = _mm_srli_epi16(_mm_cmpgt_epi16(x, _mm_setzero_si128()), 15);
+    const __m128i folded = _mm_subs_epi16(_mm_xor_si128(x, n), _mm_or_si128(n, pos));
+    fcb_store8(row, _mm_max_epi16(folded, _mm_set1_epi16(-MAX_16)));
+#else
+    fold8_scalar(row, neg);
 #endif
 }
 
@@ -160,8 +185,41 @@ inline void first_pair_a(Word16 ps1, Word16 r0, const Word16* dn8, const Word16*
 #endif
 }
 
+/// Annex A, the eight rows of one last-pair loop of D4i40_17_fast:
+/// ps1[r] = add(ps0, dn8[r]) and alp1[r] = L_mac(L_mac(L_mac(alp0, a[r],
+/// 1/8), b[r], 1/8), c[r], 1/16), the reference's chain.
+inline void pair_rows_a_scalar(Word16 ps0, Word32 alp0, const Word16* dn8, const Word16* a, const Word16* b,
+                               const Word16* c, Word16* ps1, Word32* alp1) {
+    for (int r = 0; r < 8; ++r) {
+        ps1[r] = add(ps0, dn8[r]);
+        alp1[r] = L_mac(L_mac(L_mac(alp0, a[r], 4096), b[r], 4096), c[r], 2048);
+    }
+}
+
+/// pair_rows_a in lanes for alp0 = L_mult(alp, 1/4) of any Word16 alp
+/// (|alp0| <= 2^29): the terms are at most 2^28, 2^28 and 2^27 in
+/// magnitude, so no step saturates and alp1 = alp0 + 2^13 (a + b) + 2^12 c,
+/// one pmaddwd of the pairs (a, b) by (2^13, 2^13) (never both -32768
+/// products at 2^13) and c widened and shifted.
+inline void pair_rows_a(Word16 ps0, Word32 alp0, const Word16* dn8, const Word16* a, const Word16* b,
+                        const Word16* c, Word16* ps1, Word32* alp1) {
+#if defined(__SSSE3__)
+    fcb_store8(ps1, _mm_adds_epi16(_mm_set1_epi16(ps0), fcb_load8(dn8)));
+    const __m128i av = fcb_load8(a), bv = fcb_load8(b), cv = fcb_load8(c);
+    const __m128i w = _mm_set1_epi16(8192), base = _mm_set1_epi32(alp0);
+    const __m128i lo = _mm_add_epi32(_mm_add_epi32(base, _mm_madd_epi16(_mm_unpacklo_epi16(av, bv), w)),
+                                     _mm_slli_epi32(widen_lo(cv), 12));
+    const __m128i hi = _mm_add_epi32(_mm_add_epi32(base, _mm_madd_epi16(_mm_unpackhi_epi16(av, bv), w)),
+                                     _mm_slli_epi32(widen_hi(cv), 12));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(alp1), lo);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(alp1 + 4), hi);
+#else
+    pair_rows_a_scalar(ps0, alp0, dn8, a, b, c, ps1, alp1);
+#endif
+}
+
 /// The largest magnitude of eight values (as a 32-bit count).
-inline std::int32_t max_abs8(const Word16* v) {
+inline std::int32_t max_abs8_scalar(const Word16* v) {
     std::int32_t m = 0;
     for (int k = 0; k < 8; ++k) {
         const std::int32_t a = v[k] < 0 ? -std::int32_t{v[k]} : v[k];
@@ -170,29 +228,83 @@ inline std::int32_t max_abs8(const Word16* v) {
     return m;
 }
 
-/// Vector form for callers that know max|r| (rmax) and max|t| (tmax).
-inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* r, const Word16* t,
-                         std::int32_t rmax, std::int32_t tmax, Word16* ps_sq, Word16* alp) {
+/// max_abs8 in lanes: pabsw gives |v| as an unsigned 16-bit value (0x8000
+/// for -32768); biased by 0x8000 the unsigned order becomes the signed order
+/// of pmaxsw, and three halving steps leave the maximum in the low lane.
+inline std::int32_t max_abs8(const Word16* v) {
 #if defined(__SSSE3__)
+    __m128i a = _mm_xor_si128(_mm_abs_epi16(fcb_load8(v)), _mm_set1_epi16(MIN_16));
+    a = _mm_max_epi16(a, _mm_shuffle_epi32(a, 0x4E));
+    a = _mm_max_epi16(a, _mm_shuffle_epi32(a, 0xB1));
+    a = _mm_max_epi16(a, _mm_srli_epi32(a, 16));
+    return (_mm_cvtsi128_si32(a) & 0xFFFF) ^ 0x8000;
+#else
+    return max_abs8_scalar(v);
+#endif
+}
+
+/// The lanes' condition of pair_pulse_a: |alp1| + 2^13 rmax + 2^15 tmax <=
+/// MAX_32 - 2^15 (rmax, tmax at most 32768).
+inline bool pair_lanes_fit(Word32 alp1, std::int32_t rmax, std::int32_t tmax) {
     const std::int64_t reach = (alp1 < 0 ? -std::int64_t{alp1} : alp1) + std::int64_t{rmax} * 8192 + std::int64_t{tmax} * 32768;
-    if (reach > MAX_32) {
+    return reach <= MAX_32 - 0x8000;
+}
+
+/// Bit k set when pair_lanes_fit(alp1[k], rmax[k], tmax), for eight rows.
+inline unsigned pair_lanes_fit8_scalar(const Word32* alp1, const std::int32_t* rmax, std::int32_t tmax) {
+    unsigned m = 0;
+    for (int k = 0; k < 8; ++k)
+        if (pair_lanes_fit(alp1[k], rmax[k], tmax)) m |= 1u << k;
+    return m;
+}
+
+/// pair_lanes_fit8 in lanes: pabsd gives |alp1| as an unsigned 32-bit value
+/// (2^31 for MIN_32) and the reach stays below 2^31 + 2^28 + 2^30 < 2^32, so
+/// it is exact as an unsigned sum; the unsigned compare is the signed one of
+/// both sides with the top bit flipped.
+inline unsigned pair_lanes_fit8(const Word32* alp1, const std::int32_t* rmax, std::int32_t tmax) {
+#if defined(__SSSE3__)
+    const __m128i flip = _mm_set1_epi32(MIN_32), t = _mm_set1_epi32(tmax * 32768);
+    const __m128i limit = _mm_xor_si128(_mm_set1_epi32(MAX_32 - 0x8000), flip);
+    auto over = [&](int k) {
+        const __m128i a = _mm_abs_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(alp1 + k)));
+        const __m128i r = _mm_slli_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(rmax + k)), 13);
+        const __m128i reach = _mm_add_epi32(_mm_add_epi32(a, r), t);
+        return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(_mm_cmpgt_epi32(_mm_xor_si128(reach, flip), limit))));
+    };
+    return ~(over(0) | (over(4) << 4)) & 0xFFu;
+#else
+    return pair_lanes_fit8_scalar(alp1, rmax, tmax);
+#endif
+}
+
+/// pair_pulse_a with its lanes' condition already decided (fits from
+/// pair_lanes_fit or pair_lanes_fit8).
+inline void pair_pulse_a_fit(Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* r, const Word16* t, bool fits,
+                             Word16* ps_sq, Word16* alp) {
+#if defined(__SSSE3__)
+    if (!fits) {
         pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
         return;
     }
     fcb_store8(ps_sq, square_q15(_mm_adds_epi16(_mm_set1_epi16(ps1), fcb_load8(dn8))));
     const __m128i rv = fcb_load8(r), tv = fcb_load8(t);
-    const __m128i base = _mm_set1_epi32(alp1);
+    // |alp2| <= reach leaves room for round_fx's 0x8000: added with alp1.
+    const __m128i base = _mm_set1_epi32(alp1 + 0x8000);
     auto half = [&](__m128i rw, __m128i tw) {
-        const __m128i s = _mm_add_epi32(base, _mm_add_epi32(_mm_slli_epi32(rw, 13), _mm_slli_epi32(tw, 15)));
-        const __m128i bit15 = _mm_and_si128(_mm_srli_epi32(s, 15), _mm_set1_epi32(1));
-        return _mm_add_epi32(_mm_srai_epi32(s, 16), bit15);
+        return _mm_srai_epi32(_mm_add_epi32(base, _mm_add_epi32(_mm_slli_epi32(rw, 13), _mm_slli_epi32(tw, 15))), 16);
     };
     fcb_store8(alp, _mm_packs_epi32(half(widen_lo(rv), widen_lo(tv)), half(widen_hi(rv), widen_hi(tv))));
 #else
-    static_cast<void>(rmax);
-    static_cast<void>(tmax);
+    static_cast<void>(fits);
     pair_pulse_a_scalar(ps1, alp1, dn8, r, t, ps_sq, alp);
 #endif
+}
+
+/// Vector form for callers that know max|r| (rmax) and max|t| (tmax).
+inline void pair_pulse_a(Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* r, const Word16* t,
+                         std::int32_t rmax, std::int32_t tmax, Word16* ps_sq, Word16* alp) {
+    pair_pulse_a_fit(ps1, alp1, dn8, r, t, pair_lanes_fit(alp1, rmax, tmax), ps_sq, alp);
 }
 
 /// The signs of the backward-filtered target over 40 samples: sign[i] =

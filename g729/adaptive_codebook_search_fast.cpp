@@ -18,17 +18,24 @@ namespace {
 using namespace g729p;
 
 /// Integer lag of t0_min..t0_max with the largest correlation; the first of
-/// equal values is kept (strict comparison, as Pitch_fr3_fast).
+/// equal values is kept (strict comparison, as Pitch_fr3_fast). The window's
+/// sum of squares (which decides whether the correlation needs the
+/// saturating chain) slides from lag to lag in exact 64-bit arithmetic.
 Word16 integer_lag(const Word16* dn, std::int64_t edn, const Word16* exc, const LagRange& r) {
     Word32 max = MIN_32;
     Word16 t0 = r.t_min;
+    std::int64_t ex = energy64(exc - r.t_min, kSubfr);
     for (Word16 t = r.t_min; t <= r.t_max; ++t) {
         Flag f = false;
-        const Word32 c = dot40_known(dn, exc - t, edn, energy64(exc - t, kSubfr), 0, f);
+        const Word32 c = dot40_known(dn, exc - t, edn, ex, 0, f);
         if (c > max) {
             max = c;
             t0 = t;
         }
+        if (t == r.t_max) break;
+        // Lag t + 1 gains exc[-t-1] and loses exc[39-t].
+        const std::int64_t in = exc[-t - 1], out = exc[kSubfr - 1 - t];
+        ex += in * in - out * out;
     }
     return t0;
 }

@@ -22,32 +22,19 @@ using namespace g729c;
 /// The best of the candidates so far: keep (sq2, alp2) when sq2/alp2 > sq/alp.
 inline bool better(Word16 sq2, Word16 alp2, Word16 sq, Word16 alp) { return fcb_better(sq2, alp2, sq, alp); }
 
-/// The energy of a pulse pair with the third pulse's correlations,
-/// L_mac(L_mac(L_mac(alp0, a, 1/8), b, 1/8), c, 1/16) for alp0 = L_mult(alp,
-/// 1/4): |alp0| <= 2^29, the terms are below 2^28, 2^28 and 2^27, so no step
-/// saturates and the plain sum is the chain.
-constexpr Word32 pair_energy3(Word32 alp0, Word16 a, Word16 b, Word16 c) {
-    return alp0 + 8192 * (Word32{a} + b) + 4096 * Word32{c};
-}
-
 /// round_fx(L_mac(L_mac(L_mult(a, 1/4), b, 1/4), c, 1/8)): the sum lies
 /// within +-(2^30 + 2^28), so neither the chain nor the rounding saturates.
 constexpr Word16 third_row(Word16 a, Word16 b, Word16 c) {
     return static_cast<Word16>((16384 * (Word32{a} + b) + 8192 * Word32{c} + 32768) >> 16);
 }
 
-/// Both against the reference's operators at every corner of their ranges.
+/// Against the reference's operators at every corner of its range.
 constexpr bool plain_sums_hold() {
     constexpr Word16 ends[2] = {MIN_16, MAX_16};
-    for (Word16 alp : ends)
-        for (Word16 a : ends)
-            for (Word16 b : ends)
-                for (Word16 c : ends) {
-                    const Word32 alp0 = L_mult(alp, k1_4);
-                    if (pair_energy3(alp0, a, b, c) != L_mac(L_mac(L_mac(alp0, a, k1_8), b, k1_8), c, k1_16))
-                        return false;
-                    if (third_row(a, b, c) != round_fx(L_mac(L_mac(L_mult(a, k1_4), b, k1_4), c, k1_8))) return false;
-                }
+    for (Word16 a : ends)
+        for (Word16 b : ends)
+            for (Word16 c : ends)
+                if (third_row(a, b, c) != round_fx(L_mac(L_mac(L_mult(a, k1_4), b, k1_4), c, k1_8))) return false;
     return true;
 }
 static_assert(plain_sums_hold());
@@ -68,17 +55,18 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
     Word16 sign_dn[kSubfr], sign_dn_inv[kSubfr];
     target_signs(dn, sign_dn, sign_dn_inv);
     // Signs into the cross blocks: row i of block (a, b) times the signs of
-    // track b (or their opposites when position i of track a is negative).
+    // track b (or their opposites when position i of track a is negative),
+    // the signs as masks (-1 for MIN_16).
     {
         Word16 sg[kStep][kNbPos], sgi[kStep][kNbPos];
         for (int t = 1; t < kStep; ++t)
             for (int k = 0; k < kNbPos; ++k) {
-                sg[t][k] = sign_dn[t + kStep * k];
-                sgi[t][k] = sign_dn_inv[t + kStep * k];
+                sg[t][k] = sign_dn[t + kStep * k] < 0 ? Word16{-1} : Word16{0};
+                sgi[t][k] = static_cast<Word16>(~sg[t][k]);
             }
         auto fold = [&](Word16* block, int ta, int tb) {
             for (int r = 0; r < kNbPos; ++r)
-                mult8(block + kNbPos * r, sign_dn[ta + kStep * r] < 0 ? sgi[tb] : sg[tb]);
+                fold8(block + kNbPos * r, sign_dn[ta + kStep * r] < 0 ? sgi[tb] : sg[tb]);
         };
         fold(rr.i0i1(), 0, 1);
         fold(rr.i0i2(), 0, 2);
@@ -117,10 +105,10 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             iy = static_cast<Word16>(first + kStep * k);
         }
     };
-    auto last_pair = [&](Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* row, std::int32_t rmax,
-                         std::int32_t tmax, int i2, int first, Word16& sq, Word16& alp, Word16& ix, Word16& iy) {
+    auto last_pair = [&](Word16 ps1, Word32 alp1, const Word16* dn8, const Word16* row, bool fits, int i2, int first,
+                         Word16& sq, Word16& alp, Word16& ix, Word16& iy) {
         Word16 sq8[kNbPos], alp8[kNbPos];
-        pair_pulse_a(ps1, alp1, dn8, row, tmp_vect, rmax, tmax, sq8, alp8);
+        pair_pulse_a_fit(ps1, alp1, dn8, row, tmp_vect, fits, sq8, alp8);
         for (int k = next_better(sq8, alp8, sq, alp, 0); k < kNbPos; k = next_better(sq8, alp8, sq, alp, k + 1)) {
             sq = sq8[k];
             alp = alp8[k];
@@ -164,19 +152,20 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
                 p0 += kNbPos;
                 p1 += kNbPos;
             }
-            p0 = rr.i0i2() + mult(i0b, 6554);
-            p1 = ptr_rri0i3_i4 + mult(i1b, 6554);
-            p2 = rr.i0i0();
-            const Word16* p3c = rr.i0i1();
-            const std::int32_t tmax = max_abs8(tmp_vect);
-            for (int i2 = 0, r = 0; i2 < kSubfr; i2 += kStep, ++r) {
-                const Word16 ps1 = add(ps0, dn[i2]);
-                const Word32 alp1 = pair_energy3(alp0, *p0, *p1, *p2++);
-                p0 += kNbPos;
-                p1 += kNbPos;
-                last_pair(ps1, alp1, dn1, p3c, max01[r], tmax, i2, 1, sq, alp, ix, iy);
-                p3c += kNbPos;
+            // Columns i0b of the track-0 / track-2 block and i1b of the
+            // track-0 / track-3|4 block, then all eight rows' sums at once.
+            const Word16* c02 = rr.i0i2() + mult(i0b, 6554);
+            const Word16* c03 = ptr_rri0i3_i4 + mult(i1b, 6554);
+            Word16 ca[kNbPos], cb[kNbPos], ps1[kNbPos];
+            Word32 alp1[kNbPos];
+            for (int r = 0; r < kNbPos; ++r) {
+                ca[r] = c02[kNbPos * r];
+                cb[r] = c03[kNbPos * r];
             }
+            pair_rows_a(ps0, alp0, dnt[0], ca, cb, rr.i0i0(), ps1, alp1);
+            const unsigned fits = pair_lanes_fit8(alp1, max01, max_abs8(tmp_vect));
+            for (int r = 0; r < kNbPos; ++r)
+                last_pair(ps1[r], alp1[r], dn1, rr.i0i1() + kNbPos * r, (fits >> r) & 1u, kStep * r, 1, sq, alp, ix, iy);
         }
         if (better(sq, alp, psk, alpk)) {
             psk = sq;
@@ -218,18 +207,17 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
             const Word16* p1 = rr.i0i2() + i1_offset;
             const Word16* p2 = rr.i2i2();
             for (int k = 0; k < kNbPos; ++k) tmp_vect[k] = third_row(col[k * kNbPos], *p1++, *p2++);
-            const Word16* p0 = ptr_rri1i3_i4 + mult(i0b, 6554);
-            p1 = rr.i0i1() + i1_offset;
-            p2 = rr.i1i1();
-            const Word16* p3c = rr.i1i2();
-            const std::int32_t tmax = max_abs8(tmp_vect);
-            for (int i2 = 1, r = 0; i2 < kSubfr; i2 += kStep, ++r) {
-                const Word16 ps1 = add(ps0, dn[i2]);
-                const Word32 alp1 = pair_energy3(alp0, *p0, *p1++, *p2++);
-                p0 += kNbPos;
-                last_pair(ps1, alp1, dn2, p3c, max12[r], tmax, i2, 2, sq, alp, ix, iy);
-                p3c += kNbPos;
-            }
+            // Column i0b of the track-1 / track-3|4 block, row i1b of the
+            // track-0 / track-1 block, then all eight rows' sums at once.
+            const Word16* c13 = ptr_rri1i3_i4 + mult(i0b, 6554);
+            Word16 ca[kNbPos], ps1[kNbPos];
+            Word32 alp1[kNbPos];
+            for (int r = 0; r < kNbPos; ++r) ca[r] = c13[kNbPos * r];
+            pair_rows_a(ps0, alp0, dnt[1], ca, rr.i0i1() + i1_offset, rr.i1i1(), ps1, alp1);
+            const unsigned fits = pair_lanes_fit8(alp1, max12, max_abs8(tmp_vect));
+            for (int r = 0; r < kNbPos; ++r)
+                last_pair(ps1[r], alp1[r], dn2, rr.i1i2() + kNbPos * r, (fits >> r) & 1u, 1 + kStep * r, 2, sq, alp, ix,
+                          iy);
         }
         if (better(sq, alp, psk, alpk)) {
             psk = sq;

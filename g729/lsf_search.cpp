@@ -38,9 +38,6 @@ namespace {
 // Smallest and largest value of each lspcb1 column (Q13).
 constexpr Word16 kColMin[10] = {679, 1411, 2395, 3322, 5640, 7297, 10597, 12161, 16047, 17514};
 constexpr Word16 kColMax[10] = {4499, 6604, 9596, 11742, 14413, 16080, 18330, 19856, 21830, 23533};
-// Smallest and largest value of each lspcb2 column (Q13).
-constexpr Word16 kCol2Min[10] = {-1596, -1237, -1280, -1260, -1468, -1182, -1752, -1247, -1633, -1296};
-constexpr Word16 kCol2Max[10] = {2197, 2337, 1568, 1660, 1733, 1549, 1341, 1640, 1517, 2223};
 
 /// True when no distance of the search can reach 2^30 (sum of plain squares):
 /// then no sub() or L_mac() of the reference saturates and the distances are
@@ -137,16 +134,20 @@ ZEPS_BEGIN_VARIANT
 #if defined(__SSSE3__)
 namespace {
 
-/// As first_stage_fits, for the five residual values buf against lspcb2
-/// columns first..first+4: the weighted terms mult(w, t) * t are below t^2.
-bool second_stage_fits(const Word16* buf, int first) {
-    std::int64_t bound = 0;
-    for (int j = 0; j < 5; ++j) {
-        const std::int64_t lo = std::int64_t{buf[j]} - kCol2Max[first + j], hi = std::int64_t{buf[j]} - kCol2Min[first + j];
-        if (lo < MIN_16 || hi > MAX_16) return false;
-        bound += lo * lo > hi * hi ? lo * lo : hi * hi;
-    }
-    return bound < (std::int64_t{1} << 30);
+/// As first_stage_fits, for the five residual values buf against lspcb2,
+/// with one bound for all columns: |buf[j]| <= kBufReach keeps every
+/// t = buf - lspcb2 within kBufReach + kLspcb2AbsMax (so sub() cannot
+/// saturate) and the five weighted terms mult(w, t) * t below t^2, whose sum
+/// stays under 2^30: no L_mac() saturates. Residuals of real LSFs lie far
+/// inside the bound; others take the scalar search.
+constexpr std::int32_t kLspcb2AbsMax = 2337;  // largest |lspcb2| entry (the tests check it)
+constexpr std::int32_t kBufReach = 12000;
+static_assert(5 * std::int64_t{kBufReach + kLspcb2AbsMax} * (kBufReach + kLspcb2AbsMax) < (std::int64_t{1} << 30));
+
+bool second_stage_fits(const Word16* buf) {
+    bool fits = true;
+    for (int j = 0; j < 5; ++j) fits &= static_cast<std::uint32_t>(buf[j] + kBufReach) <= 2 * kBufReach;
+    return fits;
 }
 
 }  // namespace
@@ -154,7 +155,7 @@ bool second_stage_fits(const Word16* buf, int first) {
 int lsf_second_stage_search(const Word16* target, const Word16* cb1, const Word16* w, int first) {
     Word16 buf[5];
     for (int j = 0; j < 5; ++j) buf[j] = sub(target[first + j], cb1[first + j]);
-    if (!second_stage_fits(buf, first)) return lsf_second_stage_search_scalar(target, cb1, w, first);
+    if (!second_stage_fits(buf)) return lsf_second_stage_search_scalar(target, cb1, w, first);
     // Eight rows per vector: t = buf - cb2, m = mult(w, t) (floor of the
     // Q15 product from its high and low halves), distance += m * t.
     __m128i acc[8];

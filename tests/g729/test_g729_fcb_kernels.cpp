@@ -3,9 +3,10 @@
 // scalar twins (the reference's operators), on random, speech-scale and
 // extreme inputs, both builds: the fourth pulse of the main-body search, the
 // last pulse pair of the Annex A fast search and its candidate test, the sign folding of the
-// correlation rows, and Cor_h's plain chains.
+// correlation rows, the rows' magnitude bounds, and Cor_h's plain chains.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -44,6 +45,16 @@
     bool g729_any_better8_scalar(const std::int16_t*, const std::int16_t*, std::int16_t, std::int16_t);     \
     void g729_mult8(std::int16_t* row, const std::int16_t* g);                                               \
     void g729_mult8_scalar(std::int16_t* row, const std::int16_t* g);                                        \
+    void g729_pair_rows_a(std::int16_t, std::int32_t, const std::int16_t*, const std::int16_t*,              \
+                          const std::int16_t*, const std::int16_t*, std::int16_t*, std::int32_t*);           \
+    void g729_pair_rows_a_scalar(std::int16_t, std::int32_t, const std::int16_t*, const std::int16_t*,       \
+                                 const std::int16_t*, const std::int16_t*, std::int16_t*, std::int32_t*);    \
+    unsigned g729_pair_lanes_fit8(const std::int32_t*, const std::int32_t*, std::int32_t);                  \
+    unsigned g729_pair_lanes_fit8_scalar(const std::int32_t*, const std::int32_t*, std::int32_t);           \
+    void g729_fold8(std::int16_t* row, const std::int16_t* neg);                                              \
+    void g729_fold8_scalar(std::int16_t* row, const std::int16_t* neg);                                       \
+    std::int32_t g729_max_abs8(const std::int16_t* v);                                                        \
+    std::int32_t g729_max_abs8_scalar(const std::int16_t* v);                                                 \
     }
 ZEPS_DECLARE_FCB_KERNELS(u8)
 #if defined(__x86_64__)  // elsewhere n8 names the one generic build, u8
@@ -108,6 +119,19 @@ void pair_agrees(Fast fast, Slow slow) {
         ASSERT_EQ(s1, s2) << "rep " << rep;
         ASSERT_EQ(a1, a2) << "rep " << rep;
     }
+    // At the lanes' bound (|alp1| + 2^13 max|r| + 2^15 max|t| = MAX_32 - 2^15,
+    // where round_fx's L_add reaches MAX_32) and one past it (scalar).
+    for (const std::int16_t x : {static_cast<std::int16_t>(32767), static_cast<std::int16_t>(-32768)})
+        for (const std::int32_t over : {0, 1}) {
+            const std::int64_t rest = std::int64_t{0x7fffffff} - 0x8000 - (8192 + 32768) * (x < 0 ? -std::int64_t{x} : x);
+            const std::int32_t alp = static_cast<std::int32_t>((x < 0 ? -rest : rest) + (x < 0 ? -over : over));
+            const V16 e(8, x);
+            V16 s1(8), a1(8), s2(8), a2(8);
+            fast(x, alp, e.data(), e.data(), e.data(), s1.data(), a1.data());
+            slow(x, alp, e.data(), e.data(), e.data(), s2.data(), a2.data());
+            ASSERT_EQ(a1, a2) << "x " << x << " over " << over;
+            ASSERT_EQ(s1, s2) << "x " << x << " over " << over;
+        }
 }
 
 template <class Chains, class Lanes>
@@ -161,9 +185,71 @@ TEST(G729FcbKernels, FourthPulseVectorEqualsScalar) {
     fourth_agrees(zeps::n8::g729_fourth_pulse, zeps::n8::g729_fourth_pulse_scalar);
 }
 
+/// The rows' sums of a last-pair loop for alp0 = L_mult(alp, 1/4): random
+/// rows and every combination of extremes (each chain at its largest).
+template <class Fast, class Slow>
+void pair_rows_agree(Fast fast, Slow slow) {
+    Rng rng(53);
+    const auto check = [&](std::int16_t ps, std::int16_t alp, const V16& dn, const V16& a, const V16& b, const V16& c) {
+        const std::int32_t alp0 = 2 * 8192 * std::int32_t{alp};
+        V16 p1(8), p2(8);
+        std::vector<std::int32_t> a1(8), a2(8);
+        fast(ps, alp0, dn.data(), a.data(), b.data(), c.data(), p1.data(), a1.data());
+        slow(ps, alp0, dn.data(), a.data(), b.data(), c.data(), p2.data(), a2.data());
+        ASSERT_EQ(p1, p2) << "alp " << alp;
+        ASSERT_EQ(a1, a2) << "alp " << alp;
+    };
+    for (int rep = 0; rep < 20000; ++rep) {
+        const int mode = rep % 3;
+        check(rng.s16(), rng.s16(), eight(rng, mode), eight(rng, mode), eight(rng, mode), eight(rng, mode));
+    }
+    for (const std::int16_t e0 : {-32768, 32767})
+        for (const std::int16_t e1 : {-32768, 32767})
+            for (const std::int16_t e2 : {-32768, 32767}) {
+                const V16 a(8, e1), b(8, e1), c(8, e2), dn(8, e2);
+                check(e0, e0, dn, a, b, c);
+                check(e0, e1, dn, a, V16(8, e2), c);
+            }
+}
+
+/// The lanes' condition of eight rows at its bound: |alp1| + 2^13 rmax +
+/// 2^15 tmax equal to MAX_32 - 2^15 and one past it, both signs of alp1, the
+/// largest row and target bounds, and alp1 at MIN_32 / MAX_32.
+template <class Fast, class Slow>
+void fit_agrees(Fast fast, Slow slow) {
+    const std::int64_t limit = 0x7fffffff - 0x8000;
+    for (const std::int32_t tmax : {0, 1, 32767, 32768})
+        for (const std::int32_t rmax : {0, 1, 32767, 32768}) {
+            const std::int64_t room = limit - 8192 * std::int64_t{rmax} - 32768 * std::int64_t{tmax};
+            const std::int32_t alp1[8] = {static_cast<std::int32_t>(room), static_cast<std::int32_t>(room + 1),
+                                          static_cast<std::int32_t>(-room), static_cast<std::int32_t>(-room - 1),
+                                          static_cast<std::int32_t>(0x7fffffff), static_cast<std::int32_t>(-0x7fffffff - 1),
+                                          0, static_cast<std::int32_t>(room - 1)};
+            const std::int32_t rm[8] = {rmax, rmax, rmax, rmax, rmax, rmax, rmax, rmax};
+            const unsigned want = slow(alp1, rm, tmax);
+            ASSERT_EQ(want & 0x3Fu, 0x05u) << rmax << " " << tmax;  // the bound fits, one past it does not
+            ASSERT_EQ(fast(alp1, rm, tmax), want) << rmax << " " << tmax;
+        }
+    Rng rng(59);
+    for (int rep = 0; rep < 20000; ++rep) {
+        std::int32_t alp1[8], rm[8];
+        for (int k = 0; k < 8; ++k) {
+            alp1[k] = static_cast<std::int32_t>((std::uint32_t{static_cast<std::uint16_t>(rng.s16())} << 16) |
+                                                static_cast<std::uint16_t>(rng.s16()));
+            rm[k] = static_cast<std::int32_t>(rng.uniform(0, 32768));
+        }
+        const auto tmax = static_cast<std::int32_t>(rng.uniform(0, 32768));
+        ASSERT_EQ(fast(alp1, rm, tmax), slow(alp1, rm, tmax)) << "rep " << rep;
+    }
+}
+
 TEST(G729FcbKernels, AnnexAPairVectorEqualsScalar) {
+    fit_agrees(zeps::u8::g729_pair_lanes_fit8, zeps::u8::g729_pair_lanes_fit8_scalar);
+    fit_agrees(zeps::n8::g729_pair_lanes_fit8, zeps::n8::g729_pair_lanes_fit8_scalar);
     pair_agrees(zeps::u8::g729_pair_pulse_a, zeps::u8::g729_pair_pulse_a_scalar);
     pair_agrees(zeps::n8::g729_pair_pulse_a, zeps::n8::g729_pair_pulse_a_scalar);
+    pair_rows_agree(zeps::u8::g729_pair_rows_a, zeps::u8::g729_pair_rows_a_scalar);
+    pair_rows_agree(zeps::n8::g729_pair_rows_a, zeps::n8::g729_pair_rows_a_scalar);
 }
 
 /// The first pair over the whole input range (every value exact in lanes).
@@ -331,9 +417,61 @@ void mult8_agrees(Fast fast, Slow slow) {
     }
 }
 
+/// The basic operator mult: (x y) >> 15, saturated.
+int model_mult(int x, int y) { return std::clamp((x * y) >> 15, -32768, 32767); }
+
+/// The Annex A folding by sign masks against mult() by MAX_16 / MIN_16 (the
+/// reference's sign values) on every row value from -32768 to 32767.
+template <class Fast, class Slow>
+void fold8_agrees(Fast fast, Slow slow) {
+    const V16 neg = {0, -1, 0, -1, -1, 0, 0, -1};
+    for (int x0 = -32768; x0 <= 32767; x0 += 8) {
+        V16 row(8), a, b;
+        for (int k = 0; k < 8; ++k) row[k] = static_cast<std::int16_t>(x0 + k);
+        for (int flip = 0; flip < 2; ++flip) {
+            V16 n = neg;
+            if (flip != 0)
+                for (auto& v : n) v = static_cast<std::int16_t>(~v);
+            a = row;
+            b = row;
+            fast(a.data(), n.data());
+            slow(b.data(), n.data());
+            ASSERT_EQ(a, b) << "x0 " << x0;
+            for (int k = 0; k < 8; ++k)
+                ASSERT_EQ(b[k], model_mult(row[k], n[k] != 0 ? -32768 : 32767)) << "x " << row[k];
+        }
+    }
+}
+
 TEST(G729FcbKernels, SignFoldingVectorEqualsScalar) {
     mult8_agrees(zeps::u8::g729_mult8, zeps::u8::g729_mult8_scalar);
     mult8_agrees(zeps::n8::g729_mult8, zeps::n8::g729_mult8_scalar);
+    fold8_agrees(zeps::u8::g729_fold8, zeps::u8::g729_fold8_scalar);
+    fold8_agrees(zeps::n8::g729_fold8, zeps::n8::g729_fold8_scalar);
+}
+
+template <class Fast, class Slow>
+void max_abs8_agrees(Fast fast, Slow slow) {
+    // Each extreme in each lane over small values (the bias must not move
+    // 32768 or 0 past any other magnitude), then random rows.
+    for (const std::int16_t x : {-32768, -32767, 32767, -1, 1, 0})
+        for (int k = 0; k < 8; ++k) {
+            V16 v = {3, -2, 0, 1, -3, 2, -1, 0};
+            v[k] = x;
+            const std::int32_t want = std::max<std::int32_t>(3, x < 0 ? -std::int32_t{x} : x);
+            ASSERT_EQ(slow(v.data()), want) << x << " at " << k;
+            ASSERT_EQ(fast(v.data()), want) << x << " at " << k;
+        }
+    Rng rng(43);
+    for (int rep = 0; rep < 20000; ++rep) {
+        const V16 v = eight(rng, rep % 3);
+        ASSERT_EQ(fast(v.data()), slow(v.data())) << "rep " << rep;
+    }
+}
+
+TEST(G729FcbKernels, RowMagnitudeBoundVectorEqualsScalar) {
+    max_abs8_agrees(zeps::u8::g729_max_abs8, zeps::u8::g729_max_abs8_scalar);
+    max_abs8_agrees(zeps::n8::g729_max_abs8, zeps::n8::g729_max_abs8_scalar);
 }
 
 TEST(G729FcbKernels, CorHPlainChainsEqualSaturating) {

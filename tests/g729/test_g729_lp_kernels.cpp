@@ -109,6 +109,30 @@ TEST(G729LpKernels, SimdEqualsScalar) {
     });
 }
 
+// The second-stage lanes run while every residual |target - lspcb1| is at
+// most 12000, a bound derived from the largest |lspcb2| entry (2337): hold
+// the table to it, and the search to the scalar one at and just past the
+// bound with full weights (the largest distances the lanes accept).
+TEST(G729LpKernels, SecondStageBoundEdges) {
+    int amax = 0;
+    for (const auto& row : zeps::lspcb2)
+        for (const std::int16_t v : row) amax = std::max(amax, std::abs(int{v}));
+    EXPECT_EQ(amax, 2337);
+    const std::int16_t w[10] = {32767, 32767, 32767, 32767, 32767, 32767, 32767, 32767, 32767, 32767};
+    for_both([&](auto, auto, auto, auto, auto second_simd, auto second_scalar) {
+        for (const std::int16_t* cb1 : {zeps::lspcb1[0], zeps::lspcb1[127]})
+            for (const int edge : {-12001, -12000, 11999, 12000, 12001})
+                for (int lane = 0; lane < 5; ++lane) {
+                    std::int16_t t[10];
+                    for (int j = 0; j < 10; ++j)
+                        t[j] = static_cast<std::int16_t>(std::clamp(cb1[j] + (j % 5 == lane ? edge : (j % 2 ? 12000 : -12000)), -32768, 32767));
+                    for (int first : {0, 5})
+                        ASSERT_EQ(second_simd(t, cb1, w, first), second_scalar(t, cb1, w, first))
+                            << "edge " << edge << " lane " << lane;
+                }
+    });
+}
+
 TEST(G729LpKernels, BatchedChebyshevEqualsChebps) {
     zeps::test::Rng rng(11);
     int batched = 0;
