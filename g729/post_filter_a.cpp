@@ -128,22 +128,21 @@ void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word
 /// Tilt factor of the compensation filter: MU * r(1)/r(0) of the impulse
 /// response of A(z/0.55)/A(z/0.7), 0 when r(1) <= 0.
 Word16 tilt_factor(const Word16* ap3, const Word16* ap4) {
-    Word16 h[kLh] = {};
+    // h[22..31] stay zero: whole lanes of eight, the lag-1 lanes reading h[24].
+    alignas(16) Word16 h[kLh + 10] = {};
     std::memcpy(h, ap3, (kOrder + 1) * sizeof(Word16));
     const Word16 zero[kOrder] = {};
     syn_filt(ap4, h, h, kLh, zero);
     // The energy chain's terms are non-negative: it is the doubled exact sum
     // clamped at MAX_32. Within 31 bits it bounds (Cauchy-Schwarz) every
-    // partial sum of the lag-1 chain, which is then a plain sum too.
-    std::int64_t e = 0;
-    for (int i = 0; i < kLh; ++i) e += std::int32_t{h[i]} * h[i];
+    // partial sum of the lag-1 chain, which is then a plain sum too (in any
+    // order: the lanes; the zero padding adds nothing).
+    const std::int64_t e = g729p::energy64(h, 24);
     const bool plain = 2 * e <= MAX_32;
     const Word16 temp1 = extract_h(plain ? static_cast<Word32>(2 * e) : MAX_32);
     Word32 L_tmp;
     if (plain) {
-        Word32 c = 0;
-        for (int i = 0; i < kLh - 1; ++i) c += std::int32_t{h[i]} * h[i + 1];
-        L_tmp = 2 * c;
+        L_tmp = 2 * g729p::dot_lanes(h, h + 1, 24);
     } else {
         L_tmp = L_mult(h[0], h[1]);
         for (int i = 1; i < kLh - 1; ++i) L_tmp = L_mac(L_tmp, h[i], h[i + 1]);
@@ -226,6 +225,7 @@ void agc(const Word16* in, Word16* out, Word16& past_gain) {
     // and add a step).
     Word16 gains[kSubfr];
     std::int32_t g = past_gain;
+#pragma GCC unroll 40
     for (int i = 0; i < kSubfr; ++i) {
         g = ((g * kAgcFac) >> 15) + g0;
         gains[i] = static_cast<Word16>(g);
