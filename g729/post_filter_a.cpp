@@ -67,13 +67,15 @@ void candidate_correlations(const Word16* scal, int t0_min, bool plain, Word32* 
 }
 
 /// pit_pst_filt: res and scal point at the current subframe of buffers
-/// holding kPitMax past samples.
+/// holding kPitMax past samples (scal followed by 8 zeros).
 void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word16 t0_max, Word16* out) {
     // Every correlation and energy below is a sum of 40 products of samples
     // of scal[-t0_max .. 39]; by Cauchy-Schwarz none of their partial sums
     // exceeds the energy of that span, so twice that energy (plus the 1 the
     // energies start from) within 31 bits proves the saturating chains exact.
-    const std::int64_t span = g729p::energy64(scal - t0_max, t0_max + kSubfr);
+    // The span is rounded up to whole lanes of eight: the caller's buffer
+    // ends in zeros, which add nothing.
+    const std::int64_t span = g729p::energy64(scal - t0_max, (t0_max + kSubfr + 7) & ~7);
     const bool plain = 2 * span + 1 <= MAX_32;
     Word32 cor_max = MIN_32;
     Word16 t0 = t0_min;
@@ -277,7 +279,8 @@ void post_subframe_a(Word16 lag, bool harmonic, const Zep16s* pLPC, Zep16s* pSrc
     Word16 syn[kOrder + kSubfr];
     load(syn, offsetof(PostFilterAState, syn), kOrder * sizeof(Word16));
     std::memcpy(syn + kOrder, pSrcDst, kSubfr * sizeof(Word16));
-    Word16 res2[kPitMax + kSubfr], scal[kPitMax + kSubfr];
+    Word16 res2[kPitMax + kSubfr], scal[kPitMax + kSubfr + 8];
+    std::memset(scal + kPitMax + kSubfr, 0, 8 * sizeof(Word16));
     load(res2, offsetof(PostFilterAState, res2), kPitMax * sizeof(Word16));
     load(scal, offsetof(PostFilterAState, scal_res2), kPitMax * sizeof(Word16));
     residual(ap3, syn + kOrder, res2 + kPitMax);
