@@ -32,12 +32,14 @@ constexpr Word16 kGammaP = 16384;    // GAMMAP, 0.5
 constexpr Word16 kInvGammaP = 21845; // 1 / (1 + GAMMAP)
 constexpr Word16 kGammaP2 = 10923;   // GAMMAP / (1 + GAMMAP)
 
-/// The 616-byte state: residual histories (plain and divided by 4), the
-/// memory of 1/A(z/0.7), the last 10 input samples, the tilt filter's
-/// memory and the AGC gain (Q12).
+/// The 616-byte state: the residual history, the memory of 1/A(z/0.7), the
+/// last 10 input samples, the tilt filter's memory and the AGC gain (Q12).
+/// The reference's second history, the residual divided by 4, is shr(res2,
+/// 2) sample for sample: it is formed from res2 over the span a subframe
+/// reads and not kept (its place in the block stays zero).
 struct PostFilterAState {
     Word16 res2[kPitMax];
-    Word16 scal_res2[kPitMax];
+    Word16 unused[kPitMax];
     Word16 mem_syn_pst[kOrder];
     Word16 syn[kOrder];
     Word16 mem_pre;
@@ -67,7 +69,8 @@ void candidate_correlations(const Word16* scal, int t0_min, bool plain, Word32* 
 }
 
 /// pit_pst_filt: res and scal point at the current subframe of buffers
-/// holding kPitMax past samples (scal followed by 8 zeros).
+/// holding kPitMax past samples (scal from -t0_max on, followed by zeros to
+/// whole lanes of eight).
 void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word16 t0_max, Word16* out) {
     // Every correlation and energy below is a sum of 40 products of samples
     // of scal[-t0_max .. 39]; by Cauchy-Schwarz none of their partial sums
@@ -279,18 +282,21 @@ void post_subframe_a(Word16 lag, bool harmonic, const Zep16s* pLPC, Zep16s* pSrc
     Word16 syn[kOrder + kSubfr];
     load(syn, offsetof(PostFilterAState, syn), kOrder * sizeof(Word16));
     std::memcpy(syn + kOrder, pSrcDst, kSubfr * sizeof(Word16));
-    Word16 res2[kPitMax + kSubfr], scal[kPitMax + kSubfr + 8];
-    std::memset(scal + kPitMax + kSubfr, 0, 8 * sizeof(Word16));
+    // res2 ends in 8 zeros: the divided residual is formed over whole lanes.
+    Word16 res2[kPitMax + kSubfr + 8];
     load(res2, offsetof(PostFilterAState, res2), kPitMax * sizeof(Word16));
-    load(scal, offsetof(PostFilterAState, scal_res2), kPitMax * sizeof(Word16));
+    std::memset(res2 + kPitMax + kSubfr, 0, 8 * sizeof(Word16));
     residual(ap3, syn + kOrder, res2 + kPitMax);
-    g729f::quarter(res2 + kPitMax, scal + kPitMax, kSubfr);
 
     Word16 res2_pst[kSubfr];
-    if (harmonic)
+    if (harmonic) {
+        Word16 scal[kPitMax + kSubfr + 8];
+        const int from = kPitMax - t0_max;
+        g729f::quarter(res2 + from, scal + from, (t0_max + kSubfr + 7) & ~7);
         pitch_postfilter(res2 + kPitMax, scal + kPitMax, t0_min, t0_max, res2_pst);
-    else
+    } else {
         std::memcpy(res2_pst, res2 + kPitMax, sizeof res2_pst);
+    }
     preemphasis(res2_pst, tilt_factor(ap3, ap4), mem_pre);
     Word16 out[kSubfr];
     syn_filt(ap4, res2_pst, out, kSubfr, mem_syn_pst);
@@ -298,7 +304,6 @@ void post_subframe_a(Word16 lag, bool harmonic, const Zep16s* pLPC, Zep16s* pSrc
     agc(syn + kOrder, out, past_gain);
 
     store(offsetof(PostFilterAState, res2), res2 + kSubfr, kPitMax * sizeof(Word16));
-    store(offsetof(PostFilterAState, scal_res2), scal + kSubfr, kPitMax * sizeof(Word16));
     store(offsetof(PostFilterAState, mem_syn_pst), mem_syn_pst, sizeof mem_syn_pst);
     store(offsetof(PostFilterAState, syn), syn + kSubfr, kOrder * sizeof(Word16));
     store(offsetof(PostFilterAState, mem_pre), &mem_pre, sizeof mem_pre);
