@@ -85,8 +85,8 @@ inline std::int64_t memory_term_half(std::int64_t h, std::int64_t n) { return 2 
 /// (|b0| + |b1| + |b2|) 32768 fits in 31 bits (every pair and lane sum
 /// exact; the 100 Hz filter's 30796 does), else as plain 64-bit sums.
 void input_terms(const Word16* ext, int n, const Word16* c, std::int64_t* in) {
-    const std::int64_t sum_b = std::abs(std::int64_t{c[0]}) + std::abs(std::int64_t{c[1]}) +
-                               std::abs(std::int64_t{c[2]});
+    const std::int64_t sum_b = std::abs(static_cast<std::int64_t>(c[0])) + std::abs(static_cast<std::int64_t>(c[1])) +
+                               std::abs(static_cast<std::int64_t>(c[2]));
 #if defined(__SSSE3__)
     if (sum_b * 32768 <= MAX_32) {
         const __m128i b01 = _mm_unpacklo_epi16(_mm_set1_epi16(c[0]), _mm_set1_epi16(c[1]));
@@ -113,7 +113,8 @@ void input_terms(const Word16* ext, int n, const Word16* c, std::int64_t* in) {
 #endif
     (void)sum_b;
     for (int i = 0; i < n; ++i)
-        in[i] = std::int64_t{ext[i + 2]} * c[0] + std::int64_t{ext[i + 1]} * c[1] + std::int64_t{ext[i]} * c[2];
+        in[i] = static_cast<std::int64_t>(ext[i + 2]) * c[0] + static_cast<std::int64_t>(ext[i + 1]) * c[1] +
+                static_cast<std::int64_t>(ext[i]) * c[2];
 }
 
 /// The filter under first_sums_fit, one range check a sample: while the
