@@ -32,12 +32,14 @@ constexpr Word16 kGammaP = 16384;    // GAMMAP, 0.5
 constexpr Word16 kInvGammaP = 21845; // 1 / (1 + GAMMAP)
 constexpr Word16 kGammaP2 = 10923;   // GAMMAP / (1 + GAMMAP)
 
-/// The 616-byte state: residual histories (plain and divided by 4), the
-/// memory of 1/A(z/0.7), the last 10 input samples, the tilt filter's
-/// memory and the AGC gain (Q12).
+/// The 616-byte state: the residual history, the memory of 1/A(z/0.7), the
+/// last 10 input samples, the tilt filter's memory and the AGC gain (Q12).
+/// The reference's second history, the residual divided by 4, is shr(res2,
+/// 2) sample for sample: it is formed from res2 over the span a subframe
+/// reads and not kept (its place in the block stays zero).
 struct PostFilterAState {
     Word16 res2[kPitMax];
-    Word16 scal_res2[kPitMax];
+    Word16 unused[kPitMax];
     Word16 mem_syn_pst[kOrder];
     Word16 syn[kOrder];
     Word16 mem_pre;
@@ -67,13 +69,16 @@ void candidate_correlations(const Word16* scal, int t0_min, bool plain, Word32* 
 }
 
 /// pit_pst_filt: res and scal point at the current subframe of buffers
-/// holding kPitMax past samples.
+/// holding kPitMax past samples (scal from -t0_max on, followed by zeros to
+/// whole lanes of eight).
 void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word16 t0_max, Word16* out) {
     // Every correlation and energy below is a sum of 40 products of samples
     // of scal[-t0_max .. 39]; by Cauchy-Schwarz none of their partial sums
     // exceeds the energy of that span, so twice that energy (plus the 1 the
     // energies start from) within 31 bits proves the saturating chains exact.
-    const std::int64_t span = g729p::energy64(scal - t0_max, t0_max + kSubfr);
+    // The span is rounded up to whole lanes of eight: the caller's buffer
+    // ends in zeros, which add nothing.
+    const std::int64_t span = g729p::energy64(scal - t0_max, (t0_max + kSubfr + 7) & ~7);
     const bool plain = 2 * span + 1 <= MAX_32;
     Word32 cor_max = MIN_32;
     Word16 t0 = t0_min;
@@ -128,22 +133,21 @@ void pitch_postfilter(const Word16* res, const Word16* scal, Word16 t0_min, Word
 /// Tilt factor of the compensation filter: MU * r(1)/r(0) of the impulse
 /// response of A(z/0.55)/A(z/0.7), 0 when r(1) <= 0.
 Word16 tilt_factor(const Word16* ap3, const Word16* ap4) {
-    Word16 h[kLh] = {};
+    // h[22..31] stay zero: whole lanes of eight, the lag-1 lanes reading h[24].
+    alignas(16) Word16 h[kLh + 10] = {};
     std::memcpy(h, ap3, (kOrder + 1) * sizeof(Word16));
     const Word16 zero[kOrder] = {};
     syn_filt(ap4, h, h, kLh, zero);
     // The energy chain's terms are non-negative: it is the doubled exact sum
     // clamped at MAX_32. Within 31 bits it bounds (Cauchy-Schwarz) every
-    // partial sum of the lag-1 chain, which is then a plain sum too.
-    std::int64_t e = 0;
-    for (int i = 0; i < kLh; ++i) e += std::int32_t{h[i]} * h[i];
+    // partial sum of the lag-1 chain, which is then a plain sum too (in any
+    // order: the lanes; the zero padding adds nothing).
+    const std::int64_t e = g729p::energy64(h, 24);
     const bool plain = 2 * e <= MAX_32;
     const Word16 temp1 = extract_h(plain ? static_cast<Word32>(2 * e) : MAX_32);
     Word32 L_tmp;
     if (plain) {
-        Word32 c = 0;
-        for (int i = 0; i < kLh - 1; ++i) c += std::int32_t{h[i]} * h[i + 1];
-        L_tmp = 2 * c;
+        L_tmp = 2 * g729p::dot_lanes(h, h + 1, 24);
     } else {
         L_tmp = L_mult(h[0], h[1]);
         for (int i = 1; i < kLh - 1; ++i) L_tmp = L_mac(L_tmp, h[i], h[i + 1]);
@@ -226,6 +230,7 @@ void agc(const Word16* in, Word16* out, Word16& past_gain) {
     // and add a step).
     Word16 gains[kSubfr];
     std::int32_t g = past_gain;
+#pragma GCC unroll 40
     for (int i = 0; i < kSubfr; ++i) {
         g = ((g * kAgcFac) >> 15) + g0;
         gains[i] = static_cast<Word16>(g);
@@ -277,17 +282,21 @@ void post_subframe_a(Word16 lag, bool harmonic, const Zep16s* pLPC, Zep16s* pSrc
     Word16 syn[kOrder + kSubfr];
     load(syn, offsetof(PostFilterAState, syn), kOrder * sizeof(Word16));
     std::memcpy(syn + kOrder, pSrcDst, kSubfr * sizeof(Word16));
-    Word16 res2[kPitMax + kSubfr], scal[kPitMax + kSubfr];
+    // res2 ends in 8 zeros: the divided residual is formed over whole lanes.
+    Word16 res2[kPitMax + kSubfr + 8];
     load(res2, offsetof(PostFilterAState, res2), kPitMax * sizeof(Word16));
-    load(scal, offsetof(PostFilterAState, scal_res2), kPitMax * sizeof(Word16));
+    std::memset(res2 + kPitMax + kSubfr, 0, 8 * sizeof(Word16));
     residual(ap3, syn + kOrder, res2 + kPitMax);
-    g729f::quarter(res2 + kPitMax, scal + kPitMax, kSubfr);
 
     Word16 res2_pst[kSubfr];
-    if (harmonic)
+    if (harmonic) {
+        Word16 scal[kPitMax + kSubfr + 8];
+        const int from = kPitMax - t0_max;
+        g729f::quarter(res2 + from, scal + from, (t0_max + kSubfr + 7) & ~7);
         pitch_postfilter(res2 + kPitMax, scal + kPitMax, t0_min, t0_max, res2_pst);
-    else
+    } else {
         std::memcpy(res2_pst, res2 + kPitMax, sizeof res2_pst);
+    }
     preemphasis(res2_pst, tilt_factor(ap3, ap4), mem_pre);
     Word16 out[kSubfr];
     syn_filt(ap4, res2_pst, out, kSubfr, mem_syn_pst);
@@ -295,7 +304,6 @@ void post_subframe_a(Word16 lag, bool harmonic, const Zep16s* pLPC, Zep16s* pSrc
     agc(syn + kOrder, out, past_gain);
 
     store(offsetof(PostFilterAState, res2), res2 + kSubfr, kPitMax * sizeof(Word16));
-    store(offsetof(PostFilterAState, scal_res2), scal + kSubfr, kPitMax * sizeof(Word16));
     store(offsetof(PostFilterAState, mem_syn_pst), mem_syn_pst, sizeof mem_syn_pst);
     store(offsetof(PostFilterAState, syn), syn + kSubfr, kOrder * sizeof(Word16));
     store(offsetof(PostFilterAState, mem_pre), &mem_pre, sizeof mem_pre);
