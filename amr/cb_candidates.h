@@ -331,6 +331,22 @@ inline bool any_improves(const Candidates& c, int count, Word16 sq, Word16 alp) 
 #endif
 }
 
+/// The reference's sequential choice over candidates begin .. end - 1 from
+/// the best so far (sq, alp): each candidate that improves() on the best
+/// becomes the best. Returns the position the choice ends on, -1 when no
+/// candidate is taken.
+inline int sequential_choice(const Candidates& c, int begin, int end, Word16 sq, Word16 alp) {
+    int best = -1;
+    for (int k = begin; k < end; k++) {
+        if (improves(c.sq[k], c.alp[k], sq, alp)) {
+            sq = c.sq[k];
+            alp = c.alp[k];
+            best = k;
+        }
+    }
+    return best;
+}
+
 /// The position among count (8 or 10) candidates that a sequential choice
 /// from the start (sq, alp) = (-1, 1) ends on (each candidate taken when
 /// improves() it over the best so far), or -1 where some alp <= 0 (then the
@@ -374,17 +390,13 @@ inline int first_greatest_ratio(const Candidates& c, int count = 8) {
     w = _mm_shuffle_epi32(w, 0);
     const __m128i eq = _mm_packs_epi32(_mm_cmpeq_epi32(_mm_unpacklo_epi16(s, a), w),
                                        _mm_cmpeq_epi32(_mm_unpackhi_epi16(s, a), w));
-    int best = __builtin_ctz(static_cast<unsigned>(_mm_movemask_epi8(eq))) / 2;
-    for (int k = 8; k < count; k++)
-        if (improves(c.sq[k], c.alp[k], c.sq[best], c.alp[best])) best = k;
-    return best;
+    const int best = __builtin_ctz(static_cast<unsigned>(_mm_movemask_epi8(eq))) / 2;
+    const int tail = sequential_choice(c, 8, count, c.sq[best], c.alp[best]);
+    return tail >= 0 ? tail : best;
 #else
     for (int k = 0; k < count; k++)
         if (c.alp[k] <= 0) return -1;
-    int best = 0;
-    for (int k = 1; k < count; k++)
-        if (improves(c.sq[k], c.alp[k], c.sq[best], c.alp[best])) best = k;
-    return best;
+    return sequential_choice(c, 0, count, -1, 1);
 #endif
 }
 

@@ -28,26 +28,16 @@ struct PairLevel {
 /// The sequential choice over the candidates c of the second pulse (first
 /// pulse at i2) once some of them improves on the best: the first of the
 /// greatest ratio sq / alp where every alp is positive (an exact reading of
-/// the loop below there), the reference's loop otherwise.
+/// the reference's loop there), the loop itself otherwise.
 void take_best(const Candidates& c, int count, int i2, int tb, int step, PairLevel& best) {
-    const int w = best.alp > 0 ? first_greatest_ratio(c, count) : -1;
-    if (w >= 0) {
-        best.sq = c.sq[w];
-        best.ps = c.ps[w];
-        best.alp = c.alp[w];
-        best.ia = i2;
-        best.ib = tb + step * w;
-        return;
-    }
-    for (int k = 0; k < count; k++) {
-        if (improves(c.sq[k], c.alp[k], best.sq, best.alp)) {
-            best.sq = c.sq[k];
-            best.ps = c.ps[k];
-            best.alp = c.alp[k];
-            best.ia = i2;
-            best.ib = tb + step * k;
-        }
-    }
+    int w = best.alp > 0 ? first_greatest_ratio(c, count) : -1;
+    if (w < 0) w = sequential_choice(c, 0, count, best.sq, best.alp);
+    if (w < 0) return;
+    best.sq = c.sq[w];
+    best.ps = c.ps[w];
+    best.alp = c.alp[w];
+    best.ia = i2;
+    best.ib = tb + step * w;
 }
 
 /// Search one pair of tracks (ta, tb) given the pulses fixed so far. alp0

@@ -215,9 +215,9 @@ TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
 
 // The lane choice among 8 or 10 candidates against the reference's
 // sequential loop, from (-1, 1) and, where some candidate improves on it,
-// from a running best: equal ratios in many places (small values,
-// multiples), the extremes 1 and 32767, and energy terms <= 0 (where it
-// must decline).
+// from a running best; the library's own sequential loop from any start:
+// equal ratios in many places (small values, multiples), the extremes 1
+// and 32767, and energy terms <= 0 (where the lane choice must decline).
 TEST(AmrCbSearch, LaneChoiceEqualsSequentialChoice) {
     namespace k = zeps::ref::amr_cb;
     zeps::test::Rng rng(67);
@@ -263,6 +263,10 @@ TEST(AmrCbSearch, LaneChoiceEqualsSequentialChoice) {
         }
         bool positive = true;
         for (int i = 0; i < count; i++) positive = positive && c.alp[i] > 0;
+        // the library's sequential loop (any energy terms, any start)
+        const std::int16_t ssq = rng.chance(4) ? -1 : static_cast<std::int16_t>(rng.uniform(-1, 32767));
+        const std::int16_t salp = rng.chance(4) ? 1 : rng.s16();
+        ASSERT_EQ(k::sequential_choice(c, 0, count, ssq, salp), sequential(c, count, ssq, salp)) << "round " << round;
         const int w = k::first_greatest_ratio(c, count);
         if (w < 0) {
             ASSERT_FALSE(positive) << "round " << round;
