@@ -198,12 +198,14 @@ struct TrackMatrix {
             }
         }
 #if defined(__SSSE3__)
-        if (step == 4) {  // 10-position tracks (8 positions: the plain loop takes fewer instructions)
-            fill_rows_transposed(rr);
-            return;
+        if (step == 4) {
+            fill_rows_transposed<4>(rr);
+        } else {
+            fill_rows_transposed<5>(rr);
         }
-#endif
+#else
         fill_rows_scalar(rr);
+#endif
     }
     /// Track t of row i of rr[][], of the diagonal, of dn[].
     Strided track(int i, int t) const { return {&row[i][t * width], 1}; }
@@ -223,23 +225,27 @@ struct TrackMatrix {
     }
 #if defined(__SSSE3__)
     /// The rows as transposed 8x8 blocks of the symmetric rr[][] (positions
-    /// 8 and 9 of a step-4 track from a block of two rows and six zeros).
+    /// 8 and 9 of a step-4 track from a block of two rows and six zeros);
+    /// the step a constant, so that every load and store is a fixed offset.
+    template <int Step>
     void fill_rows_transposed(const CorrMatrix& rr) {
+        constexpr int kWidth = Step == 4 ? 16 : 8;
         const __m128i zero = _mm_setzero_si128();
-        for (int t = 0; t < step; t++) {
+        for (int t = 0; t < Step; t++) {
             for (int i0 = 0; i0 < kLCode; i0 += 8) {
                 __m128i a[8], tr[8];
-                for (int k = 0; k < 8; k++) a[k] = load8(&rr[t + step * k][i0]);
+                for (int k = 0; k < 8; k++) a[k] = load8(&rr[t + Step * k][i0]);
                 transpose8(a, tr);
                 for (int c = 0; c < 8; c++)
-                    _mm_store_si128(reinterpret_cast<__m128i*>(&row[i0 + c][t * width]), tr[c]);
-                if (width == 8) continue;
-                a[0] = load8(&rr[t + step * 8][i0]);
-                a[1] = load8(&rr[t + step * 9][i0]);
-                for (int k = 2; k < 8; k++) a[k] = zero;
-                transpose8(a, tr);
-                for (int c = 0; c < 8; c++)
-                    _mm_store_si128(reinterpret_cast<__m128i*>(&row[i0 + c][t * width + 8]), tr[c]);
+                    _mm_store_si128(reinterpret_cast<__m128i*>(&row[i0 + c][t * kWidth]), tr[c]);
+                if constexpr (kWidth == 16) {
+                    a[0] = load8(&rr[t + Step * 8][i0]);
+                    a[1] = load8(&rr[t + Step * 9][i0]);
+                    for (int k = 2; k < 8; k++) a[k] = zero;
+                    transpose8(a, tr);
+                    for (int c = 0; c < 8; c++)
+                        _mm_store_si128(reinterpret_cast<__m128i*>(&row[i0 + c][t * kWidth + 8]), tr[c]);
+                }
             }
         }
     }
