@@ -268,6 +268,35 @@ inline void track_sums_scalar(Word16 ps0, Word32 alp0, Strided dn, const Term* t
     }
 }
 
+/// True when -lim <= v[k] <= lim for every k < count: whether a whole
+/// loop of starts v[k] stays within TrackWithFixedTerm::exact_limit.
+inline bool all_within_scalar(const Word32* v, int count, std::int64_t lim) {
+    for (int k = 0; k < count; k++)
+        if (v[k] > lim || v[k] < -lim) return false;
+    return true;
+}
+
+/// all_within_scalar four values at a time (two signed compares a lane);
+/// v is read up to count rounded up to 4 (the lanes past count ignored).
+inline bool all_within(const Word32* v, int count, std::int64_t lim) {
+#if defined(__SSSE3__)
+    if (lim < 0) return count == 0;
+    if (lim >= MAX_32) return lim > MAX_32 || all_within_scalar(v, count, lim);  // only MIN_32 can lie beyond MAX_32
+    const __m128i hi = _mm_set1_epi32(static_cast<std::int32_t>(lim)), lo = _mm_set1_epi32(static_cast<std::int32_t>(-lim));
+    const __m128i lane = _mm_setr_epi32(0, 1, 2, 3);
+    __m128i out = _mm_setzero_si128();
+    for (int k0 = 0; k0 < count; k0 += 4) {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(v + k0));
+        __m128i o = _mm_or_si128(_mm_cmpgt_epi32(x, hi), _mm_cmpgt_epi32(lo, x));
+        if (count - k0 < 4) o = _mm_and_si128(o, _mm_cmpgt_epi32(_mm_set1_epi32(count - k0), lane));
+        out = _mm_or_si128(out, o);
+    }
+    return _mm_movemask_epi8(out) == 0;
+#else
+    return all_within_scalar(v, count, lim);
+#endif
+}
+
 inline void track_sums(Word16 ps0, Word32 alp0, Strided dn, const Term* terms, int nterms, int count, Sums& c) {
 #if defined(__SSSE3__)
     using namespace simd;
@@ -458,10 +487,10 @@ public:
     /// given shift from every start alp0 with |alp0| <= max_abs_alp0 (the
     /// bound grows with |alp0|): a whole loop of improving() calls may then
     /// take the plain adds.
-    bool exact_for(std::int64_t max_abs_alp0, int shift) const {
-        const std::int64_t bound = max_abs_alp0 + 0x8000 + (std::int64_t{1} << (15 + first_.shift)) +
-                                   (std::int64_t{1} << (15 + shift));
-        return bound <= MAX_32;
+    bool exact_for(std::int64_t max_abs_alp0, int shift) const { return max_abs_alp0 <= exact_limit(shift); }
+    /// The largest |alp0| for which exact_for holds (negative where none does).
+    std::int64_t exact_limit(int shift) const {
+        return MAX_32 - 0x8000 - (std::int64_t{1} << (15 + first_.shift)) - (std::int64_t{1} << (15 + shift));
     }
     /// evaluate(ps0, alp0, {run, shift}, c), then any_improves(c, count, sq,
     /// alp), in one pass of the lanes: the pair searches' inner loop over the

@@ -166,6 +166,14 @@ TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
         k::track_sums_scalar(ps0, alp0, d, terms, nterms, count, sb);
         for (int i = 0; i < count; i++)
             ASSERT_TRUE(sa.ps[i] == sb.ps[i] && sa.alp[i] == sb.alp[i]) << "sums round " << round << " " << i;
+        // the exactness bound of a loop of starts: at and around a start's magnitude, and the extremes
+        // (lanes past count hold values beyond any bound)
+        alignas(16) std::int32_t starts[16];
+        for (int i = 0; i < 16; i++) starts[i] = i < count ? (rng.chance(6) ? (rng.chance(2) ? INT32_MIN : INT32_MAX) : sa.alp[i]) : INT32_MIN;
+        const std::int32_t at = starts[rng.uniform(0, count - 1)];
+        const std::int64_t mag = at < 0 ? -std::int64_t{at} : at;
+        for (const std::int64_t lim : {mag - 1, mag, mag + 1, std::int64_t{-1}, std::int64_t{0}, std::int64_t{INT32_MAX}, mag + INT32_MAX})
+            ASSERT_EQ(k::all_within(starts, count, lim), k::all_within_scalar(starts, count, lim)) << "round " << round << " " << lim;
         // the same terms read as track-ordered runs (stride 1, 8 readable values past the track)
         k::Term runs[9];
         for (int t = 0; t < nterms; t++) runs[t] = {{m.data() + 40 * rng.uniform(0, 38), 1}, terms[t].shift};
