@@ -18,6 +18,7 @@
 
 #include "amr/cb_candidates.h"
 #include "amr/cb_correlation.h"
+#include "amr/cb_sign.h"
 #include "frame/variants.h"
 #include "tests/variant_check.h"
 
@@ -218,6 +219,40 @@ TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
             for (int i = 0; i < count; i++)
                 ASSERT_TRUE(a.ps[i] == b.ps[i] && a.sq[i] == b.sq[i] && a.alp[i] == b.alp[i]) << "fused round " << round;
         }
+    }
+}
+
+// The sign terms of set_sign12k2 in lanes against the L_mult/L_mac/L_shl
+// chain: every L_shl saturation and rounding edge (sums near +-2^20),
+// -32768 inputs, the normalisation factors' extremes (and a negative one,
+// which takes the chain); the energies from 256 up to saturation.
+TEST(AmrCbSearch, SignTermsEqualReferenceChain) {
+    namespace k = zeps::ref::amr_cb;
+    zeps::test::Rng rng(1222);
+    const std::int16_t factors[] = {0, 1, 32, 4096, 32767, -1};
+    for (int round = 0; round < 20000; ++round) {
+        V16 cn(40), dn(40);
+        const int kind = static_cast<int>(rng.uniform(0, 3));
+        for (int i = 0; i < 40; i++) {
+            cn[i] = kind == 0 ? static_cast<std::int16_t>(rng.uniform(-64, 64)) : rng.s16();
+            dn[i] = kind == 1 ? static_cast<std::int16_t>(rng.chance(2) ? -32768 : 32767) : rng.s16();
+        }
+        std::int16_t kc = rng.chance(4) ? factors[rng.uniform(0, 5)] : static_cast<std::int16_t>(rng.uniform(0, 32767));
+        std::int16_t kd = rng.chance(4) ? factors[rng.uniform(0, 5)] : static_cast<std::int16_t>(rng.uniform(0, 32767));
+        if (kind == 2) {  // sums k_cn cn + k_dn dn at the edges 2^20 - 16 .. 2^20 and -2^20 - 1 .. -2^20 + 1
+            kc = 1024;
+            kd = 1;
+            for (int i = 0; i < 40; i++) {
+                const int target = (rng.chance(2) ? 1 : -1) * (1 << 20) + static_cast<int>(rng.uniform(-17, 1));
+                cn[i] = static_cast<std::int16_t>(target >> 10);
+                dn[i] = static_cast<std::int16_t>(target - (target >> 10) * 1024);
+            }
+        }
+        V16 da = dn, db = dn, sa(40, 0x5a5a), sb(40, 0x5a5a), ea(40, 0x5a5a), eb(40, 0x5a5a);
+        k::sign_terms(kc, kd, cn.data(), da.data(), sa.data(), ea.data());
+        k::sign_terms_scalar(kc, kd, cn.data(), db.data(), sb.data(), eb.data());
+        ASSERT_TRUE(da == db && sa == sb && ea == eb) << "round " << round << " k " << kc << " " << kd;
+        for (const V16* v : {&cn, &dn}) ASSERT_EQ(k::energy_256(v->data()), k::energy_256_scalar(v->data())) << "round " << round;
     }
 }
 
