@@ -256,6 +256,32 @@ TEST(AmrCbSearch, SignTermsEqualReferenceChain) {
     }
 }
 
+// The rounded, shifted correlations of cor_h_x2 in lanes against round(L_shl()):
+// every shift, values at the left shift's saturation edge and at the extremes.
+TEST(AmrCbSearch, RoundedShiftEqualsReferenceChain) {
+    namespace k = zeps::ref::amr_cb;
+    zeps::test::Rng rng(2040);
+    for (int round = 0; round < 2000; ++round) {
+        const int n = static_cast<int>(rng.uniform(-32, 31));
+        std::int32_t y[40];
+        for (auto& v : y) {
+            const std::int64_t edge = n > 0 ? (std::int64_t{1} << (31 - n)) : std::int64_t{1} << 30;
+            switch (rng.uniform(0, 3)) {
+                case 0: v = static_cast<std::int32_t>(rng.chance(2) ? edge - rng.uniform(0, 2) : rng.uniform(0, 2) - edge); break;
+                case 1: v = rng.chance(2) ? INT32_MIN : INT32_MAX; break;
+                case 2: v = static_cast<std::int32_t>(rng.uniform(-65536, 65536)) * 32768 + static_cast<std::int32_t>(rng.uniform(-2, 2)); break;
+                default: v = static_cast<std::int32_t>(rng.uniform(INT32_MIN, INT32_MAX));
+            }
+        }
+        V16 a(40, 0x5a5a), b(40, 0x5a5a);
+        k::round_shifted(y, n, a.data());
+        k::round_shifted_scalar(y, n, b.data());
+        ASSERT_EQ(a, b) << "round " << round << " shift " << n;
+        for (int i = 0; i < 40; i++)
+            ASSERT_EQ(b[i], zeps::ref::round_fx(zeps::ref::L_shl(y[i], static_cast<std::int16_t>(n)))) << "round " << round;
+    }
+}
+
 // The lane choice among 8 or 10 candidates against the reference's
 // sequential loop, from (-1, 1) and, where some candidate improves on it,
 // from a running best; the library's own sequential loop from any start:
