@@ -198,12 +198,14 @@ struct TrackMatrix {
             }
         }
 #if defined(__SSSE3__)
-        if (step == 4) {  // 10-position tracks (8 positions: the plain loop takes fewer instructions)
-            fill_rows_transposed(rr);
-            return;
+        if (step == 4) {
+            fill_rows_transposed<4>(rr);
+        } else {
+            fill_rows_transposed<5>(rr);
         }
-#endif
+#else
         fill_rows_scalar(rr);
+#endif
     }
     /// Track t of row i of rr[][], of the diagonal, of dn[].
     Strided track(int i, int t) const { return {&row[i][t * width], 1}; }
@@ -223,23 +225,27 @@ struct TrackMatrix {
     }
 #if defined(__SSSE3__)
     /// The rows as transposed 8x8 blocks of the symmetric rr[][] (positions
-    /// 8 and 9 of a step-4 track from a block of two rows and six zeros).
+    /// 8 and 9 of a step-4 track from a block of two rows and six zeros);
+    /// the step a constant, so that every load and store is a fixed offset.
+    template <int Step>
     void fill_rows_transposed(const CorrMatrix& rr) {
+        constexpr int kWidth = Step == 4 ? 16 : 8;
         const __m128i zero = _mm_setzero_si128();
-        for (int t = 0; t < step; t++) {
+        for (int t = 0; t < Step; t++) {
             for (int i0 = 0; i0 < kLCode; i0 += 8) {
                 __m128i a[8], tr[8];
-                for (int k = 0; k < 8; k++) a[k] = load8(&rr[t + step * k][i0]);
+                for (int k = 0; k < 8; k++) a[k] = load8(&rr[t + Step * k][i0]);
                 transpose8(a, tr);
                 for (int c = 0; c < 8; c++)
-                    _mm_store_si128(reinterpret_cast<__m128i*>(&row[i0 + c][t * width]), tr[c]);
-                if (width == 8) continue;
-                a[0] = load8(&rr[t + step * 8][i0]);
-                a[1] = load8(&rr[t + step * 9][i0]);
-                for (int k = 2; k < 8; k++) a[k] = zero;
-                transpose8(a, tr);
-                for (int c = 0; c < 8; c++)
-                    _mm_store_si128(reinterpret_cast<__m128i*>(&row[i0 + c][t * width + 8]), tr[c]);
+                    _mm_store_si128(reinterpret_cast<__m128i*>(&row[i0 + c][t * kWidth]), tr[c]);
+                if constexpr (kWidth == 16) {
+                    a[0] = load8(&rr[t + Step * 8][i0]);
+                    a[1] = load8(&rr[t + Step * 9][i0]);
+                    for (int k = 2; k < 8; k++) a[k] = zero;
+                    transpose8(a, tr);
+                    for (int c = 0; c < 8; c++)
+                        _mm_store_si128(reinterpret_cast<__m128i*>(&row[i0 + c][t * kWidth + 8]), tr[c]);
+                }
             }
         }
     }
@@ -260,6 +266,35 @@ inline void track_sums_scalar(Word16 ps0, Word32 alp0, Strided dn, const Term* t
         c.ps[k] = add(ps0, dn.p[k * dn.stride]);
         c.alp[k] = alp1;
     }
+}
+
+/// True when -lim <= v[k] <= lim for every k < count: whether a whole
+/// loop of starts v[k] stays within TrackWithFixedTerm::exact_limit.
+inline bool all_within_scalar(const Word32* v, int count, std::int64_t lim) {
+    for (int k = 0; k < count; k++)
+        if (v[k] > lim || v[k] < -lim) return false;
+    return true;
+}
+
+/// all_within_scalar four values at a time (two signed compares a lane);
+/// v is read up to count rounded up to 4 (the lanes past count ignored).
+inline bool all_within(const Word32* v, int count, std::int64_t lim) {
+#if defined(__SSSE3__)
+    if (lim < 0) return count == 0;
+    if (lim >= MAX_32) return lim > MAX_32 || all_within_scalar(v, count, lim);  // only MIN_32 can lie beyond MAX_32
+    const __m128i hi = _mm_set1_epi32(static_cast<std::int32_t>(lim)), lo = _mm_set1_epi32(static_cast<std::int32_t>(-lim));
+    const __m128i lane = _mm_setr_epi32(0, 1, 2, 3);
+    __m128i out = _mm_setzero_si128();
+    for (int k0 = 0; k0 < count; k0 += 4) {
+        const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(v + k0));
+        __m128i o = _mm_or_si128(_mm_cmpgt_epi32(x, hi), _mm_cmpgt_epi32(lo, x));
+        if (count - k0 < 4) o = _mm_and_si128(o, _mm_cmpgt_epi32(_mm_set1_epi32(count - k0), lane));
+        out = _mm_or_si128(out, o);
+    }
+    return _mm_movemask_epi8(out) == 0;
+#else
+    return all_within_scalar(v, count, lim);
+#endif
 }
 
 inline void track_sums(Word16 ps0, Word32 alp0, Strided dn, const Term* terms, int nterms, int count, Sums& c) {
@@ -331,6 +366,22 @@ inline bool any_improves(const Candidates& c, int count, Word16 sq, Word16 alp) 
 #endif
 }
 
+/// The reference's sequential choice over candidates begin .. end - 1 from
+/// the best so far (sq, alp): each candidate that improves() on the best
+/// becomes the best. Returns the position the choice ends on, -1 when no
+/// candidate is taken.
+inline int sequential_choice(const Candidates& c, int begin, int end, Word16 sq, Word16 alp) {
+    int best = -1;
+    for (int k = begin; k < end; k++) {
+        if (improves(c.sq[k], c.alp[k], sq, alp)) {
+            sq = c.sq[k];
+            alp = c.alp[k];
+            best = k;
+        }
+    }
+    return best;
+}
+
 /// The position among count (8 or 10) candidates that a sequential choice
 /// from the start (sq, alp) = (-1, 1) ends on (each candidate taken when
 /// improves() it over the best so far), or -1 where some alp <= 0 (then the
@@ -374,17 +425,13 @@ inline int first_greatest_ratio(const Candidates& c, int count = 8) {
     w = _mm_shuffle_epi32(w, 0);
     const __m128i eq = _mm_packs_epi32(_mm_cmpeq_epi32(_mm_unpacklo_epi16(s, a), w),
                                        _mm_cmpeq_epi32(_mm_unpackhi_epi16(s, a), w));
-    int best = __builtin_ctz(static_cast<unsigned>(_mm_movemask_epi8(eq))) / 2;
-    for (int k = 8; k < count; k++)
-        if (improves(c.sq[k], c.alp[k], c.sq[best], c.alp[best])) best = k;
-    return best;
+    const int best = __builtin_ctz(static_cast<unsigned>(_mm_movemask_epi8(eq))) / 2;
+    const int tail = sequential_choice(c, 8, count, c.sq[best], c.alp[best]);
+    return tail >= 0 ? tail : best;
 #else
     for (int k = 0; k < count; k++)
         if (c.alp[k] <= 0) return -1;
-    int best = 0;
-    for (int k = 1; k < count; k++)
-        if (improves(c.sq[k], c.alp[k], c.sq[best], c.alp[best])) best = k;
-    return best;
+    return sequential_choice(c, 0, count, -1, 1);
 #endif
 }
 
@@ -440,10 +487,10 @@ public:
     /// given shift from every start alp0 with |alp0| <= max_abs_alp0 (the
     /// bound grows with |alp0|): a whole loop of improving() calls may then
     /// take the plain adds.
-    bool exact_for(std::int64_t max_abs_alp0, int shift) const {
-        const std::int64_t bound = max_abs_alp0 + 0x8000 + (std::int64_t{1} << (15 + first_.shift)) +
-                                   (std::int64_t{1} << (15 + shift));
-        return bound <= MAX_32;
+    bool exact_for(std::int64_t max_abs_alp0, int shift) const { return max_abs_alp0 <= exact_limit(shift); }
+    /// The largest |alp0| for which exact_for holds (negative where none does).
+    std::int64_t exact_limit(int shift) const {
+        return MAX_32 - 0x8000 - (std::int64_t{1} << (15 + first_.shift)) - (std::int64_t{1} << (15 + shift));
     }
     /// evaluate(ps0, alp0, {run, shift}, c), then any_improves(c, count, sq,
     /// alp), in one pass of the lanes: the pair searches' inner loop over the

@@ -54,6 +54,11 @@ inline Word32 shl_sat(Word32 v, int n) {
 /// shift saturates exactly when the exact product leaves 32 bits.
 inline Word32 shift_sat(Word32 v, int n) { return n >= 0 ? shl_sat(v, n) : L_shr(v, static_cast<Word16>(-n)); }
 
+/// dn[i] = round(L_shl(y[i], n)) for the 40 correlations, -32 <= n <= 31.
+inline void round_shifted_scalar(const Word32* y, int n, Word16* dn) {
+    for (int i = 0; i < kLCode; i++) dn[i] = round_fx(shift_sat(y[i], n));
+}
+
 inline std::int64_t energy_scalar(const Word16* v) {
     std::int64_t e = 0;
     for (int i = 0; i < kLCode; i++) e += std::int32_t{v[i]} * v[i];
@@ -78,6 +83,30 @@ inline std::int64_t energy(const Word16* v) {
     return _mm_cvtsi128_si64(acc);
 #else
     return energy_scalar(v);
+#endif
+}
+
+/// round_shifted_scalar four values at a time: the shift s = L_shl(y, n)
+/// (a left shift saturated where shifting back does not return y, an
+/// arithmetic right shift for n < 0), then round(s) = ((s >> 15) + 1) >> 1
+/// packed with saturation (32768 only from s > MAX_32 - 2^15, where the
+/// rounding add saturates to 32767).
+inline void round_shifted(const Word32* y, int n, Word16* dn) {
+#if defined(__SSSE3__)
+    const __m128i left = _mm_cvtsi32_si128(n > 0 ? n : 0), right = _mm_cvtsi32_si128(n < 0 ? (n < -31 ? 31 : -n) : 0);
+    const __m128i one = _mm_set1_epi32(1), top = _mm_set1_epi32(MAX_32);
+    const auto shifted = [&](int i) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(y + i));
+        const __m128i l = _mm_sll_epi32(v, left);
+        const __m128i ok = _mm_cmpeq_epi32(_mm_sra_epi32(l, left), v);
+        const __m128i sat = _mm_xor_si128(_mm_srai_epi32(v, 31), top);  // MAX_32 or MIN_32 by the sign
+        const __m128i s = _mm_sra_epi32(_mm_or_si128(_mm_and_si128(ok, l), _mm_andnot_si128(ok, sat)), right);
+        return _mm_srai_epi32(_mm_add_epi32(_mm_srai_epi32(s, 15), one), 1);
+    };
+    for (int i = 0; i < kLCode; i += 8)
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dn + i), _mm_packs_epi32(shifted(i), shifted(i + 4)));
+#else
+    round_shifted_scalar(y, n, dn);
 #endif
 }
 
@@ -119,7 +148,7 @@ inline void cor_h_x2(const Word16* h, const Word16* x, Word16* dn, Word16 sf, in
         tot = L_add(tot, L_shr(max, 1));
     }
     const Word16 j = sub(norm_l(tot), sf);
-    for (int i = 0; i < kLCode; i++) dn[i] = round_fx(shift_sat(y32[i], j));
+    round_shifted(y32, j, dn);
 #else
     cor_h_x2_scalar(h, x, dn, sf, nb_track, step);
 #endif

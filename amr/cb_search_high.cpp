@@ -5,7 +5,6 @@
 // pulse indices (MR102 compressed 3-pulse words, MR122 Gray-coded) and the
 // filtered code. Target Q0, LTP residual Q0, impulse response Q12; pulses
 // +-8191 (MR102, Q13) or +-4096 (MR122, Q12), filtered code Q12.
-#include <algorithm>
 #include <cstdint>
 
 #include "amr/amr_cb_tables.h"
@@ -28,26 +27,16 @@ struct PairLevel {
 /// The sequential choice over the candidates c of the second pulse (first
 /// pulse at i2) once some of them improves on the best: the first of the
 /// greatest ratio sq / alp where every alp is positive (an exact reading of
-/// the loop below there), the reference's loop otherwise.
-void take_best(const Candidates& c, int count, int i2, int tb, int step, PairLevel& best) {
-    const int w = best.alp > 0 ? first_greatest_ratio(c, count) : -1;
-    if (w >= 0) {
-        best.sq = c.sq[w];
-        best.ps = c.ps[w];
-        best.alp = c.alp[w];
-        best.ia = i2;
-        best.ib = tb + step * w;
-        return;
-    }
-    for (int k = 0; k < count; k++) {
-        if (improves(c.sq[k], c.alp[k], best.sq, best.alp)) {
-            best.sq = c.sq[k];
-            best.ps = c.ps[k];
-            best.alp = c.alp[k];
-            best.ia = i2;
-            best.ib = tb + step * k;
-        }
-    }
+/// the reference's loop there), the loop itself otherwise.
+[[gnu::always_inline]] inline void take_best(const Candidates& c, int count, int i2, int tb, int step, PairLevel& best) {
+    int w = best.alp > 0 ? first_greatest_ratio(c, count) : -1;
+    if (w < 0) w = sequential_choice(c, 0, count, best.sq, best.alp);
+    if (w < 0) return;
+    best.sq = c.sq[w];
+    best.ps = c.ps[w];
+    best.alp = c.alp[w];
+    best.ia = i2;
+    best.ib = tb + step * w;
 }
 
 /// Search one pair of tracks (ta, tb) given the pulses fixed so far. alp0
@@ -75,12 +64,7 @@ PairLevel search_pair(const TrackMatrix& tm, const Word16* fixed, int nfixed, Wo
     best.ia = ta;
     best.ib = tb;
     const TrackWithFixedTerm second(dnb, {{rrv.alp, 1}, pair_rrv}, count);
-    std::int64_t max_abs_alp = 0;
-    for (int ka = 0; ka < count; ka++) {
-        const std::int64_t a = first.alp[ka];
-        max_abs_alp = std::max(max_abs_alp, a < 0 ? -a : a);
-    }
-    const bool exact = second.exact_for(max_abs_alp, pair_cross);
+    const bool exact = all_within(first.alp, count, second.exact_limit(pair_cross));
     for (int ka = 0; ka < count; ka++) {
         const int i2 = ta + step * ka;
         Candidates c;

@@ -18,6 +18,7 @@
 
 #include "amr/cb_candidates.h"
 #include "amr/cb_correlation.h"
+#include "amr/cb_sign.h"
 #include "frame/variants.h"
 #include "tests/variant_check.h"
 
@@ -166,6 +167,14 @@ TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
         k::track_sums_scalar(ps0, alp0, d, terms, nterms, count, sb);
         for (int i = 0; i < count; i++)
             ASSERT_TRUE(sa.ps[i] == sb.ps[i] && sa.alp[i] == sb.alp[i]) << "sums round " << round << " " << i;
+        // the exactness bound of a loop of starts: at and around a start's magnitude, and the extremes
+        // (lanes past count hold values beyond any bound)
+        alignas(16) std::int32_t starts[16];
+        for (int i = 0; i < 16; i++) starts[i] = i < count ? (rng.chance(6) ? (rng.chance(2) ? INT32_MIN : INT32_MAX) : sa.alp[i]) : INT32_MIN;
+        const std::int32_t at = starts[rng.uniform(0, count - 1)];
+        const std::int64_t mag = at < 0 ? -std::int64_t{at} : at;
+        for (const std::int64_t lim : {mag - 1, mag, mag + 1, std::int64_t{-1}, std::int64_t{0}, std::int64_t{INT32_MAX}, mag + INT32_MAX})
+            ASSERT_EQ(k::all_within(starts, count, lim), k::all_within_scalar(starts, count, lim)) << "round " << round << " " << lim;
         // the same terms read as track-ordered runs (stride 1, 8 readable values past the track)
         k::Term runs[9];
         for (int t = 0; t < nterms; t++) runs[t] = {{m.data() + 40 * rng.uniform(0, 38), 1}, terms[t].shift};
@@ -213,11 +222,71 @@ TEST(AmrCbSearch, VectorTrackCandidatesEqualReferenceLoops) {
     }
 }
 
+// The sign terms of set_sign12k2 in lanes against the L_mult/L_mac/L_shl
+// chain: every L_shl saturation and rounding edge (sums near +-2^20),
+// -32768 inputs, the normalisation factors' extremes (and a negative one,
+// which takes the chain); the energies from 256 up to saturation.
+TEST(AmrCbSearch, SignTermsEqualReferenceChain) {
+    namespace k = zeps::ref::amr_cb;
+    zeps::test::Rng rng(1222);
+    const std::int16_t factors[] = {0, 1, 32, 4096, 32767, -1};
+    for (int round = 0; round < 20000; ++round) {
+        V16 cn(40), dn(40);
+        const int kind = static_cast<int>(rng.uniform(0, 3));
+        for (int i = 0; i < 40; i++) {
+            cn[i] = kind == 0 ? static_cast<std::int16_t>(rng.uniform(-64, 64)) : rng.s16();
+            dn[i] = kind == 1 ? static_cast<std::int16_t>(rng.chance(2) ? -32768 : 32767) : rng.s16();
+        }
+        std::int16_t kc = rng.chance(4) ? factors[rng.uniform(0, 5)] : static_cast<std::int16_t>(rng.uniform(0, 32767));
+        std::int16_t kd = rng.chance(4) ? factors[rng.uniform(0, 5)] : static_cast<std::int16_t>(rng.uniform(0, 32767));
+        if (kind == 2) {  // sums k_cn cn + k_dn dn at the edges 2^20 - 16 .. 2^20 and -2^20 - 1 .. -2^20 + 1
+            kc = 1024;
+            kd = 1;
+            for (int i = 0; i < 40; i++) {
+                const int target = (rng.chance(2) ? 1 : -1) * (1 << 20) + static_cast<int>(rng.uniform(-17, 1));
+                cn[i] = static_cast<std::int16_t>(target >> 10);
+                dn[i] = static_cast<std::int16_t>(target - (target >> 10) * 1024);
+            }
+        }
+        V16 da = dn, db = dn, sa(40, 0x5a5a), sb(40, 0x5a5a), ea(40, 0x5a5a), eb(40, 0x5a5a);
+        k::sign_terms(kc, kd, cn.data(), da.data(), sa.data(), ea.data());
+        k::sign_terms_scalar(kc, kd, cn.data(), db.data(), sb.data(), eb.data());
+        ASSERT_TRUE(da == db && sa == sb && ea == eb) << "round " << round << " k " << kc << " " << kd;
+        for (const V16* v : {&cn, &dn}) ASSERT_EQ(k::energy_256(v->data()), k::energy_256_scalar(v->data())) << "round " << round;
+    }
+}
+
+// The rounded, shifted correlations of cor_h_x2 in lanes against round(L_shl()):
+// every shift, values at the left shift's saturation edge and at the extremes.
+TEST(AmrCbSearch, RoundedShiftEqualsReferenceChain) {
+    namespace k = zeps::ref::amr_cb;
+    zeps::test::Rng rng(2040);
+    for (int round = 0; round < 2000; ++round) {
+        const int n = static_cast<int>(rng.uniform(-32, 31));
+        std::int32_t y[40];
+        for (auto& v : y) {
+            const std::int64_t edge = n > 0 ? (std::int64_t{1} << (31 - n)) : std::int64_t{1} << 30;
+            switch (rng.uniform(0, 3)) {
+                case 0: v = static_cast<std::int32_t>(rng.chance(2) ? edge - rng.uniform(0, 2) : rng.uniform(0, 2) - edge); break;
+                case 1: v = rng.chance(2) ? INT32_MIN : INT32_MAX; break;
+                case 2: v = static_cast<std::int32_t>(rng.uniform(-65536, 65536)) * 32768 + static_cast<std::int32_t>(rng.uniform(-2, 2)); break;
+                default: v = static_cast<std::int32_t>(rng.uniform(INT32_MIN, INT32_MAX));
+            }
+        }
+        V16 a(40, 0x5a5a), b(40, 0x5a5a);
+        k::round_shifted(y, n, a.data());
+        k::round_shifted_scalar(y, n, b.data());
+        ASSERT_EQ(a, b) << "round " << round << " shift " << n;
+        for (int i = 0; i < 40; i++)
+            ASSERT_EQ(b[i], zeps::ref::round_fx(zeps::ref::L_shl(y[i], static_cast<std::int16_t>(n)))) << "round " << round;
+    }
+}
+
 // The lane choice among 8 or 10 candidates against the reference's
 // sequential loop, from (-1, 1) and, where some candidate improves on it,
-// from a running best: equal ratios in many places (small values,
-// multiples), the extremes 1 and 32767, and energy terms <= 0 (where it
-// must decline).
+// from a running best; the library's own sequential loop from any start:
+// equal ratios in many places (small values, multiples), the extremes 1
+// and 32767, and energy terms <= 0 (where the lane choice must decline).
 TEST(AmrCbSearch, LaneChoiceEqualsSequentialChoice) {
     namespace k = zeps::ref::amr_cb;
     zeps::test::Rng rng(67);
@@ -263,6 +332,10 @@ TEST(AmrCbSearch, LaneChoiceEqualsSequentialChoice) {
         }
         bool positive = true;
         for (int i = 0; i < count; i++) positive = positive && c.alp[i] > 0;
+        // the library's sequential loop (any energy terms, any start)
+        const std::int16_t ssq = rng.chance(4) ? -1 : static_cast<std::int16_t>(rng.uniform(-1, 32767));
+        const std::int16_t salp = rng.chance(4) ? 1 : rng.s16();
+        ASSERT_EQ(k::sequential_choice(c, 0, count, ssq, salp), sequential(c, count, ssq, salp)) << "round " << round;
         const int w = k::first_greatest_ratio(c, count);
         if (w < 0) {
             ASSERT_FALSE(positive) << "round " << round;
