@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // ITU-T G.726 decoder sample loop with the predictor recursion on SSSE3
-// vectors (G.726 4.2.3 to 4.2.8): the lane recursion of the encoder
-// (LaneRecursion, g726_encode_vector.h: FMULT, ACCUM, ADDB, ADDC, FLOATA,
-// FLOATB, UPA1, UPA2, LIMC, LIMD, UPB, TONE, TRANS, TRIGB) fed with the
-// inverse quantiser output of the received code I (RECONST, ADDA, ANTILOG,
-// scalar: I is known before the sample starts); the step-size words and the
-// output conversion (the 14-bit SR clamped, or COMPRESS, EXPAND and SYNC for
-// a G.711 connection) are scalar. Results equal those of decode_samples
+// vectors (G.726 4.2.3 to 4.2.8): the lane pieces of the encoder
+// (g726_encode_vector.h: estimate_lanes for FMULT and ACCUM, pole_outcomes,
+// lane_update for ADDB, ADDC, FLOATA, FLOATB, UPA1, UPA2, LIMC, LIMD, UPB,
+// TONE, TRANS and TRIGB) fed with the inverse quantiser output of the
+// received code I (RECONST, then ADDA and ANTILOG by a table over DQL: I is
+// known before the sample starts, so no lane search); the step-size words
+// and the output conversion (SR clamped to 14 bits, or COMPRESS, EXPAND and
+// SYNC for a G.711 connection) are scalar. Results equal those of decode_samples
 // (g726_coder.h) for every state.
 #pragma once
 
@@ -17,36 +18,45 @@ namespace g726 {
 
 #if defined(__SSSE3__)
 
-/// ADDA and ANTILOG: DQ magnitude of the inverse quantiser output DQLN at
-/// the scale factor Y.
-[[gnu::always_inline]] inline int code_dq_magnitude(int dqln, int y) {
-    const int dql = (dqln + (y >> 2)) & 4095;
-    const int dex = (dql >> 7) & 15;
-    return dql >= 2048 ? 0 : (((dql & 127) + 128) << 8) >> (15 - dex);
-}
-
 /// Decodes len codes (low R + 2 bits of each byte) at rate index R to law L.
 template <int R, int L>
 inline void decode_samples_vector(Core& core, const std::uint8_t* src, std::int16_t* dst, int len) {
     constexpr int kMask = (1 << (R + 2)) - 1;
+    constexpr int kLeak = leak(R);
+    const __m128i lanes_b = _mm_setr_epi16(-1, -1, -1, -1, -1, -1, 0, 0);
+    const __m128i hist_keep = _mm_setr_epi16(0, -1, -1, -1, -1, -1, 0, -1);
     Regs r;
     r.load(core);
-    LaneRecursion<R> p;
-    p.load(core, r);
+    __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(core.coef));
+    __m128i cf = coef_float(c);
+    __m128i h = _mm_loadu_si128(reinterpret_cast<const __m128i*>(core.hist));
+    __m128i pk1 = _mm_set1_epi16(static_cast<short>(-r.pk1));
+    __m128i pk2 = _mm_set1_epi16(static_cast<short>(-r.pk2));
+    __m128i td = _mm_set1_epi16(static_cast<short>(-r.td));
+    bool td_set = r.td != 0;
 
     for (int n = 0; n < len; ++n) {
         const int i = src[n] & kMask;
         const G726CodeInfo& ci = g726_code_info[R][i];
         const int y = scale_factor(r);
-        const __m128i dqthr = p.trans_threshold(r);
-        const __m128i dqmag = _mm_set1_epi16(static_cast<short>(code_dq_magnitude(ci.dqln, y)));
+        __m128i dqthr = _mm_setzero_si128();
+        if (td_set) [[unlikely]]
+            dqthr = trans_threshold(r.yl);
+        // RECONST, ADDA, ANTILOG; the sign of DQ is the code's.
+        const __m128i dqmag = _mm_set1_epi16(g726_antilog[(ci.dqln + (y >> 2)) & 4095]);
         const __m128i dqs = _mm_set1_epi16(static_cast<short>(-ci.dqs));
 
-        p.predict();
-        const __m128i se = p.se;
-        const __m128i srv = p.update(dqmag, dqs, dqthr);
-        const int flags = p.flags();
+        // The pole outcomes beside the estimate; the recursion.
+        const __m128i a_next = pole_outcomes(lane<6>(c), lane<7>(c), pk1, pk2);
+        const __m128i af_next = coef_float(a_next);
+        __m128i se, sez;
+        estimate_lanes(c, cf, h, se, sez);
+        __m128i tr, tdp;
+        const __m128i srv = lane_update<kLeak>(dqmag, dqs, se, sez, dqthr, a_next, af_next, c, cf, h, pk1,
+                                                       pk2, td, tr, tdp, lanes_b, hist_keep);
+        const int flags = _mm_movemask_epi8(_mm_unpacklo_epi16(tr, tdp));
         scale_update(r, ci, y, flags & 1, (flags >> 2) & 1);
+        td_set = (flags & 5) == 4;  // TDP and no TR
 
         const int sr = static_cast<std::int16_t>(_mm_cvtsi128_si32(srv));
         int out;
@@ -56,7 +66,12 @@ inline void decode_samples_vector(Core& core, const std::uint8_t* src, std::int1
             out = adjusted_pcm<R, L == kALaw>(sr, i, static_cast<std::int16_t>(_mm_cvtsi128_si32(se)), y);
         dst[n] = static_cast<std::int16_t>(out);
     }
-    p.store(core, r);
+    r.td = _mm_cvtsi128_si32(td) & 1;
+    r.pk1 = _mm_cvtsi128_si32(pk1) & 1;
+    r.pk2 = _mm_cvtsi128_si32(pk2) & 1;
+    r.store(core);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(core.coef), c);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(core.hist), h);
 }
 
 #else

@@ -211,107 +211,60 @@ template <int K>
     return _mm_or_si128(base, _mm_or_si128(neg, nil));
 }
 
-/// The predictor recursion in lanes after the quantiser, shared by the
-/// lane encoder and decoder: the coefficients C (B1..B6, A1, A2) with their
-/// FMULT forms CF, the history H, the signs PK1, PK2 and TD as broadcast
-/// masks. Per sample: predict() gives SE, SEZ and the pole outcomes from
-/// the old words; update() takes DQ's magnitude and sign (broadcast) and
-/// runs ADDB, ADDC, FLOATA, FLOATB, UPA1, UPA2, LIMC, LIMD, TONE, TRANS,
-/// TRIGB, UPB and the delay lines, returning SR (broadcast).
-template <int R>
-struct LaneRecursion {
-    __m128i c, cf, h, pk1, pk2, td;
-    __m128i se, sez, a_next, af_next;  // this sample's prediction
-    __m128i tr, tdp;                   // this sample's TRANS and TONE masks
-    bool td_set;                       // TD set before this sample
+/// The predictor recursion once DQ is known, shared by the lane encoder and
+/// decoder: ADDB, ADDC, FLOATA, FLOATB, UPA1, UPA2, LIMC, LIMD (this
+/// sample's outcome of pole_outcomes), TONE, TRANS, TRIGB, UPB and the delay
+/// lines. dqmag and dqs are DQ's magnitude and sign mask, se and sez the
+/// estimate, dqthr the TRANS threshold (used only while TD is set), all
+/// broadcast; c, cf (coef_float of c), h, pk1, pk2 and td are updated in
+/// place; returns SR (broadcast) and sets the TR and TDP masks.
+template <int Leak>
+[[gnu::always_inline]] inline __m128i lane_update(const __m128i& dqmag, const __m128i& dqs, const __m128i& se,
+                                                  const __m128i& sez, const __m128i& dqthr, const __m128i& a_next,
+                                                  const __m128i& af_next, __m128i& c, __m128i& cf, __m128i& h,
+                                                  __m128i& pk1, __m128i& pk2, __m128i& td, __m128i& tr, __m128i& tdp,
+                                                  const __m128i& lanes_b, const __m128i& hist_keep) {
+    const __m128i ones = _mm_set1_epi16(-1);
+    const __m128i dq = _mm_sign_epi16(dqmag, _mm_or_si128(dqs, _mm_set1_epi16(1)));
 
-    [[gnu::always_inline]] inline void load(const Core& core, const Regs& r) {
-        c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(core.coef));
-        cf = coef_float(c);
-        h = _mm_loadu_si128(reinterpret_cast<const __m128i*>(core.hist));
-        pk1 = _mm_set1_epi16(static_cast<short>(-r.pk1));
-        pk2 = _mm_set1_epi16(static_cast<short>(-r.pk2));
-        td = _mm_set1_epi16(static_cast<short>(-r.td));
-        td_set = r.td != 0;
-    }
-    [[gnu::always_inline]] inline void store(Core& core, Regs& r) const {
-        r.td = _mm_cvtsi128_si32(td) & 1;
-        r.pk1 = _mm_cvtsi128_si32(pk1) & 1;
-        r.pk2 = _mm_cvtsi128_si32(pk2) & 1;
-        r.store(core);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(core.coef), c);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(core.hist), h);
-    }
+    // ADDB, ADDC; FLOATA, FLOATB into DQ1 and SR1.
+    const __m128i sr = _mm_add_epi16(dq, se);
+    const __m128i dqsez = _mm_add_epi16(dq, sez);
+    const __m128i srmag = _mm_and_si128(_mm_abs_epi16(sr), _mm_set1_epi16(32767));
+    const __m128i fl = float_pair(_mm_unpacklo_epi16(dqmag, srmag),
+                                  _mm_slli_epi16(_mm_unpacklo_epi16(dqs, _mm_srai_epi16(sr, 15)), 15));
 
-    /// TRANS threshold on DQ's magnitude from the old YL (broadcast; only
-    /// worked out while TD is set, else zero and unused).
-    [[gnu::always_inline]] inline __m128i trans_threshold(const Regs& r) const {
-        __m128i dqthr = _mm_setzero_si128();
-        if (td_set) [[unlikely]] {
-            const int ylint = r.yl >> 15;
-            const int thr = ylint > 9 ? 31744 : (((r.yl >> 10) & 31) + 32) << ylint;
-            dqthr = _mm_set1_epi16(static_cast<short>((thr + (thr >> 1)) >> 1));
-        }
-        return dqthr;
-    }
+    // UPA2, LIMC, UPA1, LIMD: this sample's outcome; TONE.
+    const __m128i pk0 = _mm_srai_epi16(dqsez, 15);
+    const __m128i pick = pick_poles(pk0, _mm_cmpeq_epi16(dqsez, _mm_setzero_si128()));
+    const __m128i poles = _mm_shuffle_epi8(a_next, pick);
+    tdp = _mm_cmpgt_epi16(_mm_set1_epi16(-11776), lane<7>(poles));
 
-    /// The pole coefficients and their FMULT forms for every outcome of this
-    /// sample's DQ + SEZ (beside the estimate); SE and SEZ.
-    [[gnu::always_inline]] inline void predict() {
-        a_next = pole_outcomes(lane<6>(c), lane<7>(c), pk1, pk2);
-        af_next = coef_float(a_next);
-        estimate_lanes(c, cf, h, se, sez);
-    }
+    // TRANS, TRIGB.
+    tr = _mm_andnot_si128(_mm_cmpeq_epi16(_mm_subs_epu16(dqmag, dqthr), _mm_setzero_si128()), td);
+    const __m128i keep = _mm_xor_si128(tr, ones);
 
-    /// The rest of the sample once DQ is known: dqmag its magnitude, dqs its
-    /// sign mask (both broadcast), dqthr from trans_threshold().
-    [[gnu::always_inline]] inline __m128i update(__m128i dqmag, __m128i dqs, __m128i dqthr) {
-        constexpr int kLeak = leak(R);
-        const __m128i ones = _mm_set1_epi16(-1);
-        const __m128i lanes_b = _mm_setr_epi16(-1, -1, -1, -1, -1, -1, 0, 0);
-        const __m128i hist_keep = _mm_setr_epi16(0, -1, -1, -1, -1, -1, 0, -1);
-        const __m128i dq = _mm_sign_epi16(dqmag, _mm_or_si128(dqs, _mm_set1_epi16(1)));
+    // UPB on B1..B6 with the old history signs, then the new words and
+    // the FMULT forms of the new coefficients.
+    const __m128i x = _mm_xor_si128(_mm_srai_epi16(h, 15), dqs);
+    const __m128i gain = _mm_andnot_si128(_mm_cmpeq_epi16(dqmag, _mm_setzero_si128()), _mm_set1_epi16(128));
+    const __m128i b = _mm_sub_epi16(_mm_add_epi16(c, _mm_sub_epi16(_mm_xor_si128(gain, x), x)), _mm_srai_epi16(c, Leak));
+    c = _mm_and_si128(_mm_or_si128(_mm_and_si128(lanes_b, b), poles), keep);
+    cf = _mm_and_si128(_mm_or_si128(_mm_and_si128(lanes_b, coef_float(b)), _mm_shuffle_epi8(af_next, pick)), keep);
+    h = _mm_or_si128(_mm_and_si128(_mm_slli_si128(h, 2), hist_keep), fl);
+    pk2 = pk1;
+    pk1 = pk0;
+    td = _mm_and_si128(tdp, keep);
+    return sr;
+}
 
-        // ADDB, ADDC; FLOATA, FLOATB into DQ1 and SR1.
-        const __m128i sr = _mm_add_epi16(dq, se);
-        const __m128i dqsez = _mm_add_epi16(dq, sez);
-        const __m128i srmag = _mm_and_si128(_mm_abs_epi16(sr), _mm_set1_epi16(32767));
-        const __m128i fl = float_pair(_mm_unpacklo_epi16(dqmag, srmag),
-                                      _mm_slli_epi16(_mm_unpacklo_epi16(dqs, _mm_srai_epi16(sr, 15)), 15));
-
-        // UPA2, LIMC, UPA1, LIMD: this sample's outcome; TONE.
-        const __m128i pk0 = _mm_srai_epi16(dqsez, 15);
-        const __m128i pick = pick_poles(pk0, _mm_cmpeq_epi16(dqsez, _mm_setzero_si128()));
-        const __m128i poles = _mm_shuffle_epi8(a_next, pick);
-        tdp = _mm_cmpgt_epi16(_mm_set1_epi16(-11776), lane<7>(poles));
-
-        // TRANS, TRIGB.
-        tr = _mm_andnot_si128(_mm_cmpeq_epi16(_mm_subs_epu16(dqmag, dqthr), _mm_setzero_si128()), td);
-        const __m128i keep = _mm_xor_si128(tr, ones);
-
-        // UPB on B1..B6 with the old history signs, then the new words and
-        // the FMULT forms of the new coefficients.
-        const __m128i x = _mm_xor_si128(_mm_srai_epi16(h, 15), dqs);
-        const __m128i gain = _mm_andnot_si128(_mm_cmpeq_epi16(dqmag, _mm_setzero_si128()), _mm_set1_epi16(128));
-        const __m128i b =
-            _mm_sub_epi16(_mm_add_epi16(c, _mm_sub_epi16(_mm_xor_si128(gain, x), x)), _mm_srai_epi16(c, kLeak));
-        c = _mm_and_si128(_mm_or_si128(_mm_and_si128(lanes_b, b), poles), keep);
-        cf = _mm_and_si128(_mm_or_si128(_mm_and_si128(lanes_b, coef_float(b)), _mm_shuffle_epi8(af_next, pick)), keep);
-        h = _mm_or_si128(_mm_and_si128(_mm_slli_si128(h, 2), hist_keep), fl);
-        pk2 = pk1;
-        pk1 = pk0;
-        td = _mm_and_si128(tdp, keep);
-        return sr;
-    }
-
-    /// TR and TDP of the sample as bits 0 and 2; keeps TD_set for the next
-    /// sample (TDP and no TR).
-    [[gnu::always_inline]] inline int flags() {
-        const int f = _mm_movemask_epi8(_mm_unpacklo_epi16(tr, tdp));
-        td_set = (f & 5) == 4;
-        return f;
-    }
-};
+/// TRANS threshold on DQ's magnitude from the old YL (G.726 4.2.7),
+/// broadcast.
+[[gnu::always_inline]] inline __m128i trans_threshold(int yl) {
+    const int ylint = yl >> 15;
+    const int thr = ylint > 9 ? 31744 : (((yl >> 10) & 31) + 32) << ylint;
+    return _mm_set1_epi16(static_cast<short>((thr + (thr >> 1)) >> 1));
+}
 
 /// The class thresholds and DQ magnitudes of table entry k (unused lanes:
 /// thresholds never passed, magnitudes 0).
@@ -345,22 +298,36 @@ template <int R>
 /// Encodes len 14-bit samples (clamped to -8192..8191) at rate index R.
 template <int R>
 inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint8_t* dst, int len) {
+    constexpr int kLeak = leak(R);
     const __m128i level_lo = _mm_load_si128(reinterpret_cast<const __m128i*>(g726_class_level[R]));
     const __m128i level_hi = _mm_load_si128(reinterpret_cast<const __m128i*>(g726_class_level[R] + 8));
     const __m128i dqln_lo = _mm_load_si128(reinterpret_cast<const __m128i*>(g726_class_dqln[R]));
     const __m128i dqln_hi = _mm_load_si128(reinterpret_cast<const __m128i*>(g726_class_dqln[R] + 8));
     const __m128i ones = _mm_set1_epi16(-1);
+    const __m128i lanes_b = _mm_setr_epi16(-1, -1, -1, -1, -1, -1, 0, 0);
+    const __m128i hist_keep = _mm_setr_epi16(0, -1, -1, -1, -1, -1, 0, -1);
 
     Regs r;
     r.load(core);
-    LaneRecursion<R> p;
-    p.load(core, r);
+    __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(core.coef));
+    __m128i cf = coef_float(c);
+    __m128i h = _mm_loadu_si128(reinterpret_cast<const __m128i*>(core.hist));
+    __m128i pk1 = _mm_set1_epi16(static_cast<short>(-r.pk1));
+    __m128i pk2 = _mm_set1_epi16(static_cast<short>(-r.pk2));
+    __m128i td = _mm_set1_epi16(static_cast<short>(-r.td));
+    bool td_set = r.td != 0;
 
     for (int n = 0; n < len; ++n) {
         int sl = src[n];
         sl = sl < -8192 ? -8192 : sl > 8191 ? 8191 : sl;
         const int y = scale_factor(r);
-        const __m128i dqthr = p.trans_threshold(r);
+        // TRANS threshold from the old YL (needed only while TD is set).
+        __m128i dqthr = _mm_setzero_si128();
+        if (td_set) [[unlikely]] {
+            const int ylint = r.yl >> 15;
+            const int thr = ylint > 9 ? 31744 : (((r.yl >> 10) & 31) + 32) << ylint;
+            dqthr = _mm_set1_epi16(static_cast<short>((thr + (thr >> 1)) >> 1));
+        }
 
         // Per-class thresholds and DQ magnitudes for this Y.
         __m128i th_lo, dqc_lo, th_hi, dqc_hi;
@@ -376,9 +343,15 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
             dqc_hi = _mm_xor_si128(hi, _mm_alignr_epi8(hi, lo, 14));
         }
 
+        // The pole coefficients and their FMULT forms for every outcome of
+        // this sample's DQ + SEZ, from the old ones (beside the estimate).
+        const __m128i a_next = pole_outcomes(lane<6>(c), lane<7>(c), pk1, pk2);
+        const __m128i af_next = coef_float(a_next);
+
         // SE, SEZ; SUBTA; the quantiser as a compare count.
-        p.predict();
-        const __m128i d = _mm_sub_epi16(_mm_set1_epi16(static_cast<short>(sl)), p.se);
+        __m128i se, sez;
+        estimate_lanes(c, cf, h, se, sez);
+        const __m128i d = _mm_sub_epi16(_mm_set1_epi16(static_cast<short>(sl)), se);
         const __m128i dm = _mm_abs_epi16(d);
         const __m128i ds = _mm_srai_epi16(d, 15);
         const __m128i fail_lo = _mm_cmpgt_epi16(th_lo, dm);
@@ -395,17 +368,25 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
         }
         // Sign of DQ: DS, and set for the zero code above 16 kbit/s.
         const __m128i dqs = R > 0 ? _mm_or_si128(ds, lane<1>(fail_lo)) : ds;
-        p.update(dqmag, dqs, dqthr);
+        __m128i tr, tdp;
+        lane_update<kLeak>(dqmag, dqs, se, sez, dqthr, a_next, af_next, c, cf, h, pk1, pk2, td, tr, tdp, lanes_b,
+                           hist_keep);
 
         // The code and the scalar step-size adaptation.
         const int c_bits = ~_mm_movemask_epi8(failed) & 0xFFFF;
         const int cls = bit_length(c_bits) - 1;
         const int i = class_code<R>(cls, _mm_movemask_epi8(dqs) & 1);
         dst[n] = static_cast<std::uint8_t>(i);
-        const int flags = p.flags();
+        const int flags = _mm_movemask_epi8(_mm_unpacklo_epi16(tr, tdp));
         scale_update(r, g726_code_info[R][i], y, flags & 1, (flags >> 2) & 1);
+        td_set = (flags & 5) == 4;  // TDP and no TR
     }
-    p.store(core, r);
+    r.td = _mm_cvtsi128_si32(td) & 1;
+    r.pk1 = _mm_cvtsi128_si32(pk1) & 1;
+    r.pk2 = _mm_cvtsi128_si32(pk2) & 1;
+    r.store(core);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(core.coef), c);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(core.hist), h);
 }
 
 #else
