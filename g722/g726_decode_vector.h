@@ -23,8 +23,6 @@ template <int R, int L>
 inline void decode_samples_vector(Core& core, const std::uint8_t* src, std::int16_t* dst, int len) {
     constexpr int kMask = (1 << (R + 2)) - 1;
     constexpr int kLeak = leak(R);
-    const __m128i lanes_b = _mm_setr_epi16(-1, -1, -1, -1, -1, -1, 0, 0);
-    const __m128i hist_keep = _mm_setr_epi16(0, -1, -1, -1, -1, -1, 0, -1);
     Regs r;
     r.load(core);
     __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(core.coef));
@@ -51,14 +49,18 @@ inline void decode_samples_vector(Core& core, const std::uint8_t* src, std::int1
         const __m128i af_next = coef_float(a_next);
         __m128i se, sez;
         estimate_lanes(c, cf, h, se, sez);
-        __m128i tr, tdp;
-        const __m128i srv = lane_update<kLeak>(dqmag, dqs, se, sez, dqthr, a_next, af_next, c, cf, h, pk1,
-                                                       pk2, td, tr, tdp, lanes_b, hist_keep);
-        const int flags = _mm_movemask_epi8(_mm_unpacklo_epi16(tr, tdp));
+        const LaneStep u = lane_update<kLeak>(dqmag, dqs, se, sez, dqthr, a_next, af_next, c, h, td);
+        c = u.c;
+        cf = u.cf;
+        h = u.h;
+        pk2 = pk1;
+        pk1 = u.pk0;
+        td = u.td;
+        const int flags = _mm_movemask_epi8(_mm_unpacklo_epi16(u.tr, u.tdp));
         scale_update(r, ci, y, flags & 1, (flags >> 2) & 1);
         td_set = (flags & 5) == 4;  // TDP and no TR
 
-        const int sr = static_cast<std::int16_t>(_mm_cvtsi128_si32(srv));
+        const int sr = static_cast<std::int16_t>(_mm_cvtsi128_si32(u.sr));
         int out;
         if constexpr (L == kLinear)
             out = sr < -8192 ? -8192 : sr > 8191 ? 8191 : sr;
