@@ -6,7 +6,9 @@
 // predictor updates (UPA1, UPA2, LIMC, LIMD, UPB, XOR), TONE, TRANS and
 // TRIGB stay in registers across a block; only the code I and the step-size
 // words (Y, YL, YU, DMS, DML, AP) are scalar. Results equal those of
-// encode_samples (g726_coder.h) for every state.
+// encode_samples (g726_coder.h) for every state. The pieces after the
+// quantiser (estimate_lanes, pole_outcomes, lane_update) also run the lane
+// decoder (g726_decode_vector.h).
 //
 // Quantiser as a compare count. LOG gives DL = 128 * EXP + MANT of the
 // magnitude DQM = |D| (truncated log2, non-decreasing in DQM) and QUAN
