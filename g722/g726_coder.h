@@ -61,14 +61,20 @@ enum Law { kMuLaw = 0, kALaw = 1, kLinear = 2 };
 }
 
 /// SYNC: moves the PCM code one step down (dir < 0) or up (dir > 0) in
-/// signal order, or keeps it; returns the code as on the line.
+/// signal order, or keeps it; returns the code as on the line. The code is
+/// usually kept: that case returns at once (the steps branch on the sign of
+/// the code, unpredictable in speech).
 [[gnu::always_inline]] inline int sync_alaw(int sp, int dir) {
+    if (dir == 0) [[likely]]
+        return sp ^ 0x55;
     int pos = (sp & 128) ? sp : 127 - sp;
     pos += dir;
     pos = pos < 0 ? 0 : pos > 255 ? 255 : pos;
     return (pos >= 128 ? pos : 127 - pos) ^ 0x55;
 }
 [[gnu::always_inline]] inline int sync_mulaw(int sp, int dir) {
+    if (dir == 0) [[likely]]
+        return sp;
     int pos = (sp & 128) ? 383 - sp : sp;
     // Down from +0 goes to the first negative step: -0 is skipped.
     pos = (pos == 128 && dir < 0) ? 126 : pos + dir;

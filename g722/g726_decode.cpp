@@ -5,7 +5,7 @@
 // PCM word after COMPRESS and the synchronous coding adjustment SYNC.
 #include "common/args.h"
 #include "common/exports.h"
-#include "g722/g726_coder.h"
+#include "g722/g726_decode_vector.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {
@@ -21,11 +21,10 @@ static_assert(sizeof(DecoderState) <= kDecoderStateSize);
 
 template <int R>
 void decode_rate(DecoderState& s, const Zep8u* src, Zep16s* dst, int len) {
-    using P = g726::VectorPredictor<g726::leak(R)>;
     switch (s.law) {
-        case g726::kMuLaw: g726::decode_samples<R, g726::kMuLaw, P>(s.core, src, dst, len); break;
-        case g726::kALaw: g726::decode_samples<R, g726::kALaw, P>(s.core, src, dst, len); break;
-        default: g726::decode_samples<R, g726::kLinear, P>(s.core, src, dst, len); break;
+        case g726::kMuLaw: g726::decode_samples_vector<R, g726::kMuLaw>(s.core, src, dst, len); break;
+        case g726::kALaw: g726::decode_samples_vector<R, g726::kALaw>(s.core, src, dst, len); break;
+        default: g726::decode_samples_vector<R, g726::kLinear>(s.core, src, dst, len); break;
     }
 }
 

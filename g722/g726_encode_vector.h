@@ -6,7 +6,9 @@
 // predictor updates (UPA1, UPA2, LIMC, LIMD, UPB, XOR), TONE, TRANS and
 // TRIGB stay in registers across a block; only the code I and the step-size
 // words (Y, YL, YU, DMS, DML, AP) are scalar. Results equal those of
-// encode_samples (g726_coder.h) for every state.
+// encode_samples (g726_coder.h) for every state. The pieces after the
+// quantiser (estimate_lanes, pole_outcomes, lane_update) also run the lane
+// decoder (g726_decode_vector.h).
 //
 // Quantiser as a compare count. LOG gives DL = 128 * EXP + MANT of the
 // magnitude DQM = |D| (truncated log2, non-decreasing in DQM) and QUAN
@@ -211,6 +213,68 @@ template <int K>
     return _mm_or_si128(base, _mm_or_si128(neg, nil));
 }
 
+/// What lane_update hands back: the new coefficients C with their FMULT
+/// forms CF, the history H, TD, this sample's sign mask PK0 of DQ + SEZ,
+/// its TR and TDP masks and SR (all broadcast but C, CF and H).
+struct LaneStep {
+    __m128i c, cf, h, td, pk0, tr, tdp, sr;
+};
+
+/// The predictor recursion once DQ is known, shared by the lane encoder and
+/// decoder: ADDB, ADDC, FLOATA, FLOATB, UPA1, UPA2, LIMC, LIMD (this
+/// sample's outcome of pole_outcomes), TONE, TRANS, TRIGB, UPB and the delay
+/// lines. dqmag and dqs are DQ's magnitude and sign mask, se and sez the
+/// estimate, dqthr the TRANS threshold (used only while TD is set), all
+/// broadcast; c, cf (coef_float of c), h and td the words before the sample.
+template <int Leak>
+[[gnu::always_inline]] inline LaneStep lane_update(__m128i dqmag, __m128i dqs, __m128i se, __m128i sez,
+                                                   __m128i dqthr, __m128i a_next, __m128i af_next, __m128i c,
+                                                   __m128i h, __m128i td) {
+    const __m128i ones = _mm_set1_epi16(-1);
+    const __m128i lanes_b = _mm_setr_epi16(-1, -1, -1, -1, -1, -1, 0, 0);
+    const __m128i hist_keep = _mm_setr_epi16(0, -1, -1, -1, -1, -1, 0, -1);
+    const __m128i dq = _mm_sign_epi16(dqmag, _mm_or_si128(dqs, _mm_set1_epi16(1)));
+
+    // ADDB, ADDC; FLOATA, FLOATB into DQ1 and SR1.
+    const __m128i sr = _mm_add_epi16(dq, se);
+    const __m128i dqsez = _mm_add_epi16(dq, sez);
+    const __m128i srmag = _mm_and_si128(_mm_abs_epi16(sr), _mm_set1_epi16(32767));
+    const __m128i fl = float_pair(_mm_unpacklo_epi16(dqmag, srmag),
+                                  _mm_slli_epi16(_mm_unpacklo_epi16(dqs, _mm_srai_epi16(sr, 15)), 15));
+
+    // UPA2, LIMC, UPA1, LIMD: this sample's outcome; TONE.
+    const __m128i pk0 = _mm_srai_epi16(dqsez, 15);
+    const __m128i pick = pick_poles(pk0, _mm_cmpeq_epi16(dqsez, _mm_setzero_si128()));
+    const __m128i poles = _mm_shuffle_epi8(a_next, pick);
+    const __m128i tdp = _mm_cmpgt_epi16(_mm_set1_epi16(-11776), lane<7>(poles));
+
+    // TRANS, TRIGB.
+    const __m128i tr = _mm_andnot_si128(_mm_cmpeq_epi16(_mm_subs_epu16(dqmag, dqthr), _mm_setzero_si128()), td);
+    const __m128i keep = _mm_xor_si128(tr, ones);
+
+    // UPB on B1..B6 with the old history signs, then the new words and
+    // the FMULT forms of the new coefficients.
+    const __m128i x = _mm_xor_si128(_mm_srai_epi16(h, 15), dqs);
+    const __m128i gain = _mm_andnot_si128(_mm_cmpeq_epi16(dqmag, _mm_setzero_si128()), _mm_set1_epi16(128));
+    const __m128i b = _mm_sub_epi16(_mm_add_epi16(c, _mm_sub_epi16(_mm_xor_si128(gain, x), x)), _mm_srai_epi16(c, Leak));
+    return {_mm_and_si128(_mm_or_si128(_mm_and_si128(lanes_b, b), poles), keep),
+            _mm_and_si128(_mm_or_si128(_mm_and_si128(lanes_b, coef_float(b)), _mm_shuffle_epi8(af_next, pick)), keep),
+            _mm_or_si128(_mm_and_si128(_mm_slli_si128(h, 2), hist_keep), fl),
+            _mm_and_si128(tdp, keep),
+            pk0,
+            tr,
+            tdp,
+            sr};
+}
+
+/// TRANS threshold on DQ's magnitude from the old YL (G.726 4.2.7),
+/// broadcast.
+[[gnu::always_inline]] inline __m128i trans_threshold(int yl) {
+    const int ylint = yl >> 15;
+    const int thr = ylint > 9 ? 31744 : (((yl >> 10) & 31) + 32) << ylint;
+    return _mm_set1_epi16(static_cast<short>((thr + (thr >> 1)) >> 1));
+}
+
 /// The class thresholds and DQ magnitudes of table entry k (unused lanes:
 /// thresholds never passed, magnitudes 0).
 template <int R>
@@ -249,8 +313,6 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
     const __m128i dqln_lo = _mm_load_si128(reinterpret_cast<const __m128i*>(g726_class_dqln[R]));
     const __m128i dqln_hi = _mm_load_si128(reinterpret_cast<const __m128i*>(g726_class_dqln[R] + 8));
     const __m128i ones = _mm_set1_epi16(-1);
-    const __m128i lanes_b = _mm_setr_epi16(-1, -1, -1, -1, -1, -1, 0, 0);
-    const __m128i hist_keep = _mm_setr_epi16(0, -1, -1, -1, -1, -1, 0, -1);
 
     Regs r;
     r.load(core);
@@ -313,36 +375,14 @@ inline void encode_samples_vector(Core& core, const std::int16_t* src, std::uint
         }
         // Sign of DQ: DS, and set for the zero code above 16 kbit/s.
         const __m128i dqs = R > 0 ? _mm_or_si128(ds, lane<1>(fail_lo)) : ds;
-        const __m128i dq = _mm_sign_epi16(dqmag, _mm_or_si128(dqs, _mm_set1_epi16(1)));
-
-        // ADDB, ADDC; FLOATA, FLOATB into DQ1 and SR1.
-        const __m128i sr = _mm_add_epi16(dq, se);
-        const __m128i dqsez = _mm_add_epi16(dq, sez);
-        const __m128i srmag = _mm_and_si128(_mm_abs_epi16(sr), _mm_set1_epi16(32767));
-        const __m128i fl = float_pair(_mm_unpacklo_epi16(dqmag, srmag),
-                                      _mm_slli_epi16(_mm_unpacklo_epi16(dqs, _mm_srai_epi16(sr, 15)), 15));
-
-        // UPA2, LIMC, UPA1, LIMD: this sample's outcome; TONE.
-        const __m128i pk0 = _mm_srai_epi16(dqsez, 15);
-        const __m128i pick = pick_poles(pk0, _mm_cmpeq_epi16(dqsez, _mm_setzero_si128()));
-        const __m128i poles = _mm_shuffle_epi8(a_next, pick);
-        const __m128i tdp = _mm_cmpgt_epi16(_mm_set1_epi16(-11776), lane<7>(poles));
-
-        // TRANS, TRIGB.
-        const __m128i tr = _mm_andnot_si128(_mm_cmpeq_epi16(_mm_subs_epu16(dqmag, dqthr), _mm_setzero_si128()), td);
-        const __m128i keep = _mm_xor_si128(tr, ones);
-
-        // UPB on B1..B6 with the old history signs, then the new words and
-        // the FMULT forms of the new coefficients.
-        const __m128i x = _mm_xor_si128(_mm_srai_epi16(h, 15), dqs);
-        const __m128i gain = _mm_andnot_si128(_mm_cmpeq_epi16(dqmag, _mm_setzero_si128()), _mm_set1_epi16(128));
-        const __m128i b = _mm_sub_epi16(_mm_add_epi16(c, _mm_sub_epi16(_mm_xor_si128(gain, x), x)), _mm_srai_epi16(c, kLeak));
-        c = _mm_and_si128(_mm_or_si128(_mm_and_si128(lanes_b, b), poles), keep);
-        cf = _mm_and_si128(_mm_or_si128(_mm_and_si128(lanes_b, coef_float(b)), _mm_shuffle_epi8(af_next, pick)), keep);
-        h = _mm_or_si128(_mm_and_si128(_mm_slli_si128(h, 2), hist_keep), fl);
+        const LaneStep u = lane_update<kLeak>(dqmag, dqs, se, sez, dqthr, a_next, af_next, c, h, td);
+        c = u.c;
+        cf = u.cf;
+        h = u.h;
         pk2 = pk1;
-        pk1 = pk0;
-        td = _mm_and_si128(tdp, keep);
+        pk1 = u.pk0;
+        td = u.td;
+        const __m128i tr = u.tr, tdp = u.tdp;
 
         // The code and the scalar step-size adaptation.
         const int c_bits = ~_mm_movemask_epi8(failed) & 0xFFFF;

@@ -161,6 +161,11 @@ constexpr int class_dq(int dqln, int y4) {
     if (dql >= 2048) return 0;
     return (((dql & 127) + 128) << 8) >> (15 - ((dql >> 7) & 15));
 }
+constexpr std::array<std::int16_t, 4096> build_antilog() {
+    std::array<std::int16_t, 4096> t{};
+    for (int dql = 0; dql < 4096; ++dql) t[dql] = static_cast<std::int16_t>(class_dq(dql, 0));
+    return t;
+}
 template <int R, int Classes>
 constexpr std::array<std::int16_t, kG726ClassY4Count * 2 * Classes> build_class_table() {
     std::array<std::int16_t, kG726ClassY4Count * 2 * Classes> t{};
@@ -180,6 +185,8 @@ alignas(64) constexpr std::array<std::int16_t, kG726ClassY4Count * 4> g726_class
 alignas(64) constexpr std::array<std::int16_t, kG726ClassY4Count * 8> g726_class_24 = build_class_table<1, 4>();
 alignas(64) constexpr std::array<std::int16_t, kG726ClassY4Count * 16> g726_class_32 = build_class_table<2, 8>();
 alignas(64) constexpr std::array<std::int16_t, kG726ClassY4Count * 32> g726_class_40 = build_class_table<3, 16>();
+
+alignas(64) constexpr std::array<std::int16_t, 4096> g726_antilog = build_antilog();
 
 constexpr std::array<std::array<std::uint8_t, 8192>, 4> g726_quantize = build_quantize();
 constexpr std::array<std::array<G726CodeInfo, 32>, 4> g726_code_info = build_code_info();

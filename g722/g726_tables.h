@@ -61,6 +61,11 @@ extern const std::array<std::array<std::uint8_t, 8192>, 4> g726_quantize;
 /// Per rate index: code properties by code I (codes 0..2^bits-1).
 extern const std::array<std::array<G726CodeInfo, 32>, 4> g726_code_info;
 
+/// ADDA and ANTILOG: the DQ magnitude of each 12-bit DQL = DQLN + Y/4 (mod
+/// 4096), 0 for DQL >= 2048 (the decoder's inverse quantiser without a
+/// branch on the zero output).
+extern const std::array<std::int16_t, 4096> g726_antilog;
+
 /// The quantiser as a compare count (the encoder's lane form): per rate
 /// index, the decision levels as signed DL - Y/4 in ascending order by
 /// magnitude class (class 0 first, always passed; 4000: unused class, never

@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "g722/g726_encode_vector.h"
+#include "g722/g726_decode_vector.h"
 #include "tests/g726/g726_test_util.h"
 #include "tests/variant_check.h"
 #include "tests/vec_reader.h"
@@ -176,6 +176,33 @@ TEST(G726, InitWritesItsWholeBlockOnly) {
     }
 }
 
+// The lane decoder against the scalar coder from state s at law L, in
+// blocks of varying length: outputs and final states equal.
+template <int R, int L>
+void compare_decoder_law(const zeps::ref::g726::Core& s, const std::vector<std::uint8_t>& codes, Rng& cut) {
+    using zeps::ref::g726::Core;
+    Core a = s, v = s;
+    const int n = static_cast<int>(codes.size());
+    std::vector<std::int16_t> da(codes.size()), dv(codes.size(), 0x5EE5);
+    zeps::ref::g726::decode_samples<R, L, zeps::ref::g726::ScalarPredictor<zeps::ref::g726::leak(R)>>(
+        a, codes.data(), da.data(), n);
+    for (int pos = 0; pos < n;) {
+        const int len = std::min(n - pos, static_cast<int>(cut.uniform(1, 700)));
+        zeps::ref::g726::decode_samples_vector<R, L>(v, codes.data() + pos, dv.data() + pos, len);
+        pos += len;
+    }
+    ASSERT_EQ(da, dv) << R << " law " << L;
+    ASSERT_EQ(0, std::memcmp(&a, &v, sizeof a)) << R << " law " << L;
+}
+
+// All three output laws.
+template <int R>
+void compare_decoders(const zeps::ref::g726::Core& s, const std::vector<std::uint8_t>& codes, Rng& cut) {
+    compare_decoder_law<R, zeps::ref::g726::kLinear>(s, codes, cut);
+    compare_decoder_law<R, zeps::ref::g726::kALaw>(s, codes, cut);
+    compare_decoder_law<R, zeps::ref::g726::kMuLaw>(s, codes, cut);
+}
+
 // The vector predictor against the plain scalar one, through the whole
 // coder, on signals that drive the coefficients and scale factors to their
 // limits (full-scale noise and square waves, silence, tiny signals).
@@ -206,9 +233,14 @@ void compare_predictors(const std::vector<std::int16_t>& pcm) {
     }
     ASSERT_EQ(ca, cv) << R;
     ASSERT_EQ(0, std::memcmp(&a, &v, sizeof a)) << R;
-    // Decode random codes so every code word meets every state.
+    // The lane decoder on the codes from reset, then on random codes (bits
+    // above the width included) so every code word meets every state.
+    Core fresh;
+    zeps::ref::g726::reset(fresh, R);
+    compare_decoders<R>(fresh, ca, cut);
     Rng rng(R);
-    for (auto& c : ca) c = static_cast<std::uint8_t>(rng.next() & 31);
+    for (auto& c : ca) c = static_cast<std::uint8_t>(rng.next());
+    compare_decoders<R>(a, ca, cut);
     std::vector<std::int16_t> da(pcm.size()), db(pcm.size());
     zeps::ref::g726::decode_samples<R, zeps::ref::g726::kLinear, Scalar>(a, ca.data(), da.data(), n);
     zeps::ref::g726::decode_samples<R, zeps::ref::g726::kLinear, Vector>(b, ca.data(), db.data(), n);
@@ -255,6 +287,7 @@ void compare_from_state(const std::vector<std::int16_t>& pcm, Rng& rng) {
             for (auto& w : a.hist) w = 32;
         }
     }
+    const Core start = a;
     Core b = a;
     const int n = static_cast<int>(pcm.size());
     std::vector<std::uint8_t> ca(pcm.size()), cb(pcm.size());
@@ -263,9 +296,12 @@ void compare_from_state(const std::vector<std::int16_t>& pcm, Rng& rng) {
     zeps::ref::g726::encode_samples_vector<R>(b, pcm.data(), cb.data(), n);
     ASSERT_EQ(ca, cb) << R;
     ASSERT_EQ(0, std::memcmp(&a, &b, sizeof a)) << R;
+    // The lane decoder from the same start state, on random codes.
+    for (auto& c : ca) c = static_cast<std::uint8_t>(rng.next());
+    compare_decoders<R>(start, ca, rng);
 }
 
-TEST(G726, VectorEncoderEqualsScalarFromAnyState) {
+TEST(G726, VectorCoderEqualsScalarFromAnyState) {
     Rng rng(31);
     std::vector<std::int16_t> pcm(200);
     for (int t = 0; t < 400; ++t) {
