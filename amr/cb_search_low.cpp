@@ -32,22 +32,13 @@ struct Best {
     /// The track's 8 candidates in position order (first, first + 5, ...),
     /// chosen from the start values (-1, 1).
     void choose(const Candidates& c, int first) {
-        const int w = first_greatest_ratio(c);
-        if (w >= 0) {
-            sq = c.sq[w];
-            ps = c.ps[w];
-            alp = c.alp[w];
-            ix = first + 5 * w;
-            return;
-        }
-        for (int k = 0; k < 8; k++) {
-            if (improves(c.sq[k], c.alp[k], sq, alp)) {
-                sq = c.sq[k];
-                ps = c.ps[k];
-                alp = c.alp[k];
-                ix = first + 5 * k;
-            }
-        }
+        int w = first_greatest_ratio(c);
+        if (w < 0) w = sequential_choice(c, 0, 8, sq, alp);
+        if (w < 0) return;
+        sq = c.sq[w];
+        ps = c.ps[w];
+        alp = c.alp[w];
+        ix = first + 5 * w;
     }
 };
 
