@@ -201,8 +201,11 @@ linear, so `law:2` (linear output) is the comparable decoder row and the
 G.711 rows (`law:0`, with the synchronous coding adjustment) have no peer
 figure worth comparing. `scalar_predictor` is the same encoder with the
 plain scalar predictor. Target: 3 x spandsp. The recursion is serial per
-sample; the predictor keeps its eight FMULTs and six UPB updates in two
-registers across a block.
+sample; encoder and decoder keep it in SSSE3 lanes through one shared
+update (the eight FMULTs, six UPB updates, pole updates worked out for the
+three signs beside the estimate, tone and transition detection); the
+encoder's quantiser is a compare count, the decoder's inverse quantiser a
+table lookup. The scalar coder is kept and tested against.
 """),
     dict(key="g722", title="G.722 sub-band ADPCM",
          match=r"^BM_G722(Encode|Decode)", unit=NS, text="""
