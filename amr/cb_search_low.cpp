@@ -25,8 +25,8 @@ constexpr Word16 k1_4 = 8192;
 /// Running best of one search level: the candidate replaces the best when
 /// sq1 / alp1 > sq / alp (cross-multiplied as the reference does).
 struct Best {
-    Word16 sq, alp, ps;
-    int ix;
+    Word16 sq = -1, alp = 1, ps = 0;
+    int ix = 0;
     Best() = default;  // a slot of SecondPulseMemo, written before it is read
     explicit Best(int first) : sq(-1), alp(1), ps(0), ix(first) {}
     /// The track's 8 candidates in position order (first, first + 5, ...),
