@@ -65,7 +65,7 @@ Word32 mac_sum(const Word16* x, const Word16* y, int n, bool exact) {
 
 /// The search signal: scal[-kPitMax .. L_frame-1], scaled as Pitch_ol does.
 struct Scaled {
-    Word16 buf[kPitMax + kFrameLen];
+    Word16 buf[kPitMax + kFrameLen] = {};
     Word16* sig;
     Word16 fac;   // 3: scaled down, -3: scaled up, 0: as is
     bool exact;   // no L_mac chain over the signal can saturate

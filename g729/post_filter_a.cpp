@@ -290,7 +290,7 @@ void post_subframe_a(Word16 lag, bool harmonic, const Zep16s* pLPC, Zep16s* pSrc
 
     Word16 res2_pst[kSubfr];
     if (harmonic) {
-        Word16 scal[kPitMax + kSubfr + 8];
+        Word16 scal[kPitMax + kSubfr + 8] = {};  // only [from, ...) is read
         const int from = kPitMax - t0_max;
         g729f::quarter(res2 + from, scal + from, (t0_max + kSubfr + 7) & ~7);
         pitch_postfilter(res2 + kPitMax, scal + kPitMax, t0_min, t0_max, res2_pst);
