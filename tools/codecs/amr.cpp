@@ -513,7 +513,7 @@ private:
             throw CodecError("truncated frame at byte " + std::to_string(at) + ": the ToC byte has no frame bits");
         const std::uint8_t* sort = kSort[ft];
         const int nbits = kBits[ft];
-        for (int k = 0; k < nbits; k++) serial_[sort[k]] = static_cast<Zep16s>((packed[k >> 3] >> (7 - (k & 7))) & 1);
+        scatter_bits(packed, sort, nbits);
         if (ft == 8) {
             const std::uint8_t last = packed[4];  // bits 32..39: 3 SID bits, STI, mode indication
             const bool sti = (last & 0x10) != 0;
@@ -524,6 +524,18 @@ private:
             rx = q ? kSpeechGood : kSpeechBad;
         }
         return true;
+    }
+
+    // Bit k of the packed frame (MSB first) to serial word sort[k], a byte at a time.
+    void scatter_bits(const std::uint8_t* packed, const std::uint8_t* sort, int nbits) {
+        Zep16s* serial = serial_.data();
+        int k = 0;
+        for (; k + 8 <= nbits; k += 8, sort += 8) {
+            const unsigned b = packed[k >> 3];
+            for (int j = 0; j < 8; j++) serial[sort[j]] = static_cast<Zep16s>((b >> (7 - j)) & 1);
+        }
+        const unsigned b = packed[k >> 3];
+        for (int j = 0; k + j < nbits; j++) serial[sort[j]] = static_cast<Zep16s>((b >> (7 - j)) & 1);
     }
 
     // 3GPP test-sequence format: 250 words a frame.
