@@ -271,6 +271,24 @@ TEST(AmrDecBounds, PostProcessIsTheChain) {
         }
 }
 
+TEST(AmrDecBounds, PostProcessInputIsTheWideSum) {
+    // at full scale of both signs (the largest sums) and random, every tail length
+    std::mt19937 g(9);
+    for (int pattern = 0; pattern < 4; pattern++)
+        for (int n = 1; n <= 83; n += (n < 17 ? 1 : 11)) {
+            V16 x = noise(g, n + 2, 32768);
+            for (std::size_t i = 0; pattern < 3 && i < x.size(); i++)
+                x[i] = static_cast<Word16>((i % 2 == 0) == (pattern == 0) ? -32768 : (pattern == 2 ? 0 : 32767));
+            std::vector<std::int32_t> wide(static_cast<std::size_t>(n)), lanes(wide.size(), 0x5a5a5a5a), scalar(wide.size(), 0x5a5a5a5a);
+            for (int i = 0; i < n; i++)
+                wide[static_cast<std::size_t>(i)] = static_cast<std::int32_t>(2 * (7699 * std::int64_t{x[i + 2]} - 15398 * std::int64_t{x[i + 1]} + 7699 * std::int64_t{x[i]}));
+            post_process_input(x.data() + 2, lanes.data(), n);
+            post_process_input_scalar(x.data() + 2, scalar.data(), n);
+            ASSERT_EQ(lanes, wide) << pattern << " " << n;
+            ASSERT_EQ(scalar, wide) << pattern << " " << n;
+        }
+}
+
 TEST(AmrDecBounds, ShiftAndScaleAreTheOperators) {
     const Word32 vals[] = {0, 1, -1, 0x7fff, 0x8000, -0x8000, -0x8001, 0x3fff7fff, 0x3fff8000, 0x0fffffff, 0x10000000, -0x10000000, -0x10000001, 0x3fffffff, 0x40000000,
                            MAX_32, MIN_32, 12345678, -87654321};
