@@ -180,7 +180,10 @@ inline Word16 lsf_deviation_chain(Word16 lsp, Word16 aver) {
 /// floor(d 2^13 / aver) (floor((d >> 1) 2^14 / aver) when s1 = -1). A left
 /// shift (2 + s1 < s2) keeps the reference's operators.
 inline Word16 lsf_deviation(Word16 lsp, Word16 aver) {
-    const Word16 d = abs_s(sub(aver, lsp));
+    // abs_s(sub(aver, lsp)): either saturation ends at 32767
+    const std::int32_t delta = std::int32_t{aver} - lsp;
+    const std::int32_t mag_delta = delta < 0 ? -delta : delta;
+    const Word16 d = static_cast<Word16>(mag_delta > MAX_16 ? MAX_16 : mag_delta);
     const int s1 = norm_s(d) - 1;
     if (aver <= 0 || 2 + s1 < norm_s(aver)) return lsf_deviation_chain(lsp, aver);
     const std::int32_t num = s1 < 0 ? (std::int32_t{d} >> 1) << 14 : std::int32_t{d} << 13;
@@ -196,11 +199,13 @@ inline Word16 cb_gain_average(CbGainAverageState& st, Word16 mode, Word16 gain_c
     Word16 cbGainMix = gain_code;
     for (int i = 0; i < kHist - 1; i++) st.cbGainHistory[i] = st.cbGainHistory[i + 1];
     st.cbGainHistory[kHist - 1] = gain_code;
-    Word16 diff = 0;
+    // add() of the terms as a clamped sum
+    std::int32_t sum = 0;
     for (int i = 0; i < kM; i++) {
-        const Word16 q = lsf_deviation(lsp[i], lspAver[i]);
-        diff = i == 0 ? q : add(diff, q);
+        sum += lsf_deviation(lsp[i], lspAver[i]);
+        sum = sum > MAX_16 ? MAX_16 : (sum < MIN_16 ? MIN_16 : sum);
     }
+    const Word16 diff = static_cast<Word16>(sum);
     if (diff > 5325) st.hangVar = add(st.hangVar, 1);
     else st.hangVar = 0;
     if (st.hangVar > 10) st.hangCount = 0;

@@ -221,15 +221,22 @@ inline void int_lpc_1and3(const Word16* lsp_old, const Word16* lsp_mid, const Wo
     lsp_az(lsp_new, Az + 3 * kMp1);
 }
 
-/// Int_lsf: the LSFs of subframe i_subfr (0, 40, 80, 120) interpolated as Int_lpc_1to3 does.
+/// Int_lsf: the LSFs of subframe i_subfr (0, 40, 80, 120) interpolated as Int_lpc_1to3 does
+/// (the weights chosen once, each a loop of its own).
 inline void int_lsf(const Word16* lsf_old, const Word16* lsf_new, int i_subfr, Word16* lsf_out) {
-    for (int i = 0; i < kM; i++) {
-        switch (i_subfr) {
-        case 0: lsf_out[i] = add(sub(lsf_old[i], shr(lsf_old[i], 2)), shr(lsf_new[i], 2)); break;
-        case 40: lsf_out[i] = add(shr(lsf_old[i], 1), shr(lsf_new[i], 1)); break;
-        case 80: lsf_out[i] = add(shr(lsf_old[i], 2), sub(lsf_new[i], shr(lsf_new[i], 2))); break;
-        default: lsf_out[i] = lsf_new[i]; break;
-        }
+    switch (i_subfr) {
+    case 0:
+        for (int i = 0; i < kM; i++) lsf_out[i] = add(sub(lsf_old[i], shr(lsf_old[i], 2)), shr(lsf_new[i], 2));
+        break;
+    case 40:
+        for (int i = 0; i < kM; i++) lsf_out[i] = add(shr(lsf_old[i], 1), shr(lsf_new[i], 1));
+        break;
+    case 80:
+        for (int i = 0; i < kM; i++) lsf_out[i] = add(shr(lsf_old[i], 2), sub(lsf_new[i], shr(lsf_new[i], 2)));
+        break;
+    default:
+        for (int i = 0; i < kM; i++) lsf_out[i] = lsf_new[i];
+        break;
     }
 }
 

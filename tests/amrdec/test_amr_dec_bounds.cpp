@@ -488,6 +488,11 @@ TEST(AmrDecBounds, PreemphasisIsTheChain) {
 TEST(AmrDecBounds, PackedBitsToParamIsTheSerialForm) {
     std::mt19937 g(7);
     std::uniform_int_distribution<int> pick(0, 3);
+    for (int mode = 0; mode <= MRDTX; mode++) {
+        int widths = 0;
+        for (int i = 0; i < kPrmNo[mode]; i++) widths += bitno(mode)[i];
+        ASSERT_EQ(kBitsNo[mode], widths) << "mode " << mode;
+    }
     for (int mode = 0; mode <= MRDTX; mode++)
         for (int trial = 0; trial < 200; trial++) {
             // Words 0 and 1 mostly, some other nonzero values (read as 1), some frames all zero or all one.
