@@ -221,18 +221,20 @@ inline void int_lpc_1and3(const Word16* lsp_old, const Word16* lsp_mid, const Wo
     lsp_az(lsp_new, Az + 3 * kMp1);
 }
 
-/// Int_lsf: the LSFs of subframe i_subfr (0, 40, 80, 120) interpolated as Int_lpc_1to3 does
-/// (the weights chosen once, each a loop of its own).
+/// Int_lsf: the LSFs of subframe i_subfr (0, 40, 80, 120) interpolated as Int_lpc_1to3 does.
+/// No operator of the chains can saturate for any 16-bit LSFs (x - (x >> 2) and
+/// the quarters and halves keep every sum within -32768 .. 32766), so each
+/// weight is a plain sum, chosen once for the subframe.
 inline void int_lsf(const Word16* lsf_old, const Word16* lsf_new, int i_subfr, Word16* lsf_out) {
     switch (i_subfr) {
     case 0:
-        for (int i = 0; i < kM; i++) lsf_out[i] = add(sub(lsf_old[i], shr(lsf_old[i], 2)), shr(lsf_new[i], 2));
+        for (int i = 0; i < kM; i++) lsf_out[i] = static_cast<Word16>(lsf_old[i] - (lsf_old[i] >> 2) + (lsf_new[i] >> 2));
         break;
     case 40:
-        for (int i = 0; i < kM; i++) lsf_out[i] = add(shr(lsf_old[i], 1), shr(lsf_new[i], 1));
+        for (int i = 0; i < kM; i++) lsf_out[i] = static_cast<Word16>((lsf_old[i] >> 1) + (lsf_new[i] >> 1));
         break;
     case 80:
-        for (int i = 0; i < kM; i++) lsf_out[i] = add(shr(lsf_old[i], 2), sub(lsf_new[i], shr(lsf_new[i], 2)));
+        for (int i = 0; i < kM; i++) lsf_out[i] = static_cast<Word16>((lsf_old[i] >> 2) + lsf_new[i] - (lsf_new[i] >> 2));
         break;
     default:
         for (int i = 0; i < kM; i++) lsf_out[i] = lsf_new[i];
