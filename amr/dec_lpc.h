@@ -153,11 +153,14 @@ inline bool get_lsp_pol_plain(const Word16* lsp, Word32* f) {
 }
 
 /// get_lsp_pol_plain of the even (f1) and odd (f2) LSPs side by side, so
-/// that the two recursions overlap; false when either left 32 bits.
+/// that the two recursions overlap; false when either left 32 bits. Each
+/// value v of the chain is in 32 bits exactly when v + 2^31 has no bit
+/// above 31 (every |v| here stays below 2^40): the tests OR into one word.
 inline bool get_lsp_pols_plain(const Word16* lsp, Word32* f1, Word32* f2) {
+    constexpr std::int64_t kBias = std::int64_t{1} << 31;
     std::int64_t g[2][6] = {{std::int64_t{1} << 24, -1024 * std::int64_t{lsp[0]}, 0, 0, 0, 0},
                             {std::int64_t{1} << 24, -1024 * std::int64_t{lsp[1]}, 0, 0, 0, 0}};
-    bool ok = true;
+    std::uint64_t outside = 0;
     for (int i = 2; i <= 5; i++) {
         const std::int64_t l[2] = {lsp[2 * (i - 1)], lsp[2 * (i - 1) + 1]};
         for (int p = 0; p < 2; p++) g[p][i] = g[p][i - 2];
@@ -167,7 +170,8 @@ inline bool get_lsp_pols_plain(const Word16* lsp, Word32* f1, Word32* f2) {
                 const std::int64_t t0 = 4 * (((g[p][j - 1] >> 1) * l[p]) >> 15);
                 const std::int64_t sum = g[p][j] + g[p][j - 2];
                 g[p][j] = sum - t0;
-                ok = ok && in_word32(t0) && in_word32(sum) && in_word32(g[p][j]);
+                outside |= static_cast<std::uint64_t>(t0 + kBias) | static_cast<std::uint64_t>(sum + kBias) |
+                           static_cast<std::uint64_t>(g[p][j] + kBias);
             }
         for (int p = 0; p < 2; p++) g[p][1] -= 1024 * l[p];
     }
@@ -175,7 +179,7 @@ inline bool get_lsp_pols_plain(const Word16* lsp, Word32* f1, Word32* f2) {
         f1[i] = static_cast<Word32>(g[0][i]);
         f2[i] = static_cast<Word32>(g[1][i]);
     }
-    return ok;
+    return (outside >> 32) == 0;
 }
 
 /// Lsp_Az: LSPs (Q15) to LP coefficients a[0..10] (Q12).
