@@ -200,31 +200,6 @@ inline void lsp_az(const Word16* lsp, Word16* a) {
     }
 }
 
-/// Int_lpc_1to3: A(z) of the four subframes from the old and new LSPs
-/// (weights 3/4-1/4, 1/2-1/2, 1/4-3/4, new).
-inline void int_lpc_1to3(const Word16* lsp_old, const Word16* lsp_new, Word16* Az) {
-    Word16 lsp[kM];
-    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_new[i], 2), sub(lsp_old[i], shr(lsp_old[i], 2)));
-    lsp_az(lsp, Az);
-    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_old[i], 1), shr(lsp_new[i], 1));
-    lsp_az(lsp, Az + kMp1);
-    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_old[i], 2), sub(lsp_new[i], shr(lsp_new[i], 2)));
-    lsp_az(lsp, Az + 2 * kMp1);
-    lsp_az(lsp_new, Az + 3 * kMp1);
-}
-
-/// Int_lpc_1and3: A(z) of the four subframes when the mid-frame LSPs are
-/// transmitted (MR122): subframes 1 and 3 interpolated, 2 and 4 as sent.
-inline void int_lpc_1and3(const Word16* lsp_old, const Word16* lsp_mid, const Word16* lsp_new, Word16* Az) {
-    Word16 lsp[kM];
-    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_mid[i], 1), shr(lsp_old[i], 1));
-    lsp_az(lsp, Az);
-    lsp_az(lsp_mid, Az + kMp1);
-    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_mid[i], 1), shr(lsp_new[i], 1));
-    lsp_az(lsp, Az + 2 * kMp1);
-    lsp_az(lsp_new, Az + 3 * kMp1);
-}
-
 /// Int_lsf: the LSFs of subframe i_subfr (0, 40, 80, 120) interpolated as Int_lpc_1to3 does.
 /// No operator of the chains can saturate for any 16-bit LSFs (x - (x >> 2) and
 /// the quarters and halves keep every sum within -32768 .. 32766), so each
@@ -244,6 +219,32 @@ inline void int_lsf(const Word16* lsf_old, const Word16* lsf_new, int i_subfr, W
         for (int i = 0; i < kM; i++) lsf_out[i] = lsf_new[i];
         break;
     }
+}
+
+/// Int_lpc_1to3: A(z) of the four subframes from the old and new LSPs
+/// (weights 3/4-1/4, 1/2-1/2, 1/4-3/4, new). The weighted LSPs are Int_lsf's
+/// sums (the same operators on the same operands).
+inline void int_lpc_1to3(const Word16* lsp_old, const Word16* lsp_new, Word16* Az) {
+    Word16 lsp[kM];
+    int_lsf(lsp_old, lsp_new, 0, lsp);
+    lsp_az(lsp, Az);
+    int_lsf(lsp_old, lsp_new, 40, lsp);
+    lsp_az(lsp, Az + kMp1);
+    int_lsf(lsp_old, lsp_new, 80, lsp);
+    lsp_az(lsp, Az + 2 * kMp1);
+    lsp_az(lsp_new, Az + 3 * kMp1);
+}
+
+/// Int_lpc_1and3: A(z) of the four subframes when the mid-frame LSPs are
+/// transmitted (MR122): subframes 1 and 3 interpolated (halves, as Int_lsf), 2 and 4 as sent.
+inline void int_lpc_1and3(const Word16* lsp_old, const Word16* lsp_mid, const Word16* lsp_new, Word16* Az) {
+    Word16 lsp[kM];
+    int_lsf(lsp_old, lsp_mid, 40, lsp);
+    lsp_az(lsp, Az);
+    lsp_az(lsp_mid, Az + kMp1);
+    int_lsf(lsp_mid, lsp_new, 40, lsp);
+    lsp_az(lsp, Az + 2 * kMp1);
+    lsp_az(lsp_new, Az + 3 * kMp1);
 }
 
 /// lsp_avg: mean = 0.84 mean + 0.16 new (EXPCONST 5243).
