@@ -107,6 +107,50 @@ inline void sharpened_excitation(const Word16* exc, Word16* excp, Word16 pit_sha
     else sharpened_excitation_plain(exc, excp, pit_sharp, gain_pit, down, n);
 }
 
+/// One pulse v at ppos spread over the subframe by the circular impulse
+/// response imp, with the reference's operators (the baseline).
+inline void disperse_chain(Word16* inno, Word16 v, int ppos, const std::int16_t* imp) {
+    int j = 0;
+    for (int i = ppos; i < kLSubfr; i++) inno[i] = add(inno[i], mult(v, imp[j++]));
+    for (int i = 0; i < ppos; i++) inno[i] = add(inno[i], mult(v, imp[j++]));
+}
+
+/// disperse_chain of the nze pulses v = sav[pos[n]] when sum |v| <= 32767:
+/// |mult(v, c)| <= |v|, so no partial sum can leave 16 bits and mult is
+/// (v c) >> 15 (v is not -32768); plain adds, one pulse at a time.
+inline void disperse_plain_scalar(Word16* inno, const Word16* sav, const Word16* pos, int nze, const std::int16_t* imp) {
+    for (int n = 0; n < nze; n++) {
+        const int ppos = pos[n];
+        const Word16 v = sav[ppos];
+        for (int i = ppos; i < kLSubfr; i++) inno[i] = static_cast<Word16>(inno[i] + ((v * imp[i - ppos]) >> 15));
+        for (int i = 0; i < ppos; i++) inno[i] = static_cast<Word16>(inno[i] + ((v * imp[kLSubfr - ppos + i]) >> 15));
+    }
+}
+
+/// disperse_plain_scalar with SSSE3: the impulse response twice in a row, so
+/// that the pulse at ppos meets imp2[40 - ppos + i] at sample i, eight
+/// samples at a time; (v c) >> 15 from the high and low product halves
+/// (pmulhw, pmullw), exact in 16 bits as v is not -32768, the sum as paddw.
+inline void disperse_plain(Word16* inno, const Word16* sav, const Word16* pos, int nze, const std::int16_t* imp) {
+#if defined(__SSSE3__)
+    static_assert(kLSubfr % 8 == 0);
+    std::int16_t imp2[2 * kLSubfr];
+    for (int i = 0; i < kLSubfr; i++) imp2[i] = imp2[kLSubfr + i] = imp[i];
+    for (int n = 0; n < nze; n++) {
+        const std::int16_t* c = imp2 + kLSubfr - pos[n];
+        const __m128i v = _mm_set1_epi16(sav[pos[n]]);
+        for (int i = 0; i < kLSubfr; i += 8) {
+            const __m128i k = _mm_loadu_si128(reinterpret_cast<const __m128i*>(c + i));
+            const __m128i m = _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(k, v), 1), _mm_srli_epi16(_mm_mullo_epi16(k, v), 15));
+            __m128i* at = reinterpret_cast<__m128i*>(inno + i);
+            _mm_storeu_si128(at, _mm_add_epi16(_mm_loadu_si128(at), m));
+        }
+    }
+#else
+    disperse_plain_scalar(inno, sav, pos, nze, imp);
+#endif
+}
+
 /// ph_disp: adaptive anti-sparseness filtering of the innovation (not in
 /// MR74, MR102, MR122) and the total excitation x = pitch_fac x + cbGain inno,
 /// shifted by tmp_shift and rounded.
@@ -144,18 +188,10 @@ inline void ph_disp(PhDispState& st, Word16 mode, Word16* x, Word16 cbGain, Word
                                                    : (impNr == 0 ? t::ph_imp_low : t::ph_imp_mid);
         std::int32_t amp = 0;
         for (int n = 0; n < nze; n++) amp += mag(inno_sav[ps_poss[n]]);
-        for (int n = 0; n < nze; n++) {
-            const int ppos = ps_poss[n];
-            const Word16 v = inno_sav[ppos];
-            if (amp <= MAX_16) {
-                // |mult(v, c)| <= |v|: no partial sum can leave 16 bits, plain adds.
-                for (int i = ppos; i < kLSubfr; i++) inno[i] = static_cast<Word16>(inno[i] + ((v * ph_imp[i - ppos]) >> 15));
-                for (int i = 0; i < ppos; i++) inno[i] = static_cast<Word16>(inno[i] + ((v * ph_imp[kLSubfr - ppos + i]) >> 15));
-                continue;
-            }
-            int j = 0;
-            for (int i = ppos; i < kLSubfr; i++) inno[i] = add(inno[i], mult(v, ph_imp[j++]));
-            for (int i = 0; i < ppos; i++) inno[i] = add(inno[i], mult(v, ph_imp[j++]));
+        if (amp <= MAX_16) {
+            disperse_plain(inno, inno_sav, ps_poss, nze, ph_imp);
+        } else {
+            for (int n = 0; n < nze; n++) disperse_chain(inno, inno_sav[ps_poss[n]], ps_poss[n], ph_imp);
         }
     }
     excitation_mix(x, inno, pitch_fac, cbGain, tmp_shift, kLSubfr);
@@ -180,7 +216,10 @@ inline Word16 lsf_deviation_chain(Word16 lsp, Word16 aver) {
 /// floor(d 2^13 / aver) (floor((d >> 1) 2^14 / aver) when s1 = -1). A left
 /// shift (2 + s1 < s2) keeps the reference's operators.
 inline Word16 lsf_deviation(Word16 lsp, Word16 aver) {
-    const Word16 d = abs_s(sub(aver, lsp));
+    // abs_s(sub(aver, lsp)): either saturation ends at 32767
+    const std::int32_t delta = std::int32_t{aver} - lsp;
+    const std::int32_t mag_delta = delta < 0 ? -delta : delta;
+    const Word16 d = static_cast<Word16>(mag_delta > MAX_16 ? MAX_16 : mag_delta);
     const int s1 = norm_s(d) - 1;
     if (aver <= 0 || 2 + s1 < norm_s(aver)) return lsf_deviation_chain(lsp, aver);
     const std::int32_t num = s1 < 0 ? (std::int32_t{d} >> 1) << 14 : std::int32_t{d} << 13;
@@ -196,11 +235,13 @@ inline Word16 cb_gain_average(CbGainAverageState& st, Word16 mode, Word16 gain_c
     Word16 cbGainMix = gain_code;
     for (int i = 0; i < kHist - 1; i++) st.cbGainHistory[i] = st.cbGainHistory[i + 1];
     st.cbGainHistory[kHist - 1] = gain_code;
-    Word16 diff = 0;
+    // add() of the terms as a clamped sum
+    std::int32_t sum = 0;
     for (int i = 0; i < kM; i++) {
-        const Word16 q = lsf_deviation(lsp[i], lspAver[i]);
-        diff = i == 0 ? q : add(diff, q);
+        sum += lsf_deviation(lsp[i], lspAver[i]);
+        sum = sum > MAX_16 ? MAX_16 : (sum < MIN_16 ? MIN_16 : sum);
     }
+    const Word16 diff = static_cast<Word16>(sum);
     if (diff > 5325) st.hangVar = add(st.hangVar, 1);
     else st.hangVar = 0;
     if (st.hangVar > 10) st.hangCount = 0;

@@ -153,11 +153,14 @@ inline bool get_lsp_pol_plain(const Word16* lsp, Word32* f) {
 }
 
 /// get_lsp_pol_plain of the even (f1) and odd (f2) LSPs side by side, so
-/// that the two recursions overlap; false when either left 32 bits.
+/// that the two recursions overlap; false when either left 32 bits. Each
+/// value v of the chain is in 32 bits exactly when v + 2^31 has no bit
+/// above 31 (every |v| here stays below 2^40): the tests OR into one word.
 inline bool get_lsp_pols_plain(const Word16* lsp, Word32* f1, Word32* f2) {
+    constexpr std::int64_t kBias = std::int64_t{1} << 31;
     std::int64_t g[2][6] = {{std::int64_t{1} << 24, -1024 * std::int64_t{lsp[0]}, 0, 0, 0, 0},
                             {std::int64_t{1} << 24, -1024 * std::int64_t{lsp[1]}, 0, 0, 0, 0}};
-    bool ok = true;
+    std::uint64_t outside = 0;
     for (int i = 2; i <= 5; i++) {
         const std::int64_t l[2] = {lsp[2 * (i - 1)], lsp[2 * (i - 1) + 1]};
         for (int p = 0; p < 2; p++) g[p][i] = g[p][i - 2];
@@ -167,7 +170,8 @@ inline bool get_lsp_pols_plain(const Word16* lsp, Word32* f1, Word32* f2) {
                 const std::int64_t t0 = 4 * (((g[p][j - 1] >> 1) * l[p]) >> 15);
                 const std::int64_t sum = g[p][j] + g[p][j - 2];
                 g[p][j] = sum - t0;
-                ok = ok && in_word32(t0) && in_word32(sum) && in_word32(g[p][j]);
+                outside |= static_cast<std::uint64_t>(t0 + kBias) | static_cast<std::uint64_t>(sum + kBias) |
+                           static_cast<std::uint64_t>(g[p][j] + kBias);
             }
         for (int p = 0; p < 2; p++) g[p][1] -= 1024 * l[p];
     }
@@ -175,7 +179,7 @@ inline bool get_lsp_pols_plain(const Word16* lsp, Word32* f1, Word32* f2) {
         f1[i] = static_cast<Word32>(g[0][i]);
         f2[i] = static_cast<Word32>(g[1][i]);
     }
-    return ok;
+    return (outside >> 32) == 0;
 }
 
 /// Lsp_Az: LSPs (Q15) to LP coefficients a[0..10] (Q12).
@@ -196,41 +200,51 @@ inline void lsp_az(const Word16* lsp, Word16* a) {
     }
 }
 
+/// Int_lsf: the LSFs of subframe i_subfr (0, 40, 80, 120) interpolated as Int_lpc_1to3 does.
+/// No operator of the chains can saturate for any 16-bit LSFs (x - (x >> 2) and
+/// the quarters and halves keep every sum within -32768 .. 32766), so each
+/// weight is a plain sum, chosen once for the subframe.
+inline void int_lsf(const Word16* lsf_old, const Word16* lsf_new, int i_subfr, Word16* lsf_out) {
+    switch (i_subfr) {
+    case 0:
+        for (int i = 0; i < kM; i++) lsf_out[i] = static_cast<Word16>(lsf_old[i] - (lsf_old[i] >> 2) + (lsf_new[i] >> 2));
+        break;
+    case 40:
+        for (int i = 0; i < kM; i++) lsf_out[i] = static_cast<Word16>((lsf_old[i] >> 1) + (lsf_new[i] >> 1));
+        break;
+    case 80:
+        for (int i = 0; i < kM; i++) lsf_out[i] = static_cast<Word16>((lsf_old[i] >> 2) + lsf_new[i] - (lsf_new[i] >> 2));
+        break;
+    default:
+        for (int i = 0; i < kM; i++) lsf_out[i] = lsf_new[i];
+        break;
+    }
+}
+
 /// Int_lpc_1to3: A(z) of the four subframes from the old and new LSPs
-/// (weights 3/4-1/4, 1/2-1/2, 1/4-3/4, new).
+/// (weights 3/4-1/4, 1/2-1/2, 1/4-3/4, new). The weighted LSPs are Int_lsf's
+/// sums (the same operators on the same operands).
 inline void int_lpc_1to3(const Word16* lsp_old, const Word16* lsp_new, Word16* Az) {
     Word16 lsp[kM];
-    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_new[i], 2), sub(lsp_old[i], shr(lsp_old[i], 2)));
+    int_lsf(lsp_old, lsp_new, 0, lsp);
     lsp_az(lsp, Az);
-    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_old[i], 1), shr(lsp_new[i], 1));
+    int_lsf(lsp_old, lsp_new, 40, lsp);
     lsp_az(lsp, Az + kMp1);
-    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_old[i], 2), sub(lsp_new[i], shr(lsp_new[i], 2)));
+    int_lsf(lsp_old, lsp_new, 80, lsp);
     lsp_az(lsp, Az + 2 * kMp1);
     lsp_az(lsp_new, Az + 3 * kMp1);
 }
 
 /// Int_lpc_1and3: A(z) of the four subframes when the mid-frame LSPs are
-/// transmitted (MR122): subframes 1 and 3 interpolated, 2 and 4 as sent.
+/// transmitted (MR122): subframes 1 and 3 interpolated (halves, as Int_lsf), 2 and 4 as sent.
 inline void int_lpc_1and3(const Word16* lsp_old, const Word16* lsp_mid, const Word16* lsp_new, Word16* Az) {
     Word16 lsp[kM];
-    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_mid[i], 1), shr(lsp_old[i], 1));
+    int_lsf(lsp_old, lsp_mid, 40, lsp);
     lsp_az(lsp, Az);
     lsp_az(lsp_mid, Az + kMp1);
-    for (int i = 0; i < kM; i++) lsp[i] = add(shr(lsp_mid[i], 1), shr(lsp_new[i], 1));
+    int_lsf(lsp_mid, lsp_new, 40, lsp);
     lsp_az(lsp, Az + 2 * kMp1);
     lsp_az(lsp_new, Az + 3 * kMp1);
-}
-
-/// Int_lsf: the LSFs of subframe i_subfr (0, 40, 80, 120) interpolated as Int_lpc_1to3 does.
-inline void int_lsf(const Word16* lsf_old, const Word16* lsf_new, int i_subfr, Word16* lsf_out) {
-    for (int i = 0; i < kM; i++) {
-        switch (i_subfr) {
-        case 0: lsf_out[i] = add(sub(lsf_old[i], shr(lsf_old[i], 2)), shr(lsf_new[i], 2)); break;
-        case 40: lsf_out[i] = add(shr(lsf_old[i], 1), shr(lsf_new[i], 1)); break;
-        case 80: lsf_out[i] = add(shr(lsf_old[i], 2), sub(lsf_new[i], shr(lsf_new[i], 2))); break;
-        default: lsf_out[i] = lsf_new[i]; break;
-        }
-    }
 }
 
 /// lsp_avg: mean = 0.84 mean + 0.16 new (EXPCONST 5243).

@@ -23,6 +23,9 @@ inline constexpr Word16 kPrmNo[9] = {17, 19, 19, 19, 19, 23, 39, 57, 5};
 /// prmnofsf: parameters up to the end of the first subframe.
 inline constexpr Word16 kPrmNoFsf[8] = {7, 7, 7, 7, 7, 8, 12, 18};
 
+/// Serial bits per mode (the sum of its parameter widths; MRDTX last).
+inline constexpr Word16 kBitsNo[9] = {95, 103, 118, 134, 148, 159, 204, 244, 35};
+
 inline const std::int16_t* bitno(int mode) {
     namespace t = zeps::amr_dec_tab;
     static const std::int16_t* const tab[9] = {t::bitno_MR475, t::bitno_MR515, t::bitno_MR59,
@@ -49,8 +52,7 @@ inline void bits2prm_serial(int mode, const Word16* bits, Word16* prm) {
 inline void bits2prm(int mode, const Word16* bits, Word16* prm) {
     const std::int16_t* widths = bitno(mode);
     const int nprm = kPrmNo[mode];
-    int n = 0;
-    for (int i = 0; i < nprm; i++) n += widths[i];
+    const int n = kBitsNo[mode];
     std::uint64_t w[kSerialBits / 64 + 2] = {};
     int k = 0;
 #if defined(__SSSE3__)
@@ -66,11 +68,13 @@ inline void bits2prm(int mode, const Word16* bits, Word16* prm) {
 #endif
     for (; k < n; k++)
         if (bits[k] != 0) w[k >> 6] |= std::uint64_t{1} << (63 - (k & 63));
+    // No branch: the next word enters as (w >> 1) >> (63 - r), nothing at r = 0,
+    // and a width of 0 leaves (win >> 1) >> 63 = 0 for any window.
     int pos = 0;
     for (int i = 0; i < nprm; i++) {
         const int q = pos >> 6, r = pos & 63;
-        const std::uint64_t win = r == 0 ? w[q] : (w[q] << r) | (w[q + 1] >> (64 - r));
-        prm[i] = static_cast<Word16>(widths[i] == 0 ? 0 : win >> (64 - widths[i]));
+        const std::uint64_t win = (w[q] << r) | ((w[q + 1] >> 1) >> (63 - r));
+        prm[i] = static_cast<Word16>((win >> 1) >> (63 - widths[i]));
         pos += widths[i];
     }
 }

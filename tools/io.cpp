@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
 #include <cctype>
 #include <cerrno>
 #include <cstring>
@@ -201,6 +202,11 @@ void PcmWriter::write(const std::int16_t* pcm, std::size_t n) {
     if (snd_) {
         if (sf_write_short(snd_, pcm, static_cast<sf_count_t>(n)) != static_cast<sf_count_t>(n))
             throw ToolError("writing '" + out_.path() + "' failed: " + errno_text());
+        return;
+    }
+    if constexpr (std::endian::native == std::endian::little) {
+        // s16le is the host's own layout: the samples go out as they lie.
+        out_.write(pcm, 2 * n);
         return;
     }
     bytes_.resize(2 * n);

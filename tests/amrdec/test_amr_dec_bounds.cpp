@@ -271,6 +271,79 @@ TEST(AmrDecBounds, PostProcessIsTheChain) {
         }
 }
 
+TEST(AmrDecBounds, PostProcessInputIsTheWideSum) {
+    // at full scale of both signs (the largest sums) and random, every tail length
+    std::mt19937 g(9);
+    for (int pattern = 0; pattern < 4; pattern++)
+        for (int n = 1; n <= 83; n += (n < 17 ? 1 : 11)) {
+            V16 x = noise(g, n + 2, 32768);
+            for (std::size_t i = 0; pattern < 3 && i < x.size(); i++)
+                x[i] = static_cast<Word16>((i % 2 == 0) == (pattern == 0) ? -32768 : (pattern == 2 ? 0 : 32767));
+            std::vector<std::int32_t> wide(static_cast<std::size_t>(n)), lanes(wide.size(), 0x5a5a5a5a), scalar(wide.size(), 0x5a5a5a5a);
+            for (int i = 0; i < n; i++)
+                wide[static_cast<std::size_t>(i)] = static_cast<std::int32_t>(2 * (7699 * std::int64_t{x[i + 2]} - 15398 * std::int64_t{x[i + 1]} + 7699 * std::int64_t{x[i]}));
+            post_process_input(x.data() + 2, lanes.data(), n);
+            post_process_input_scalar(x.data() + 2, scalar.data(), n);
+            ASSERT_EQ(lanes, wide) << pattern << " " << n;
+            ASSERT_EQ(scalar, wide) << pattern << " " << n;
+        }
+}
+
+TEST(AmrDecBounds, LsfInterpolationIsTheChain) {
+    // every pair of edge values in every lane, at each subframe weight
+    const std::int16_t edges[] = {-32768, -32767, -16385, -3, -1, 0, 1, 3, 16383, 32766, 32767};
+    for (int start : {0, 40, 80, 120})
+        for (std::int16_t o : edges)
+            for (std::int16_t n : edges) {
+                V16 old_lsf(kM), new_lsf(kM);
+                for (int i = 0; i < kM; i++) {
+                    old_lsf[static_cast<std::size_t>(i)] = i % 2 ? o : n;
+                    new_lsf[static_cast<std::size_t>(i)] = i % 2 ? n : o;
+                }
+                V16 out(kM, 0x5a5a), ref(kM);
+                int_lsf(old_lsf.data(), new_lsf.data(), start, out.data());
+                for (int i = 0; i < kM; i++) {
+                    const Word16 a = old_lsf[static_cast<std::size_t>(i)], b = new_lsf[static_cast<std::size_t>(i)];
+                    ref[static_cast<std::size_t>(i)] = start == 0    ? add(sub(a, shr(a, 2)), shr(b, 2))
+                                                       : start == 40 ? add(shr(a, 1), shr(b, 1))
+                                                       : start == 80 ? add(shr(a, 2), sub(b, shr(b, 2)))
+                                                                     : b;
+                }
+                ASSERT_EQ(out, ref) << start << " " << o << " " << n;
+            }
+}
+
+TEST(AmrDecBounds, DispersionIsTheChain) {
+    namespace t = zeps::amr_dec_tab;
+    const std::int16_t* imps[] = {t::ph_imp_low, t::ph_imp_mid, t::ph_imp_low_MR795, t::ph_imp_mid_MR795};
+    std::mt19937 g(17);
+    std::uniform_int_distribution<int> count(1, 10), at(0, kLSubfr - 1), sign(0, 1);
+    for (const std::int16_t* imp : imps)
+        for (int trial = 0; trial < 400; trial++) {
+            // pulses whose magnitudes sum to at most 32767 (full scale in one pulse or shared)
+            V16 sav(kLSubfr, 0);
+            const int want = trial < 80 ? 1 : count(g);
+            std::int32_t budget = trial % 3 == 0 ? 32767 : 1 + static_cast<std::int32_t>(g() % 32767);
+            for (int k = 0; k < want && budget > 0; k++) {
+                const std::int32_t m = k + 1 == want ? budget : 1 + static_cast<std::int32_t>(g() % static_cast<std::uint32_t>(budget));
+                std::int16_t& slot = sav[static_cast<std::size_t>(trial < 80 ? trial % kLSubfr : at(g))];
+                if (slot != 0) continue;
+                slot = static_cast<std::int16_t>(sign(g) ? m : -m);
+                budget -= m;
+            }
+            V16 pos;
+            for (int i = 0; i < kLSubfr; i++)
+                if (sav[static_cast<std::size_t>(i)] != 0) pos.push_back(static_cast<std::int16_t>(i));
+            const int nze = static_cast<int>(pos.size());
+            V16 chain(kLSubfr, 0), lanes(kLSubfr, 0), scalar(kLSubfr, 0);
+            for (int n = 0; n < nze; n++) disperse_chain(chain.data(), sav[static_cast<std::size_t>(pos[static_cast<std::size_t>(n)])], pos[static_cast<std::size_t>(n)], imp);
+            disperse_plain(lanes.data(), sav.data(), pos.data(), nze, imp);
+            disperse_plain_scalar(scalar.data(), sav.data(), pos.data(), nze, imp);
+            ASSERT_EQ(lanes, chain) << trial;
+            ASSERT_EQ(scalar, chain) << trial;
+        }
+}
+
 TEST(AmrDecBounds, ShiftAndScaleAreTheOperators) {
     const Word32 vals[] = {0, 1, -1, 0x7fff, 0x8000, -0x8000, -0x8001, 0x3fff7fff, 0x3fff8000, 0x0fffffff, 0x10000000, -0x10000000, -0x10000001, 0x3fffffff, 0x40000000,
                            MAX_32, MIN_32, 12345678, -87654321};
@@ -470,6 +543,11 @@ TEST(AmrDecBounds, PreemphasisIsTheChain) {
 TEST(AmrDecBounds, PackedBitsToParamIsTheSerialForm) {
     std::mt19937 g(7);
     std::uniform_int_distribution<int> pick(0, 3);
+    for (int mode = 0; mode <= MRDTX; mode++) {
+        int widths = 0;
+        for (int i = 0; i < kPrmNo[mode]; i++) widths += bitno(mode)[i];
+        ASSERT_EQ(kBitsNo[mode], widths) << "mode " << mode;
+    }
     for (int mode = 0; mode <= MRDTX; mode++)
         for (int trial = 0; trial < 200; trial++) {
             // Words 0 and 1 mostly, some other nonzero values (read as 1), some frames all zero or all one.

@@ -176,7 +176,7 @@ public:
 
     /// Speech_Decode_Frame_reset.
     void reset() {
-        std::fill(std::begin(old_exc_), std::end(old_exc_), Zep16s{0});
+        std::fill(std::begin(exc_buf_), std::end(exc_buf_), Zep16s{0});
         std::fill(std::begin(mem_syn_), std::end(mem_syn_), Zep16s{0});
         std::copy(std::begin(kLspInit), std::end(kLspInit), lsp_old_);
         std::fill(std::begin(exc_energy_hist_), std::end(exc_energy_hist_), Zep16s{0});
@@ -226,7 +226,8 @@ private:
 
     /// Decoder_amr_reset(MRDTX): what comfort noise does not carry over.
     void reset_for_comfort_noise() {
-        std::fill(old_exc_, old_exc_ + kExcHist, Zep16s{0});
+        exc_at_ = 0;
+        std::fill(exc_buf_, exc_buf_ + kExcHist, Zep16s{0});
         sharp_ = 0;
         old_t0_ = 40;
         prev_bf_ = prev_pdf_ = bf_state_ = 0;
@@ -318,13 +319,13 @@ private:
                 frac = 0;
             }
         }
-        check(zepsAdaptiveCodebookDecode_GSMAMR_16s(old_exc_, t0, frac, rate));
+        check(zepsAdaptiveCodebookDecode_GSMAMR_16s(exc_buf_ + exc_at_, t0, frac, rate));
     }
 
     void subframe(int mode, int sf, bool relative, Zep16s even, Zep16s bfi, Zep16s pdfi, const Zep16s* prev_lsf,
                   Zep16s*& parm, Zep16s& index_mr475, Zep16s& t0, const Zep16s* az, Zep16s* synth) {
         const std::int32_t rate = kRate[mode];
-        Zep16s* exc = old_exc_ + kExcHist;
+        Zep16s* exc = exc_buf_ + exc_at_ + kExcHist;
         adaptive(mode, relative, bfi, *parm++, t0);
 
         // innovation and its pitch sharpening
@@ -419,7 +420,7 @@ private:
         }
         const ZepStatus st = zepsSynthesisFilter_GSMAMR_16s(az, src, synth, mem_syn_, kSubfr, 0);
         if (st == zepStsOverflow) {
-            for (Zep16s& v : old_exc_) v = static_cast<Zep16s>(v >> 2);
+            for (Zep16s* v = exc - kExcHist; v < exc + kSubfr; v++) *v = static_cast<Zep16s>(*v >> 2);
             for (Zep16s& v : exc_enh) v = static_cast<Zep16s>(v >> 2);
             const ZepStatus again = zepsSynthesisFilter_GSMAMR_16s(az, exc_enh, synth, mem_syn_, kSubfr, 1);
             if (again != zepStsOverflow) check(again);  // the reference keeps a second saturation
@@ -427,11 +428,26 @@ private:
             check(st);
             std::copy(synth + kSubfr - kM, synth + kSubfr, mem_syn_);
         }
-        std::copy(old_exc_ + kSubfr, old_exc_ + kExcHist + kSubfr, old_exc_);
+        advance_excitation();
         old_t0_ = t0;
     }
 
-    Zep16s old_exc_[kExcHist + kSubfr];
+    /// The history window moves on by a subframe; only when it reaches the
+    /// end of the buffer is it copied back to the start (once in kExcRuns subframes).
+    void advance_excitation() {
+        exc_at_ += kSubfr;
+        if (exc_at_ + kExcHist + kSubfr > kExcBuf) {
+            std::copy(exc_buf_ + exc_at_, exc_buf_ + exc_at_ + kExcHist, exc_buf_);
+            exc_at_ = 0;
+        }
+    }
+
+    static constexpr int kExcRuns = 16;
+    static constexpr int kExcBuf = kExcHist + kExcRuns * kSubfr;
+    // The past excitation of the subframe (PIT_MAX + L_INTERPOL samples)
+    // starts at exc_buf_ + exc_at_, the subframe's own follows it.
+    Zep16s exc_buf_[kExcBuf];
+    int exc_at_ = 0;
     Zep16s mem_syn_[kM];
     Zep16s lsp_old_[kM];
     Zep16s past_rq_[kM], past_lsf_q_[kM];
@@ -513,7 +529,7 @@ private:
             throw CodecError("truncated frame at byte " + std::to_string(at) + ": the ToC byte has no frame bits");
         const std::uint8_t* sort = kSort[ft];
         const int nbits = kBits[ft];
-        for (int k = 0; k < nbits; k++) serial_[sort[k]] = static_cast<Zep16s>((packed[k >> 3] >> (7 - (k & 7))) & 1);
+        scatter_bits(packed, sort, nbits);
         if (ft == 8) {
             const std::uint8_t last = packed[4];  // bits 32..39: 3 SID bits, STI, mode indication
             const bool sti = (last & 0x10) != 0;
@@ -524,6 +540,18 @@ private:
             rx = q ? kSpeechGood : kSpeechBad;
         }
         return true;
+    }
+
+    // Bit k of the packed frame (MSB first) to serial word sort[k], a byte at a time.
+    void scatter_bits(const std::uint8_t* packed, const std::uint8_t* sort, int nbits) {
+        Zep16s* serial = serial_.data();
+        int k = 0;
+        for (; k + 8 <= nbits; k += 8, sort += 8) {
+            const unsigned b = packed[k >> 3];
+            for (int j = 0; j < 8; j++) serial[sort[j]] = static_cast<Zep16s>((b >> (7 - j)) & 1);
+        }
+        const unsigned b = packed[k >> 3];
+        for (int j = 0; k + j < nbits; j++) serial[sort[j]] = static_cast<Zep16s>((b >> (7 - j)) & 1);
     }
 
     // 3GPP test-sequence format: 250 words a frame.
