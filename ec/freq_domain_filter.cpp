@@ -16,7 +16,10 @@
 //   update (after the caller's coefficient-guard action): E = FFT(B zeros,
 //            e); W_p += step E conj(X_p) / (0.9 S[k] + 0.1 mean(S) + delta),
 //            S[k] = sum_p |X_p[k]|^2 (per-bin normalised step, the mean bin
-//            power a floor under the bins where the far end is weak);
+//            power a floor under the bins where the far end is weak); the
+//            leakage update normalises by the held power H[k] instead
+//            (H = S when S rises above it, else H moves by the hold's decay
+//            towards S each adapting block);
 //   gradient constraint (the alternately updated multi-delay filter):
 //            partition 0 and one further partition in turn each block are
 //            transformed back, their last B taps cleared and transformed
@@ -25,7 +28,9 @@
 // (56 bytes), FFT description (8 mod 16 bytes, so its tables land aligned),
 // then float arrays, each a multiple of 4 floats: x (N), X (2 P C), W, V
 // (P C each, C = round4(N + 2) floats of interleaved spectrum), S (C), e and
-// the saved filter's error (N each), a time block (N), spectra (C each), the
+// the saved filter's error (N each), a time block (N), spectra (C each: the
+// saved filter's estimate, the adapting one's, the bin steps, the leakage
+// averages of the error and the estimate, the held far-end power H), the
 // step shares r and the partition norms (round4(P) each), the FFT's work
 // area. No pointers: the arrays' places follow from order and P.
 #include <algorithm>
@@ -46,6 +51,7 @@ namespace {
 constexpr std::int32_t kMagic = 0x46414446;  // "FDAF"
 constexpr std::int64_t kHeader = 56;
 constexpr float kMeanShare = 0.1f;  // share of the mean bin power in each bin's normaliser
+constexpr float kDefaultHold = 0.2f;  // decay of the held far-end power after Init
 constexpr int kMinOrder = 2, kMaxOrder = 12, kMaxPartitions = 255;
 
 struct FdafHeader {
@@ -56,11 +62,12 @@ struct FdafHeader {
     std::int32_t head;      // ring slot of the newest far-end spectrum, 0..P-1
     std::int32_t same;      // 1 while the saved coefficients V equal W
     std::int32_t single;    // 1 after a block filtered by W alone (ev then holds the near-end block)
+    float hold;             // decay of the held far-end power per adapting block, (0, 1] (1: no hold)
 };
 static_assert(sizeof(FdafHeader) <= kHeader);
 
 struct FdafLayout {
-    std::int64_t desc, x, X, W, V, S, e, ev, t, T, Y, M, Eh, Yh, r, n, work, total;
+    std::int64_t desc, x, X, W, V, S, e, ev, t, T, Y, M, Eh, Yh, H, r, n, work, total;
     int N, B, C;
 };
 
@@ -86,12 +93,16 @@ FdafLayout layout(int order, int partitions) {
     l.M = l.Y + 4 * C;
     l.Eh = l.M + 4 * C;
     l.Yh = l.Eh + 4 * C;
-    l.r = l.Yh + 4 * C;
+    l.H = l.Yh + 4 * C;
+    l.r = l.H + 4 * C;
     l.n = l.r + 4 * ((P + 3) & ~std::int64_t{3});
     l.work = l.n + 4 * ((P + 3) & ~std::int64_t{3});
     l.total = round16(l.work + ws);
     return l;
 }
+
+/// A hold decay within (0, 1] (not a number excluded).
+bool hold_ok(float decay) { return decay > 0.0f && decay <= 1.0f; }
 
 bool config_ok(int order, int partitions) {
     return in_range(order, kMinOrder, kMaxOrder) && in_range(partitions, 1, kMaxPartitions);
@@ -103,7 +114,7 @@ FdafHeader* checked(Zep8u* pState) {
     if (h->magic != kMagic || !config_ok(h->order, h->partitions) || !in_range(h->turn, 0, kMaxPartitions) ||
         !in_range(h->adapted, 0, 1) || !(h->prop >= 0.0f && h->prop <= 1.0f) ||
         !in_range(h->head, 0, h->partitions - 1) || !in_range(h->same, 0, 1) ||
-        !in_range(h->single, 0, 1))
+        !in_range(h->single, 0, 1) || !hold_ok(h->hold))
         return nullptr;
     const auto* d = reinterpret_cast<const RfftDesc32f*>(reinterpret_cast<Zep8u*>(h) + kHeader);
     if (d->order != h->order) return nullptr;
@@ -180,6 +191,7 @@ ZepStatus zepsFreqDomainFilterInit_EC_32f(Zep8u* pState, int order, int numParti
     h->partitions = numPartitions;
     h->turn = 0;
     h->same = 1;
+    h->hold = kDefaultHold;
     float* r = at<float>(h, l.r);
     std::fill(r, r + numPartitions, 1.0f);
     h->magic = kMagic;
@@ -195,6 +207,15 @@ ZepStatus zepsFreqDomainFilterSetProp_EC_32f(Zep32f prop, Zep8u* pState) {
     const FdafLayout l = layout(h->order, h->partitions);
     refresh_shares(h, l);
     fdaf_weighted_power_32f(spectra(h, l), at<float>(h, l.r), at<float>(h, l.S), h->partitions, l.C);
+    return zepStsNoErr;
+}
+
+ZepStatus zepsFreqDomainFilterSetHold_EC_32f(Zep32f decay, Zep8u* pState) {
+    if (any_null(pState)) return zepStsNullPtrErr;
+    FdafHeader* h = checked(pState);
+    if (h == nullptr) return zepStsBadArgErr;
+    if (!hold_ok(decay)) return zepStsRangeErr;
+    h->hold = decay;
     return zepStsNoErr;
 }
 
@@ -364,18 +385,20 @@ namespace {
 constexpr float kSpecAverage = 2.0f / 8000.0f;  // per sample of the block: bin-power averages
 constexpr float kLeakRate = 2.0f / 8000.0f, kLeakRateMax = 0.5f / 8000.0f;  // leakage smoothing per sample
 constexpr float kMinLeak = 0.005f;
-constexpr float kLeakGain = 4.0f;      // residual-echo share -> step (the normaliser spans all partitions)
+constexpr float kLeakGain = 7.0f;      // residual-echo share -> step (the normaliser spans all partitions)
 constexpr float kInitialStep = 1.2f;  // step multiplier before the filter has adapted
-constexpr float kAdaptedAfter = 3.0f;  // adapted once the initial steps sum to this many per partition
-constexpr float kAdaptedMeanShare = 0.5f;  // the normaliser's mean share once adapted
+constexpr float kAdaptedAfter = 5.0f;  // adapted once the initial steps sum to this many per partition
+constexpr float kInitialMeanShare = 0.07f;  // the normaliser's mean share during the initial steps
+constexpr float kAdaptedMeanShare = 0.25f;  // the normaliser's mean share once adapted
+constexpr float kMaxBinStep = 1.5f;  // a bin's step (caller's step times multiplier) at most this
 
 /// Per-bin step multipliers from the leakage estimate into mu (n floats):
 /// the error power Rf = |E|^2 and the echo estimate's power Yf = |Y|^2 of
 /// each bin are compared with their slow averages; the regression of the
 /// error's fluctuations on the echo estimate's, smoothed at a rate that
 /// follows the echo-to-error ratio, is the leakage (the share of the echo
-/// estimate's power still in the error). mu[k] = (0.7 min(leak Yf, 0.5 Rf)
-/// + 0.3 RER Rf) / Rf with the residual-to-error ratio RER = (1e-4 Sxx +
+/// estimate's power still in the error). mu[k] = (0.5 min(leak Yf, 0.5 Rf)
+/// + 0.5 RER Rf) / Rf with the residual-to-error ratio RER = (1e-4 Sxx +
 /// 3 leak Syy) / See at most 0.5 (sums over the bins). yf: n floats of work.
 void leak_steps(FdafHeader* h, const FdafLayout& l, const float* E, float* mu, float* yf) {
     const int n = l.B + 1;
@@ -409,8 +432,18 @@ void leak_steps(FdafHeader* h, const FdafLayout& l, const float* E, float* mu, f
     const float rer = see > 0 ? std::min(static_cast<float>((1e-4 * sxx + 3.0 * leak * syy) / see), 0.5f) : 0.5f;
     for (int k = 0; k < n; ++k) {
         const float rf = mu[k] + 1e-3f;
-        mu[k] = (0.7f * std::min(leak * yf[k], 0.5f * rf) + 0.3f * rer * rf) / rf;
+        mu[k] = (0.5f * std::min(leak * yf[k], 0.5f * rf) + 0.5f * rer * rf) / rf;
     }
+}
+
+/// The held far-end power H[k] (n floats in the state): S[k] where S rises
+/// above H, else H moves by the hold's decay towards S.
+const float* held_power(FdafHeader* h, const FdafLayout& l, int n) {
+    const float* S = at<float>(h, l.S);
+    float* H = at<float>(h, l.H);
+    const float a = h->hold;
+    for (int k = 0; k < n; ++k) H[k] = S[k] > H[k] ? S[k] : (1.0f - a) * H[k] + a * S[k];
+    return H;
 }
 
 }  // namespace
@@ -429,8 +462,8 @@ ZepStatus zepsFreqDomainLeakUpdate_EC_32f(int action, Zep32f step, Zep32f delta,
     float *mu = at<float>(h, l.M), *yf = at<float>(h, l.t);
     leak_steps(h, l, E, mu, yf);
     if (step == 0.0f) return zepStsNoErr;
-    const float share = h->adapted ? kAdaptedMeanShare : kMeanShare;
-    const float* S = at<float>(h, l.S);
+    const float share = h->adapted ? kAdaptedMeanShare : kInitialMeanShare;
+    const float* S = held_power(h, l, n);
     float mean = 0.0f;
     for (int k = 0; k < n; ++k) mean += S[k];
     mean *= share / static_cast<float>(n);
@@ -441,7 +474,7 @@ ZepStatus zepsFreqDomainLeakUpdate_EC_32f(int action, Zep32f step, Zep32f delta,
     }
     for (int k = 0; k < n; ++k) {  // as normaliser(), with the bin's step in the same pass
         const float m = initial ? kInitialStep : mu[k] * kLeakGain;
-        const float gk = step * m * (1.0f / ((1.0f - share) * S[k] + mean + delta));
+        const float gk = std::min(kMaxBinStep, step * m) * (1.0f / ((1.0f - share) * S[k] + mean + delta));
         E[2 * k] *= gk;
         E[2 * k + 1] *= gk;
     }

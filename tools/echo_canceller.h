@@ -10,7 +10,8 @@
 // segments; the output comes out L - F samples late (the bank's delay). Full-band mode: a time-domain NLMS
 // filter of tail taps run over 10 ms blocks; no delay. Frequency-domain mode
 // (fdaf): the partitioned-block frequency-domain NLMS filter over blocks of
-// 2^(fdafOrder-1) samples, ceil(tail / block) partitions; no delay.
+// 2^(fdafOrder-1) samples, ceil(tail / block) partitions, proportionate share
+// 0.4, the leakage update's far-end power held at decay 0.2; no delay.
 // Both modes: Geigel double-talk detection (threshold 0.5, hangover 30 ms,
 // over the tail; fdaf: threshold 1.0 and a far-end peak floor of -50 dBov), the frame controller (variable step), the coefficient
 // guard (a saved copy of the filter run beside the adapting one; the copy is
@@ -49,7 +50,8 @@ struct EcConfig {
     float fdafStep = 1.0f;     // its step at the controller's step 1.0
     bool fdafLeak = true;      // its step per bin from the leakage estimate (else the plain normalised step)
     float fdafDtThreshold = 1.0f;  // with the leakage step: the Geigel threshold at least this
-    float fdafProp = 0.5f;     // its proportionate share of the partition steps
+    float fdafProp = 0.4f;     // its proportionate share of the partition steps
+    float fdafHold = 0.2f;     // its leakage update's far-end power hold (decay per adapting block)
     float fdafDtFloor = 100.0f;    // its double-talk detector's far-end peak floor (16-bit units, -50 dBov)
     float fdafRestore = 0.7f;      // its coefficient guard's restore ratio (1.5 dB)
     int controlMode = 1;       // frame controller: 1 variable step, 0 fixed step 1.0
@@ -84,6 +86,7 @@ public:
             fdaf_.emplace_back(s);
             ok(ZEPSC_EC_LIB zepsFreqDomainFilterInit_EC_32f(fdaf_.back().get(), cfg.fdafOrder, segments_));
             ok(ZEPSC_EC_LIB zepsFreqDomainFilterSetProp_EC_32f(cfg.fdafProp, fdaf_.back().get()));
+            ok(ZEPSC_EC_LIB zepsFreqDomainFilterSetHold_EC_32f(cfg.fdafHold, fdaf_.back().get()));
             fsavedOut_.assign(static_cast<std::size_t>(frame_), 0.0f);
         } else if (cfg.subband) {
             const bool wide = cfg.rate == 16000;

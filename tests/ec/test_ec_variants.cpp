@@ -397,8 +397,9 @@ std::unique_ptr<Pair> fd_states(Rng& rng, int order, int parts) {
 /// Blocks of a random echo path (an exponentially decaying FIR) with noise
 /// through filter and update on both builds, random guard actions and steps;
 /// the leakage update (with its restart action) when `leak`; a random
-/// proportionate share (0 included, and refused values) when `prop`.
-void fd_run(Rng& rng, bool leak = false, bool prop = false) {
+/// proportionate share (0 included, and refused values) when `prop`; a random
+/// hold decay of the leakage update (1 included, and refused values) when `hold`.
+void fd_run(Rng& rng, bool leak = false, bool prop = false, bool hold = false) {
     const int order = static_cast<int>(rng.uniform(2, 8)), parts = static_cast<int>(rng.uniform(1, 9));
     const int B = 1 << (order - 1);
     auto st = fd_states(rng, order, parts);
@@ -406,6 +407,12 @@ void fd_run(Rng& rng, bool leak = false, bool prop = false) {
         const float share = rng.chance(4) ? (rng.chance(2) ? 1.5f : 0.0f) : static_cast<float>(rng.uniform(0, 100)) / 100.0f;
         ASSERT_EQ(zeps::u8::zepsFreqDomainFilterSetProp_EC_32f(share, st->a.p),
                   zeps::n8::zepsFreqDomainFilterSetProp_EC_32f(share, st->b.p));
+        ASSERT_TRUE(same_state(st->a, st->b));
+    }
+    if (hold) {
+        const float decay = rng.chance(4) ? (rng.chance(2) ? 1.0f : 0.0f) : static_cast<float>(rng.uniform(1, 100)) / 100.0f;
+        ASSERT_EQ(zeps::u8::zepsFreqDomainFilterSetHold_EC_32f(decay, st->a.p),
+                  zeps::n8::zepsFreqDomainFilterSetHold_EC_32f(decay, st->b.p));
         ASSERT_TRUE(same_state(st->a, st->b));
     }
     std::vector<float> h(static_cast<std::size_t>(B * parts));
@@ -452,3 +459,4 @@ ZEPS_VARIANT_CHECK(zepsFreqDomainFilterAdapt_EC_32f) { fd_run(rng, rng.chance(2)
 ZEPS_VARIANT_CHECK(zepsFreqDomainCoefUpdate_EC_32f) { fd_run(rng); }
 ZEPS_VARIANT_CHECK(zepsFreqDomainLeakUpdate_EC_32f) { fd_run(rng, true); }
 ZEPS_VARIANT_CHECK(zepsFreqDomainFilterSetProp_EC_32f) { fd_run(rng, rng.chance(2), true); }
+ZEPS_VARIANT_CHECK(zepsFreqDomainFilterSetHold_EC_32f) { fd_run(rng, true, rng.chance(2), true); }
