@@ -271,7 +271,7 @@ constexpr std::int64_t mpy_32_16_half(std::int64_t h, Word16 n) { return 2 * ((h
 /// 7699 x[i-2]) for i = 0..n-1 (x[-2], x[-1] read): at most 4 15398 32768 <
 /// 2^31 in magnitude, so the plain 32-bit sum (the scalar twin of the lane form).
 inline void post_process_input_scalar(const Word16* x, std::int32_t* f, int n) {
-    for (int i = 0; i < n; i++) f[i] = 15398 * std::int32_t{x[i]} - 30796 * std::int32_t{x[i - 1]} + 15398 * std::int32_t{x[i - 2]};
+    for (int i = 0; i < n; i++) f[i] = 15398 * static_cast<std::int32_t>(x[i]) - 30796 * static_cast<std::int32_t>(x[i - 1]) + 15398 * static_cast<std::int32_t>(x[i - 2]);
 }
 
 /// post_process_input eight samples at a time: (x[i], x[i-1]) against
