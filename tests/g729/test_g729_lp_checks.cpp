@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "frame/variants.h"
+#include "g729/g729_tables.h"
 #include "tests/variant_check.h"
 #include "tests/vec_reader.h"
 
@@ -214,6 +215,28 @@ ZEPS_VARIANT_CHECK(zepsAutoCorr_G729B) {
         EXPECT_EQ(na, nb);
         EXPECT_EQ(ra, rb);
     }
+}
+
+// Every length, lags at the 32-bit extremes and around them: Mpy_32 of the
+// double-precision parts (its saturation cannot occur for this window).
+TEST(G729LpEdges, LagWindowIsMpy32AtEveryLength) {
+    const std::int32_t ext[] = {INT32_MIN, INT32_MIN + 1, -65537, -65536, -2, -1, 0, 1, 2, 32767, 65535, 65536, INT32_MAX - 1, INT32_MAX};
+    zeps::test::Rng rng(7);
+    for (int len = 1; len <= 12; ++len)
+        for (int rep = 0; rep < 20; ++rep) {
+            V32 r(13);
+            for (auto& v : r) v = rep < 10 ? ext[rng.uniform(0, 13)] : static_cast<std::int32_t>(rng.next());
+            V32 w = r;
+            ASSERT_EQ(u8::zepsLagWindow_G729_32s_I(w.data(), len), 0);
+            for (int i = 0; i < len; ++i) {
+                const std::int16_t hi = static_cast<std::int16_t>(r[i] >> 16);
+                const std::int16_t lo = static_cast<std::int16_t>((r[i] >> 1) - hi * 32768);
+                const std::int64_t p = 2LL * hi * zeps::lag_h[i] + 2LL * ((std::int32_t{hi} * zeps::lag_l[i]) >> 15) +
+                                       2LL * ((std::int32_t{lo} * zeps::lag_h[i]) >> 15);
+                ASSERT_EQ(w[i], static_cast<std::int32_t>(p)) << "len " << len << " i " << i << " r " << r[i];
+            }
+            ASSERT_EQ(w[len], r[len]);
+        }
 }
 
 ZEPS_VARIANT_CHECK(zepsLagWindow_G729_32s_I) {
