@@ -457,8 +457,10 @@ def render(data, ec_text, meta):
     ctx = data.get("context", {})
     benches = [b for b in data.get("benchmarks", []) if b.get("run_type", "iteration") == "iteration"
                or b.get("aggregate_name") == "median"]
+    reps = 1
     if any(b.get("aggregate_name") == "median" for b in benches):
-        benches = [b for b in benches if b.get("aggregate_name") == "median"]
+        benches = [dict(b, name=b.get("run_name", b["name"])) for b in benches if b.get("aggregate_name") == "median"]
+        reps = max(int(b.get("repetitions", 1)) for b in benches)
     L = ["# Performance", "",
          "<!-- Written by bench/perfdoc.py from one run; edit the script, not this page. -->", "",
          "## How the figures are measured", ""]
@@ -472,6 +474,10 @@ def render(data, ec_text, meta):
     L += ["      " + c for c in meta["commands"]]
     if meta.get("filter"):
         L += ["", f"This is a partial run (filter `{meta['filter']}`): families it did not run are absent."]
+    if reps > 1:
+        L += ["", f"Every benchmark ran {reps} times in this run (`--benchmark_repetitions`); each figure "
+              f"below is the median of its {reps} repetitions' figures (a short call's n8 / u8 ratio moves "
+              "by several per cent between repetitions with where its buffers land)."]
     L += ["", """Interleaved benchmarks (`bench/interleaved.h`; every table with u8 and n8
 columns): zepsc is called through its public entries (column zepsc, the build
 the library chose), then through the same entries with build u8 and build n8
@@ -546,6 +552,8 @@ def main():
     ap.add_argument("--json", help="render this saved zepsc_bench JSON instead of running")
     ap.add_argument("--ec-output", help="with --json: the saved output of zepsc_ec_peers")
     ap.add_argument("--save", help="keep the run's JSON and EC output under this prefix")
+    ap.add_argument("--repetitions", type=int, default=3,
+                    help="runs of every benchmark; the page gives the median of their figures")
     a = ap.parse_args()
 
     bench = os.path.join(a.build_dir, "bench", "zepsc_bench")
@@ -566,6 +574,8 @@ def main():
         cmd = [bench, "--benchmark_out=" + out_json, "--benchmark_out_format=json"]
         if a.filter:
             cmd.append("--benchmark_filter=" + a.filter)
+        if a.repetitions > 1:
+            cmd += [f"--benchmark_repetitions={a.repetitions}", "--benchmark_report_aggregates_only=true"]
         run(cmd, stdout=subprocess.DEVNULL)
         with open(out_json) as f:
             data = json.load(f)
