@@ -4,9 +4,10 @@
 // samples under the plain-sum bound) against its scalar form: outputs and
 // the overflow report on filters and signals at the bound (2 sum|a|
 // max|value| about 2^31, crossed inside a block), saturating ones, every
-// length 1..80 and in-place use. The gain predictor's innovation energy as
-// a clamped exact sum against the saturating L_mac chain, at and around
-// MAX_32 and with -32768 samples.
+// length 1..80 and in-place use, memories holding -32768; sums on the
+// rounding's saturation boundaries at every position of a block. The gain
+// predictor's innovation energy as a clamped exact sum against the
+// saturating L_mac chain, at and around MAX_32 and with -32768 samples.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -75,6 +76,7 @@ void check_syn(Kernel k) {
         for (auto& v : x) v = static_cast<std::int16_t>(rng.next() % 8 == 0 ? (rng.next() % 2 ? amp : -amp)
                                                                             : rng.uniform(-amp, amp));
         for (auto& v : mem) v = static_cast<std::int16_t>(rng.uniform(-amp, amp));
+        if (kind == 3 && rng.next() % 4 == 0) mem[rng.uniform(0, 9)] = -32768;  // |mem| 32768
         V16 yl(lg), ys(lg), inplace = x;
         const bool ol = k(true, a.data(), x.data(), yl.data(), lg, mem.data());
         const bool os = k(false, a.data(), x.data(), ys.data(), lg, mem.data());
@@ -84,6 +86,31 @@ void check_syn(Kernel k) {
         ASSERT_EQ(inplace, ys) << "in place, round " << round;
         ASSERT_EQ(oi, os) << "in place, round " << round;
     }
+}
+
+/// Sums acc = 4096 q + r on the saturation boundaries of round(L_shl(2 acc,
+/// 3)) (0x07fff7ff, 0x07fff800, 2^27; -2^27, -2^27 - 1) at every position of
+/// a block, r entering by tap 10 on the memory or by tap 1 on the previous
+/// output (the odd sample's cross term): the overflow report must flip there.
+template <class Kernel>
+void check_syn_boundaries(Kernel k) {
+    const struct { std::int16_t q, r; bool ovf; } sums[] = {
+        {32767, 2047, false}, {32767, 2048, true}, {32767, 4096, true}, {-32768, 0, false}, {-32768, -1, true}};
+    for (int tap : {1, 10})
+        for (int lg : {10, 14, 30})
+            for (int pos = 0; pos < 10; ++pos)
+                for (const auto& s : sums) {
+                    V16 a(11, 0), x(lg, 0), mem(10, 0);
+                    a[0] = 4096;
+                    a[tap] = -1;
+                    x[pos] = s.q;
+                    (tap == 10 ? mem[pos] : pos == 0 ? mem[9] : x[pos - 1]) = s.r;
+                    V16 yl(lg), ys(lg);
+                    const bool ol = k(true, a.data(), x.data(), yl.data(), lg, mem.data());
+                    ASSERT_EQ(k(false, a.data(), x.data(), ys.data(), lg, mem.data()), s.ovf);
+                    ASSERT_EQ(ol, s.ovf) << "tap " << tap << " lg " << lg << " at " << pos << " r " << s.r;
+                    ASSERT_EQ(yl, ys) << "tap " << tap << " lg " << lg << " at " << pos << " r " << s.r;
+                }
 }
 
 /// Codes whose doubled energy lands exactly on, just below and just above
@@ -133,8 +160,10 @@ TEST(G729CodecKernels, CodeEnergyEqualsChainN8) { check_energy(zeps::n8::g729_co
 #endif
 
 TEST(G729SynthesisKernels, LanesEqualScalarU8) { check_syn(zeps::u8::g729_syn_filt_kernel); }
+TEST(G729SynthesisKernels, RoundingBoundariesU8) { check_syn_boundaries(zeps::u8::g729_syn_filt_kernel); }
 #if defined(__x86_64__)
 TEST(G729SynthesisKernels, LanesEqualScalarN8) { check_syn(zeps::n8::g729_syn_filt_kernel); }
+TEST(G729SynthesisKernels, RoundingBoundariesN8) { check_syn_boundaries(zeps::n8::g729_syn_filt_kernel); }
 #endif
 
 }  // namespace
