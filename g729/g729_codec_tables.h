@@ -11,6 +11,9 @@ namespace zeps {
 extern const std::int16_t gbk1[8][2];
 /// Gain codebook, second stage: {pitch gain Q14, code-gain correction Q13}.
 extern const std::int16_t gbk2[16][2];
+/// Gain_update's past_qua_en entry (Q10) for codebook rows i, j (derived
+/// from gbk1, gbk2; a test holds it to Gain_update).
+extern const std::int16_t gbk12_qua_en[8][16];
 /// Index maps between the transmitted gain indices and the codebook rows.
 extern const std::int16_t map1[8];
 extern const std::int16_t imap1[8];

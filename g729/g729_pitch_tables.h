@@ -20,6 +20,8 @@ extern const std::int16_t inter_3[13];
 /// 1/3-resolution interpolation filter for the adaptive-codebook vector
 /// (G.729 3.7, inter_3l, -3 dB at 3600 Hz), Q15, FIR_SIZE_SYN = 31 taps.
 extern const std::int16_t inter_3l[31];
+/// inter_3l in the tap pairs of the vector Pred_lt_3: [fraction][pair][lane].
+alignas(16) extern const std::int16_t inter_3l_pairs[3][21][8];
 /// The same filter in floating point (Annex C inter_3l).
 extern const float inter_3l_flt[31];
 

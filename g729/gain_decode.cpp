@@ -20,7 +20,10 @@ ZepStatus zepsDecodeGain_G729_16s(Zep16s index, const Zep16s* pCode, Zep16s* pPa
     const Word32 L_gbk12 = L_add(gbk1[index1][1], gbk2[index2][1]);
     pDstGain[0] = add(gbk1[index1][0], gbk2[index2][0]);
     pDstGain[1] = g729c::code_gain(L_gbk12, gcode0, exp_gcode0);
-    g729c::gain_update(pPastQuaEn, L_gbk12);
+    // Gain_update on the decoded rows: the memory shifts, the newest entry
+    // comes from the rows' table (their Log2 computed once).
+    for (int i = 3; i > 0; --i) pPastQuaEn[i] = pPastQuaEn[i - 1];
+    pPastQuaEn[0] = gbk12_qua_en[index1][index2];
     return zepStsNoErr;
 }
 

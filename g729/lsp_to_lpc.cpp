@@ -31,27 +31,32 @@ void get_lsp_pol_chain(const Word16* lsp, Word32* f) {
 
 /// get_lsp_pol on plain integers. For l > -32768, Mpy_32_16(L_Extract(f),
 /// l) = 2 (((f >> 1) l) >> 15) exactly (the operator's own sums cannot
-/// saturate), so t0 = 4 (((f >> 1) l) >> 15). While |t0| and the new f[j]
-/// stay below 2^30, f[j] + f[j-2] lies below 2^31 too and no operator of
+/// saturate), so t0 = 4 (((f >> 1) l) >> 15). While t0 and every new f[j]
+/// stay within [-2^30, 2^30), f[j] + f[j-2] lies within [-2^31, 2^31) too,
+/// L_shl(., 1) and L_sub have exact results in range and no operator of
 /// the chain saturates; f[1] (at most 5 1024 32768 in magnitude) never
-/// does. Returns false when a value left that range (f then undefined).
+/// does. The range test is one OR a value: v ^ (v >> 63) is v, or -v - 1
+/// for negative v, so the OR of them all stays below 2^30 exactly when
+/// every value lies in [-2^30, 2^30). Returns false when a value left that
+/// range (f then undefined).
 bool get_lsp_pol_plain(const Word16* lsp, Word32* f) {
-    constexpr std::int64_t kB = (std::int64_t{1} << 30) - 1;
     std::int64_t g[6] = {std::int64_t{1} << 24, -1024 * std::int64_t{lsp[0]}, 0, 0, 0, 0};
-    bool out = false;
+    std::int64_t mag = 0;
+    // Unrolled whole, g lives in registers.
+#pragma GCC unroll 4
     for (int i = 2; i <= 5; ++i) {
         const std::int64_t l = lsp[2 * (i - 1)];
         g[i] = g[i - 2];
+#pragma GCC unroll 4
         for (int j = i; j > 1; --j) {
             const std::int64_t t0 = 4 * (((g[j - 1] >> 1) * l) >> 15);
             g[j] = g[j] + g[j - 2] - t0;
-            out |= static_cast<std::uint64_t>(t0 + kB) > static_cast<std::uint64_t>(2 * kB);
-            out |= static_cast<std::uint64_t>(g[j] + kB) > static_cast<std::uint64_t>(2 * kB);
+            mag |= (t0 ^ (t0 >> 63)) | (g[j] ^ (g[j] >> 63));
         }
         g[1] -= 1024 * l;
     }
     for (int k = 0; k < 6; ++k) f[k] = static_cast<Word32>(g[k]);
-    return !out;
+    return (mag >> 30) == 0;
 }
 
 /// get_lsp_pol: the plain form when it stays in range, else the chain.

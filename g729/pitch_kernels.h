@@ -173,11 +173,19 @@ inline void error_memory_scalar(Word16 gp, Word16 gc, const Word16* xn, const Wo
 // ---- vectorised forms: identical results, the scalar loops as fallback ----
 
 #if defined(__SSSE3__)
-/// Pred_lt_3 as a 20-tap filter: out[j] = sum_m x0[j - 9 + m] w[m], taken
-/// four outputs at a time. Four consecutive outputs never read each other
-/// (lags are at least 18), so in-place lags below 40 stay exact. A block
-/// whose samples exceed 18000 in magnitude could saturate (the taps sum to
-/// at most 59398 in Q15) and runs the reference loop instead.
+/// Pred_lt_3 as a 20-tap filter: out[j] = sum_m b[j + m] w[m] with b =
+/// x0 - 9, eight outputs a step from the ten loads v_q = b + 2q (q = 0..9)
+/// and b + 19. Lane k of pmaddwd(v_q, (w[2q], w[2q+1])) is the share of
+/// taps 2q, 2q+1 in output j + 2k, that of pmaddwd(v_q, (w[2q-1], w[2q]))
+/// the share of taps 2q-1, 2q in output j + 2k + 1 (w[-1] = 0), and
+/// pmaddwd(b + 19, (0, w[19])) adds the last tap of the odd outputs (the
+/// pairs of inter_3l_pairs); the even and odd sums are interleaved at the
+/// end. A step reads b[j .. j + 26] = x0[j - 9 .. j + 17], all before
+/// exc[j] (x0 <= exc - 18: lags of 18 and up), so in-place lags below 40
+/// read only outputs already final.
+/// A step whose samples exceed 18000 in magnitude could saturate (the taps
+/// sum to at most 59398 in Q15: 2 * 59398 * 18000 + 0x8000 < 2^31) and
+/// runs the reference loop instead.
 inline void pred_lt_3(Word16* exc, Word16 T0, Word16 frac) {
     const Word16* x0 = exc - T0;
     Word16 f = negate(frac);
@@ -185,33 +193,42 @@ inline void pred_lt_3(Word16* exc, Word16 T0, Word16 frac) {
         f = static_cast<Word16>(f + kPitchUpSamp);
         --x0;
     }
-    alignas(16) Word16 w[24] = {};
-    for (int i = 0; i < kPitchInter10; ++i) {
-        w[9 - i] = inter_3l[f + kPitchUpSamp * i];
-        w[10 + i] = inter_3l[kPitchUpSamp - f + kPitchUpSamp * i];
-    }
+    const __m128i* we = reinterpret_cast<const __m128i*>(inter_3l_pairs[f]);
+    const __m128i* wo = we + 10;
     const __m128i round = _mm_set1_epi32(0x8000);
-    // Blocks read x0[-9 .. 50]. When all of it lies before exc (lags above
-    // 50), nothing the loop writes is read back and one check covers every
-    // block; otherwise each block checks its own 24 samples.
-    const bool checked = x0 + 50 < exc && !any_abs_above(x0 - 9, 56, 18000) && !any_abs_above(x0 + 43, 8, 18000);
-    for (int j = 0; j < kSubfr; j += 4) {
+    // Steps read x0[-9 .. 49]. When all of it lies before exc (lags above
+    // 49), nothing the loop writes is read back and one check covers every
+    // step; otherwise each step checks its own 27 samples (b[0 .. 26]).
+    const bool checked = x0 + 49 < exc && !any_abs_above(x0 - 9, 56, 18000) && !any_abs_above(x0 + 42, 8, 18000);
+    for (int j = 0; j < kSubfr; j += 8) {
         const Word16* b = x0 + j - 9;
-        if (!checked && any_abs_above(b, 24, 18000)) {  // b[0..22] carry the taps of the block
-            for (int jj = j; jj < j + 4; ++jj) {
+        if (!checked && (any_abs_above(b, 24, 18000) || any_abs_above(b + 19, 8, 18000))) {
+            const std::int16_t* c1 = &inter_3l[f];
+            const std::int16_t* c2 = &inter_3l[kPitchUpSamp - f];
+            for (int jj = j; jj < j + 8; ++jj) {
                 const Word16* x1 = x0 + jj;
                 Word32 s = 0;
-                for (int i = 0; i < kPitchInter10; ++i) {
-                    s = L_mac(s, x1[-i], w[9 - i]);
-                    s = L_mac(s, x1[1 + i], w[10 + i]);
+                for (int i = 0, k = 0; i < kPitchInter10; ++i, k += kPitchUpSamp) {
+                    s = L_mac(s, x1[-i], c1[k]);
+                    s = L_mac(s, x1[1 + i], c2[k]);
                 }
                 exc[jj] = round_fx(s);
             }
             continue;
         }
-        __m128i s = dot4_lanes(w, b, b + 1, b + 2, b + 3, 24);
-        s = _mm_srai_epi32(_mm_add_epi32(_mm_slli_epi32(s, 1), round), 16);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(exc + j), _mm_packs_epi32(s, s));
+        __m128i v = load8(b);
+        __m128i even = _mm_madd_epi16(v, we[0]);
+        __m128i odd = _mm_madd_epi16(v, wo[0]);
+        for (int q = 1; q < 10; ++q) {
+            v = load8(b + 2 * q);
+            even = _mm_add_epi32(even, _mm_madd_epi16(v, we[q]));
+            odd = _mm_add_epi32(odd, _mm_madd_epi16(v, wo[q]));
+        }
+        odd = _mm_add_epi32(odd, _mm_madd_epi16(load8(b + 19), wo[10]));
+        // round_fx of the doubled sum: (2 s + 0x8000) >> 16, exact under the bound.
+        auto rounded = [round](__m128i s) { return _mm_srai_epi32(_mm_add_epi32(_mm_slli_epi32(s, 1), round), 16); };
+        const __m128i lo = rounded(_mm_unpacklo_epi32(even, odd)), hi = rounded(_mm_unpackhi_epi32(even, odd));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(exc + j), _mm_packs_epi32(lo, hi));
     }
 }
 /// The adaptive contribution eight samples at a time. With p = y1 gain

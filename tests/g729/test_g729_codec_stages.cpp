@@ -12,6 +12,7 @@
 #include <cstring>
 #include <vector>
 
+#include "g729/codec_kernels.h"
 #include "tests/g729/g729_stage_util.h"
 
 // The post-processing's range-checked form alone (g729/post_process.cpp).
@@ -457,6 +458,23 @@ TEST(G729CodecStages, LspToLpcPlainFormEqualsChain) {
 #if defined(__x86_64__)
     lsp_to_lpc_plain_agrees(n8::zepsLSPToLPC_G729_16s, n8::g729_lsp_to_lpc_chain);
 #endif
+}
+
+// The decoder's gain memory update (a table of the codebook rows) against
+// Gain_update on the rows' correction, every index, both builds.
+TEST(G729CodecStages, DecodedGainMemoryEqualsGainUpdate) {
+    V16 code(40, 0);
+    code[3] = 8191, code[17] = -8192;
+    for (int index = 0; index < 128; ++index) {
+        const int i1 = zeps::imap1[index >> 4], i2 = zeps::imap2[index & 15];
+        std::int16_t want[4] = {-14336, 100, -200, 300};
+        zeps::ref::g729c::gain_update(want, zeps::ref::L_add(zeps::gbk1[i1][1], zeps::gbk2[i2][1]));
+        for (auto dec : {u8::zepsDecodeGain_G729_16s, n8::zepsDecodeGain_G729_16s}) {
+            V16 mem = {-14336, 100, -200, 300}, gains(2);
+            ASSERT_EQ(dec(static_cast<Zep16s>(index), code.data(), mem.data(), gains.data()), zepStsNoErr);
+            ASSERT_EQ(mem, V16(want, want + 4)) << "index " << index;
+        }
+    }
 }
 
 }  // namespace
