@@ -7,6 +7,7 @@
 #include "amr/amr_dec_tables.h"
 #include "amr/dec_excitation.h"
 #include "amr/dec_state.h"
+#include "common/post_highpass.h"
 
 #if defined(__SSSE3__)
 #include <tmmintrin.h>
@@ -262,85 +263,20 @@ inline void post_process_chain(PostProcessState& st, Word16* signal, int lg) {
     }
 }
 
-/// Mpy_32_16(hi, lo, n) of a coefficient n > -32768 from the half value
-/// h = hi 2^15 + lo (any lo): 2 hi n + 2 mult(lo, n) = 2 ((h n) >> 15), as
-/// hi n 2^15 is a multiple of 2^15 and neither product saturates.
-constexpr std::int64_t mpy_32_16_half(std::int64_t h, Word16 n) { return 2 * ((h * n) >> 15); }
+/// Post_Process's taps (Q13): G.729's post-processing filter.
+inline constexpr post_hp::Taps kPostProcessTaps = post_hp::kDecoderTaps;
+static_assert(post_hp::exact_for(kPostProcessTaps));
 
-/// The input taps of Post_Process, f[i] = 2 (7699 x[i] - 15398 x[i-1] +
-/// 7699 x[i-2]) for i = 0..n-1 (x[-2], x[-1] read): at most 4 15398 32768 <
-/// 2^31 in magnitude, so the plain 32-bit sum (the scalar twin of the lane form).
-inline void post_process_input_scalar(const Word16* x, std::int32_t* f, int n) {
-    for (int i = 0; i < n; i++) f[i] = 15398 * static_cast<std::int32_t>(x[i]) - 30796 * static_cast<std::int32_t>(x[i - 1]) + 15398 * static_cast<std::int32_t>(x[i - 2]);
-}
-
-/// post_process_input eight samples at a time: (x[i], x[i-1]) against
-/// (15398, -30796) and (x[i-2], 0) against (15398, 0) in two pmaddwd (no
-/// pair or lane sum can wrap, by the bound above); the last n % 8 scalar.
-inline void post_process_input(const Word16* x, std::int32_t* f, int n) {
-    int i = 0;
-#if defined(__SSSE3__)
-    const __m128i c01 = _mm_set1_epi32(static_cast<int>((static_cast<std::uint32_t>(static_cast<std::uint16_t>(-30796)) << 16) | 15398u));
-    const __m128i c2 = _mm_set1_epi32(15398);
-    const __m128i zero = _mm_setzero_si128();
-    for (; i + 8 <= n; i += 8) {
-        const __m128i x0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
-        const __m128i x1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i - 1));
-        const __m128i x2 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i - 2));
-        const __m128i lo = _mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(x0, x1), c01), _mm_madd_epi16(_mm_unpacklo_epi16(x2, zero), c2));
-        const __m128i hi = _mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(x0, x1), c01), _mm_madd_epi16(_mm_unpackhi_epi16(x2, zero), c2));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(f + i), lo);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(f + i + 4), hi);
-    }
-#endif
-    post_process_input_scalar(x + i, f + i, n - i);
-}
-
-/// Post_Process: second-order high-pass at 60 Hz with the output doubled.
-/// For any state the two recursive products sum to r with |r| < 1.5404e9
-/// (2 32768 (15836 + 7667) + 2 (15836 + 7667)), so r plus the first input
-/// tap (|2 7699 x| <= 504.6e6) never saturates; the later taps, the shifts
-/// and the rounding can. While the sum t stays below 2^28 - 2^12 in
-/// magnitude, 8 t + 2^15 fits 32 bits and the chain without its last tap
-/// (|t| + 504.6e6 < 2^31) cannot have saturated either: the sample is 8 t
-/// rounded with no clamp; otherwise each saturation as one clamp.
-/// The input taps come first for a block (post_process_input); the outputs
-/// ride as half values y >> 1 (= hi 2^15 + lo of L_Extract), so the
-/// recursion waits on one multiply, a shift and an add a sample.
+/// Post_Process: second-order high-pass at 60 Hz with the output doubled,
+/// the shared kernel (common/post_highpass.h) on the hi/lo memory as the
+/// half value hi 2^15 + lo (any lo).
 inline void post_process(PostProcessState& st, Word16* signal, int lg) {
-    constexpr std::int64_t kQuiet = (std::int64_t{1} << 28) - (1 << 12);  // |t| < kQuiet: 8 t + 2^15 within 32 bits
-    constexpr int kBlock = 80;
-    std::int64_t h1 = std::int64_t{st.y1_hi} * 32768 + st.y1_lo, h2 = std::int64_t{st.y2_hi} * 32768 + st.y2_lo;
-    Word16 xb[kBlock + 2];  // x[at-2 .. at+n-1]
-    xb[0] = st.x1;
-    xb[1] = st.x0;
-    for (int at = 0; at < lg; at += kBlock) {
-        const int n = lg - at < kBlock ? lg - at : kBlock;
-        Word16* out = signal + at;
-        for (int k = 0; k < n; k++) xb[k + 2] = out[k];
-        std::int32_t f[kBlock];
-        post_process_input(xb + 2, f, n);
-        for (int k = 0; k < n; k++) {
-            const std::int64_t t = f[k] + mpy_32_16_half(h2, -7667) + mpy_32_16_half(h1, 15836);
-            h2 = h1;
-            if (t > -kQuiet && t < kQuiet) [[likely]] {
-                h1 = 2 * t;
-                out[k] = static_cast<Word16>((8 * t + 0x8000) >> 16);
-            } else {
-                const std::int64_t in2 = 15398 * std::int64_t{xb[k]};
-                const Word32 y = shl_sat32(saturate32(std::int64_t{saturate32(t - in2)} + in2), 2);
-                const std::int64_t o = (2 * std::int64_t{y} + 0x8000) >> 16;
-                out[k] = static_cast<Word16>(o > MAX_16 ? MAX_16 : (o < MIN_16 ? MIN_16 : o));
-                h1 = y >> 1;
-            }
-        }
-        xb[0] = xb[n];
-        xb[1] = xb[n + 1];
-    }
+    post_hp::Memory m{std::int64_t{st.y1_hi} * 32768 + st.y1_lo, std::int64_t{st.y2_hi} * 32768 + st.y2_lo, st.x0, st.x1};
+    post_hp::run(m, signal, lg, kPostProcessTaps);
     // The older output of a one-sample call is the incoming pair as it was.
-    const Word16 y2_hi = lg == 1 ? st.y1_hi : static_cast<Word16>(h2 >> 15);
-    const Word16 y2_lo = lg == 1 ? st.y1_lo : static_cast<Word16>(h2 & 0x7fff);
-    st = PostProcessState{y2_hi, y2_lo, static_cast<Word16>(h1 >> 15), static_cast<Word16>(h1 & 0x7fff), xb[1], xb[0]};
+    const Word16 y2_hi = lg == 1 ? st.y1_hi : static_cast<Word16>(m.h2 >> 15);
+    const Word16 y2_lo = lg == 1 ? st.y1_lo : static_cast<Word16>(m.h2 & 0x7fff);
+    st = PostProcessState{y2_hi, y2_lo, static_cast<Word16>(m.h1 >> 15), static_cast<Word16>(m.h1 & 0x7fff), m.x1, m.x2};
 }
 
 }  // namespace amr_dec

@@ -282,8 +282,8 @@ TEST(AmrDecBounds, PostProcessInputIsTheWideSum) {
             std::vector<std::int32_t> wide(static_cast<std::size_t>(n)), lanes(wide.size(), 0x5a5a5a5a), scalar(wide.size(), 0x5a5a5a5a);
             for (int i = 0; i < n; i++)
                 wide[static_cast<std::size_t>(i)] = static_cast<std::int32_t>(2 * (7699 * std::int64_t{x[i + 2]} - 15398 * std::int64_t{x[i + 1]} + 7699 * std::int64_t{x[i]}));
-            post_process_input(x.data() + 2, lanes.data(), n);
-            post_process_input_scalar(x.data() + 2, scalar.data(), n);
+            post_hp::input_part(x.data() + 2, lanes.data(), n, kPostProcessTaps);
+            post_hp::input_part_scalar(x.data() + 2, scalar.data(), n, kPostProcessTaps);
             ASSERT_EQ(lanes, wide) << pattern << " " << n;
             ASSERT_EQ(scalar, wide) << pattern << " " << n;
         }
