@@ -104,6 +104,39 @@ inline void residu_plain_lanes(const Word16* a, const Word16* x, Word16* y, int 
     }
     residu_plain_scalar(a, x + i, y + i, lg - i);
 }
+
+/// residu_plain_lanes over one subframe (40 outputs) with the sample pairs
+/// interleaved once: pairs[9 + k] = (x[k], x[k-1]) for k = -9 .. 39 (x[-10]
+/// the oldest read), so that tap pair p < 5 of output n is pairs[9 + n - 2p]
+/// against (a[2p], a[2p+1]) and the last, pairs[n] = (x[n-9], x[n-10]),
+/// against (0, a[10]): the same products and sums as residu_plain_lanes.
+inline void residu_plain_pairs40(const Word16* a, const Word16* x, Word16* y) {
+    alignas(16) std::int32_t pairs[52] = {};
+    for (int c = 0; c < 6; c++) {  // k = -9 + 8c .. -2 + 8c, reading x[-10 + 8c .. -2 + 8c]
+        const __m128i cur = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x - 9 + 8 * c));
+        const __m128i prev = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x - 10 + 8 * c));
+        _mm_store_si128(reinterpret_cast<__m128i*>(pairs + 8 * c), _mm_unpacklo_epi16(cur, prev));
+        _mm_store_si128(reinterpret_cast<__m128i*>(pairs + 8 * c + 4), _mm_unpackhi_epi16(cur, prev));
+    }
+    pairs[48] = static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::uint16_t>(x[39])) |
+                                          (static_cast<std::uint32_t>(static_cast<std::uint16_t>(x[38])) << 16));
+    __m128i ap[6];
+    for (int p = 0; p < 6; p++) {
+        const Word16 lo = p < 5 ? a[2 * p] : Word16{0}, hi = p < 5 ? a[2 * p + 1] : a[10];
+        ap[p] = _mm_set1_epi32(static_cast<int>(static_cast<std::uint32_t>(static_cast<std::uint16_t>(lo)) |
+                                                (static_cast<std::uint32_t>(static_cast<std::uint16_t>(hi)) << 16)));
+    }
+    const __m128i half = _mm_set1_epi32(0x800);
+    for (int n = 0; n < 40; n += 8) {
+        __m128i lo = half, hi = half;
+        for (int p = 0; p < 6; p++) {
+            const std::int32_t* at = pairs + (p < 5 ? 9 + n - 2 * p : n);
+            lo = _mm_add_epi32(lo, _mm_madd_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(at)), ap[p]));
+            hi = _mm_add_epi32(hi, _mm_madd_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(at + 4)), ap[p]));
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y + n), _mm_packs_epi32(_mm_srai_epi32(lo, 12), _mm_srai_epi32(hi, 12)));
+    }
+}
 #endif
 
 /// Residu: plain sums when sum|a| max|x| bounds every chain (mac_bound.h),
@@ -114,7 +147,8 @@ inline void residu(const Word16* a, const Word16* x, Word16* y, int lg) {
         return;
     }
 #if defined(__SSSE3__)
-    residu_plain_lanes(a, x, y, lg);
+    if (lg == kLSubfr) residu_plain_pairs40(a, x, y);
+    else residu_plain_lanes(a, x, y, lg);
 #else
     residu_plain_scalar(a, x, y, lg);
 #endif
@@ -180,13 +214,23 @@ inline void agc(Word16& past_gain, const Word16* sig_in, Word16* sig_out, Word16
         std::int32_t g = gain;
         int i = 0;
         // The map g -> mult(g, agc_fac) + g0 is nondecreasing, so its iterates
-        // move monotonically to a fixed point; once one repeats, all the rest do.
-        for (; i < n; i++) {
-            const std::int32_t next = ((g * agc_fac) >> 15) + g0;
-            gains[i] = static_cast<Word16>(next);
-            if (next == g) break;
-            g = next;
+        // move monotonically to a fixed point; once one repeats, all the rest
+        // do. Four steps between checks (a repeat inside them is harmless).
+        auto step = [&](std::int32_t v) { return ((v * agc_fac) >> 15) + g0; };
+        for (; i + 4 <= n; i += 4) {
+            const std::int32_t g1 = step(g), g2 = step(g1), g3 = step(g2), g4 = step(g3);
+            gains[i] = static_cast<Word16>(g1);
+            gains[i + 1] = static_cast<Word16>(g2);
+            gains[i + 2] = static_cast<Word16>(g3);
+            gains[i + 3] = static_cast<Word16>(g4);
+            const bool settled = g4 == g3;
+            g = g4;
+            if (settled) {
+                i += 4;
+                break;
+            }
         }
+        for (; i < n && g != step(g); i++) gains[i] = static_cast<Word16>(g = step(g));
         for (; i < n; i++) gains[i] = static_cast<Word16>(g);
         gain = static_cast<Word16>(g);
         scale_q12_block(sig_out + at, gains, n);
