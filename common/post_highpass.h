@@ -46,8 +46,7 @@ constexpr bool same_taps(const Taps& x, const Taps& y) {
 
 /// Whether run() is exact for these taps, for any memory and input:
 /// - the recursive terms sum to at most 2 32768 (|a1| + |a2|) + 2 (|a1| +
-///   |a2|) (hi in [-32768, 32767], lo anything below 2^15 after the first
-///   sample), and with |L_mult(x, b0)| <= 65536 |b0| the first two partial
+///   |a2|) (hi and lo any 16-bit values: |mult(lo, a)| <= |a|), and with |L_mult(x, b0)| <= 65536 |b0| the first two partial
 ///   sums stay within 31 bits: only the later taps, the shifts and the
 ///   rounding can saturate (the filters above: 1.5404e9 + 504.6e6 < 2^31);
 /// - 2^28 + 65536 |b2| <= MAX_32, so that a whole sum within +-2^28 proves
