@@ -92,20 +92,34 @@ inline Word16 pred_lt_plain(const Word16* x, const std::int16_t* w) {
 }
 
 #if defined(__SSSE3__)
-/// Eight samples of pred_lt_plain at once (outputs n = 0..7 from x + n):
-/// tap pair q multiplies (x[n + 2q], x[n + 2q + 1]) by (w[2q], w[2q + 1]) in
-/// one pmaddwd. Exact while the plain bound holds (no lane sum can wrap).
-inline void pred_lt_lanes8(const Word16* x, const std::int16_t* w, Word16* y) {
-    __m128i lo = _mm_set1_epi32(0x4000), hi = lo;
-    for (int q = 0; q < 10; q++) {
-        const __m128i wq = _mm_set1_epi32(static_cast<int>(static_cast<std::uint32_t>(static_cast<std::uint16_t>(w[2 * q])) |
-                                                           (static_cast<std::uint32_t>(static_cast<std::uint16_t>(w[2 * q + 1])) << 16)));
-        const __m128i x0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + 2 * q));
-        const __m128i x1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + 2 * q + 1));
-        lo = _mm_add_epi32(lo, _mm_madd_epi16(_mm_unpacklo_epi16(x0, x1), wq));
-        hi = _mm_add_epi32(hi, _mm_madd_epi16(_mm_unpackhi_epi16(x0, x1), wq));
-    }
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm_packs_epi32(_mm_srai_epi32(lo, 15), _mm_srai_epi32(hi, 15)));
+/// The 20-tap products of one output (x at its first sample) as four
+/// 32-bit partial sums: x[0..7] against taps 0..7, x[8..15] against 8..15
+/// and x[12..19] against (0, 0, 0, 0, taps 16..19), so nothing past x[19]
+/// is read.
+inline __m128i pred_lt_dot(const Word16* x, const __m128i* wv) {
+    const __m128i a = _mm_madd_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x)), wv[0]);
+    const __m128i b = _mm_madd_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + 8)), wv[1]);
+    const __m128i c = _mm_madd_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(x + 12)), wv[2]);
+    return _mm_add_epi32(_mm_add_epi32(a, b), c);
+}
+
+/// Four outputs of pred_lt_plain, their sums gathered by two rounds of phaddd.
+inline __m128i pred_lt_sums4(const Word16* x, const __m128i* wv) {
+    const __m128i s01 = _mm_hadd_epi32(pred_lt_dot(x, wv), pred_lt_dot(x + 1, wv));
+    const __m128i s23 = _mm_hadd_epi32(pred_lt_dot(x + 2, wv), pred_lt_dot(x + 3, wv));
+    return _mm_hadd_epi32(s01, s23);
+}
+
+/// Eight samples of pred_lt_plain at once (outputs n = 0..7 from x + n),
+/// wv the taps as pred_lt_dot takes them. Exact while the plain bound
+/// holds: every partial sum of products is at most 2^30 in magnitude, so no
+/// lane sum can wrap in any order; the rounding as psrad, the clamp as
+/// packssdw.
+inline void pred_lt_lanes8(const Word16* x, const __m128i* wv, Word16* y) {
+    const __m128i half = _mm_set1_epi32(0x4000);
+    const __m128i lo = _mm_srai_epi32(_mm_add_epi32(pred_lt_sums4(x, wv), half), 15);
+    const __m128i hi = _mm_srai_epi32(_mm_add_epi32(pred_lt_sums4(x + 4, wv), half), 15);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y), _mm_packs_epi32(lo, hi));
 }
 #endif
 
@@ -142,6 +156,17 @@ inline void pred_lt_3or6(Word16* exc, Word16 T0, Word16 frac, int L_subfr, Word1
     const bool blocks = x0 + 17 < exc;
     // With lags past the window no output is read back, and m stays as it is.
     const bool reads_back = last >= exc;
+#if defined(__SSSE3__)
+    const std::int16_t w_tail[8] = {0, 0, 0, 0, w[16], w[17], w[18], w[19]};
+    const __m128i wv[3] = {_mm_loadu_si128(reinterpret_cast<const __m128i*>(w)),
+                           _mm_loadu_si128(reinterpret_cast<const __m128i*>(w + 8)),
+                           _mm_loadu_si128(reinterpret_cast<const __m128i*>(w_tail))};
+    // No output read back: m holds for the whole subframe, one check for all blocks.
+    if (!reads_back && L_subfr % 8 == 0 && chain_exact(c_mag, m)) {
+        for (int j = 0; j < L_subfr; j += 8) pred_lt_lanes8(first + j, wv, exc + j);
+        return;
+    }
+#endif
     for (int j = 0; j < L_subfr;) {
         const Word16* x = x0 + j - (kLInter10 - 1);
         if (!chain_exact(c_mag, m)) {
@@ -157,7 +182,7 @@ inline void pred_lt_3or6(Word16* exc, Word16 T0, Word16 frac, int L_subfr, Word1
         }
 #if defined(__SSSE3__)
         if (blocks && j + 8 <= L_subfr) {
-            pred_lt_lanes8(x, w, exc + j);
+            pred_lt_lanes8(x, wv, exc + j);
             if (reads_back) m = std::max(m, mag_max(exc + j, 8));
             j += 8;
             continue;

@@ -7,6 +7,7 @@
 #include "amr/amr_dec_tables.h"
 #include "amr/dec_excitation.h"
 #include "amr/dec_state.h"
+#include "common/post_highpass.h"
 
 #if defined(__SSSE3__)
 #include <tmmintrin.h>
@@ -103,6 +104,39 @@ inline void residu_plain_lanes(const Word16* a, const Word16* x, Word16* y, int 
     }
     residu_plain_scalar(a, x + i, y + i, lg - i);
 }
+
+/// residu_plain_lanes over one subframe (40 outputs) with the sample pairs
+/// interleaved once: pairs[9 + k] = (x[k], x[k-1]) for k = -9 .. 39 (x[-10]
+/// the oldest read), so that tap pair p < 5 of output n is pairs[9 + n - 2p]
+/// against (a[2p], a[2p+1]) and the last, pairs[n] = (x[n-9], x[n-10]),
+/// against (0, a[10]): the same products and sums as residu_plain_lanes.
+inline void residu_plain_pairs40(const Word16* a, const Word16* x, Word16* y) {
+    alignas(16) std::int32_t pairs[52] = {};
+    for (int c = 0; c < 6; c++) {  // k = -9 + 8c .. -2 + 8c, reading x[-10 + 8c .. -2 + 8c]
+        const __m128i cur = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x - 9 + 8 * c));
+        const __m128i prev = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x - 10 + 8 * c));
+        _mm_store_si128(reinterpret_cast<__m128i*>(pairs + 8 * c), _mm_unpacklo_epi16(cur, prev));
+        _mm_store_si128(reinterpret_cast<__m128i*>(pairs + 8 * c + 4), _mm_unpackhi_epi16(cur, prev));
+    }
+    pairs[48] = static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::uint16_t>(x[39])) |
+                                          (static_cast<std::uint32_t>(static_cast<std::uint16_t>(x[38])) << 16));
+    __m128i ap[6];
+    for (int p = 0; p < 6; p++) {
+        const Word16 lo = p < 5 ? a[2 * p] : Word16{0}, hi = p < 5 ? a[2 * p + 1] : a[10];
+        ap[p] = _mm_set1_epi32(static_cast<int>(static_cast<std::uint32_t>(static_cast<std::uint16_t>(lo)) |
+                                                (static_cast<std::uint32_t>(static_cast<std::uint16_t>(hi)) << 16)));
+    }
+    const __m128i half = _mm_set1_epi32(0x800);
+    for (int n = 0; n < 40; n += 8) {
+        __m128i lo = half, hi = half;
+        for (int p = 0; p < 6; p++) {
+            const std::int32_t* at = pairs + (p < 5 ? 9 + n - 2 * p : n);
+            lo = _mm_add_epi32(lo, _mm_madd_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(at)), ap[p]));
+            hi = _mm_add_epi32(hi, _mm_madd_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(at + 4)), ap[p]));
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(y + n), _mm_packs_epi32(_mm_srai_epi32(lo, 12), _mm_srai_epi32(hi, 12)));
+    }
+}
 #endif
 
 /// Residu: plain sums when sum|a| max|x| bounds every chain (mac_bound.h),
@@ -113,7 +147,8 @@ inline void residu(const Word16* a, const Word16* x, Word16* y, int lg) {
         return;
     }
 #if defined(__SSSE3__)
-    residu_plain_lanes(a, x, y, lg);
+    if (lg == kLSubfr) residu_plain_pairs40(a, x, y);
+    else residu_plain_lanes(a, x, y, lg);
 #else
     residu_plain_scalar(a, x, y, lg);
 #endif
@@ -179,13 +214,23 @@ inline void agc(Word16& past_gain, const Word16* sig_in, Word16* sig_out, Word16
         std::int32_t g = gain;
         int i = 0;
         // The map g -> mult(g, agc_fac) + g0 is nondecreasing, so its iterates
-        // move monotonically to a fixed point; once one repeats, all the rest do.
-        for (; i < n; i++) {
-            const std::int32_t next = ((g * agc_fac) >> 15) + g0;
-            gains[i] = static_cast<Word16>(next);
-            if (next == g) break;
-            g = next;
+        // move monotonically to a fixed point; once one repeats, all the rest
+        // do. Four steps between checks (a repeat inside them is harmless).
+        auto step = [&](std::int32_t v) { return ((v * agc_fac) >> 15) + g0; };
+        for (; i + 4 <= n; i += 4) {
+            const std::int32_t g1 = step(g), g2 = step(g1), g3 = step(g2), g4 = step(g3);
+            gains[i] = static_cast<Word16>(g1);
+            gains[i + 1] = static_cast<Word16>(g2);
+            gains[i + 2] = static_cast<Word16>(g3);
+            gains[i + 3] = static_cast<Word16>(g4);
+            const bool settled = g4 == g3;
+            g = g4;
+            if (settled) {
+                i += 4;
+                break;
+            }
         }
+        for (; i < n && g != step(g); i++) gains[i] = static_cast<Word16>(g = step(g));
         for (; i < n; i++) gains[i] = static_cast<Word16>(g);
         gain = static_cast<Word16>(g);
         scale_q12_block(sig_out + at, gains, n);
@@ -262,85 +307,20 @@ inline void post_process_chain(PostProcessState& st, Word16* signal, int lg) {
     }
 }
 
-/// Mpy_32_16(hi, lo, n) of a coefficient n > -32768 from the half value
-/// h = hi 2^15 + lo (any lo): 2 hi n + 2 mult(lo, n) = 2 ((h n) >> 15), as
-/// hi n 2^15 is a multiple of 2^15 and neither product saturates.
-constexpr std::int64_t mpy_32_16_half(std::int64_t h, Word16 n) { return 2 * ((h * n) >> 15); }
+/// Post_Process's taps (Q13): G.729's post-processing filter.
+inline constexpr post_hp::Taps kPostProcessTaps = post_hp::kDecoderTaps;
+static_assert(post_hp::exact_for(kPostProcessTaps));
 
-/// The input taps of Post_Process, f[i] = 2 (7699 x[i] - 15398 x[i-1] +
-/// 7699 x[i-2]) for i = 0..n-1 (x[-2], x[-1] read): at most 4 15398 32768 <
-/// 2^31 in magnitude, so the plain 32-bit sum (the scalar twin of the lane form).
-inline void post_process_input_scalar(const Word16* x, std::int32_t* f, int n) {
-    for (int i = 0; i < n; i++) f[i] = 15398 * static_cast<std::int32_t>(x[i]) - 30796 * static_cast<std::int32_t>(x[i - 1]) + 15398 * static_cast<std::int32_t>(x[i - 2]);
-}
-
-/// post_process_input eight samples at a time: (x[i], x[i-1]) against
-/// (15398, -30796) and (x[i-2], 0) against (15398, 0) in two pmaddwd (no
-/// pair or lane sum can wrap, by the bound above); the last n % 8 scalar.
-inline void post_process_input(const Word16* x, std::int32_t* f, int n) {
-    int i = 0;
-#if defined(__SSSE3__)
-    const __m128i c01 = _mm_set1_epi32(static_cast<int>((static_cast<std::uint32_t>(static_cast<std::uint16_t>(-30796)) << 16) | 15398u));
-    const __m128i c2 = _mm_set1_epi32(15398);
-    const __m128i zero = _mm_setzero_si128();
-    for (; i + 8 <= n; i += 8) {
-        const __m128i x0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i));
-        const __m128i x1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i - 1));
-        const __m128i x2 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x + i - 2));
-        const __m128i lo = _mm_add_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(x0, x1), c01), _mm_madd_epi16(_mm_unpacklo_epi16(x2, zero), c2));
-        const __m128i hi = _mm_add_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(x0, x1), c01), _mm_madd_epi16(_mm_unpackhi_epi16(x2, zero), c2));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(f + i), lo);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(f + i + 4), hi);
-    }
-#endif
-    post_process_input_scalar(x + i, f + i, n - i);
-}
-
-/// Post_Process: second-order high-pass at 60 Hz with the output doubled.
-/// For any state the two recursive products sum to r with |r| < 1.5404e9
-/// (2 32768 (15836 + 7667) + 2 (15836 + 7667)), so r plus the first input
-/// tap (|2 7699 x| <= 504.6e6) never saturates; the later taps, the shifts
-/// and the rounding can. While the sum t stays below 2^28 - 2^12 in
-/// magnitude, 8 t + 2^15 fits 32 bits and the chain without its last tap
-/// (|t| + 504.6e6 < 2^31) cannot have saturated either: the sample is 8 t
-/// rounded with no clamp; otherwise each saturation as one clamp.
-/// The input taps come first for a block (post_process_input); the outputs
-/// ride as half values y >> 1 (= hi 2^15 + lo of L_Extract), so the
-/// recursion waits on one multiply, a shift and an add a sample.
+/// Post_Process: second-order high-pass at 60 Hz with the output doubled,
+/// the shared kernel (common/post_highpass.h) on the hi/lo memory as the
+/// half value hi 2^15 + lo (any lo).
 inline void post_process(PostProcessState& st, Word16* signal, int lg) {
-    constexpr std::int64_t kQuiet = (std::int64_t{1} << 28) - (1 << 12);  // |t| < kQuiet: 8 t + 2^15 within 32 bits
-    constexpr int kBlock = 80;
-    std::int64_t h1 = std::int64_t{st.y1_hi} * 32768 + st.y1_lo, h2 = std::int64_t{st.y2_hi} * 32768 + st.y2_lo;
-    Word16 xb[kBlock + 2];  // x[at-2 .. at+n-1]
-    xb[0] = st.x1;
-    xb[1] = st.x0;
-    for (int at = 0; at < lg; at += kBlock) {
-        const int n = lg - at < kBlock ? lg - at : kBlock;
-        Word16* out = signal + at;
-        for (int k = 0; k < n; k++) xb[k + 2] = out[k];
-        std::int32_t f[kBlock];
-        post_process_input(xb + 2, f, n);
-        for (int k = 0; k < n; k++) {
-            const std::int64_t t = f[k] + mpy_32_16_half(h2, -7667) + mpy_32_16_half(h1, 15836);
-            h2 = h1;
-            if (t > -kQuiet && t < kQuiet) [[likely]] {
-                h1 = 2 * t;
-                out[k] = static_cast<Word16>((8 * t + 0x8000) >> 16);
-            } else {
-                const std::int64_t in2 = 15398 * std::int64_t{xb[k]};
-                const Word32 y = shl_sat32(saturate32(std::int64_t{saturate32(t - in2)} + in2), 2);
-                const std::int64_t o = (2 * std::int64_t{y} + 0x8000) >> 16;
-                out[k] = static_cast<Word16>(o > MAX_16 ? MAX_16 : (o < MIN_16 ? MIN_16 : o));
-                h1 = y >> 1;
-            }
-        }
-        xb[0] = xb[n];
-        xb[1] = xb[n + 1];
-    }
+    post_hp::Memory m{std::int64_t{st.y1_hi} * 32768 + st.y1_lo, std::int64_t{st.y2_hi} * 32768 + st.y2_lo, st.x0, st.x1};
+    post_hp::run(m, signal, lg, kPostProcessTaps);
     // The older output of a one-sample call is the incoming pair as it was.
-    const Word16 y2_hi = lg == 1 ? st.y1_hi : static_cast<Word16>(h2 >> 15);
-    const Word16 y2_lo = lg == 1 ? st.y1_lo : static_cast<Word16>(h2 & 0x7fff);
-    st = PostProcessState{y2_hi, y2_lo, static_cast<Word16>(h1 >> 15), static_cast<Word16>(h1 & 0x7fff), xb[1], xb[0]};
+    const Word16 y2_hi = lg == 1 ? st.y1_hi : static_cast<Word16>(m.h2 >> 15);
+    const Word16 y2_lo = lg == 1 ? st.y1_lo : static_cast<Word16>(m.h2 & 0x7fff);
+    st = PostProcessState{y2_hi, y2_lo, static_cast<Word16>(m.h1 >> 15), static_cast<Word16>(m.h1 & 0x7fff), m.x1, m.x2};
 }
 
 }  // namespace amr_dec

@@ -120,6 +120,10 @@ void check_residu(const V16& a, const V16& x, int lg, const char* what) {
     V16 lanes(static_cast<std::size_t>(lg), 0x5a5a);
     residu_plain_lanes(a.data(), x.data() + kM, lanes.data(), lg);
     ASSERT_EQ(lanes, chain) << what;
+    if (lg != kLSubfr) return;
+    V16 paired(static_cast<std::size_t>(lg), 0x5a5a);
+    residu_plain_pairs40(a.data(), x.data() + kM, paired.data());
+    ASSERT_EQ(paired, chain) << what;
 #endif
 }
 
@@ -282,8 +286,8 @@ TEST(AmrDecBounds, PostProcessInputIsTheWideSum) {
             std::vector<std::int32_t> wide(static_cast<std::size_t>(n)), lanes(wide.size(), 0x5a5a5a5a), scalar(wide.size(), 0x5a5a5a5a);
             for (int i = 0; i < n; i++)
                 wide[static_cast<std::size_t>(i)] = static_cast<std::int32_t>(2 * (7699 * std::int64_t{x[i + 2]} - 15398 * std::int64_t{x[i + 1]} + 7699 * std::int64_t{x[i]}));
-            post_process_input(x.data() + 2, lanes.data(), n);
-            post_process_input_scalar(x.data() + 2, scalar.data(), n);
+            post_hp::input_part(x.data() + 2, lanes.data(), n, kPostProcessTaps);
+            post_hp::input_part_scalar(x.data() + 2, scalar.data(), n, kPostProcessTaps);
             ASSERT_EQ(lanes, wide) << pattern << " " << n;
             ASSERT_EQ(scalar, wide) << pattern << " " << n;
         }
@@ -380,19 +384,21 @@ TEST(AmrDecBounds, TiltCorrelationAndAgcAreTheChains) {
             for (int i = 1; i < 21; i++) chain = L_mac(chain, h[i], h[i + 1]);
             ASSERT_EQ(lag1_correlation(h.data(), 22, 2 * sum_squares_scalar(h.data(), 22, 0)), chain) << amp << " " << trial;
 
-            // agc against its loop with the basic operators, from any past gain
-            const V16 in = noise(g, 40, amp), out0 = noise(g, 40, std::max<std::int32_t>(1, amp / 2));
+            // agc against its loop with the basic operators, from any past gain,
+            // on a subframe and on a length the gain steps leave a tail of
+            const int len = trial % 2 ? 40 : 13;
+            const V16 in = noise(g, len, amp), out0 = noise(g, len, std::max<std::int32_t>(1, amp / 2));
             for (Word16 fac : {Word16{29491}, Word16{0}, Word16{32767}, Word16{-3}}) {
                 const Word16 past = static_cast<Word16>(trial % 3 == 0 ? -32768 : (trial % 3 == 1 ? 32767 : 4096));
                 V16 fast = out0, ref = out0;
                 Word16 pf = past, pr = past;
-                agc(pf, in.data(), fast.data(), fac, 40);
+                agc(pf, in.data(), fast.data(), fac, len);
                 Word16 g0 = 0;
-                if (!agc_gain(in.data(), ref.data(), 40, g0)) {
+                if (!agc_gain(in.data(), ref.data(), len, g0)) {
                     pr = 0;
                 } else {
                     g0 = mult(g0, sub(32767, fac));
-                    for (int i = 0; i < 40; i++) {
+                    for (int i = 0; i < len; i++) {
                         pr = add(mult(pr, fac), g0);
                         ref[i] = extract_h(L_shl(L_mult(ref[i], pr), 3));
                     }

@@ -392,15 +392,16 @@ ZEPS_VARIANT_CHECK(zepsPostProcess_G729_16s_I) {
 template <class Export, class Checked>
 void post_process_fast_agrees(Export exported, Checked checked) {
     zeps::test::Rng rng(53);
-    // The 100 Hz filter and unequal taps (input part in lanes), and input
-    // taps too large for 32-bit lane sums that still keep the fast form
-    // (input part on the 64-bit path).
-    const Zep16s coefs[3][6] = {{7699, -15398, 7699, 8192, 15836, -7667},
+    // The 100 Hz filter, unequal taps, taps whose doubled input part just
+    // fits a 32-bit lane (65536 32700), and input taps too large for it
+    // (the exported function then takes the checked form).
+    const Zep16s coefs[4][6] = {{7699, -15398, 7699, 8192, 15836, -7667},
                                 {5000, -12000, 9000, 8192, 15836, -7667},
+                                {20000, 11000, -1700, 8192, 1200, -900},
                                 {30000, 32767, -28000, 8192, 1200, -900}};
     for (int rep = 0; rep < 4000; ++rep) {
         std::vector<Zep8u> a(24), b;
-        u8::zepsHighPassFilterInit_G729(coefs[rep / 4 % 3], a.data());
+        u8::zepsHighPassFilterInit_G729(coefs[rep / 4 % 4], a.data());
         const int lims[4] = {9858, 32767, static_cast<int>(rng.uniform(0, 9858)), static_cast<int>(rng.uniform(0, 32767))};
         const int lim = lims[rep % 4];
         V16 mem = small16(rng, 2, lim);
