@@ -9,6 +9,8 @@
 #include <fstream>
 #include <iterator>
 
+#include <unistd.h>
+
 #include "zepsc.h"
 
 namespace zeps::codec_test {
@@ -16,6 +18,10 @@ namespace zeps::codec_test {
 std::string shared_dir() {
     const char* env = std::getenv("ZEPS_SHARED_DIR");
     return env && *env ? env : ZEPS_SHARED_DIR;
+}
+
+std::string temp_file(const std::string& stem) {
+    return (std::filesystem::temp_directory_path() / (stem + "_" + std::to_string(::getpid()))).string();
 }
 
 std::vector<std::uint8_t> read_bytes(const std::string& path) {

@@ -15,6 +15,10 @@ namespace zeps::codec_test {
 /// configured with.
 std::string shared_dir();
 
+/// A scratch file name in the temporary folder, unique to this process (the
+/// u8 and n8 runs of a test may run at once).
+std::string temp_file(const std::string& stem);
+
 /// The whole file; the test fails (and an empty vector comes back) when it
 /// cannot be read.
 std::vector<std::uint8_t> read_bytes(const std::string& path);

@@ -22,6 +22,7 @@ using zeps::codec_test::expect_same_bytes;
 using zeps::codec_test::expect_same_pcm;
 using zeps::codec_test::read_bytes;
 using zeps::codec_test::read_pcm;
+using zeps::codec_test::temp_file;
 
 std::vector<std::int16_t> decode(const std::vector<std::uint8_t>& bits, const std::string& format) {
     return zepsc_cli::decode_all(codec("amr"), {}, format, bits.data(), bits.size());
@@ -122,7 +123,7 @@ TEST(AmrEncoder, CheckSequenceAllModesDtx) {
 
 TEST(AmrEncoder, BadModeFileIsRefused) {
     const std::vector<std::int16_t> pcm(480, 0);
-    const std::string path = (fs::temp_directory_path() / "zepsc_amr_modes.txt").string();
+    const std::string path = temp_file("zepsc_amr_modes");
     for (const char* text : {"MR122\nMR99\nMR475\n", "MR122\n"}) {  // unknown name; fewer modes than frames
         std::FILE* f = std::fopen(path.c_str(), "wb");
         ASSERT_NE(f, nullptr);

@@ -13,8 +13,6 @@
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 #include "tests/codecs/codec_replay.h"
 
 namespace {
@@ -23,6 +21,7 @@ using zeps::codec_test::expect_same_bytes;
 using zeps::codec_test::expect_same_pcm;
 using zeps::codec_test::read_bytes;
 using zeps::codec_test::read_pcm;
+using zeps::codec_test::temp_file;
 
 constexpr std::size_t kFrameSamples = 80;
 
@@ -38,14 +37,14 @@ zepsc_cli::CodecOptions annex_d(const std::string& rate = "", const std::string&
 
 /// A rate file (16-bit codes, 0 = 6.4, 1 = 8) switching every frame, starting at 8.
 std::string switching_rate_file(std::size_t frames) {
-    const auto path = std::filesystem::temp_directory_path() / ("g729d_switch_" + std::to_string(::getpid()) + ".rate");
+    const auto path = temp_file("g729d_switch");
     std::FILE* f = std::fopen(path.c_str(), "wb");
     for (std::size_t i = 0; i < frames; ++i) {
         const std::uint8_t w[2] = {static_cast<std::uint8_t>(i % 2 == 0 ? 1 : 0), 0};
         std::fwrite(w, 1, 2, f);
     }
     std::fclose(f);
-    return path.string();
+    return path;
 }
 
 TEST(G729DReplay, SpeechStreams) {

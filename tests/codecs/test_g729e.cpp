@@ -23,6 +23,7 @@ using zeps::codec_test::expect_same_bytes;
 using zeps::codec_test::expect_same_pcm;
 using zeps::codec_test::read_bytes;
 using zeps::codec_test::read_pcm;
+using zeps::codec_test::temp_file;
 
 zepsc_cli::CodecOptions annex(const std::string& a) {
     zepsc_cli::CodecOptions o;
@@ -97,7 +98,7 @@ TEST(G729EReplay, EncoderRates) {
     EXPECT_EQ(decode(bits).size(), head.size());
     // A rate file of 8 kbit/s codes gives the same stream; one too short
     // for the speech, or with a code other than 0 and 1, is refused.
-    const std::string path = (fs::temp_directory_path() / "zeps_g729e_rates.bin").string();
+    const std::string path = temp_file("zeps_g729e_rates");
     const auto with_rates = [&](const std::vector<std::uint8_t>& codes) {
         std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(codes.data()),
                                                    static_cast<std::streamsize>(codes.size()));

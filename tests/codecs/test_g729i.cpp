@@ -22,6 +22,7 @@ namespace fs = std::filesystem;
 using zeps::codec_test::expect_same_pcm;
 using zeps::codec_test::read_bytes;
 using zeps::codec_test::read_pcm;
+using zeps::codec_test::temp_file;
 
 zepsc_cli::CodecOptions annex_i() {
     zepsc_cli::CodecOptions o;
@@ -111,7 +112,7 @@ TEST(G729IReplay, EncoderWithRateFiles) {
         }
     }
     // A rate file that ends before the speech, or holds a code above 2, is refused.
-    const std::string path = (fs::temp_directory_path() / "g729i_rate_codes").string();
+    const std::string path = temp_file("g729i_rate_codes");
     const auto refused = [&](std::vector<std::uint8_t> codes) {
         std::FILE* f = std::fopen(path.c_str(), "wb");
         ASSERT_NE(f, nullptr);

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -23,9 +24,13 @@
 
 namespace zeps::test::g168 {
 
+/// A speech file of the shared data ($ZEPS_SHARED_DIR, else the folder the
+/// build was configured with).
 inline std::vector<Zep16s> read_speech(const std::string& name) {
+    const char* env = std::getenv("ZEPS_SHARED_DIR");
+    const std::string dir = env && *env ? env : ZEPS_SHARED_DIR;
     std::vector<Zep16s> v;
-    if (std::FILE* f = std::fopen((std::string(ZEPS_SHARED_DIR) + "/speech/" + name).c_str(), "rb")) {
+    if (std::FILE* f = std::fopen((dir + "/speech/" + name).c_str(), "rb")) {
         Zep16s buf[4096];
         std::size_t n;
         while ((n = std::fread(buf, 2, 4096, f)) > 0) v.insert(v.end(), buf, buf + n);

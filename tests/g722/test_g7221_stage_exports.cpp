@@ -30,6 +30,7 @@ std::vector<Zep16s> read_words(const std::string& rel) {
 ZepG7221DecodeState* as_state(std::vector<std::uint8_t>& b) { return reinterpret_cast<ZepG7221DecodeState*>(b.data()); }
 
 TEST(G7221StageExports, DecoderChainEqualsWholeFrameDecoder) {
+    ZEPS_SKIP_WITHOUT_SHARED_DATA("codecs/g7221");
     struct Set {
         const char* folder;
         int bits, regions;
