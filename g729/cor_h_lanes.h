@@ -53,10 +53,39 @@ inline void cor_h_diagonals(const Word16* h, Word16* rr) {
     for (int i = 0; i < 8; ++i)
 #pragma GCC unroll 5
         for (int t = 4; t >= 0; --t) {
-            cor += 2 * (Word32{*ph} * *ph);
+            cor += 2 * (static_cast<Word32>(*ph) * *ph);
             ++ph;
             rr[8 * t + 7 - i] = extract_h(cor);
         }
+}
+
+/// Cor_h's scaling of the impulse response: h = shr(H, 1) when halve, else
+/// shl(H, k) (k = 0..15), over 40 samples.
+inline void cor_h_scale_scalar(const Word16* H, bool halve, Word16 k, Word16* h) {
+    for (int i = 0; i < kCorHLen; ++i) h[i] = halve ? shr(H[i], 1) : shl(H[i], k);
+}
+
+/// cor_h_scale in lanes, exact for every input: shr by 1 is the arithmetic
+/// shift; for k <= 15, H 2^k lies within +-2^30, so the 32-bit shift is
+/// exact and the signed saturating pack is shl's clamp.
+inline void cor_h_scale(const Word16* H, bool halve, Word16 k, Word16* h) {
+#if defined(__SSSE3__)
+    const __m128i count = _mm_cvtsi32_si128(k);
+    for (int i = 0; i < kCorHLen; i += 8) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(H + i));
+        __m128i r;
+        if (halve) {
+            r = _mm_srai_epi16(v, 1);
+        } else {
+            const __m128i lo = _mm_sll_epi32(_mm_srai_epi32(_mm_unpacklo_epi16(v, v), 16), count);
+            const __m128i hi = _mm_sll_epi32(_mm_srai_epi32(_mm_unpackhi_epi16(v, v), 16), count);
+            r = _mm_packs_epi32(lo, hi);
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(h + i), r);
+    }
+#else
+    cor_h_scale_scalar(H, halve, k, h);
+#endif
 }
 
 /// h behind kCorHPad zeros (and zeros after): hz[kCorHPad + k] = h[k].
@@ -143,7 +172,7 @@ inline void cor_h_block_lanes(const CorHPadded& hz, int ta, int tb, Word16* bloc
         for (int c = 0; c < 8; ++c) {
             const int j = tb + 5 * c;
             Word32 s = row[c + 1];
-            for (int q = 0; q < 5; ++q) s += Word32{hz.at(35 + q - i)} * hz.at(35 + q - j);
+            for (int q = 0; q < 5; ++q) s += static_cast<Word32>(hz.at(35 + q - i)) * hz.at(35 + q - j);
             row[c] = s;
             block[8 * r + c] = static_cast<Word16>(s >> 15);
         }

@@ -95,11 +95,13 @@ inline std::int32_t max_abs_v(__m128i v) {
 /// of those reaches over no 32-bit value, no L_mac inside Mpy_32_16 nor
 /// L_add of the chain saturates: the distance is the plain doubled sum.
 inline bool plain_sums(const Word16* chi, std::int32_t gp_max, std::int32_t gc_max) {
-    const std::int64_t n[5] = {((std::int64_t{gp_max} * gp_max) >> 15) + 1, gp_max,
-                               ((std::int64_t{gc_max} * gc_max) >> 15) + 1, gc_max,
-                               ((std::int64_t{gc_max} * gp_max) >> 15) + 1};
+    const std::int64_t gp = gp_max, gc = gc_max;
+    const std::int64_t n[5] = {((gp * gp) >> 15) + 1, gp, ((gc * gc) >> 15) + 1, gc, ((gc * gp) >> 15) + 1};
     std::int64_t reach = 0;
-    for (int k = 0; k < 5; ++k) reach += (std::int64_t{chi[k] < 0 ? -chi[k] : chi[k]} + 1) * n[k];
+    for (int k = 0; k < 5; ++k) {
+        const std::int64_t hi = chi[k];
+        reach += ((hi < 0 ? -hi : hi) + 1) * n[k];
+    }
     return 2 * reach <= MAX_32;
 }
 }  // namespace gl
