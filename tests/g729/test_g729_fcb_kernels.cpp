@@ -2,7 +2,8 @@
 // The vector kernels of the G.729 fixed-codebook searches against their
 // scalar twins (the reference's operators), on random, speech-scale and
 // extreme inputs, both builds: the fourth pulse of the main-body search, the
-// last pulse pair of the Annex A fast search and its candidate test, the sign folding of the
+// first pulse's scan and last pulse pair of the Annex A fast search and its
+// candidate test, the sign folding of the
 // correlation rows, the rows' magnitude bounds, and Cor_h's scaling of the
 // response and its plain chains.
 #include <gtest/gtest.h>
@@ -29,6 +30,8 @@
     void g729_cor_h_chains(const std::int16_t* h, std::int16_t* rr, bool plain);                             \
     void g729_cor_h_lanes(const std::int16_t* h, std::int16_t* rr);                                          \
     void g729_cor_h_scale(const std::int16_t* H, bool halve, std::int16_t k, std::int16_t* h);              \
+    int g729_first_max8(const std::int16_t* v, int skip);                                                   \
+    int g729_first_max8_scalar(const std::int16_t* v, int skip);                                            \
     void g729_cor_h_scale_scalar(const std::int16_t* H, bool halve, std::int16_t k, std::int16_t* h);       \
     void g729_first_pair_a(std::int16_t, std::int16_t, const std::int16_t*, const std::int16_t*,              \
                            const std::int16_t*, std::int16_t*, std::int16_t*, std::int16_t*);                \
@@ -500,6 +503,28 @@ void scale_agrees(Fast fast, Slow slow) {
             slow(H.data(), halve, sh, b.data());
             ASSERT_EQ(a, b) << "k " << k << " rep " << rep;
         }
+}
+
+/// The first pulse's scan: ties in every arrangement (few distinct values),
+/// 0 and 32767, with each lane skipped or none.
+template <class Fast, class Slow>
+void first_max_agrees(Fast fast, Slow slow) {
+    Rng rng(67);
+    for (int rep = 0; rep < 4000; ++rep) {
+        V16 v(8);
+        for (auto& x : v)
+            x = static_cast<std::int16_t>(rep % 2 ? rng.uniform(0, 2) * 16383 + (rng.uniform(0, 1) ? 1 : 0) : rng.uniform(0, 32767));
+        for (int skip = -1; skip < 8; ++skip) {
+            const int want = slow(v.data(), skip);
+            ASSERT_NE(want, skip);
+            ASSERT_EQ(fast(v.data(), skip), want) << "rep " << rep << " skip " << skip;
+        }
+    }
+}
+
+TEST(G729FcbKernels, FirstPulseScanVectorEqualsScalar) {
+    first_max_agrees(zeps::u8::g729_first_max8, zeps::u8::g729_first_max8_scalar);
+    first_max_agrees(zeps::n8::g729_first_max8, zeps::n8::g729_first_max8_scalar);
 }
 
 TEST(G729FcbKernels, CorHScalingVectorEqualsScalar) {
