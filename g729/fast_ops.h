@@ -111,9 +111,11 @@ inline Word32 levinson_recursion_sum_chain(const Word16* Rh, const Word16* Rl, c
 /// lo halves come from L_Extract (Rl, Al in 0..32767), so each mult inside Mpy_32 is
 /// exact and Mpy_32 = 2 (hh + (hl >> 15) + (lh >> 15)) unless a step leaves
 /// the 32-bit range. Every step of every Mpy_32 and every partial sum of the
-/// chain is at most twice the sum of the pieces' magnitudes; when that total
-/// fits in 32 bits the plain sum is the chain's result, otherwise the chain
-/// itself runs (the coefficients A are not bounded a priori).
+/// chain is at most twice the sum of the pieces' magnitudes, where each
+/// |(hl >> 15)| and |(lh >> 15)| is at most 2^15 (a 16-bit hi times a lo
+/// below 2^15); when that total fits in 32 bits the plain sum is the chain's
+/// result, otherwise the chain itself runs (the coefficients A are not
+/// bounded a priori).
 inline Word32 levinson_recursion_sum(const Word16* Rh, const Word16* Rl, const Word16* Ah, const Word16* Al, int i) {
     std::int64_t s = 0, mag = 0;
     for (int j = 1; j < i; ++j) {
@@ -122,9 +124,9 @@ inline Word32 levinson_recursion_sum(const Word16* Rh, const Word16* Rl, const W
         const Word32 q = (rh * al) >> 15;
         const Word32 r = (rl * ah) >> 15;
         s += static_cast<std::int64_t>(p) + q + r;
-        mag += static_cast<std::int64_t>(p < 0 ? -p : p) + (q < 0 ? -q : q) + (r < 0 ? -r : r);
+        mag += p < 0 ? -p : p;
     }
-    if (2 * mag <= MAX_32) return static_cast<Word32>(2 * s);
+    if (2 * (mag + static_cast<std::int64_t>(65536) * (i - 1)) <= MAX_32) return static_cast<Word32>(2 * s);
     return levinson_recursion_sum_chain(Rh, Rl, Ah, Al, i);
 }
 
