@@ -87,8 +87,9 @@ inline Word32 L_Comp_fast(Word16 hi, Word16 lo) {
     return v > MAX_32 ? MAX_32 : (v < MIN_32 ? MIN_32 : static_cast<Word32>(v));
 }
 
-/// Div_32 with the fast operators (same steps as the reference).
-inline Word32 Div_32_fast(Word32 L_num, Word16 denom_hi, Word16 denom_lo) {
+/// Div_32 with the fast operators (same steps as the reference), for any
+/// denominator.
+inline Word32 Div_32_steps(Word32 L_num, Word16 denom_hi, Word16 denom_lo) {
     const Word16 approx = div_s_fast(0x3fff, denom_hi);
     Word32 t = L_sub(MAX_32, Mpy_32_16_fast(denom_hi, denom_lo, approx));
     DPF x = L_Extract_fast(t);
@@ -96,6 +97,25 @@ inline Word32 Div_32_fast(Word32 L_num, Word16 denom_hi, Word16 denom_lo) {
     x = L_Extract_fast(t);
     const DPF n = L_Extract_fast(L_num);
     return L_shl_fast(Mpy_32_fast(n.hi, n.lo, x.hi, x.lo), 2);
+}
+
+/// Div_32 (denom_lo in 0..32767). For a normalised denominator (denom_hi >=
+/// 16384) and L_num >= 0 the reference's steps in plain arithmetic:
+/// approx = div_s(0x3fff, denom_hi) lies in 16383..32766 with denom_hi
+/// approx <= 0x3fff 2^15, so Mpy_32_16(denom, approx) < 2^30 and
+/// t = MAX_32 - that lies in (2^30, 2^30 + 2^18); Mpy_32_16(t, approx) stays
+/// below 2^31, and Mpy_32 of two non-negative hi/lo values below 2^31 is at
+/// most 2 (32767^2 + 2 32767) < 2^31: no step but the final L_shl by 2 can
+/// saturate.
+inline Word32 Div_32_fast(Word32 L_num, Word16 denom_hi, Word16 denom_lo) {
+    if (denom_hi < 16384 || L_num < 0) return Div_32_steps(L_num, denom_hi, denom_lo);
+    const Word32 approx = (static_cast<Word32>(0x3fff) << 15) / denom_hi;
+    const Word32 t = MAX_32 - 2 * (denom_hi * approx + ((denom_lo * approx) >> 15));
+    const Word32 th = t >> 16, tl = (t >> 1) & 0x7fff;
+    const Word32 u = 2 * (th * approx + ((tl * approx) >> 15));
+    const Word32 uh = u >> 16, ul = (u >> 1) & 0x7fff;
+    const Word32 nh = L_num >> 16, nl = (L_num >> 1) & 0x7fff;
+    return L_shl_fast(2 * (nh * uh + ((nh * ul) >> 15) + ((nl * uh) >> 15)), 2);
 }
 
 /// The Levinson-Durbin recursion sum as the reference's chain (G.729 3.2.2):
