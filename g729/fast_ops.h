@@ -72,7 +72,8 @@ inline Word32 Mpy_32_16_fast(Word16 hi, Word16 lo, Word16 n) {
 
 /// L_Extract: hi = v >> 16, lo = (v >> 1) & 0x7fff (what L_msu leaves).
 inline DPF L_Extract_fast(Word32 v) {
-    return {static_cast<Word16>(v >> 16), static_cast<Word16>((v >> 1) & 0x7fff)};
+    const auto u = static_cast<std::uint32_t>(v);  // the same bits, shifted without a sign
+    return {static_cast<Word16>(u >> 16), static_cast<Word16>((u >> 1) & 0x7fff)};
 }
 
 inline void L_Extract_fast(Word32 v, Word16& hi, Word16& lo) {
