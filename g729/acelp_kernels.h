@@ -72,12 +72,8 @@ inline void cor_h(const Word16* H, RR& rr) {
     // The L_mac(H[i], H[i]) chain from 0: non-negative terms, so the exact
     // sum clamped at MAX_32 (code_energy).
     const Word32 cor = code_energy(H);
-    if (extract_h(cor) > 32000) {
-        for (int i = 0; i < kSubfr; ++i) h[i] = shr(H[i], 1);
-    } else {
-        const Word16 k = shr(norm_l(cor), 1);
-        for (int i = 0; i < kSubfr; ++i) h[i] = shl(H[i], k);
-    }
+    const bool halve = extract_h(cor) > 32000;
+    cor_h_scale(H, halve, halve ? static_cast<Word16>(0) : shr(norm_l(cor), 1), h);
     const std::int64_t e = g729p::energy64(h, kSubfr);
     if (2 * e <= MAX_32) {
 #if defined(__SSSE3__)

@@ -112,7 +112,15 @@ void g729_cor_h_chains(const Word16* h, Word16* rr, bool plain) {
     for (int i = 0; i < g729c::kDimRR; ++i) rr[i] = m.v[i];
 }
 
-/// The plain chains as eight-lag running sums (same validity as plain).
+/// The plain chains built block row by block row (same validity as plain).
 void g729_cor_h_lanes(const Word16* h, Word16* rr) { g729c::cor_h_chains_lanes(h, rr); }
+
+int g729_first_max8(const Word16* v, int skip) { return g729c::first_max8(v, skip); }
+int g729_first_max8_scalar(const Word16* v, int skip) { return g729c::first_max8_scalar(v, skip); }
+
+void g729_cor_h_scale(const Word16* H, bool halve, Word16 k, Word16* h) { g729c::cor_h_scale(H, halve, k, h); }
+void g729_cor_h_scale_scalar(const Word16* H, bool halve, Word16 k, Word16* h) {
+    g729c::cor_h_scale_scalar(H, halve, k, h);
+}
 
 ZEPS_END_VARIANT

@@ -24,6 +24,7 @@
 #include <tmmintrin.h>
 #endif
 
+#include <bit>
 #include <cstdint>
 
 #include "common/basic_op.h"
@@ -357,6 +358,37 @@ inline void add_pulse_response(Word16* y, const Word16* hz, int at, bool positiv
     }
 #else
     add_pulse_response_scalar(y, hz + 40, at, positive);
+#endif
+}
+
+/// The first position k of the largest v[k] other than skip (skip -1 for
+/// none), for eight non-negative values: the reference's scan for the first
+/// pulse, if (sub(dn[j], max) > 0 && j != prev), from max = -1 (with dn >= 0
+/// and max >= -1, sub() keeps the sign of the plain difference).
+inline int first_max8_scalar(const Word16* v, int skip) {
+    int at = 0;
+    Word16 max = -1;
+    for (int k = 0; k < 8; ++k)
+        if (v[k] > max && k != skip) {
+            max = v[k];
+            at = k;
+        }
+    return at;
+}
+
+/// first_max8 in lanes: the skipped lane set to -1 (below every value),
+/// the maximum spread over all lanes, the first lane equal to it.
+inline int first_max8(const Word16* v, int skip) {
+#if defined(__SSSE3__)
+    const __m128i lane = _mm_setr_epi16(0, 1, 2, 3, 4, 5, 6, 7);
+    const __m128i x = _mm_or_si128(fcb_load8(v), _mm_cmpeq_epi16(lane, _mm_set1_epi16(static_cast<Word16>(skip))));
+    __m128i m = _mm_max_epi16(x, _mm_shuffle_epi32(x, 0x4E));
+    m = _mm_max_epi16(m, _mm_shuffle_epi32(m, 0xB1));
+    m = _mm_max_epi16(m, _mm_shufflelo_epi16(_mm_shufflehi_epi16(m, 0xB1), 0xB1));
+    const auto eq = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(x, m)));
+    return std::countr_zero(eq) / 2;
+#else
+    return first_max8_scalar(v, skip);
 #endif
 }
 

@@ -72,7 +72,8 @@ inline Word32 Mpy_32_16_fast(Word16 hi, Word16 lo, Word16 n) {
 
 /// L_Extract: hi = v >> 16, lo = (v >> 1) & 0x7fff (what L_msu leaves).
 inline DPF L_Extract_fast(Word32 v) {
-    return {static_cast<Word16>(v >> 16), static_cast<Word16>((v >> 1) & 0x7fff)};
+    const auto u = static_cast<std::uint32_t>(v);  // the same bits, shifted without a sign
+    return {static_cast<Word16>(u >> 16), static_cast<Word16>((u >> 1) & 0x7fff)};
 }
 
 inline void L_Extract_fast(Word32 v, Word16& hi, Word16& lo) {
@@ -87,8 +88,9 @@ inline Word32 L_Comp_fast(Word16 hi, Word16 lo) {
     return v > MAX_32 ? MAX_32 : (v < MIN_32 ? MIN_32 : static_cast<Word32>(v));
 }
 
-/// Div_32 with the fast operators (same steps as the reference).
-inline Word32 Div_32_fast(Word32 L_num, Word16 denom_hi, Word16 denom_lo) {
+/// Div_32 with the fast operators (same steps as the reference), for any
+/// denominator.
+inline Word32 Div_32_steps(Word32 L_num, Word16 denom_hi, Word16 denom_lo) {
     const Word16 approx = div_s_fast(0x3fff, denom_hi);
     Word32 t = L_sub(MAX_32, Mpy_32_16_fast(denom_hi, denom_lo, approx));
     DPF x = L_Extract_fast(t);
@@ -96,6 +98,25 @@ inline Word32 Div_32_fast(Word32 L_num, Word16 denom_hi, Word16 denom_lo) {
     x = L_Extract_fast(t);
     const DPF n = L_Extract_fast(L_num);
     return L_shl_fast(Mpy_32_fast(n.hi, n.lo, x.hi, x.lo), 2);
+}
+
+/// Div_32 (denom_lo in 0..32767). For a normalised denominator (denom_hi >=
+/// 16384) and L_num >= 0 the reference's steps in plain arithmetic:
+/// approx = div_s(0x3fff, denom_hi) lies in 16383..32766 with denom_hi
+/// approx <= 0x3fff 2^15, so Mpy_32_16(denom, approx) < 2^30 and
+/// t = MAX_32 - that lies in (2^30, 2^30 + 2^18); Mpy_32_16(t, approx) stays
+/// below 2^31, and Mpy_32 of two non-negative hi/lo values below 2^31 is at
+/// most 2 (32767^2 + 2 32767) < 2^31: no step but the final L_shl by 2 can
+/// saturate.
+inline Word32 Div_32_fast(Word32 L_num, Word16 denom_hi, Word16 denom_lo) {
+    if (denom_hi < 16384 || L_num < 0) return Div_32_steps(L_num, denom_hi, denom_lo);
+    const Word32 approx = (static_cast<Word32>(0x3fff) << 15) / denom_hi;
+    const Word32 t = MAX_32 - 2 * (denom_hi * approx + ((denom_lo * approx) >> 15));
+    const Word32 th = t >> 16, tl = (t >> 1) & 0x7fff;
+    const Word32 u = 2 * (th * approx + ((tl * approx) >> 15));
+    const Word32 uh = u >> 16, ul = (u >> 1) & 0x7fff;
+    const Word32 nh = L_num >> 16, nl = (L_num >> 1) & 0x7fff;
+    return L_shl_fast(2 * (nh * uh + ((nh * ul) >> 15) + ((nl * uh) >> 15)), 2);
 }
 
 /// The Levinson-Durbin recursion sum as the reference's chain (G.729 3.2.2):
@@ -111,9 +132,11 @@ inline Word32 levinson_recursion_sum_chain(const Word16* Rh, const Word16* Rl, c
 /// lo halves come from L_Extract (Rl, Al in 0..32767), so each mult inside Mpy_32 is
 /// exact and Mpy_32 = 2 (hh + (hl >> 15) + (lh >> 15)) unless a step leaves
 /// the 32-bit range. Every step of every Mpy_32 and every partial sum of the
-/// chain is at most twice the sum of the pieces' magnitudes; when that total
-/// fits in 32 bits the plain sum is the chain's result, otherwise the chain
-/// itself runs (the coefficients A are not bounded a priori).
+/// chain is at most twice the sum of the pieces' magnitudes, where each
+/// |(hl >> 15)| and |(lh >> 15)| is at most 2^15 (a 16-bit hi times a lo
+/// below 2^15); when that total fits in 32 bits the plain sum is the chain's
+/// result, otherwise the chain itself runs (the coefficients A are not
+/// bounded a priori).
 inline Word32 levinson_recursion_sum(const Word16* Rh, const Word16* Rl, const Word16* Ah, const Word16* Al, int i) {
     std::int64_t s = 0, mag = 0;
     for (int j = 1; j < i; ++j) {
@@ -122,9 +145,9 @@ inline Word32 levinson_recursion_sum(const Word16* Rh, const Word16* Rl, const W
         const Word32 q = (rh * al) >> 15;
         const Word32 r = (rl * ah) >> 15;
         s += static_cast<std::int64_t>(p) + q + r;
-        mag += static_cast<std::int64_t>(p < 0 ? -p : p) + (q < 0 ? -q : q) + (r < 0 ? -r : r);
+        mag += p < 0 ? -p : p;
     }
-    if (2 * mag <= MAX_32) return static_cast<Word32>(2 * s);
+    if (2 * (mag + static_cast<std::int64_t>(65536) * (i - 1)) <= MAX_32) return static_cast<Word32>(2 * s);
     return levinson_recursion_sum_chain(Rh, Rl, Ah, Al, i);
 }
 

@@ -124,16 +124,12 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
     Word16 ip0 = 0, ip1 = 1, ip2 = 2, ip3 = 3, ix = 0, iy = 0, ps = 0;
     for (int track = 3; track < 5; ++track) {
         // Pulses in tracks 2 and 3/4 first, then tracks 0 and 1.
-        Word16 sq = -1, alp = 1, prev_i0 = -1, i0 = 0;
-        for (int i = 0; i < 2; ++i) {
-            Word16 max = -1;
-            for (int j = 2; j < kSubfr; j += kStep)
-                if (sub(dn[j], max) > 0 && prev_i0 != j) {
-                    max = dn[j];
-                    i0 = static_cast<Word16>(j);
-                }
-            prev_i0 = i0;
-            const Word16 j = mult(i0, 6554);
+        // The two largest dn of track 2 (the first of equal ones first).
+        Word16 sq = -1, alp = 1;
+        for (int i = 0, skip = -1; i < 2; ++i) {
+            skip = first_max8(dnt[2], skip);
+            const auto i0 = static_cast<Word16>(2 + kStep * skip);
+            const auto j = static_cast<Word16>(skip);
             first_pair(i0, rr.i2i2()[j], dnt[track], ptr_rri2i3_i4 + shl(j, 3), ptr_rri3i3_i4, track, sq, alp, ps,
                        ix, iy);
         }
@@ -179,16 +175,10 @@ Word16 d4i40_17_fast(Word16* dn, RR& rr, const Word16* h, Word16* cod, Word16* y
         // Pulses in tracks 3/4 and 0 first, then tracks 1 and 2.
         sq = -1;
         alp = 1;
-        prev_i0 = -1;
-        for (int i = 0; i < 2; ++i) {
-            Word16 max = -1;
-            for (int j = track; j < kSubfr; j += kStep)
-                if (sub(dn[j], max) > 0 && prev_i0 != j) {
-                    max = dn[j];
-                    i0 = static_cast<Word16>(j);
-                }
-            prev_i0 = i0;
-            const Word16 j = mult(i0, 6554);
+        for (int i = 0, skip = -1; i < 2; ++i) {
+            skip = first_max8(dnt[track], skip);
+            const auto i0 = static_cast<Word16>(track + kStep * skip);
+            const auto j = static_cast<Word16>(skip);
             Word16 col[kNbPos];  // column j of the track-0 / track-3|4 block
             for (int k = 0; k < kNbPos; ++k) col[k] = ptr_rri0i3_i4[j + kNbPos * k];
             first_pair(i0, ptr_rri3i3_i4[j], dnt[0], col, rr.i0i0(), 0, sq, alp, ps, ix, iy);

@@ -87,6 +87,16 @@ struct Decimated {
         for (int j = 0; j < kFrame; j += 2) t = L_mac(t, s[j], s[j - lag]);
         return t;
     }
+#if defined(__SSSE3__)
+    /// corr() of the lags lag, lag + step, lag + 2 step, lag + 3 step when
+    /// fast: four dot products sharing each load of the frame (the same
+    /// pmaddwd pairs and 32-bit sums as dot_lanes, so the same values).
+    void corr4(int lag, int step, Word32* c) const {
+        const __m128i v = dot4_lanes(frame(), delayed(lag), delayed(lag + step), delayed(lag + 2 * step),
+                                     delayed(lag + 3 * step), 40);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(c), _mm_slli_epi32(v, 1));
+    }
+#endif
     Word32 energy(int lag) const {  // 1 + doubled energy of the delayed even samples
         if (fast_energy) return static_cast<Word32>(1 + 2 * energy64(delayed(lag), 40));
         Word32 en = 1;
@@ -96,11 +106,25 @@ struct Decimated {
 };
 
 /// Strict maximum of the decimated correlation over lo..hi (step), first
-/// of equal values kept.
+/// of equal values kept; four lags a step in lanes when no correlation can
+/// saturate.
 Word16 best_lag(const Decimated& d, int lo, int hi, int step, Word32& max) {
     max = MIN_32;
     Word16 best = static_cast<Word16>(lo);
-    for (int i = lo; i <= hi; i += step) {
+    int i = lo;
+#if defined(__SSSE3__)
+    if (d.fast)
+        for (; i + 3 * step <= hi; i += 4 * step) {
+            Word32 c[4];
+            d.corr4(i, step, c);
+            for (int k = 0; k < 4; ++k)
+                if (c[k] > max) {
+                    max = c[k];
+                    best = static_cast<Word16>(i + k * step);
+                }
+        }
+#endif
+    for (; i <= hi; i += step) {
         const Word32 c = d.corr(i);
         if (c > max) {
             max = c;

@@ -2,8 +2,10 @@
 // The vector kernels of the G.729 fixed-codebook searches against their
 // scalar twins (the reference's operators), on random, speech-scale and
 // extreme inputs, both builds: the fourth pulse of the main-body search, the
-// last pulse pair of the Annex A fast search and its candidate test, the sign folding of the
-// correlation rows, the rows' magnitude bounds, and Cor_h's plain chains.
+// first pulse's scan and last pulse pair of the Annex A fast search and its
+// candidate test, the sign folding of the
+// correlation rows, the rows' magnitude bounds, and Cor_h's scaling of the
+// response and its plain chains.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -27,6 +29,10 @@
                                   const std::int16_t*, std::int16_t*, std::int16_t*);                        \
     void g729_cor_h_chains(const std::int16_t* h, std::int16_t* rr, bool plain);                             \
     void g729_cor_h_lanes(const std::int16_t* h, std::int16_t* rr);                                          \
+    void g729_cor_h_scale(const std::int16_t* H, bool halve, std::int16_t k, std::int16_t* h);              \
+    int g729_first_max8(const std::int16_t* v, int skip);                                                   \
+    int g729_first_max8_scalar(const std::int16_t* v, int skip);                                            \
+    void g729_cor_h_scale_scalar(const std::int16_t* H, bool halve, std::int16_t k, std::int16_t* h);       \
     void g729_first_pair_a(std::int16_t, std::int16_t, const std::int16_t*, const std::int16_t*,              \
                            const std::int16_t*, std::int16_t*, std::int16_t*, std::int16_t*);                \
     void g729_first_pair_a_scalar(std::int16_t, std::int16_t, const std::int16_t*, const std::int16_t*,       \
@@ -472,6 +478,58 @@ void max_abs8_agrees(Fast fast, Slow slow) {
 TEST(G729FcbKernels, RowMagnitudeBoundVectorEqualsScalar) {
     max_abs8_agrees(zeps::u8::g729_max_abs8, zeps::u8::g729_max_abs8_scalar);
     max_abs8_agrees(zeps::n8::g729_max_abs8, zeps::n8::g729_max_abs8_scalar);
+}
+
+/// Cor_h's scaling of the response: every shift 0..15 and the halving on
+/// rows holding both 16-bit extremes and values just either side of each
+/// shift's saturation edge 2^(15 - k).
+template <class Fast, class Slow>
+void scale_agrees(Fast fast, Slow slow) {
+    Rng rng(61);
+    for (int k = -1; k < 16; ++k)
+        for (int rep = 0; rep < 50; ++rep) {
+            V16 H(40), a(40, 0x5a5a), b(40, 0x5a5a);
+            const int edge = k < 0 ? 1 : 1 << (15 - k);
+            for (int i = 0; i < 40; ++i) {
+                const int pick = static_cast<int>(rng.uniform(0, 3));
+                const int v = pick == 0 ? edge - 1 + static_cast<int>(rng.uniform(0, 1)) : pick == 1 ? -edge - 1 + static_cast<int>(rng.uniform(0, 1)) : rng.s16();
+                H[static_cast<std::size_t>(i)] = static_cast<std::int16_t>(std::clamp(v, -32768, 32767));
+            }
+            H[static_cast<std::size_t>(rep % 40)] = -32768;
+            H[static_cast<std::size_t>((rep + 7) % 40)] = 32767;
+            const bool halve = k < 0;
+            const auto sh = static_cast<std::int16_t>(halve ? 0 : k);
+            fast(H.data(), halve, sh, a.data());
+            slow(H.data(), halve, sh, b.data());
+            ASSERT_EQ(a, b) << "k " << k << " rep " << rep;
+        }
+}
+
+/// The first pulse's scan: ties in every arrangement (few distinct values),
+/// 0 and 32767, with each lane skipped or none.
+template <class Fast, class Slow>
+void first_max_agrees(Fast fast, Slow slow) {
+    Rng rng(67);
+    for (int rep = 0; rep < 4000; ++rep) {
+        V16 v(8);
+        for (auto& x : v)
+            x = static_cast<std::int16_t>(rep % 2 ? rng.uniform(0, 2) * 16383 + (rng.uniform(0, 1) ? 1 : 0) : rng.uniform(0, 32767));
+        for (int skip = -1; skip < 8; ++skip) {
+            const int want = slow(v.data(), skip);
+            ASSERT_NE(want, skip);
+            ASSERT_EQ(fast(v.data(), skip), want) << "rep " << rep << " skip " << skip;
+        }
+    }
+}
+
+TEST(G729FcbKernels, FirstPulseScanVectorEqualsScalar) {
+    first_max_agrees(zeps::u8::g729_first_max8, zeps::u8::g729_first_max8_scalar);
+    first_max_agrees(zeps::n8::g729_first_max8, zeps::n8::g729_first_max8_scalar);
+}
+
+TEST(G729FcbKernels, CorHScalingVectorEqualsScalar) {
+    scale_agrees(zeps::u8::g729_cor_h_scale, zeps::u8::g729_cor_h_scale_scalar);
+    scale_agrees(zeps::n8::g729_cor_h_scale, zeps::n8::g729_cor_h_scale_scalar);
 }
 
 TEST(G729FcbKernels, CorHPlainChainsEqualSaturating) {

@@ -187,10 +187,17 @@ TEST(G729LpKernels, FastOperatorsEqualBasicOperators) {
         const auto e1 = r::L_Extract_fast(l), e2 = r::L_Extract(l);
         ASSERT_TRUE(e1.hi == e2.hi && e1.lo == e2.lo);
         ASSERT_EQ(r::L_Comp_fast(a, lo1), r::L_Comp(a, lo1));
+        ASSERT_EQ(r::Div_32_fast(l, a, lo1), r::Div_32(l, a, lo1)) << l << " / " << a << "," << lo1;
         if (a > 0x3fff) {
-            ASSERT_EQ(r::Div_32_fast(l & 0x3fffffff, a, lo1), r::Div_32(l & 0x3fffffff, a, lo1));
+            ASSERT_EQ(r::Div_32_fast(l & 0x7fffffff, a, lo1), r::Div_32(l & 0x7fffffff, a, lo1));
         }
     }
+    // Div_32 at the corners of its domain: the smallest and largest
+    // normalised denominators and numerators 0 .. MAX_32.
+    for (const std::int16_t dh : {16384, 16385, 24575, 32766, 32767})
+        for (const std::int16_t dl : {0, 1, 32766, 32767})
+            for (const std::int32_t num : {0, 1, 0x3fffffff, 0x40000000, 0x7ffffffe, 0x7fffffff})
+                ASSERT_EQ(r::Div_32_fast(num, dh, dl), r::Div_32(num, dh, dl)) << num << " / " << dh << "," << dl;
     // Mpy_32_bounded at the corners of its range (the largest products).
     const std::int16_t ks[] = {-r::kStableK, -r::kStableK + 1, r::kStableK - 1, r::kStableK};
     const std::int16_t his[] = {-32768, -32767, 32766, 32767};
