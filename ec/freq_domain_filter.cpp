@@ -386,11 +386,22 @@ constexpr float kSpecAverage = 2.0f / 8000.0f;  // per sample of the block: bin-
 constexpr float kLeakRate = 2.0f / 8000.0f, kLeakRateMax = 0.5f / 8000.0f;  // leakage smoothing per sample
 constexpr float kMinLeak = 0.005f;
 constexpr float kLeakGain = 7.0f;      // residual-echo share -> step (the normaliser spans all partitions)
-constexpr float kInitialStep = 1.2f;  // step multiplier before the filter has adapted
-constexpr float kAdaptedAfter = 5.0f;  // adapted once the initial steps sum to this many per partition
-constexpr float kInitialMeanShare = 0.07f;  // the normaliser's mean share during the initial steps
+// The initial steps (before the filter has adapted) take the step kInitialStep
+// whenever the caller's step is above 0: the caller's step gates them but does
+// not scale them. The caller's controller lowers its step as its full-band
+// ERLE grows, which in the first talk spurts means that the bins the far end
+// has excited so far are modelled, not that the error is near-end noise; a
+// step scaled down there slows the bins a new sound excites. The leakage step
+// takes over the scaling once adapted. Their normaliser's mean share is 0.03:
+// a far end whose power sits in a few strong bins (a male voice's low
+// harmonics, 20-30 dB above its other bins between syllables) raises the
+// mean so that 0.07 of it floored the other bins' steps to a quarter, while
+// before the filter has adapted their error is echo, not noise.
+constexpr float kInitialStep = 1.3f;
+constexpr float kAdaptedAfter = 5.0f;  // adapted once the caller's steps sum to this many per partition
+constexpr float kInitialMeanShare = 0.03f;  // the normaliser's mean share during the initial steps
 constexpr float kAdaptedMeanShare = 0.25f;  // the normaliser's mean share once adapted
-constexpr float kMaxBinStep = 1.5f;  // a bin's step (caller's step times multiplier) at most this
+constexpr float kMaxBinStep = 1.5f;  // once adapted, a bin's step (caller's step times multiplier) at most this
 
 /// Per-bin step multipliers from the leakage estimate into mu (n floats):
 /// the error power Rf = |E|^2 and the echo estimate's power Yf = |Y|^2 of
@@ -473,8 +484,8 @@ ZepStatus zepsFreqDomainLeakUpdate_EC_32f(int action, Zep32f step, Zep32f delta,
         if (h->adapt > kAdaptedAfter * static_cast<float>(h->partitions)) h->adapted = 1;
     }
     for (int k = 0; k < n; ++k) {  // as normaliser(), with the bin's step in the same pass
-        const float m = initial ? kInitialStep : mu[k] * kLeakGain;
-        const float gk = std::min(kMaxBinStep, step * m) * (1.0f / ((1.0f - share) * S[k] + mean + delta));
+        const float m = initial ? kInitialStep : std::min(kMaxBinStep, step * (mu[k] * kLeakGain));
+        const float gk = m * (1.0f / ((1.0f - share) * S[k] + mean + delta));
         E[2 * k] *= gk;
         E[2 * k + 1] *= gk;
     }

@@ -126,9 +126,27 @@ TEST(FdafLeak, StepZeroKeepsTheCoefficientsAndRestartIsAccepted) {
     EXPECT_EQ(zeps::u8::zepsFreqDomainLeakUpdate_EC_32f(0, 1.0f, INFINITY, copy.p()), zepStsRangeErr);
 }
 
+// The caller's step gates the initial steps (1.3 per bin) but does not scale
+// them: the same coefficients at steps 0.3 and 1.0 over the first 5 blocks
+// (5 of the 20 step units the initial steps last); once adapted it scales
+// the leakage step.
+TEST(FdafLeak, InitialStepsAreGatedNotScaledByTheCallersStep) {
+    FdState low, full;
+    Source a, b;
+    run(low, a, 5, 3.0f, true, 0.3f);
+    run(full, b, 5, 3.0f, true, 1.0f);
+    EXPECT_EQ(residual_db(low, a), residual_db(full, b));
+    run(low, a, 40, 3.0f, true);
+    FdState low2 = low;
+    Source a2 = a;
+    run(low, a, 5, 3.0f, true, 0.3f);
+    run(low2, a2, 5, 3.0f, true, 1.0f);
+    EXPECT_NE(residual_db(low, a), residual_db(low2, a2));
+}
+
 // The proportionate share: on this path (its energy in the first of 4
-// partitions) it converges faster than the equal share over the first 16
-// blocks (the initial steps, at the caller's step 0.625: 0.75 per bin);
+// partitions) it converges faster than the equal share over the first 8
+// blocks (the initial steps, 1.3 per bin);
 // share 0 is the equal share bit for bit; refused shares leave the state
 // alone. The far-end power hold is off (decay 1) so that the shares alone
 // differ.
@@ -146,12 +164,12 @@ TEST(FdafLeak, ProportionateShareConvergesFasterOnAShortPath) {
     std::vector<Zep8u> raw(equal.mem.size(), 0);
     EXPECT_EQ(zeps::u8::zepsFreqDomainFilterSetProp_EC_32f(0.5f, raw.data()), zepStsBadArgErr);
     Source a, b, c;
-    run(equal, a, 16, 3.0f, true, 0.625f);
-    run(prop, b, 16, 3.0f, true, 0.625f);
-    run(zero, c, 16, 3.0f, true, 0.625f);
+    run(equal, a, 8, 3.0f, true);
+    run(prop, b, 8, 3.0f, true);
+    run(zero, c, 8, 3.0f, true);
     const double eq = residual_db(equal, a), pr = residual_db(prop, b);
-    // Measured: equal share -18.9 dB, proportionate -22.0 dB.
-    std::printf("after 16 blocks: equal share %.1f dB, proportionate share 0.5 %.1f dB\n", eq, pr);
+    // Measured: equal share -13.0 dB, proportionate -16.6 dB.
+    std::printf("after 8 blocks: equal share %.1f dB, proportionate share 0.5 %.1f dB\n", eq, pr);
     EXPECT_LT(pr, eq - 2.0);
     EXPECT_EQ(zero.mem, equal.mem);
 }
