@@ -135,7 +135,8 @@ inline void cor_h_x2(const Word16* h, const Word16* x, Word16* dn, Word16 sf, in
     for (int i = 0; i < kLCode; i++) {
         const Word16* xi = xp + i;
         __m128i acc = _mm_madd_epi16(load8(xi), load8(h));
-        for (int m = 8; m < kLCode; m += 8) acc = _mm_add_epi32(acc, _mm_madd_epi16(load8(xi + m), load8(h + m)));
+        // blocks from m = 40 - i on read only the zeros past x[39]
+        for (int m = 8; m < kLCode - i; m += 8) acc = _mm_add_epi32(acc, _mm_madd_epi16(load8(xi + m), load8(h + m)));
         y32[i] = 2 * hsum32(acc);
     }
     Word32 tot = 5;
