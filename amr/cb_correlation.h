@@ -135,7 +135,8 @@ inline void cor_h_x2(const Word16* h, const Word16* x, Word16* dn, Word16 sf, in
     for (int i = 0; i < kLCode; i++) {
         const Word16* xi = xp + i;
         __m128i acc = _mm_madd_epi16(load8(xi), load8(h));
-        for (int m = 8; m < kLCode; m += 8) acc = _mm_add_epi32(acc, _mm_madd_epi16(load8(xi + m), load8(h + m)));
+        // blocks from m = 40 - i on read only the zeros past x[39]
+        for (int m = 8; m < kLCode - i; m += 8) acc = _mm_add_epi32(acc, _mm_madd_epi16(load8(xi + m), load8(h + m)));
         y32[i] = 2 * hsum32(acc);
     }
     Word32 tot = 5;
@@ -299,6 +300,13 @@ inline void cor_h(const Word16* h, const Word16* sign, CorrMatrix& rr) {
     const auto row_end = [flat](int j) { return flat + (kLCode + 1) * j; };
     alignas(16) Word16 sp[8 + kLCode] = {};  // sign[] with 8 zeros before it
     for (int i = 0; i < kLCode; i++) sp[8 + i] = sign[i];
+    // mult(sign[i], sign[j]) for the rows j signed +-32767 (every row of the
+    // searches), formed once: mult8 is exact as neither factor is -32768
+    alignas(16) Word16 by_plus[8 + kLCode] = {}, by_minus[8 + kLCode] = {};
+    for (int i = 0; i < 8 + kLCode; i += 8) {
+        _mm_store_si128(reinterpret_cast<__m128i*>(by_plus + i), mult8(load8(sp + i), _mm_set1_epi16(32767)));
+        _mm_store_si128(reinterpret_cast<__m128i*>(by_minus + i), mult8(load8(sp + i), _mm_set1_epi16(-32767)));
+    }
     __m128i acc[5][2];  // running sums of 8 lags each, biased for round8_biased
     for (auto& a : acc) a[0] = a[1] = _mm_set1_epi32(0x4000);
     const __m128i rev = _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1);
@@ -306,6 +314,7 @@ inline void cor_h(const Word16* h, const Word16* sign, CorrMatrix& rr) {
         const int j = kLCode - 1 - n;
         const __m128i hn = _mm_set1_epi16(h2[n]);
         const __m128i sj = _mm_set1_epi16(sign[j]);
+        const Word16* products = sign[j] == 32767 ? by_plus : sign[j] == -32767 ? by_minus : nullptr;
         const int blocks = j / 8 + 1;  // lags 0..j
         for (int b = 0; b < blocks; b++) {
             const __m128i v = load8(h2 + n + 8 * b);
@@ -314,7 +323,8 @@ inline void cor_h(const Word16* h, const Word16* sign, CorrMatrix& rr) {
             acc[b][1] = _mm_add_epi32(acc[b][1], _mm_unpackhi_epi16(plo, phi));
             // lanes: lag 8b + l at column j - 8b - l; reversed, columns j - 8b - 7 .. j - 8b
             const __m128i r = _mm_shuffle_epi8(round8_biased(acc[b][0], acc[b][1]), rev);
-            const __m128i v_signed = mult8(r, mult8(load8(sp + 8 + j - 8 * b - 7), sj));
+            const int c0 = 8 + j - 8 * b - 7;  // columns j - 8b - 7 .. j - 8b
+            const __m128i v_signed = mult8(r, products != nullptr ? load8(products + c0) : mult8(load8(sp + c0), sj));
             if (b > 0) {
                 _mm_storeu_si128(reinterpret_cast<__m128i*>(row_end(j) - 8 * b - 7), v_signed);
             } else if (j > 0) {  // the diagonal (lane 7) unsigned

@@ -7,8 +7,11 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
+#include <utility>
 
 #include "amr/dec_lpc.h"
+#include "g729/fast_ops.h"
 #include "g729/g729_tables.h"
 #include "g729/lp_kernels.h"
 #include "common/pitch_simd.h"
@@ -72,7 +75,8 @@ inline void autocorr(const Word16* x, const std::int16_t* wind, Word32* r) {
 /// Levinson: order-10 recursion in double precision; when a reflection
 /// coefficient from the second on exceeds 32750 in magnitude the previous
 /// filter old_A is returned and rc[0..3] cleared; otherwise old_A becomes A.
-inline void levinson(Word16* old_A, const Word32* r, Word16* A, Word16* rc) {
+/// Reference operators (the baseline of levinson).
+inline void levinson_scalar(Word16* old_A, const Word32* r, Word16* A, Word16* rc) {
     Word16 Rh[kMp1], Rl[kMp1];
     for (int i = 0; i <= kM; i++) L_Extract(r[i], Rh[i], Rl[i]);
     Word16 Ah[kMp1], Al[kMp1], Anh[kMp1], Anl[kMp1];
@@ -120,6 +124,63 @@ inline void levinson(Word16* old_A, const Word32* r, Word16* A, Word16* rc) {
     }
     A[0] = 4096;
     for (int i = 1; i <= kM; i++) old_A[i] = A[i] = round_fx(L_shl(L_Comp(Ah[i], Al[i]), 1));
+    old_A[0] = 4096;
+}
+
+/// levinson_scalar with the operators of g729/fast_ops.h, each equal to the
+/// reference operator for the operands it meets here: every lo half comes
+/// from L_Extract (0..32767), so Mpy_32_fast and Div_32_fast hold; the
+/// recursion sum is the checked plain sum (the chain where its bound fails);
+/// alp_exp, a sum of norm_l counts, is never negative for L_shl_fast. The
+/// first coefficient is not tested for stability, so its 1 - K^2 takes
+/// Mpy_32_fast; the later ones passed |Kh| <= 32750, so their products take
+/// Mpy_32_bounded, and A[j] + K A[i-j] is the clamped 64-bit sum (L_Comp of
+/// an extracted pair cannot saturate, the L_add clamps). A and the next A
+/// swap buffers instead of being copied.
+inline void levinson(Word16* old_A, const Word32* r, Word16* A, Word16* rc) {
+    Word16 Rh[kMp1], Rl[kMp1];
+    for (int i = 0; i <= kM; i++) L_Extract_fast(r[i], Rh[i], Rl[i]);
+    Word16 bufh[2][kMp1] = {}, bufl[2][kMp1] = {};
+    Word16 *Ah = bufh[0], *Al = bufl[0], *Anh = bufh[1], *Anl = bufl[1];
+    Word16 Kh, Kl, alp_h, alp_l;
+    const Word32 t1 = L_Comp_fast(Rh[1], Rl[1]);
+    Word32 t0 = Div_32_fast(L_abs(t1), Rh[0], Rl[0]);
+    if (t1 > 0) t0 = L_negate(t0);
+    L_Extract_fast(t0, Kh, Kl);
+    rc[0] = round_fx(t0);
+    L_Extract_fast(L_shr(t0, 4), Ah[1], Al[1]);
+    DPF f = L_Extract_fast(L_sub(MAX_32, L_abs(Mpy_32_fast(Kh, Kl, Kh, Kl))));
+    t0 = Mpy_32_fast(Rh[0], Rl[0], f.hi, f.lo);
+    Word16 alp_exp = norm_l_fast(t0);
+    L_Extract_fast(L_shl_fast(t0, alp_exp), alp_h, alp_l);
+    for (int i = 2; i <= kM; i++) {
+        t0 = L_add(L_shl_fast(levinson_recursion_sum(Rh, Rl, Ah, Al, i), 4), L_Comp_fast(Rh[i], Rl[i]));
+        Word32 t2 = Div_32_fast(L_abs(t0), alp_h, alp_l);
+        if (t0 > 0) t2 = L_negate(t2);
+        t2 = L_shl_fast(t2, alp_exp);
+        L_Extract_fast(t2, Kh, Kl);
+        if (i < 5) rc[i - 1] = round_fx(t2);
+        if (abs_s(Kh) > kStableK) {
+            for (int j = 0; j <= kM; j++) A[j] = old_A[j];
+            for (int j = 0; j < 4; j++) rc[j] = 0;
+            return;
+        }
+        for (int j = 1; j < i; j++) {
+            const std::int64_t s = std::int64_t{Mpy_32_bounded(Kh, Kl, Ah[i - j], Al[i - j])} +
+                                   std::int64_t{Ah[j]} * 65536 + 2 * Al[j];
+            L_Extract_fast(s > MAX_32 ? MAX_32 : (s < MIN_32 ? MIN_32 : static_cast<Word32>(s)), Anh[j], Anl[j]);
+        }
+        L_Extract_fast(L_shr(t2, 4), Anh[i], Anl[i]);
+        f = L_Extract_fast(L_sub(MAX_32, L_abs(Mpy_32_bounded(Kh, Kl, Kh, Kl))));
+        t0 = Mpy_32_fast(alp_h, alp_l, f.hi, f.lo);
+        const Word16 n = norm_l_fast(t0);
+        L_Extract_fast(L_shl_fast(t0, n), alp_h, alp_l);
+        alp_exp = add(alp_exp, n);
+        std::swap(Ah, Anh);
+        std::swap(Al, Anl);
+    }
+    A[0] = 4096;
+    for (int i = 1; i <= kM; i++) old_A[i] = A[i] = round_fx(L_shl_fast(L_Comp_fast(Ah[i], Al[i]), 1));
     old_A[0] = 4096;
 }
 

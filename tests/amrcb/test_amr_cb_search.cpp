@@ -89,6 +89,9 @@ TEST(AmrCbSearch, VectorCorrelationsEqualReferenceLoops) {
         const V16 x = levelled(rng, 40);
         V16 sign(40);
         for (auto& s : sign) s = rng.chance(2) ? 32767 : -32767;
+        if (round % 8 == 0)  // rows of other signs take the per-block products
+            for (auto& s : sign)
+                if (rng.chance(3)) s = static_cast<std::int16_t>(rng.uniform(-32767, 32767));
         // the scaling of cor_h also on sparse responses (one to three values:
         // small energies, where the inverse square root saturates) and full scale
         V16 hs(40, 0);

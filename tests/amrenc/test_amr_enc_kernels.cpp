@@ -124,6 +124,55 @@ TEST(AmrEncKernels, AutocorrEqualsReferenceLoop) {
     }
 }
 
+// Levinson on the autocorrelations of speech-like, square-wave and
+// full-scale frames, of low-pass noise, and on arbitrary lags beside a
+// normalised r[0] (unstable filters, saturating recursion sums); outputs
+// canary-filled, the previous filter alike in both.
+TEST(AmrEncKernels, LevinsonEqualsReferenceRecursion) {
+    Rng rng(1010);
+    int unstable = 0;
+    for (int round = 0; round < 3000; ++round) {
+        Word32 r[11];
+        if (round % 2 == 0) {
+            V16 x = levelled(rng, 240);
+            if (round % 6 == 2) {
+                const auto period = static_cast<std::size_t>(rng.uniform(2, 40));
+                for (std::size_t i = 0; i < 240; ++i) x[i] = static_cast<std::int16_t>((i / period) % 2 ? 20000 : -20000);
+            }
+            e::autocorr(x.data(), zeps::amr_enc_tab::window_160_80, r);
+        } else if (round % 4 == 1) {
+            // noise through ten poles at rho: near-singular lags, unstable from the second to the eighth order
+            const double rho = static_cast<double>(rng.uniform(30, 90)) / 100.0;
+            std::vector<double> x(2000), y(11, 0.0);
+            double st[10] = {};
+            for (auto& v : x) {
+                double u = static_cast<double>(rng.uniform(-1000, 1000));
+                for (double& m : st) u = m = u + rho * m;
+                v = u;
+            }
+            for (int i = 0; i < 11; ++i)
+                for (std::size_t n = static_cast<std::size_t>(i); n < x.size(); ++n) y[static_cast<std::size_t>(i)] += x[n] * x[n - static_cast<std::size_t>(i)];
+            for (int i = 0; i < 11; ++i) r[i] = static_cast<Word32>(y[static_cast<std::size_t>(i)] / y[0] * 2147483000.0);
+        } else {
+            r[0] = static_cast<Word32>(rng.uniform(1 << 30, MAX_32));
+            for (int i = 1; i < 11; ++i)
+                r[i] = rng.chance(3) ? rng.s32() : static_cast<Word32>(rng.uniform(-r[0], r[0]));
+        }
+        std::int16_t oa[11], ob[11], aa[11], ab[11], ka[4], kb[4];
+        for (int i = 0; i < 11; ++i) oa[i] = ob[i] = rng.s16();
+        std::fill(aa, aa + 11, 0x5a5a);
+        std::fill(ab, ab + 11, 0x5a5a);
+        std::fill(ka, ka + 4, 0x5a5a);
+        std::fill(kb, kb + 4, 0x5a5a);
+        e::levinson(oa, r, aa, ka);
+        e::levinson_scalar(ob, r, ab, kb);
+        for (int i = 0; i < 11; ++i) ASSERT_TRUE(aa[i] == ab[i] && oa[i] == ob[i]) << "round " << round << " " << i;
+        for (int i = 0; i < 4; ++i) ASSERT_EQ(ka[i], kb[i]) << "rc round " << round;
+        unstable += kb[0] == 0 && kb[1] == 0 && kb[2] == 0 && kb[3] == 0;
+    }
+    EXPECT_GT(unstable, 100);
+}
+
 TEST(AmrEncKernels, AzLspEqualsReferenceRoutine) {
     Rng rng(15);
     static const int kLevels[] = {500, 2000, 4000, 8000, 16000, 32767};
