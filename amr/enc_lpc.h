@@ -11,10 +11,10 @@
 #include <utility>
 
 #include "amr/dec_lpc.h"
-#include "g729/fast_ops.h"
+#include "common/fast_ops.h"
+#include "common/pitch_simd.h"
 #include "g729/g729_tables.h"
 #include "g729/lp_kernels.h"
-#include "common/pitch_simd.h"
 
 ZEPS_BEGIN_VARIANT
 namespace amr_enc {
@@ -127,7 +127,7 @@ inline void levinson_scalar(Word16* old_A, const Word32* r, Word16* A, Word16* r
     old_A[0] = 4096;
 }
 
-/// levinson_scalar with the operators of g729/fast_ops.h, each equal to the
+/// levinson_scalar with the operators of common/fast_ops.h, each equal to the
 /// reference operator for the operands it meets here: every lo half comes
 /// from L_Extract (0..32767), so Mpy_32_fast and Div_32_fast hold; the
 /// recursion sum is the checked plain sum (the chain where its bound fails);

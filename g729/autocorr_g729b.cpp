@@ -11,7 +11,7 @@
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
-#include "g729/fast_ops.h"
+#include "common/fast_ops.h"
 #include "g729/g729_tables.h"
 #include "g729/lp_kernels.h"
 

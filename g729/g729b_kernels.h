@@ -6,8 +6,8 @@
 #pragma once
 
 #include "common/basic_op.h"
+#include "common/fast_ops.h"
 #include "common/fixed_math.h"
-#include "g729/fast_ops.h"
 
 ZEPS_BEGIN_VARIANT
 

@@ -11,8 +11,8 @@
 #pragma once
 
 #include "common/basic_op.h"
+#include "common/fast_ops.h"
 #include "g729/codec_kernels.h"
-#include "g729/fast_ops.h"
 #include "g729/gain_kernels.h"
 #include "g729/gain_lanes.h"
 

@@ -14,7 +14,7 @@
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
-#include "g729/fast_ops.h"
+#include "common/fast_ops.h"
 
 ZEPS_BEGIN_VARIANT
 namespace {

@@ -8,7 +8,7 @@
 #include <cstdint>
 
 #include "common/basic_op.h"
-#include "g729/fast_ops.h"
+#include "common/fast_ops.h"
 #include "g729/g729_tables.h"
 
 ZEPS_BEGIN_VARIANT

@@ -7,7 +7,7 @@
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
-#include "g729/fast_ops.h"
+#include "common/fast_ops.h"
 #include "g729/lsf_codebook.h"
 #include "g729/lsf_lsp.h"
 #include "g729/lsf_search.h"

@@ -10,8 +10,8 @@
 #include "common/args.h"
 #include "common/basic_op.h"
 #include "common/exports.h"
+#include "common/fast_ops.h"
 #include "common/fixed_math.h"
-#include "g729/fast_ops.h"
 #include "g729/g729b_kernels.h"
 
 ZEPS_BEGIN_VARIANT

@@ -12,9 +12,9 @@
 
 #include "common/args.h"
 #include "common/exports.h"
-#include "g729/codec_kernels.h"
-#include "g729/fast_ops.h"
+#include "common/fast_ops.h"
 #include "common/pitch_simd.h"
+#include "g729/codec_kernels.h"
 #include "g729/post_filter_simd.h"
 
 ZEPS_BEGIN_VARIANT

@@ -161,7 +161,7 @@ TEST(G729LpKernels, BatchedChebyshevEqualsChebps) {
 
 }  // namespace
 
-#include "g729/fast_ops.h"
+#include "common/fast_ops.h"
 
 namespace {
 namespace r = zeps::ref;

@@ -1,8 +1,9 @@
 /* SPDX-License-Identifier: BSD-3-Clause */
 // Faster forms of ITU basic operators used in the inner loops of the G.729
-// LP stages. Each returns exactly what the operator of common/basic_op.h
-// returns, for every input: plain 64-bit arithmetic where no intermediate
-// can leave the 32-bit range, the operator itself where one does.
+// and GSM-AMR LP stages. Each returns exactly what the operator of
+// common/basic_op.h returns, for every input: plain 64-bit arithmetic where
+// no intermediate can leave the 32-bit range, the operator itself where one
+// does.
 #pragma once
 
 #include <cstdint>
