@@ -165,12 +165,7 @@ inline void levinson(Word16* old_A, const Word32* r, Word16* A, Word16* rc) {
             for (int j = 0; j < 4; j++) rc[j] = 0;
             return;
         }
-        for (int j = 1; j < i; j++) {
-            const std::int64_t s = std::int64_t{Mpy_32_bounded(Kh, Kl, Ah[i - j], Al[i - j])} +
-                                   std::int64_t{Ah[j]} * 65536 + 2 * Al[j];
-            L_Extract_fast(s > MAX_32 ? MAX_32 : (s < MIN_32 ? MIN_32 : static_cast<Word32>(s)), Anh[j], Anl[j]);
-        }
-        L_Extract_fast(L_shr(t2, 4), Anh[i], Anl[i]);
+        levinson_next_coefficients(Kh, Kl, t2, Ah, Al, Anh, Anl, i);
         f = L_Extract_fast(L_sub(MAX_32, L_abs(Mpy_32_bounded(Kh, Kl, Kh, Kl))));
         t0 = Mpy_32_fast(alp_h, alp_l, f.hi, f.lo);
         const Word16 n = norm_l_fast(t0);

@@ -152,4 +152,19 @@ inline Word32 levinson_recursion_sum(const Word16* Rh, const Word16* Rl, const W
     return levinson_recursion_sum_chain(Rh, Rl, Ah, Al, i);
 }
 
+/// The Levinson-Durbin order-i coefficients from those of order i-1
+/// (G.729 3.2.2), as hi/lo pairs: An[j] = L_add(Mpy_32(K, A[i-j]),
+/// L_Comp(A[j])) for j = 1..i-1 and An[i] = K >> 4. L_Comp of a hi/lo pair
+/// never saturates, nor does Mpy_32 with a K that passed the stability test
+/// (Mpy_32_bounded); only the L_add may.
+inline void levinson_next_coefficients(Word16 Kh, Word16 Kl, Word32 K, const Word16* Ah, const Word16* Al,
+                                       Word16* Anh, Word16* Anl, int i) {
+    for (int j = 1; j < i; ++j) {
+        const std::int64_t s = std::int64_t{Mpy_32_bounded(Kh, Kl, Ah[i - j], Al[i - j])} +
+                               std::int64_t{Ah[j]} * 65536 + 2 * Al[j];
+        L_Extract_fast(s > MAX_32 ? MAX_32 : (s < MIN_32 ? MIN_32 : static_cast<Word32>(s)), Anh[j], Anl[j]);
+    }
+    L_Extract_fast(L_shr(K, 4), Anh[i], Anl[i]);
+}
+
 ZEPS_END_VARIANT

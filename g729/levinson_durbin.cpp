@@ -55,15 +55,7 @@ bool levinson(const Zep32s* r, int order, Zep16s* lpc, Zep16s* rc, int rcCount, 
         L_Extract_fast(t2, Kh, Kl);
         if (abs_s(Kh) > kStableK) return false;
         k_out[i - 1] = Kh;
-        // A[j] + K A[i-j]: L_Comp of a hi/lo pair never saturates, nor does
-        // Mpy_32 with the bounded K; only the L_add may.
-        for (int j = 1; j < i; ++j) {
-            const std::int64_t s = std::int64_t{Mpy_32_bounded(Kh, Kl, Ah[i - j], Al[i - j])} +
-                                   std::int64_t{Ah[j]} * 65536 + 2 * Al[j];
-            t0 = s > MAX_32 ? MAX_32 : (s < MIN_32 ? MIN_32 : static_cast<Word32>(s));
-            L_Extract_fast(t0, Anh[j], Anl[j]);
-        }
-        L_Extract_fast(L_shr(t2, 4), Anh[i], Anl[i]);
+        levinson_next_coefficients(Kh, Kl, t2, Ah, Al, Anh, Anl, i);
         f = one_minus_square(Kh, Kl);
         t0 = Mpy_32_fast(alp_h, alp_l, f.hi, f.lo);
         const Word16 n = norm_l_fast(t0);
