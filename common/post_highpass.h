@@ -66,7 +66,8 @@ constexpr bool exact_for(const Taps& c) {
 /// form; exact in 32 bits under exact_for.
 inline void input_part_scalar(const Word16* x, std::int32_t* f, int n, const Taps& c) {
     for (int i = 0; i < n; i++)
-        f[i] = 2 * (c.b0 * std::int32_t{x[i]} + c.b1 * std::int32_t{x[i - 1]} + c.b2 * std::int32_t{x[i - 2]});
+        f[i] = 2 * (c.b0 * static_cast<std::int32_t>(x[i]) + c.b1 * static_cast<std::int32_t>(x[i - 1]) +
+                    c.b2 * static_cast<std::int32_t>(x[i - 2]));
 }
 
 /// input_part_scalar eight samples at a time: (x[i], x[i-1]) against

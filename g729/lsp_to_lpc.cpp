@@ -39,6 +39,10 @@ void get_lsp_pol_chain(const Word16* lsp, Word32* f) {
 /// for negative v, so the OR of them all stays below 2^30 exactly when
 /// every value lies in [-2^30, 2^30). Returns false when a value left that
 /// range (f then undefined).
+/// v for v >= 0, ~v = -v - 1 otherwise: at most 2^30 - 1 exactly when v
+/// lies in [-2^30, 2^30).
+inline std::int64_t magnitude_bits(std::int64_t v) { return v < 0 ? ~v : v; }
+
 bool get_lsp_pol_plain(const Word16* lsp, Word32* f) {
     std::int64_t g[6] = {std::int64_t{1} << 24, -1024 * std::int64_t{lsp[0]}, 0, 0, 0, 0};
     std::int64_t mag = 0;
@@ -51,7 +55,7 @@ bool get_lsp_pol_plain(const Word16* lsp, Word32* f) {
         for (int j = i; j > 1; --j) {
             const std::int64_t t0 = 4 * (((g[j - 1] >> 1) * l) >> 15);
             g[j] = g[j] + g[j - 2] - t0;
-            mag |= (t0 ^ (t0 >> 63)) | (g[j] ^ (g[j] >> 63));
+            mag |= magnitude_bits(t0) | magnitude_bits(g[j]);
         }
         g[1] -= 1024 * l;
     }
