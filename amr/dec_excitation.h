@@ -429,10 +429,10 @@ inline Word32 syn_filt_chain(const Word16* a, Word16 x, const Word16* yy, Flag& 
 /// update != 0); returns true when a basic operation saturated (the
 /// reference's Overflow). The arithmetic is G.729's Syn_filt to the bit, so
 /// the order-10 kernel shared with it runs here: plain sums while 2 sum|a|
-/// max|value| stays within 31 bits (with SSSE3 in blocks of ten samples,
-/// sample pairs almost wholly in lanes, the bound checked once a block), the
-/// saturating chain otherwise.
-/// y may be x, and mem may lie inside y (read before anything is written).
+/// max|value| stays within 31 bits (with SSSE3 in blocks of ten samples, the
+/// seven oldest products of a sample pair in one pmaddwd), the saturating
+/// chain otherwise. y may be x, and mem may lie inside y (read before
+/// anything is written).
 inline bool syn_filt(const Word16* a, const Word16* x, Word16* y, int lg, Word16* mem, bool update) {
     const bool ovf = syn10::syn_filt(a, x, y, lg, mem);
     if (update)

@@ -5,9 +5,9 @@
 // L_mult / L_msu chain, L_shl by 3 and rounding.
 //
 // While 2 * sum|a| * max|value so far| stays within 31 bits the chain is a
-// plain 32-bit sum. With SSSE3 blocks of ten samples run in pairs almost
-// wholly in lanes while that bound holds (checked once a block); the scalar
-// form, syn_filt_scalar, is kept and held equal by the tests.
+// plain 32-bit sum. With SSSE3 blocks of ten samples run with the seven
+// oldest products in one pmaddwd while that bound holds; the scalar form,
+// syn_filt_scalar, is kept and held equal by the tests.
 #pragma once
 
 #include <algorithm>
@@ -149,206 +149,131 @@ inline bool syn_filt_scalar(const Word16* a, const Word16* x, Word16* y, int lg,
 }
 
 #if defined(__SSSE3__)
-/// The lane form. A block of ten samples y[b..b+9] runs in pairs (k, k+1),
-/// k even, with A = y[k-8..k-1] in the eight lanes (oldest first):
-///   sample k:   taps 1..8 on A (coefficients [a8..a1]);
-///   sample k+1: taps 2..9 on A ([a9..a2]), and tap 1 on y[k], the pair's
-///               cross term, in one scalar multiply.
-/// The rest meets values known before the block (the inputs' products
-/// a0 x, taps 9 and 10 of sample k and tap 10 of sample k+1 on the ten
-/// older outputs): four pmaddwd pairs give them for the whole block. A pair
-/// then costs two pmaddwd, two horizontal adds, one subtraction, one
-/// multiply and the outputs' shifts and saturation tests; A moves on by a
-/// pshufd and two inserts, the history never stored and reloaded, the
-/// outputs stored once a block from A.
-///
-/// No lane can wrap while the block keeps the plain bound, 2 sum|a| max|v|
-/// <= MAX_32: with sum|a| <= 32767 no coefficient is -32768, and otherwise
-/// every value is within limit < 32768, so no pmaddwd pair is (-32768)^2;
-/// every pair, partial and whole sum (+ 0x800) is within sum|a| max|v| +
-/// 0x800 < 2^31. A block past the bound (tracked when sum|a| > 32767) may
-/// wrap (lanes and the scalar parts, taken mod 2^32, are defined) and is
-/// discarded before anything is written.
-struct SynLaneCoefs {
-    __m128i newer_even;  // [a8..a1]
-    __m128i newer_odd;   // [a9..a2]
-    __m128i x_even;      // [a0, 0] in each lane pair
-    __m128i x_odd;       // [0, a0]
-    __m128i old_even;    // [a10, a9]
-    __m128i old_odd;     // [0, a10]
-    std::uint32_t a1;
+/// The state of the lane form before an even sample i: y[i-3..i-10] in
+/// lanes 0..7 of w (lane k holds y[i-3-k]), y[i-1..i-3] in scalars. The
+/// samples go in pairs: the seven oldest products of both (taps 4..10) come
+/// from w alone, one pmaddwd each and one shared horizontal sum; three
+/// scalar taps leave the lane path (insert, pmaddwd, horizontal sum) three
+/// samples to deliver its part, so the recursion waits only on the newest
+/// product.
+struct SynLanes {
+    __m128i w;
+    std::int64_t y1, y2, y3;
 };
 
-inline __m128i syn_lane_pairs(Word16 lo, Word16 hi) {
-    return _mm_set1_epi32(static_cast<int>(static_cast<std::uint32_t>(static_cast<std::uint16_t>(lo)) |
-                                           static_cast<std::uint32_t>(static_cast<std::uint16_t>(hi)) << 16));
-}
-
-inline SynLaneCoefs syn_lane_coefs(const Word16* a) {
+/// The lane state before sample i from prev = y[i-10..i-1] (oldest first).
+inline SynLanes syn_lanes_from(const Word16* prev) {
     const __m128i rev = _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1);
-    return {_mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(a + 1)), rev),
-            _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(a + 2)), rev),
-            syn_lane_pairs(a[0], 0),
-            syn_lane_pairs(0, a[0]),
-            syn_lane_pairs(a[10], a[9]),
-            syn_lane_pairs(0, a[10]),
-            static_cast<std::uint32_t>(a[1])};
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(prev));
+    return {_mm_shuffle_epi8(v, rev), prev[kOrder - 1], prev[kOrder - 2], prev[kOrder - 3]};
 }
 
-/// Two Word16 at p in lanes 0 and 1, the other lanes zero.
-inline __m128i syn_load2(const Word16* p) {
-    std::int32_t v;
-    std::memcpy(&v, p, sizeof v);
-    return _mm_cvtsi32_si128(v);
+/// a[4..10] in lanes 0..6, lane 7 zero: the odd sample's coefficients
+/// (lane k meets y[(i+1)-4-k]).
+inline __m128i syn_lane_coefficients(const Word16* a) {
+    return _mm_srli_si128(_mm_loadu_si128(reinterpret_cast<const __m128i*>(a + 3)), 2);
 }
 
-inline void syn_store2(Word16* p, __m128i v) {
-    const std::int32_t w = _mm_cvtsi128_si32(v);
-    std::memcpy(p, &w, sizeof w);
-}
-
-/// round(L_shl(2 acc, 3)) from t = acc + 0x800 of the plain sum acc
-/// (taken mod 2^32): t >> 12 unless the shift or the rounding saturates
-/// (acc outside [-2^27, 0x07fff7ff]), where the output is the clamp and
-/// ovf is set.
-[[gnu::always_inline]] inline std::int32_t syn_round_out(std::uint32_t t, bool& ovf) {
-    std::int32_t o = static_cast<std::int32_t>(t) >> 12;
-    if (t + 0x07fff800u > 0x0ffff7ffu) [[unlikely]] {
+/// One sample on the plain sum given lanes = sum_{j>=4} c_j y[i-j]:
+/// c0 x + 0x800 - lanes - c3 y[i-3] - c2 y[i-2] - c1 y[i-1], the newest
+/// product last; then round(L_shl(2 acc, 3)) = (acc + 0x800) >> 12 unless
+/// L_shl or the rounding saturates (acc outside [-2^27, 0x07fff7ff]), so
+/// the recursion waits on one multiply, a subtraction and a shift a sample.
+/// Returns |output|. The products and sums are exact whenever the block's
+/// values keep the plain bound (checked by the caller, which discards the
+/// block otherwise; a wrapped lane sum is then only discarded).
+template <int K>
+[[gnu::always_inline]] inline std::int64_t syn_out_lanes(const std::int64_t* c, std::int32_t lanes, const Word16* x,
+                                                         Word16* out, SynLanes& s, bool& ovf) {
+    const std::int64_t older = c[0] * x[K] + 0x800 - lanes - c[3] * s.y3 - c[2] * s.y2;
+    const std::int64_t t = older - c[1] * s.y1;  // acc + 0x800
+    std::int64_t o = t >> 12;
+    if (t < -0x07fff800 || t > 0x07ffffff) [[unlikely]] {
         ovf = true;
-        o = static_cast<std::int32_t>(t) > 0x800 ? MAX_16 : MIN_16;
+        o = t > 0 ? MAX_16 : MIN_16;
     }
-    // Either way a Word16: no sign extension before the multiply or insert.
-    if (o < MIN_16 || o > MAX_16) __builtin_unreachable();
-    return o;
+    s.y3 = s.y2;
+    s.y2 = s.y1;
+    s.y1 = o;
+    out[K] = static_cast<Word16>(o);
+    return o < 0 ? -o : o;
 }
 
-/// Samples k and k+1 with per = [a0 x[k] + 0x800 - older taps of k, the
-/// same of k+1] in lanes 0 and 1; A moves on two outputs.
-[[gnu::always_inline]] inline void syn_pair_lanes(const SynLaneCoefs& c, __m128i per, __m128i& A, bool& ovf) {
-    const __m128i next = _mm_shuffle_epi32(A, 0xf9);  // lanes 2..7 down by two
-    const __m128i h = _mm_hadd_epi32(_mm_madd_epi16(A, c.newer_even), _mm_madd_epi16(A, c.newer_odd));
-    const __m128i t = _mm_sub_epi32(per, _mm_hadd_epi32(h, h));
-    std::uint64_t both = 0;
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(&both), t);
-    const std::int32_t even = syn_round_out(static_cast<std::uint32_t>(both), ovf);
-    const std::int32_t odd =
-        syn_round_out(static_cast<std::uint32_t>(both >> 32) - c.a1 * static_cast<std::uint32_t>(even), ovf);
-    A = _mm_insert_epi16(_mm_insert_epi16(next, even, 6), odd, 7);
+/// Samples K and K+1 (K even): both lane sums from w (the even sample's
+/// coefficients are the odd one's moved up a lane, lane 0 meeting zero),
+/// then the two outputs; w moves on two lanes.
+template <int K>
+[[gnu::always_inline]] inline std::int64_t syn_pair_lanes(const std::int64_t* c, __m128i cv_odd, __m128i cv_even,
+                                                          const Word16* x, Word16* out, SynLanes& s, bool& ovf) {
+    __m128i h = _mm_hadd_epi32(_mm_madd_epi16(s.w, cv_even), _mm_madd_epi16(s.w, cv_odd));
+    h = _mm_add_epi32(h, _mm_shuffle_epi32(h, 0xb1));
+    const std::int32_t even = _mm_cvtsi128_si32(h), odd = _mm_cvtsi128_si32(_mm_srli_si128(h, 8));
+    const std::int64_t y1 = s.y1, y2 = s.y2;
+    const std::int64_t m0 = syn_out_lanes<K>(c, even, x, out, s, ovf);
+    const std::int64_t m1 = syn_out_lanes<K + 1>(c, odd, x, out, s, ovf);
+    s.w = _mm_insert_epi16(_mm_insert_epi16(_mm_slli_si128(s.w, 4), static_cast<int>(y1), 0), static_cast<int>(y2), 1);
+    return std::max(m0, m1);
 }
 
-/// Nonzero lanes where |v| > lim (lanes as unsigned: |-32768| is 32768).
-inline __m128i syn_over(__m128i v, __m128i lim) { return _mm_subs_epu16(_mm_abs_epi16(v), lim); }
+/// Ten samples (five pairs) on the plain sum; returns the largest |output| when kTrack.
+template <bool kTrack, std::size_t... P>
+[[gnu::always_inline]] inline std::int64_t syn_block10_lanes(const std::int64_t* c, __m128i cv_odd, __m128i cv_even,
+                                                             const Word16* x, Word16* out, SynLanes& s, bool& ovf,
+                                                             std::index_sequence<P...>) {
+    std::int64_t m = 0;
+    if constexpr (kTrack)
+        ((m = std::max(m, syn_pair_lanes<2 * static_cast<int>(P)>(c, cv_odd, cv_even, x, out, s, ovf))), ...);
+    else
+        (syn_pair_lanes<2 * static_cast<int>(P)>(c, cv_odd, cv_even, x, out, s, ovf), ...);
+    return m;
+}
 
-/// One block of ten samples on the plain sum; p0, p8 hold the ten older
-/// outputs (y[b-10..b-3] in p0's lanes, y[b-2], y[b-1] in p8's lanes 0, 1)
-/// and move on to the block's. When kTrack, the block stands only when its
-/// inputs and outputs keep the plain bound (|v| <= lim; the older outputs
-/// kept it already): otherwise false is returned with nothing written and
-/// p0, p8 untouched. The outputs stay in lanes until the two stores.
+/// Whole blocks of ten samples in the lane form while every value (memory,
+/// inputs, outputs) keeps the plain bound; a block that breaks it is
+/// discarded (nothing written: y may be x) and the count of samples done
+/// returned. prev holds the ten newest outputs (oldest first) on return.
 template <bool kTrack>
-[[gnu::always_inline]] inline bool syn_block_lanes(const SynLaneCoefs& c, __m128i lim, const Word16* x, Word16* y,
-                                                   __m128i& p0, __m128i& p8, bool& ovf) {
-    const __m128i x0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(x)), x8 = syn_load2(x + 8);
-    auto terms = [&](__m128i xv, __m128i pv, __m128i xc, __m128i oc) {
-        return _mm_sub_epi32(_mm_madd_epi16(xv, xc), _mm_madd_epi16(pv, oc));
-    };
-    const __m128i e0 = terms(x0, p0, c.x_even, c.old_even), o0 = terms(x0, p0, c.x_odd, c.old_odd);
-    const __m128i e8 = terms(x8, p8, c.x_even, c.old_even), o8 = terms(x8, p8, c.x_odd, c.old_odd);
-    const __m128i round = _mm_set1_epi32(0x800);
-    const __m128i q0 = _mm_add_epi32(_mm_unpacklo_epi32(e0, o0), round);
-    const __m128i q4 = _mm_add_epi32(_mm_unpackhi_epi32(e0, o0), round);
-    const __m128i q8 = _mm_add_epi32(_mm_unpacklo_epi32(e8, o8), round);
-    const __m128i q2 = _mm_shuffle_epi32(q0, 0xee), q6 = _mm_shuffle_epi32(q4, 0xee);
-    bool block_ovf = false;
-    bool& f = kTrack ? block_ovf : ovf;
-    __m128i A = _mm_alignr_epi8(p8, p0, 4);
-    syn_pair_lanes(c, q0, A, f);
-    const __m128i A1 = A;
-    syn_pair_lanes(c, q2, A, f);
-    syn_pair_lanes(c, q4, A, f);
-    syn_pair_lanes(c, q6, A, f);
-    const __m128i A3 = A;
-    syn_pair_lanes(c, q8, A, f);
-    if constexpr (kTrack) {
-        const __m128i over = _mm_or_si128(_mm_or_si128(syn_over(x0, lim), syn_over(x8, lim)),
-                                          _mm_or_si128(syn_over(A1, lim), syn_over(A, lim)));
-        if (_mm_movemask_epi8(_mm_cmpeq_epi16(over, _mm_setzero_si128())) != 0xffff) [[unlikely]]
-            return false;
-        ovf = ovf || block_ovf;
-    }
-    p0 = A3;
-    p8 = _mm_srli_si128(A, 12);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(y), p0);
-    syn_store2(y + 8, p8);
-    return true;
-}
-
-/// Whole blocks of ten samples in the lane form (while the values keep the
-/// plain bound when kTrack); returns the count of samples done, the ten
-/// outputs before that sample (mem at 0) in ps.
-template <bool kTrack>
-inline int syn_blocks_lanes(const Word16* a, std::int64_t limit, const Word16* x, Word16* y, int lg,
-                            const Word16* mem, Word16* ps, bool& ovf) {
-    const SynLaneCoefs c = syn_lane_coefs(a);
-    const __m128i lim = _mm_set1_epi16(static_cast<short>(kTrack ? limit : 0));
-    __m128i p0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(mem)), p8 = syn_load2(mem + 8);
+inline int syn_blocks_lanes(const Word16* a, SynBound& b, const Word16* x, Word16* y, int lg, Word16* prev,
+                            bool& ovf) {
+    const std::int64_t c[4] = {a[0], a[1], a[2], a[3]};
+    const __m128i cv = syn_lane_coefficients(a), cv_even = _mm_slli_si128(cv, 2);
+    SynLanes s = syn_lanes_from(prev);
     int i = 0;
-    for (; i + kOrder <= lg; i += kOrder)
-        if (!syn_block_lanes<kTrack>(c, lim, x + i, y + i, p0, p8, ovf)) [[unlikely]]
-            break;
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(ps), p0);
-    syn_store2(ps + 8, p8);
+    for (; i + kOrder <= lg; i += kOrder) {
+        std::int64_t xm = 0;
+        if constexpr (kTrack) {
+            for (int k = 0; k < kOrder; ++k)
+                xm = std::max<std::int64_t>(xm, x[i + k] < 0 ? -std::int64_t{x[i + k]} : x[i + k]);
+            if (std::max(b.peak, xm) > b.limit) break;
+        }
+        Word16 out[kOrder];
+        bool block_ovf = false;
+        const std::int64_t m =
+            syn_block10_lanes<kTrack>(c, cv, cv_even, x + i, out, s, block_ovf, std::make_index_sequence<kOrder / 2>{});
+        if constexpr (kTrack) {
+            if (m > b.limit) break;
+            b.peak = std::max(b.peak, std::max(m, xm));
+        }
+        ovf = ovf || block_ovf;
+        std::memcpy(y + i, out, sizeof out);
+        std::memcpy(prev, out, sizeof out);
+    }
     return i;
 }
 
-/// sum |a_j| over the 11 coefficients, in lanes: |a| as unsigned lanes
-/// (pabsw leaves 0x8000 for -32768), moved down by 32768 into pmaddwd's
-/// signed range and the 16 lanes' 16 * 32768 added back.
-inline std::int64_t syn_sum_abs(const Word16* a) {
-    const __m128i bias = _mm_set1_epi16(static_cast<short>(0x8000)), ones = _mm_set1_epi16(1);
-    const __m128i lo = _mm_abs_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(a)));  // a0..a7
-    const __m128i hi = _mm_srli_si128(_mm_abs_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(a + 3))), 10);
-    __m128i s = _mm_add_epi32(_mm_madd_epi16(_mm_xor_si128(lo, bias), ones),
-                              _mm_madd_epi16(_mm_xor_si128(hi, bias), ones));
-    s = _mm_hadd_epi32(s, s);
-    s = _mm_hadd_epi32(s, s);
-    return std::int64_t{_mm_cvtsi128_si32(s)} + 16 * 32768;
-}
-
 /// Syn_filt in the lane form: the same outputs and overflow report as
-/// syn_filt_scalar. Whole blocks go in lanes while the plain bound holds
-/// (checked once a block); from a block that breaks it, and for the last
-/// lg % 10 samples, the scalar per-sample path runs.
+/// syn_filt_scalar; blocks past the plain bound and the last lg % 10
+/// samples take the scalar per-sample path.
 inline bool syn_filt_lanes(const Word16* a, const Word16* x, Word16* y, int lg, const Word16* mem) {
-    // The bound of syn_bound: limit >= 32768 (always plain) exactly when
-    // sum |a| <= 32767, so the division is needed only otherwise.
-    const std::int64_t sum_a = syn_sum_abs(a);
-    const bool always_plain = sum_a <= 32767;
-    const std::int64_t limit = always_plain ? std::int64_t{32768} : MAX_32 / (2 * sum_a);
-    Word16 ps[kOrder] = {};
-    bool lane_ovf = false;
-    int i = 0;
-    if (always_plain) {
-        i = syn_blocks_lanes<false>(a, limit, x, y, lg, mem, ps, lane_ovf);
-    } else {
-        const __m128i lim = _mm_set1_epi16(static_cast<short>(limit));
-        const __m128i over = _mm_or_si128(syn_over(_mm_loadu_si128(reinterpret_cast<const __m128i*>(mem)), lim),
-                                          syn_over(_mm_loadu_si128(reinterpret_cast<const __m128i*>(mem + 2)), lim));
-        if (_mm_movemask_epi8(_mm_cmpeq_epi16(over, _mm_setzero_si128())) != 0xffff)
-            return syn_filt_scalar(a, x, y, lg, mem);  // the memory already past the bound
-        i = syn_blocks_lanes<true>(a, limit, x, y, lg, mem, ps, lane_ovf);
-    }
-    if (i == lg) return lane_ovf;
-    // The rest one sample at a time. syn_sample compares the peak only with
-    // the limit, and every value so far kept within it: zero stands in for
-    // the peak (mem may have been overwritten by then).
-    SynBound b{};
-    for (int j = 0; j <= kOrder; ++j) b.c[j] = a[j];
-    b.limit = limit;
-    b.always_plain = always_plain;
-    Flag ovf = lane_ovf;
+    SynBound b = syn_bound(a, mem);
+    Word16 prev[kOrder];
+    std::memcpy(prev, mem, sizeof prev);
+    bool block_ovf = false;
+    const int i = b.always_plain ? syn_blocks_lanes<false>(a, b, x, y, lg, prev, block_ovf)
+                                 : syn_blocks_lanes<true>(a, b, x, y, lg, prev, block_ovf);
+    Flag ovf = block_ovf;
     Word32 w[kOrder];  // w[0] the newest
-    for (int k = 0; k < kOrder; ++k) w[k] = ps[kOrder - 1 - k];
+    for (int k = 0; k < kOrder; ++k) w[k] = prev[kOrder - 1 - k];
     syn_samples(a, b, x, y, i, lg, w, ovf);
     return ovf;
 }
