@@ -149,7 +149,7 @@ inline void levinson(Word16* old_A, const Word32* r, Word16* A, Word16* rc) {
     L_Extract_fast(t0, Kh, Kl);
     rc[0] = round_fx(t0);
     L_Extract_fast(L_shr(t0, 4), Ah[1], Al[1]);
-    DPF f = L_Extract_fast(L_sub(MAX_32, L_abs(Mpy_32_fast(Kh, Kl, Kh, Kl))));
+    const DPF f = L_Extract_fast(L_sub(MAX_32, L_abs(Mpy_32_fast(Kh, Kl, Kh, Kl))));
     t0 = Mpy_32_fast(Rh[0], Rl[0], f.hi, f.lo);
     Word16 alp_exp = norm_l_fast(t0);
     L_Extract_fast(L_shl_fast(t0, alp_exp), alp_h, alp_l);
@@ -166,11 +166,7 @@ inline void levinson(Word16* old_A, const Word32* r, Word16* A, Word16* rc) {
             return;
         }
         levinson_next_coefficients(Kh, Kl, t2, Ah, Al, Anh, Anl, i);
-        f = L_Extract_fast(L_sub(MAX_32, L_abs(Mpy_32_bounded(Kh, Kl, Kh, Kl))));
-        t0 = Mpy_32_fast(alp_h, alp_l, f.hi, f.lo);
-        const Word16 n = norm_l_fast(t0);
-        L_Extract_fast(L_shl_fast(t0, n), alp_h, alp_l);
-        alp_exp = add(alp_exp, n);
+        levinson_next_alpha(Kh, Kl, alp_h, alp_l, alp_exp);
         std::swap(Ah, Anh);
         std::swap(Al, Anl);
     }

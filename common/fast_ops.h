@@ -167,4 +167,15 @@ inline void levinson_next_coefficients(Word16 Kh, Word16 Kl, Word32 K, const Wor
     L_Extract_fast(L_shr(K, 4), Anh[i], Anl[i]);
 }
 
+/// The next order's prediction error alpha (1 - K^2), renormalised:
+/// alp_h / alp_l the normalised value, alp_exp its shifts so far (K passed
+/// the stability test, so Mpy_32_bounded).
+inline void levinson_next_alpha(Word16 Kh, Word16 Kl, Word16& alp_h, Word16& alp_l, Word16& alp_exp) {
+    const DPF f = L_Extract_fast(L_sub(MAX_32, L_abs(Mpy_32_bounded(Kh, Kl, Kh, Kl))));
+    const Word32 t0 = Mpy_32_fast(alp_h, alp_l, f.hi, f.lo);
+    const Word16 n = norm_l_fast(t0);
+    L_Extract_fast(L_shl_fast(t0, n), alp_h, alp_l);
+    alp_exp = add(alp_exp, n);
+}
+
 ZEPS_END_VARIANT

@@ -40,7 +40,7 @@ bool levinson(const Zep32s* r, int order, Zep16s* lpc, Zep16s* rc, int rcCount, 
     k_out[0] = Kh;
     L_Extract_fast(L_shr(t0, 4), Ah[1], Al[1]);
     // Alpha = R[0] * (1 - K^2), normalised
-    DPF f = one_minus_square(Kh, Kl);
+    const DPF f = one_minus_square(Kh, Kl);
     t0 = Mpy_32_fast(Rh[0], Rl[0], f.hi, f.lo);
     Word16 alp_exp = norm_l_fast(t0);
     Word16 alp_h, alp_l;
@@ -56,11 +56,7 @@ bool levinson(const Zep32s* r, int order, Zep16s* lpc, Zep16s* rc, int rcCount, 
         if (abs_s(Kh) > kStableK) return false;
         k_out[i - 1] = Kh;
         levinson_next_coefficients(Kh, Kl, t2, Ah, Al, Anh, Anl, i);
-        f = one_minus_square(Kh, Kl);
-        t0 = Mpy_32_fast(alp_h, alp_l, f.hi, f.lo);
-        const Word16 n = norm_l_fast(t0);
-        L_Extract_fast(L_shl_fast(t0, n), alp_h, alp_l);
-        alp_exp = add(alp_exp, n);
+        levinson_next_alpha(Kh, Kl, alp_h, alp_l, alp_exp);
         std::swap(Ah, Anh);
         std::swap(Al, Anl);
     }
